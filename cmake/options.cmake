@@ -1,0 +1,37 @@
+# What every target of the project is compiled with.
+
+# The same scene must give the same bytes in every build, so no contraction of a*b+c and no
+# fast-math; nor vectorisation, in which GCC 12 leaves out the rounding of (double)(float)x.
+# Warnings are errors.
+add_library(hdo_options INTERFACE)
+target_compile_options(hdo_options INTERFACE -Wall -Wextra -Wshadow -Werror -ffp-contract=off
+                                             -fno-tree-vectorize)
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    # GCC 12 sees overlapping copies in any "literal" + std::string.
+    target_compile_options(hdo_options INTERFACE -Wno-restrict)
+endif()
+target_include_directories(hdo_options INTERFACE ${PROJECT_SOURCE_DIR})
+if(HDO_SANITIZE)
+    target_compile_options(hdo_options INTERFACE -fsanitize=${HDO_SANITIZE}
+                                                 -fno-sanitize-recover=all)
+    target_link_options(hdo_options INTERFACE -fsanitize=${HDO_SANITIZE})
+endif()
+if(WIN32)
+    # mingw's own stdio formats like glibc's, so logs agree to the character on both systems.
+    target_compile_definitions(hdo_options INTERFACE __USE_MINGW_ANSI_STDIO=1 NOMINMAX)
+endif()
+
+# What src/ and the headers it includes are compiled with: the dialect of Visual C++ 2008.
+add_library(hdo_cxx03 INTERFACE)
+target_link_libraries(hdo_cxx03 INTERFACE hdo_options)
+target_compile_options(hdo_cxx03 INTERFACE -pedantic-errors)
+target_include_directories(hdo_cxx03 INTERFACE ${PROJECT_SOURCE_DIR}/src)
+
+# Makes a target of the plug-in: the dialect above, and nothing exported but what is marked.
+function(hdo_plugin_target target)
+    target_link_libraries(${target} PRIVATE hdo_cxx03)
+    set_target_properties(${target} PROPERTIES
+        CXX_STANDARD 98
+        CXX_VISIBILITY_PRESET hidden
+        VISIBILITY_INLINES_HIDDEN ON)
+endfunction()

@@ -1,0 +1,57 @@
+# Sourced by ./run and ./test: steps, and the packages that a Debian 12 machine needs.
+
+step() { printf '%s: %s\n' "$(basename "$0")" "$*"; }
+
+fail() {
+    printf '%s: %s\n' "$(basename "$0")" "$*" >&2
+    exit 1
+}
+
+# install_packages NAME...: installs those that are not there yet, as root or through sudo.
+install_packages() {
+    local missing=() package
+    for package in "$@"; do
+        dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' ||
+            missing+=("$package")
+    done
+    [ ${#missing[@]} -gt 0 ] || return 0
+    step "installing ${missing[*]}"
+    local root=()
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null ||
+            fail "cannot install ${missing[*]}: neither root nor sudo here"
+        root=(sudo)
+    fi
+    local log
+    log=$(mktemp)
+    if ! { "${root[@]}" apt-get update &&
+        "${root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y \
+            --no-install-recommends "${missing[@]}"; } >"$log" 2>&1 </dev/null; then
+        local reason
+        reason=$(grep -m1 '^E: ' "$log")
+        rm -f "$log"
+        fail "cannot install ${missing[*]}: ${reason:-apt-get failed}"
+    fi
+    rm -f "$log"
+}
+
+# build PRESET [TARGET...]: configures and builds; the compiler's words are shown when it fails.
+build() {
+    local preset=$1 log targets=()
+    shift
+    [ $# -eq 0 ] || targets=(--target "$@")
+    step "building $preset"
+    log=$(mktemp)
+    if ! { cmake --preset "$preset" && cmake --build --preset "$preset" "${targets[@]}"; } \
+        >"$log" 2>&1; then
+        cat "$log" >&2
+        rm -f "$log"
+        fail "building $preset failed"
+    fi
+    rm -f "$log"
+}
+
+build_packages=(cmake ninja-build g++ binutils-mingw-w64-x86-64
+    libassimp-dev nlohmann-json3-dev libcli11-dev)
+test_packages=("${build_packages[@]}" libgtest-dev libgmock-dev assimp-testmodels python3
+    g++-mingw-w64-x86-64-posix googletest wine64)

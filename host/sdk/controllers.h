@@ -1,0 +1,57 @@
+// The controllers below a transform: floats, positions, rotations, scales. All of them read the
+// scene description that they are made of; it must outlive them.
+#pragma once
+
+#include <control.h>
+#include <plugapi.h>
+
+#include <memory>
+
+#include "host/sdk/affine.h"
+#include "host/sdk/scene_desc.h"
+
+namespace maxhost {
+
+// `given` where there is one, else `own`.
+Class_ID ChooseClassId(const std::optional<scene::ClassId>& given, Class_ID own);
+
+class FloatControl : public Control {
+  public:
+    ~FloatControl() override = default;
+
+    // The value before rounding; `valid` as in Control::GetValue.
+    virtual double Value(TimeValue t, Interval& valid) const = 0;
+
+    SClass_ID SuperClassID() override { return CTRL_FLOAT_CLASS_ID; }
+    Class_ID ClassID() override { return classId_; }
+    void GetValue(TimeValue t, void* val, Interval& valid, GetSetMethod method) override;
+
+  protected:
+    explicit FloatControl(Class_ID classId) : classId_(classId) {}
+
+  private:
+    Class_ID classId_;
+};
+
+std::unique_ptr<FloatControl> MakeFloatControl(const scene::FloatController& description);
+
+// A controller that gives a matrix to be applied before the one it is handed.
+class MatrixControl : public Control {
+  public:
+    ~MatrixControl() override = default;
+
+    // That matrix before rounding; `valid` as in Control::GetValue.
+    virtual Affine Local(TimeValue t, Interval& valid) const = 0;
+
+    void GetValue(TimeValue t, void* val, Interval& valid, GetSetMethod method) override;
+
+  protected:
+    // Stores the value at `t` in the form of the super class; the default stores nothing.
+    virtual void StoreAbsolute(TimeValue, void*, Interval&) const {}
+};
+
+std::unique_ptr<MatrixControl> MakePositionControl(const scene::ThreeAxisController& description);
+std::unique_ptr<MatrixControl> MakeRotationControl(const scene::ThreeAxisController& description);
+std::unique_ptr<MatrixControl> MakeScaleControl(const scene::ThreeAxisController& description);
+
+}  // namespace maxhost

@@ -1,0 +1,64 @@
+// The host's side of the SDK work-alike: everything that 3ds Max itself would decide (the open
+// scene, its directories, the progress bar, the cancel button). Plug-ins never see this header;
+// they reach the same object through GetCOREInterface().
+#pragma once
+
+#include <csignal>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/sdk/scene_desc.h"
+
+class INode;
+class Interface;
+
+namespace maxhost {
+
+// Told of the plug-in's progress bar; every function is called on the exporting thread.
+class ProgressObserver {
+  public:
+    virtual ~ProgressObserver() = default;
+    virtual void OnStart(const std::string& title) = 0;  // empty: the plug-in gave no title
+    virtual void OnUpdate(int percent) = 0;
+    virtual void OnEnd() = 0;
+};
+
+class Host {
+  public:
+    // The one host of the process; GetCOREInterface() is its Interface.
+    static Host& Instance();
+
+    Interface* GetInterface();
+
+    // Replaces the open scene by the objects of `description`, which must hold to the scene
+    // description's rules (see scene::Check). Nodes of the former scene are gone afterwards.
+    void OpenScene(scene::Scene description);
+    void CloseScene();
+
+    // The open scene's nodes in the order of the description; owned by the host.
+    const std::vector<INode*>& Nodes() const;
+    void Select(const std::vector<INode*>& nodes);
+
+    void SetPlugInDirs(std::vector<std::string> dirs);
+    void SetDir(int which, std::string dir);  // `which` is an APP_..._DIR of the SDK
+
+    void SetProgressObserver(ProgressObserver* observer);  // not owned; null: none
+    // Cancel is pressed at the n-th ProgressUpdate counted from this call on, and stays pressed
+    // until the next call; 0: never.
+    void CancelAtUpdate(int n);
+    // Cancel is pressed as well once the flag, which a signal handler may set, is not 0; the
+    // plug-in learns it from its next GetCancel. Not owned; null: none.
+    void SetCancelFlag(const volatile std::sig_atomic_t* flag);
+
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+
+  private:
+    Host();
+    ~Host();
+    class Implementation;
+    std::unique_ptr<Implementation> implementation_;
+};
+
+}  // namespace maxhost

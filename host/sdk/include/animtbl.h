@@ -1,0 +1,53 @@
+// The base of all that stands in a scene.
+#ifndef HOST_SDK_INCLUDE_ANIMTBL_H
+#define HOST_SDK_INCLUDE_ANIMTBL_H
+
+#include <coreexp.h>
+#include <maxtypes.h>
+#include <strclass.h>
+#include <windows.h>
+
+class IParamBlock2;
+
+// Flags of an Animatable. Bits 5 to 11 mean something else for every kind of object.
+#define A_OBJ_CREATING (1 << 5)
+#define A_MOD_DISABLED (1 << 5)
+#define A_MOD_BEING_EDITED (1 << 6)
+#define A_MOD_USE_SEL (1 << 7)
+#define A_MOD_DISABLED_INVIEWS (1 << 8)
+#define A_MOD_DISABLED_INRENDER (1 << 9)
+
+// Ids for Animatable::GetInterface.
+#define I_KEYCONTROL 0x00001100
+
+// The keys of a controller; null where it exposes none.
+#define GetKeyControlInterface(anim) ((IKeyControl*)(anim)->GetInterface(I_KEYCONTROL))
+
+class Animatable {
+  public:
+    virtual SClass_ID SuperClassID() { return 0; }
+    virtual Class_ID ClassID() { return Class_ID(0, 0); }  // unique within the super class only
+
+    // Destroys the object if it is the caller's: one that NewDefaultStdMat made, or that a
+    // conversion made anew. Objects of the scene are the host's and stay.
+    virtual void DeleteThis() {}
+
+    // An interface that goes beyond the class, null where the object has none of that id. It lives
+    // as long as the object.
+    virtual void* GetInterface(ULONG) { return NULL; }
+
+    virtual int NumParamBlocks() { return 0; }
+    virtual IParamBlock2* GetParamBlock(int) { return NULL; }
+
+    void SetAFlag(DWORD mask) { aflag |= mask; }
+    void ClearAFlag(DWORD mask) { aflag &= ~mask; }
+    int TestAFlag(DWORD mask) { return (aflag & mask) != 0; }
+
+  protected:
+    Animatable() : aflag(0) {}
+    virtual ~Animatable() {}
+
+    DWORD aflag;
+};
+
+#endif  // HOST_SDK_INCLUDE_ANIMTBL_H

@@ -1,0 +1,11 @@
+// The character type of all names and texts: 8 bits in this release.
+#ifndef HOST_SDK_INCLUDE_STRBASIC_H
+#define HOST_SDK_INCLUDE_STRBASIC_H
+
+#include <tchar.h>
+
+typedef char MCHAR;
+
+#define _M(text) text
+
+#endif  // HOST_SDK_INCLUDE_STRBASIC_H

@@ -1,0 +1,22 @@
+// The base objects of nodes.
+#pragma once
+
+#include <object.h>
+
+#include <memory>
+
+#include "host/sdk/scene_desc.h"
+
+namespace maxhost {
+
+// Holds an object of the scene, whose SDK class hides its destructor.
+class SceneObject {
+  public:
+    virtual ~SceneObject() = default;
+    virtual Object* Get() = 0;
+};
+
+// Null stands for a dummy helper. The description must outlive the object.
+std::unique_ptr<SceneObject> MakeObject(const scene::Object* description);
+
+}  // namespace maxhost

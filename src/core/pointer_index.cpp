@@ -1,0 +1,112 @@
+#include "core/pointer_index.h"
+
+#include <stddef.h>
+#include <string.h>
+
+#include "core/memory_manager.h"
+
+namespace Plinth {
+
+namespace {
+
+const UInt32 kFirstSlotCount = 16;
+const UInt32 kMaxSlotCount = 0x80000000u;
+
+// Low bits of addresses are zeros; the product's high bits depend on all of them.
+UInt32 Hash(const void* address) {
+    const UInt64 key = static_cast<UInt64>(reinterpret_cast<size_t>(address));
+    const UInt64 golden = (static_cast<UInt64>(0x9e3779b9u) << 32) | 0x7f4a7c15u;
+    return static_cast<UInt32>((key * golden) >> 32);
+}
+
+}  // namespace
+
+PointerIndex::PointerIndex() : slots(NULL), slotCount(0), count(0) {
+}
+
+PointerIndex::~PointerIndex() {
+    Clear();
+}
+
+bool PointerIndex::Find(const void* address, Int32& value) const {
+    if (slotCount == 0) {
+        return false;
+    }
+    const Slot* const slot = SlotOf(address);
+    if (!slot->used) {
+        return false;
+    }
+    value = slot->value;
+    return true;
+}
+
+bool PointerIndex::Set(const void* address, Int32 value) {
+    if (slotCount == 0 && !Rebuild(kFirstSlotCount)) {
+        return false;
+    }
+    Slot* slot = SlotOf(address);
+    if (!slot->used) {
+        if (static_cast<UInt32>(count) + 1 > slotCount / 2) {
+            if (slotCount == kMaxSlotCount || !Rebuild(slotCount * 2)) {
+                return false;
+            }
+            slot = SlotOf(address);
+        }
+        slot->address = address;
+        slot->used = 1;
+        ++count;
+    }
+    slot->value = value;
+    return true;
+}
+
+bool PointerIndex::Reserve(Int32 newCount) {
+    UInt32 needed = kFirstSlotCount;
+    while (newCount > 0 && static_cast<UInt32>(newCount) > needed / 2) {
+        if (needed == kMaxSlotCount) {
+            return false;
+        }
+        needed *= 2;
+    }
+    return newCount <= 0 || needed <= slotCount || Rebuild(needed);
+}
+
+void PointerIndex::Clear() {
+    GetMemoryManager().Free(slots);
+    slots = NULL;
+    slotCount = 0;
+    count = 0;
+}
+
+// The slot that holds the address, or the free one where it belongs. One slot at least is free.
+PointerIndex::Slot* PointerIndex::SlotOf(const void* address) const {
+    UInt32 position = Hash(address) & (slotCount - 1);
+    while (slots[position].used && slots[position].address != address) {
+        position = (position + 1) & (slotCount - 1);
+    }
+    return slots + position;
+}
+
+bool PointerIndex::Rebuild(UInt32 newSlotCount) {
+    const size_t size = static_cast<size_t>(newSlotCount) * sizeof(Slot);
+    MemoryManager& memory = GetMemoryManager();
+    void* const block =
+        memory.Reallocate(NULL, size, kMemoryCategoryArray, kMemoryAlignment, kMemoryCategoryArray);
+    if (block == NULL) {
+        return false;
+    }
+    memset(block, 0, size);
+    Slot* const formerSlots = slots;
+    const UInt32 formerSlotCount = slotCount;
+    slots = static_cast<Slot*>(block);
+    slotCount = newSlotCount;
+    for (UInt32 i = 0; i < formerSlotCount; ++i) {
+        if (formerSlots[i].used) {
+            *SlotOf(formerSlots[i].address) = formerSlots[i];
+        }
+    }
+    memory.Free(formerSlots);
+    return true;
+}
+
+}  // namespace Plinth

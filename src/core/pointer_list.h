@@ -1,0 +1,58 @@
+// A list of distinct pointers in the order in which they were added, with their positions served
+// from an index.
+#ifndef PLINTH_POINTER_LIST_H
+#define PLINTH_POINTER_LIST_H
+
+#include "core/array.h"
+#include "core/pointer_index.h"
+#include "core/types.h"
+
+namespace Plinth {
+
+// The list does not own what it points to.
+template <class T>
+class PointerList {
+  public:
+    Int32 Count() const { return entries.Count(); }
+    T* operator[](Int32 position) const { return entries[position]; }
+
+    // The 0-based position of an entry; -1 when it is not in the list.
+    Int32 Find(const T* entry) const {
+        Int32 position = -1;
+        return index.Find(entry, position) ? position : -1;
+    }
+
+    // Appends an entry that is not in the list yet; returns its position in either case. -1, and
+    // nothing added, where memory is missing.
+    Int32 Add(T* entry) {
+        const Int32 known = Find(entry);
+        if (known >= 0) {
+            return known;
+        }
+        const Int32 position = entries.Count();
+        if (!entries.Add(entry)) {
+            return -1;
+        }
+        if (!index.Set(entry, position)) {
+            entries.Remove(position);
+            return -1;
+        }
+        return position;
+    }
+
+    // Room for `count` entries in all. False where memory is missing.
+    bool Reserve(Int32 count) { return entries.Reserve(count) && index.Reserve(count); }
+
+    void Clear() {
+        entries.Clear();
+        index.Clear();
+    }
+
+  private:
+    Array<T*> entries;
+    PointerIndex index;
+};
+
+}  // namespace Plinth
+
+#endif

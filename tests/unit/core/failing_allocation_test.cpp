@@ -1,0 +1,295 @@
+// Memory runs out: nothing crashes, leaks or keeps a part.
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <string>
+
+#include "core/array.h"
+#include "core/exception.h"
+#include "core/log.h"
+#include "core/memory_manager.h"
+#include "core/pointer_index.h"
+#include "core/pointer_list.h"
+#include "core/string.h"
+#include "temporary_directory.h"
+#include "tests/support/debug_output.h"
+#include "wrapped_calls.h"
+
+namespace {
+
+using Plinth::String;
+
+class FailingAllocation : public testing::Test {
+  protected:
+    // The services exist before memory runs out.
+    void SetUp() override {
+        Plinth::GetMemoryManager();
+        Plinth::GetLogManager();
+    }
+};
+
+TEST_F(FailingAllocation, StringsEndWithNullData) {
+    String text("abc");
+    const FailingReallocations failing(0);
+    EXPECT_EQ(String("abc").Data(), nullptr);
+    EXPECT_EQ(String('a').Data(), nullptr);
+    EXPECT_EQ(String(text).Data(), nullptr);
+    EXPECT_EQ(String("a", 1, "b", 1).Data(), nullptr);
+    EXPECT_EQ((text + "d").Data(), nullptr);
+    EXPECT_STREQ(text.Text(), "abc");
+    EXPECT_EQ(failing.Refused(), 5);
+
+    text.Resize(100);
+    EXPECT_EQ(text.Data(), nullptr);
+    text.Append("abc");
+    text.Append('d');
+    EXPECT_STREQ(text.Text(), "");
+    EXPECT_TRUE(text == "");
+}
+
+TEST_F(FailingAllocation, StringOperationsLoseTheTextWhole) {
+    String appended("abc");
+    String assigned("abc");
+    String copied("abc");
+    String formatted("abc");
+    const String source("source");
+    const FailingReallocations failing(0);
+    appended.Append("defghi");
+    EXPECT_EQ(appended.Data(), nullptr);
+    assigned.Assign("defghi");
+    EXPECT_EQ(assigned.Data(), nullptr);
+    copied = source;
+    EXPECT_EQ(copied.Data(), nullptr);
+    formatted.Format("%d", 1);
+    EXPECT_EQ(formatted.Data(), nullptr);
+    formatted.FormatAdd("%d", 1);
+    EXPECT_EQ(formatted.Data(), nullptr);
+}
+
+// No request for 2 GiB is made here: the next one is refused before its size matters.
+TEST_F(FailingAllocation, StringLengthsEndBelowTheLargestNumber) {
+    constexpr int kMaxLength = INT_MAX - 1;
+    const FailingReallocations failing(0);
+    String text;
+    text.Resize(INT_MAX);
+    EXPECT_EQ(text.Length(), kMaxLength);
+    EXPECT_EQ(text.MaxLength(), kMaxLength);
+    text.Resize(10, INT_MAX);
+    EXPECT_EQ(text.Length(), 10);
+    EXPECT_EQ(text.MaxLength(), kMaxLength);
+    EXPECT_EQ(failing.Refused(), 2);
+}
+
+TEST_F(FailingAllocation, TextsThatWouldPassTheLargestLengthTogetherAreLost) {
+    String text("abc");
+    text.Append("x", INT_MAX - 3);
+    EXPECT_EQ(text.Data(), nullptr);
+    EXPECT_EQ(String("a", INT_MAX - 5, "b", 100).Data(), nullptr);
+    EXPECT_EQ(String("a", INT_MAX, "b", INT_MAX).Data(), nullptr);
+}
+
+// One allocation is refused, and the next one is not.
+TEST_F(FailingAllocation, NoPartIsKeptWhenMemoryComesBack) {
+    const String left("left");
+    for (int failing = 0; failing < 3; ++failing) {
+        const FailingReallocations one(failing, 1);
+        const String sum = left + "right";
+        EXPECT_TRUE(sum.Data() == nullptr || sum == "leftright") << failing << sum.Text();
+    }
+    String text("abc");
+    {
+        const FailingReallocations one(0, 1);
+        text.FormatAdd("%d", 1);
+        EXPECT_EQ(one.Refused(), 1);
+    }
+    EXPECT_EQ(text.Data(), nullptr);
+}
+
+TEST_F(FailingAllocation, RemovalNeedsNoMemoryOrLeavesTheText) {
+    String text("a-b+c--d");
+    const FailingReallocations failing(0);
+    EXPECT_FALSE(text.RemoveAll("-"));
+    EXPECT_STREQ(text.Data(), "a-b+c--d");
+    EXPECT_TRUE(text.RemoveFirst("-"));
+    EXPECT_TRUE(text.RemoveChars("+-"));
+    EXPECT_STREQ(text.Data(), "abcd");
+}
+
+TEST_F(FailingAllocation, StringsRecover) {
+    String text("abc");
+    {
+        const FailingReallocations failing(0);
+        text.Append("def");
+    }
+    EXPECT_EQ(text.Data(), nullptr);
+    text.Append("ghi");
+    EXPECT_STREQ(text.Text(), "ghi");
+    EXPECT_EQ(text.Length(), 3);
+}
+
+TEST_F(FailingAllocation, ArraysStayAsTheyAre) {
+    Plinth::Array<int> array;
+    ASSERT_TRUE(array.Add(1));
+    ASSERT_TRUE(array.Add(2));
+    const FailingReallocations failing(0);
+    EXPECT_FALSE(array.Add(3));
+    EXPECT_FALSE(array.Resize(50));
+    EXPECT_FALSE(array.Reserve(50));
+    EXPECT_EQ(failing.Refused(), 3);
+    ASSERT_EQ(array.Count(), 2);
+    EXPECT_EQ(array.Capacity(), 2);
+    EXPECT_EQ(array[0], 1);
+    EXPECT_EQ(array[1], 2);
+}
+
+TEST_F(FailingAllocation, PointerIndexStaysAsItIs) {
+    int objects[9] = {};
+    Plinth::PointerIndex index;
+    for (int i = 0; i < 8; ++i) {
+        ASSERT_TRUE(index.Set(objects + i, i));
+    }
+    const FailingReallocations failing(0);
+    EXPECT_FALSE(index.Set(objects + 8, 8));
+    EXPECT_FALSE(index.Reserve(100));
+    EXPECT_EQ(failing.Refused(), 2);
+    EXPECT_TRUE(index.Set(objects, 100));
+    int value = -1;
+    EXPECT_FALSE(index.Find(objects + 8, value));
+    ASSERT_TRUE(index.Find(objects, value));
+    EXPECT_EQ(value, 100);
+    Plinth::PointerIndex empty;
+    EXPECT_FALSE(empty.Set(objects, 0));
+    EXPECT_EQ(empty.Count(), 0);
+}
+
+// Where memory ends at each of the list's requests in turn.
+TEST_F(FailingAllocation, PointerListStaysAsItIs) {
+    int objects[2] = {};
+    for (int failing = 0; failing < 2; ++failing) {
+        Plinth::PointerList<int> list;
+        {
+            const FailingReallocations refusing(failing);
+            EXPECT_EQ(list.Add(&objects[0]), -1);
+            EXPECT_EQ(refusing.Refused(), 1);
+        }
+        EXPECT_EQ(list.Count(), 0);
+        EXPECT_EQ(list.Find(&objects[0]), -1);
+        EXPECT_EQ(list.Add(&objects[1]), 0);
+        EXPECT_EQ(list.Add(&objects[0]), 1);
+        const FailingReallocations refusing(failing);
+        EXPECT_FALSE(list.Reserve(100));
+        EXPECT_EQ(list.Add(&objects[0]), 1);
+        EXPECT_EQ(list.Count(), 2);
+    }
+}
+
+class Sink : public Plinth::LogCallback {
+  public:
+    explicit Sink(bool& destroyed) : destroyed_(destroyed) {}
+    ~Sink() override { destroyed_ = true; }
+    void Log(const String&) override {}
+
+  private:
+    bool& destroyed_;
+};
+
+TEST_F(FailingAllocation, ASinkThatCannotBeListedIsDestroyed) {
+    Plinth::LogManager manager;
+    bool destroyed = false;
+    Sink* const sink = new Sink(destroyed);
+    const FailingReallocations failing(0);
+    EXPECT_FALSE(manager.AddLogCallback(sink));
+    EXPECT_TRUE(destroyed);
+    EXPECT_EQ(manager.CallbackCount(), 0);
+}
+
+TEST_F(FailingAllocation, ALogFileThatCannotBeMadeIsNoSink) {
+    const TemporaryDirectory directory;
+    const String name(directory.PathOf("log").c_str());
+    for (int failing = 0; failing < 2; ++failing) {
+        Plinth::LogManager manager;
+        const FailingNews refusing(failing);
+        EXPECT_EQ(manager.AddLogFileCallback(name), nullptr);
+        EXPECT_EQ(refusing.Refused(), 1);
+        EXPECT_EQ(manager.CallbackCount(), 0);
+    }
+}
+
+TEST_F(FailingAllocation, ASinkWithoutItsFileDoesNothing) {
+    const TemporaryDirectory directory;
+    const support::DebugOutput debugger;
+    const FailingNews failing(0);
+    Plinth::LogFileCallback sink(directory.PathOf("log").c_str());
+    EXPECT_EQ(sink.GetLogFile(), nullptr);
+    sink.Log("text");
+    EXPECT_EQ(debugger.Text(), "");
+}
+
+TEST_F(FailingAllocation, ALineThatCannotBeMadeIsNotWritten) {
+    const TemporaryDirectory directory;
+    const std::string path = directory.PathOf("log");
+    const support::DebugOutput debugger;
+    Plinth::LogFile file(path.c_str());
+    ASSERT_TRUE(file.IsOpen());
+    const String message("text");
+    const String longMessage(std::string(3000, 'x').c_str());
+    {
+        const FailingReallocations failing(0);
+        file.WriteLine(message, Plinth::kLogNormal, "");
+        file.WriteLine(message, Plinth::kLogImportant, "");
+    }
+    {
+        const FailingReallocations failing(1);
+        file.WriteLine(longMessage, Plinth::kLogImportant, "");
+        EXPECT_GT(failing.Refused(), 0);
+    }
+    file.Close();
+    EXPECT_EQ(ReadBytes(path), "");
+    EXPECT_EQ(debugger.Text(), "");
+}
+
+class Holder : public Plinth::InstanceManagerBase {
+  public:
+    void DestroyInstance() override {}
+};
+
+TEST_F(FailingAllocation, AHolderThatCannotBeListedIsNotDestroyed) {
+    Holder first;
+    Plinth::InstanceRegistry registry;
+    const FailingReallocations failing(0);
+    registry.Register(&first);
+    EXPECT_EQ(failing.Refused(), 1);
+    EXPECT_EQ(registry.Count(), 0);
+}
+
+TEST_F(FailingAllocation, BlocksAreRefused) {
+    Plinth::MemoryManager manager;
+    {
+        const FailingReallocations failing(0);
+        EXPECT_FALSE(manager.AddBlock(1000));
+        EXPECT_EQ(manager.AllocateInBlocks(10, 1, 16, 1), nullptr);
+    }
+    const FailingNews failing(0);
+    EXPECT_FALSE(manager.AddBlock(1000));
+    EXPECT_EQ(manager.AllocateInBlocks(10, 1, 16, 1), nullptr);
+    EXPECT_EQ(failing.Refused(), 2);
+    EXPECT_EQ(manager.Statistics().numBlocks, 0u);
+    EXPECT_EQ(manager.Statistics().blockMemory, 0u);
+}
+
+TEST_F(FailingAllocation, ShrinkingTheBlockListNeedsNoMemory) {
+    Plinth::MemoryManager manager;
+    void* const inFirst = manager.AllocateInBlocks(60000, 1, 16, 1);
+    void* const inSecond = manager.AllocateInBlocks(60000, 1, 16, 1);
+    ASSERT_EQ(manager.Statistics().numBlocks, 2u);
+    {
+        const FailingReallocations failing(0);
+        manager.FreeInBlocks(inFirst);
+        EXPECT_EQ(failing.Refused(), 1);
+    }
+    EXPECT_EQ(manager.Statistics().numBlocks, 1u);
+    manager.FreeInBlocks(inSecond);
+    EXPECT_EQ(manager.Statistics().numBlocks, 0u);
+}
+
+}  // namespace

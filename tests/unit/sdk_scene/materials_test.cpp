@@ -1,0 +1,206 @@
+// Materials of the scene, and those that an exporter makes.
+#include <stdmat.h>
+
+#include "host/sdk/live_objects.h"
+#include "support.h"
+
+namespace scene = maxhost::scene;
+using testing::StrEq;
+
+class MaterialsTest : public SceneTest {
+  protected:
+    // A scene with these materials and one node for each of them.
+    static void OpenMaterials(const std::vector<scene::Material>& materials) {
+        scene::Scene description;
+        for (const scene::Material& material : materials) {
+            scene::Node node = MakeNode("n");
+            node.material = static_cast<int>(description.materials.size());
+            description.materials.push_back(std::make_shared<const scene::Material>(material));
+            description.nodes.push_back(node);
+        }
+        Open(std::move(description));
+    }
+};
+
+scene::Material Standard(const std::string& name) {
+    scene::Material material;
+    material.name = name;
+    return material;
+}
+
+scene::Material Multi(const std::string& name, std::vector<scene::SubMaterial> subMaterials) {
+    scene::Material material;
+    material.kind = scene::MaterialKind::multi;
+    material.name = name;
+    material.subMaterials = std::move(subMaterials);
+    return material;
+}
+
+scene::Material Colored(scene::Material material) {
+    material.ambient = {0.1f, 0.2f, 0.3f};
+    material.diffuse = {0.4f, 0.5f, 0.6f};
+    material.specular = {0.7f, 0.8f, 0.9f};
+    material.selfIllumination = {0.15f, 0.25f, 0.35f};
+    material.shininess = 0.45f;
+    material.shininessStrength = 0.55f;
+    material.transparency = 0.65f;
+    return material;
+}
+
+std::shared_ptr<const scene::Material> Shared(scene::Material material) {
+    return std::make_shared<const scene::Material>(std::move(material));
+}
+
+void ExpectColored(Mtl* material) {
+    ASSERT_NE(material, nullptr);
+    Interval valid = FOREVER;
+    material->Update(0, valid);
+    EXPECT_EQ(valid, FOREVER);
+    EXPECT_EQ(material->GetAmbient(), Color(0.1f, 0.2f, 0.3f));
+    EXPECT_EQ(material->GetDiffuse(), Color(0.4f, 0.5f, 0.6f));
+    EXPECT_EQ(material->GetSpecular(), Color(0.7f, 0.8f, 0.9f));
+    EXPECT_EQ(material->GetSelfIllumColor(), Color(0.15f, 0.25f, 0.35f));
+    EXPECT_EQ(material->GetShininess(), 0.45f);
+    EXPECT_EQ(material->GetShinStr(), 0.55f);
+    EXPECT_EQ(material->GetXParency(), 0.65f);
+}
+
+TEST_F(MaterialsTest, NodesShareAMaterialByPosition) {
+    scene::Scene description;
+    description.materials = {Shared(Standard("a")), Shared(Standard("b"))};
+    for (int material : {1, scene::kNone, 1, 0}) {
+        scene::Node node = MakeNode("n");
+        node.material = material;
+        description.nodes.push_back(node);
+    }
+    Open(std::move(description));
+    EXPECT_THAT(At(0)->GetMtl()->GetName().data(), StrEq("b"));
+    EXPECT_EQ(At(1)->GetMtl(), nullptr);
+    EXPECT_EQ(At(2)->GetMtl(), At(0)->GetMtl());
+    EXPECT_THAT(At(3)->GetMtl()->GetName().data(), StrEq("a"));
+}
+
+TEST_F(MaterialsTest, OneDescriptionAtTwoPositionsIsTwoMaterials) {
+    const auto shared = Shared(Standard("twice"));
+    scene::Scene description;
+    description.materials = {shared, shared};
+    for (int material : {0, 1}) {
+        scene::Node node = MakeNode("n");
+        node.material = material;
+        description.nodes.push_back(node);
+    }
+    Open(std::move(description));
+    EXPECT_NE(At(0)->GetMtl(), At(1)->GetMtl());
+}
+
+TEST_F(MaterialsTest, StandardMaterial) {
+    scene::Material description = Colored(Standard("skin"));
+    description.twoSided = true;
+    description.wire = true;
+    description.transparencyType = TRANSP_ADDITIVE;
+    OpenMaterials({description});
+    Mtl* material = At(0)->GetMtl();
+    EXPECT_EQ(material->SuperClassID(), SClass_ID{0xC00});
+    EXPECT_TRUE(material->ClassID() == Class_ID(2, 0));
+    EXPECT_EQ(material->NumSubMtls(), 0);
+    EXPECT_EQ(material->GetSubMtl(0), nullptr);
+    ExpectColored(material);
+    auto* standard = static_cast<StdMat*>(material);
+    EXPECT_EQ(standard->GetAmbient(0), Color(0.1f, 0.2f, 0.3f));
+    EXPECT_EQ(standard->GetDiffuse(0), Color(0.4f, 0.5f, 0.6f));
+    EXPECT_EQ(standard->GetSpecular(0), Color(0.7f, 0.8f, 0.9f));
+    EXPECT_EQ(standard->GetShininess(0), 0.45f);
+    EXPECT_EQ(standard->GetShinStr(0), 0.55f);
+    EXPECT_TRUE(standard->GetTwoSided());
+    EXPECT_TRUE(standard->GetWire());
+    EXPECT_EQ(standard->GetTransparencyType(), TRANSP_ADDITIVE);
+}
+
+TEST_F(MaterialsTest, OtherMaterialHasColoursAndSubMaterials) {
+    scene::Material description = Colored(Standard("blend"));
+    description.kind = scene::MaterialKind::other;
+    description.classId = {0x250, 0};
+    description.subMaterials = {Shared(Standard("inner")), std::monostate{}};
+    OpenMaterials({description});
+    Mtl* material = At(0)->GetMtl();
+    EXPECT_TRUE(material->ClassID() == Class_ID(0x250, 0));
+    ExpectColored(material);
+    ASSERT_EQ(material->NumSubMtls(), 2);
+    EXPECT_THAT(material->GetSubMtl(0)->GetName().data(), StrEq("inner"));
+    EXPECT_EQ(material->GetSubMtl(1), nullptr);
+}
+
+TEST_F(MaterialsTest, MultiMaterialNamesMaterialsOfTheListOrOwnsThem) {
+    OpenMaterials({Multi("m", {2, std::monostate{}, Shared(Standard("own")), 1}), Standard("first"),
+                   Standard("second")});
+    Mtl* multi = At(0)->GetMtl();
+    EXPECT_TRUE(multi->ClassID() == Class_ID(0x200, 0));
+    EXPECT_THAT(multi->GetName().data(), StrEq("m"));
+    ASSERT_EQ(multi->NumSubMtls(), 4);
+    EXPECT_EQ(multi->GetSubMtl(0), At(2)->GetMtl());
+    EXPECT_EQ(multi->GetSubMtl(1), nullptr);
+    EXPECT_THAT(multi->GetSubMtl(2)->GetName().data(), StrEq("own"));
+    EXPECT_EQ(multi->GetSubMtl(3), At(1)->GetMtl());
+    EXPECT_EQ(multi->GetSubMtl(4), nullptr);
+    EXPECT_EQ(multi->GetSubMtl(-1), nullptr);
+}
+
+TEST_F(MaterialsTest, MultiMaterialReportsItsFirstSubMaterial) {
+    const auto inner = Shared(Multi("inner", {Shared(Colored(Standard("colored")))}));
+    OpenMaterials({Multi("outer", {inner, Shared(Standard("ignored"))})});
+    ExpectColored(At(0)->GetMtl());
+}
+
+TEST_F(MaterialsTest, MultiMaterialWithoutFirstSubMaterialReportsZeros) {
+    OpenMaterials({Multi("empty", {}), Multi("gap", {std::monostate{}, Shared(Standard("b"))})});
+    for (int i : {0, 1}) {
+        Mtl* material = At(i)->GetMtl();
+        const Color black(0.0f, 0.0f, 0.0f);
+        EXPECT_EQ(material->GetAmbient(), black);
+        EXPECT_EQ(material->GetDiffuse(), black);
+        EXPECT_EQ(material->GetSpecular(), black);
+        EXPECT_EQ(material->GetSelfIllumColor(), black);
+        EXPECT_EQ(material->GetShininess(), 0);
+        EXPECT_EQ(material->GetShinStr(), 0);
+        EXPECT_EQ(material->GetXParency(), 0);
+    }
+}
+
+TEST_F(MaterialsTest, NamesMayBeChanged) {
+    OpenMaterials({Standard("before")});
+    At(0)->GetMtl()->SetName(CStr("after"));
+    EXPECT_THAT(At(0)->GetMtl()->GetName().data(), StrEq("after"));
+}
+
+TEST_F(MaterialsTest, DefaultMaterialBelongsToItsMaker) {
+    const int before = maxhost::LiveObjectCount();
+    StdMat* material = NewDefaultStdMat();
+    ASSERT_NE(material, nullptr);
+    EXPECT_EQ(maxhost::LiveObjectCount(), before + 1);
+    EXPECT_TRUE(material->ClassID() == Class_ID(2, 0));
+    EXPECT_THAT(material->GetName().data(), StrEq(""));
+    const Color grey(0.588f, 0.588f, 0.588f);
+    EXPECT_EQ(material->GetAmbient(0), grey);
+    EXPECT_EQ(material->GetDiffuse(0), grey);
+    EXPECT_EQ(material->GetSpecular(0), Color(0.9f, 0.9f, 0.9f));
+    EXPECT_EQ(material->GetShininess(0), 0.1f);
+    EXPECT_EQ(material->GetShinStr(0), 0);
+    EXPECT_EQ(material->GetTransparencyType(), TRANSP_FILTER);
+
+    material->SetDiffuse(Color(DWORD{RGB(255, 0, 51)}), 0);
+    EXPECT_EQ(material->GetDiffuse(0), Color(1.0f, 0.0f, 0.2f));
+    EXPECT_EQ(static_cast<Mtl*>(material)->GetDiffuse(), Color(1.0f, 0.0f, 0.2f));
+    EXPECT_EQ(material->GetAmbient(0), grey);
+    material->SetName(CStr("Wire Color 1"));
+    EXPECT_THAT(material->GetName().data(), StrEq("Wire Color 1"));
+    material->DeleteMe();
+    EXPECT_EQ(maxhost::LiveObjectCount(), before);
+}
+
+TEST_F(MaterialsTest, MaterialsOfTheSceneStayWhenDeleted) {
+    const int before = maxhost::LiveObjectCount();
+    OpenMaterials({Standard("kept")});
+    At(0)->GetMtl()->DeleteMe();
+    EXPECT_THAT(At(0)->GetMtl()->GetName().data(), StrEq("kept"));
+    EXPECT_EQ(maxhost::LiveObjectCount(), before);
+}

@@ -1,0 +1,42 @@
+// Scenes for the tests of this directory.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <inode.h>
+
+#include "host/sdk/host.h"
+
+// Every test opens its scene with this and leaves the host empty.
+class SceneTest : public testing::Test {
+  protected:
+    ~SceneTest() override;
+
+    static void Open(maxhost::scene::Scene scene);
+    // The node at a position of the open scene.
+    static INode* At(int position);
+    // Opens a scene of this node alone.
+    static INode* OpenNode(maxhost::scene::Node node);
+};
+
+maxhost::scene::Node MakeNode(const std::string& name, int parent = maxhost::scene::kNone);
+maxhost::scene::Scene MakeScene(std::vector<maxhost::scene::Node> nodes);
+
+maxhost::scene::FloatController Constant(float value);
+maxhost::scene::FloatController Keyed(std::vector<maxhost::scene::Key> keys);
+maxhost::scene::ThreeAxisController Axes(std::optional<maxhost::scene::FloatController> x,
+                                         std::optional<maxhost::scene::FloatController> y,
+                                         std::optional<maxhost::scene::FloatController> z);
+// Three constant axes.
+maxhost::scene::ThreeAxisController Axes(float x, float y, float z);
+
+maxhost::scene::Transform Prs(std::optional<maxhost::scene::ThreeAxisController> position,
+                              std::optional<maxhost::scene::ThreeAxisController> rotation = {},
+                              std::optional<maxhost::scene::ThreeAxisController> scale = {});
+
+constexpr float kQuarterTurn = 1.57079632679f;
+
+// Whether no element differs by more than 1e-5.
+testing::AssertionResult MatrixNear(const Matrix3& actual, const maxhost::scene::Matrix& expected);
+MATCHER_P3(PointNear, x, y, z, "") {
+    return arg.Equals(Point3(x, y, z), 1e-5f);
+}

@@ -1,0 +1,8 @@
+// Exports of the test modules.
+#pragma once
+
+#ifdef _WIN32
+#define TEST_EXPORT extern "C" __declspec(dllexport)
+#else
+#define TEST_EXPORT extern "C" __attribute__((visibility("default")))
+#endif

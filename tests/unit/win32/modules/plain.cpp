@@ -1,0 +1,7 @@
+// Without an entry point of its own and without resources; needs another library.
+#include "tests/unit/win32/modules/export.h"
+
+TEST_EXPORT int Needed();
+TEST_EXPORT int Plain() {
+    return Needed() + 1;
+}
