@@ -1,3 +1,0 @@
-// A converter library that has none of the entry points.
-extern "C" void Unrelated() {
-}
