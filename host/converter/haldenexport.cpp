@@ -1,0 +1,89 @@
+#include "host/converter/haldenexport.h"
+
+#include <string>
+
+#include "kta/reader.h"
+
+namespace {
+
+enum class Step { closed, opened, actorTaken, motionTaken, motionEnded };
+
+Step step = Step::closed;
+std::string faults;
+bool faultsAreLost = false;  // memory was missing for one
+
+void AddFault(const std::string& line) {
+    if (!faults.empty()) {
+        faults += '\n';
+    }
+    faults += line;
+}
+
+// Goes on to the next step of an export even when the call comes out of order, so that one missing
+// call is one fault.
+void Advance(const char* call, Step expected, Step next) {
+    if (step != expected) {
+        AddFault(std::string(call) + ": called out of order");
+    }
+    step = next;
+}
+
+void CheckFile(const char* call, const char* path, KTAFileKind kind) {
+    if (path == nullptr) {
+        AddFault(std::string(call) + ": no file name given");
+        return;
+    }
+    const kta::Reading reading = kta::ReadFile(path);
+    for (const std::string& line : kta::FaultLines(path, reading)) {
+        AddFault(line);
+    }
+    if (reading.file && reading.file->kind != kind) {
+        AddFault(std::string(path) + ": offset 6: header: file kind is \"" +
+                 kta::KindName(reading.file->kind) + "\", expected \"" + kta::KindName(kind) +
+                 "\"");
+    }
+}
+
+// The callers expect plain C functions.
+template <typename Action>
+void WithoutExceptions(Action action) noexcept {
+    try {
+        action();
+    } catch (...) {
+        faultsAreLost = true;
+    }
+}
+
+}  // namespace
+
+void InitSpecialHalden(const char*, const char*, bool) {
+    faults.clear();
+    faultsAreLost = false;
+    step = Step::opened;
+}
+
+void WriteKTActorFile(const char* ktaFileName) {
+    WithoutExceptions([=] {
+        Advance("WriteKTActorFile", Step::opened, Step::actorTaken);
+        CheckFile("WriteKTActorFile", ktaFileName, kFileKindActor);
+    });
+}
+
+void WriteKTMotionFile(const char* ktaFileName) {
+    WithoutExceptions([=] {
+        if (ktaFileName == nullptr) {
+            Advance("WriteKTMotionFile(null)", Step::motionTaken, Step::motionEnded);
+        } else {
+            Advance("WriteKTMotionFile", Step::actorTaken, Step::motionTaken);
+            CheckFile("WriteKTMotionFile", ktaFileName, kFileKindMotion);
+        }
+    });
+}
+
+void EndSpecialHalden() {
+    WithoutExceptions([] { Advance("EndSpecialHalden", Step::motionEnded, Step::closed); });
+}
+
+const char* SpecialHaldenFaults() {
+    return faultsAreLost ? "not all could be checked, memory is missing" : faults.c_str();
+}

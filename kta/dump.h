@@ -1,0 +1,26 @@
+// Every chunk and field of a KTA file as text or as JSON. docs/kta-format.md has the table of
+// field names.
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <string_view>
+
+#include "kta/reader.h"
+
+namespace kta {
+
+// `path` is shown as the file's name. Lines with the fields' offsets, in file order.
+void DumpText(const std::string& path, const File& file, std::ostream& out);
+
+// One JSON object, a line for each chunk. A finite float is written with the digits that read back
+// to the same f32; others are the texts "nan", "inf" and "-inf". Faults, where there are any, are
+// the object's last member.
+void DumpJson(const std::string& path, const File& file, const std::vector<Fault>& faults,
+              std::ostream& out);
+
+// The text as UTF-8: valid UTF-8 stays, and every byte that is no part of it becomes the code
+// point of its own number (Latin-1).
+std::string ToUtf8(std::string_view text);
+
+}  // namespace kta

@@ -1,0 +1,120 @@
+#include "kta/info.h"
+
+#include <algorithm>
+#include <iomanip>
+#include <string_view>
+#include <unordered_map>
+#include <variant>
+
+#include "kta/dump.h"
+#include "kta/text.h"
+
+namespace kta {
+namespace {
+
+using Nodes = std::vector<const Node*>;
+
+std::vector<ChunkTotal> ChunkTotals(const File& file) {
+    std::vector<ChunkTotal> totals;
+    for (const KTAChunkType& type : kChunkTypes) {
+        totals.push_back({&type, 0, 0});
+    }
+    for (std::size_t i = 0; i < file.chunks.size(); ++i) {
+        const Chunk& chunk = file.chunks[i];
+        const bool last = i + 1 == file.chunks.size();
+        const std::uint64_t end = last ? file.end : file.chunks[i + 1].offset;
+        const auto total = std::find_if(totals.begin(), totals.end(), [&](const ChunkTotal& t) {
+            return t.type->id == chunk.type->id;
+        });
+        total->count += 1;
+        total->bytes += end - chunk.offset;
+    }
+    std::erase_if(totals, [](const ChunkTotal& total) { return total.count == 0; });
+    return totals;
+}
+
+// The position of each node's parent; `nodes.size()` where there is none.
+std::vector<std::size_t> Parents(const Nodes& nodes) {
+    std::unordered_map<std::string_view, std::size_t> byName;
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        byName.emplace(nodes[i]->nodeName, i);
+    }
+    std::vector<std::size_t> parents;
+    for (const Node* node : nodes) {
+        const auto parent = byName.find(node->parentName);
+        const bool none = node->parentName.empty() || parent == byName.end();
+        parents.push_back(none ? nodes.size() : parent->second);
+    }
+    return parents;
+}
+
+std::size_t Depth(const Nodes& nodes) {
+    const std::vector<std::size_t> parents = Parents(nodes);
+    std::vector<std::size_t> depths(nodes.size(), 0);  // 0: not known yet
+    std::vector<bool> onPath(nodes.size(), false);
+    std::vector<std::size_t> path;
+    std::size_t deepest = 0;
+    for (std::size_t start = 0; start < nodes.size(); ++start) {
+        std::size_t at = start;
+        while (at != nodes.size() && depths[at] == 0 && !onPath[at]) {
+            onPath[at] = true;
+            path.push_back(at);
+            at = parents[at];
+        }
+        std::size_t depth = at == nodes.size() ? 0 : depths[at];
+        for (; !path.empty(); path.pop_back()) {
+            depths[path.back()] = ++depth;
+            onPath[path.back()] = false;
+        }
+        deepest = std::max(deepest, depths[start]);
+    }
+    return deepest;
+}
+
+void WriteLine(const std::string& label, const std::string& value, std::ostream& out) {
+    out << "  " << std::setw(24) << std::left << label << value << '\n';
+}
+
+}  // namespace
+
+Summary Summarize(const File& file) {
+    Summary summary;
+    summary.chunks = ChunkTotals(file);
+    Nodes nodes;
+    for (const Chunk& chunk : file.chunks) {
+        if (const auto* node = std::get_if<Node>(&chunk.body)) {
+            nodes.push_back(node);
+            summary.bones += node->isBone ? 1 : 0;
+            summary.helpers += node->hasHelperSize ? 1 : 0;
+        }
+    }
+    summary.nodes = nodes.size();
+    summary.depth = Depth(nodes);
+    return summary;
+}
+
+void WriteInfo(const std::string& path, const File& file, std::ostream& out) {
+    const Summary summary = Summarize(file);
+    out << OneLine(ToUtf8(path)) << '\n';
+    WriteLine("kind", KindName(file.kind), out);
+    WriteLine("version", std::to_string(file.version[0]) + "." + std::to_string(file.version[1]),
+              out);
+    const bool whole = file.end == file.size;
+    WriteLine("size",
+              std::to_string(file.size) + " bytes" +
+                  (whole ? "" : ", read up to offset " + std::to_string(file.end)),
+              out);
+    WriteLine("chunks", std::to_string(file.chunks.size()), out);
+    for (const ChunkTotal& total : summary.chunks) {
+        WriteLine(std::string("  ") + total.type->name,
+                  std::to_string(total.count) + ", " + std::to_string(total.bytes) + " bytes", out);
+    }
+    if (file.kind == kFileKindActor) {
+        WriteLine("nodes", std::to_string(summary.nodes), out);
+        WriteLine("bones", std::to_string(summary.bones), out);
+        WriteLine("helpers", std::to_string(summary.helpers), out);
+        WriteLine("hierarchy levels", std::to_string(summary.depth), out);
+    }
+}
+
+}  // namespace kta

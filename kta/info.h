@@ -1,0 +1,35 @@
+// What is in a KTA file, at a glance.
+#pragma once
+
+#include <cstddef>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "kta/reader.h"
+
+namespace kta {
+
+// What one kind of chunk takes up in a file, headers included.
+struct ChunkTotal {
+    const KTAChunkType* type = nullptr;
+    std::size_t count = 0;
+    std::uint64_t bytes = 0;
+};
+
+struct Summary {
+    std::vector<ChunkTotal> chunks;  // the kinds that occur, by id
+    std::size_t nodes = 0;
+    std::size_t bones = 0;
+    std::size_t helpers = 0;  // nodes with a helper size
+    std::size_t depth = 0;    // levels of the node hierarchy; 1 when no node has a parent
+};
+
+// A node's parent is the first node of that name; a name that no node has stands for none, and so
+// does the link by which a circle of parents would close. Linear in the file's size.
+Summary Summarize(const File& file);
+
+// A few lines, headed by `path`.
+void WriteInfo(const std::string& path, const File& file, std::ostream& out);
+
+}  // namespace kta

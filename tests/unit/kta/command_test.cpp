@@ -1,0 +1,205 @@
+// The command as users run it: as a process, with its streams and exit status.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "tests/unit/kta/sample_file.h"
+
+#ifndef _WIN32
+#include <sys/wait.h>
+#endif
+
+namespace {
+
+struct Result {
+    int status = -1;
+    std::string output;
+    std::string errors;
+};
+
+// The text of a file with line ends as '\n' on every system.
+std::string TextOf(const std::string& path) {
+    std::ifstream file(path);
+    EXPECT_TRUE(file) << path;
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+int System(const std::string& command) {
+#ifdef _WIN32
+    return std::system(("\"" + command + "\"").c_str());
+#else
+    const int status = std::system(command.c_str());
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+#endif
+}
+
+Result Kta(const std::string& arguments) {
+    const std::string output = sample::ScratchPath("output");
+    const std::string errors = sample::ScratchPath("errors");
+    Result result;
+    result.status =
+        System("\"" KTA_PROGRAM "\" " + arguments + " > \"" + output + "\" 2> \"" + errors + "\"");
+    result.output = TextOf(output);
+    result.errors = TextOf(errors);
+    return result;
+}
+
+std::string InQuotes(const std::string& path) {
+    return "\"" + path + "\"";
+}
+
+TEST(CommandTest, HelpAndVersion) {
+    const Result help = Kta("--help");
+    EXPECT_EQ(help.status, 0);
+    EXPECT_EQ(help.errors, "");
+    for (const char* text : {"info", "dump", "--version", "Exit status:"}) {
+        EXPECT_NE(help.output.find(text), std::string::npos) << text;
+    }
+    const Result version = Kta("--version");
+    EXPECT_EQ(version.status, 0);
+    EXPECT_EQ(version.output, "kta " KTA_VERSION "\n");
+    const Result dumpHelp = Kta("dump --help");
+    EXPECT_EQ(dumpHelp.status, 0);
+    EXPECT_NE(dumpHelp.output.find("--json"), std::string::npos);
+}
+
+TEST(CommandTest, BadUsage) {
+    for (const char* arguments :
+         {"", "info", "dump", "dump a b", "frobnicate x", "info --what x"}) {
+        const Result result = Kta(arguments);
+        EXPECT_EQ(result.status, 2) << arguments;
+        EXPECT_EQ(result.output, "") << arguments;
+        EXPECT_TRUE(result.errors.starts_with("kta: ")) << result.errors;
+        EXPECT_EQ(result.errors.find('\n'), result.errors.size() - 1) << result.errors;
+    }
+}
+
+TEST(CommandTest, WhatIsNoCommandIsNamed) {
+    EXPECT_EQ(
+        Kta("frobnicate x").errors,
+        "kta: \"frobnicate\": no such command, expected one of info, dump (see kta --help)\n");
+    EXPECT_EQ(Kta("--json").errors,
+              "kta: \"--json\": no such command, expected one of info, dump (see kta --help)\n");
+    EXPECT_EQ(Kta("").errors,
+              "kta: no command given, expected one of info, dump (see kta --help)\n");
+}
+
+TEST(CommandTest, InfoShowsTheFirstFaultsAndDumpAll) {
+    const std::string path =
+        sample::Save("faults", sample::ActorFile(std::vector<sample::Node>(23, {.isBone = 2})));
+    const Result info = Kta("info " + InQuotes(path));
+    EXPECT_EQ(info.status, 1);
+    EXPECT_EQ(std::count(info.errors.begin(), info.errors.end(), '\n'), 21);
+    EXPECT_TRUE(info.errors.ends_with("\nkta: " + path + ": and 3 more faults\n")) << info.errors;
+    const Result dump = Kta("dump " + InQuotes(path));
+    EXPECT_EQ(std::count(dump.errors.begin(), dump.errors.end(), '\n'), 23);
+}
+
+TEST(CommandTest, InfoOfSeveralFiles) {
+    const std::string a = sample::Save("info_a", sample::ActorFile({{}}));
+    const std::string b = sample::Save("info_b", sample::ActorFile({}));
+    const Result result = Kta("info " + InQuotes(a) + " " + InQuotes(b));
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "");
+    EXPECT_TRUE(result.output.starts_with(a + "\n")) << result.output;
+    EXPECT_NE(result.output.find("\n\n" + b + "\n"), std::string::npos) << result.output;
+}
+
+TEST(CommandTest, DumpAsTextAndJson) {
+    const std::string path = sample::Save("dump", sample::ActorFile({{.name = "Box01"}}));
+    const Result text = Kta("dump " + InQuotes(path));
+    EXPECT_EQ(text.status, 0);
+    EXPECT_NE(text.output.find("nodeName            \"Box01\"\n"), std::string::npos);
+    const Result result = Kta("dump --json " + InQuotes(path));
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "");
+    const auto dump = nlohmann::json::parse(result.output);
+    EXPECT_EQ(dump.at("file"), path);
+    EXPECT_EQ(dump.at("chunks").at(0).at("nodeName"), "Box01");
+}
+
+TEST(CommandTest, FaultyFile) {
+    const std::string path = sample::Save("faulty", {'K', 'T', 'A', ' ', 1, 1, 7});
+    for (const char* command : {"info ", "dump ", "dump --json "}) {
+        const Result result = Kta(command + InQuotes(path));
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.output, "");
+        EXPECT_EQ(result.errors, "kta: " + path +
+                                     ": offset 6: header: file kind is 7, expected 0 (motion) or "
+                                     "1 (actor)\n");
+    }
+}
+
+TEST(CommandTest, WhatWasReadOfAFaultyFileIsShown) {
+    const std::string path = sample::Save("flag", sample::ActorFile({{.isBone = 2}}));
+    const Result result = Kta("dump --json " + InQuotes(path));
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(nlohmann::json::parse(result.output).at("faults").size(), 1u);
+    EXPECT_NE(result.errors.find("offset 643: node chunk: bone flag is 2"), std::string::npos);
+}
+
+TEST(CommandTest, UnreadableFileOutranksFaultyOnesAndTheRestIsDone) {
+    const std::string good = sample::Save("good", sample::ActorFile({}));
+    const std::string faulty = sample::Save("short", {'K'});
+    const std::string missing = sample::ScratchPath("missing");
+    const Result result =
+        Kta("info " + InQuotes(missing) + " " + InQuotes(faulty) + " " + InQuotes(good));
+    EXPECT_EQ(result.status, 2);
+    EXPECT_TRUE(result.errors.starts_with("kta: " + missing + ": cannot be opened ("))
+        << result.errors;
+    EXPECT_NE(result.errors.find("kta: " + faulty + ": offset 0: header: cut off"),
+              std::string::npos);
+    EXPECT_TRUE(result.output.starts_with(good + "\n")) << result.output;
+}
+
+#ifdef __linux__
+TEST(CommandTest, ControlCharactersOfNamesStayOutOfMessages) {
+    EXPECT_TRUE(Kta("info \"/no\nsuch\x1b[31m\"")
+                    .errors.starts_with("kta: /no such [31m: cannot be opened ("));
+    EXPECT_TRUE(Kta("\"a\nb\"").errors.starts_with("kta: \"a b\": no such command"));
+    const std::string path = sample::Save("control\n\x1b[31m", sample::ActorFile({}));
+    const std::string shown = path.substr(0, path.find('\n')) + " [31m";
+    EXPECT_TRUE(Kta("info " + InQuotes(path)).output.starts_with(shown + "\n"));
+    EXPECT_TRUE(Kta("dump " + InQuotes(path)).output.starts_with(shown + ": actor file"));
+}
+
+// A full disk and a closed output, for each way of writing to it.
+TEST(CommandTest, OutputThatCannotBeWritten) {
+    const std::string path = sample::Save("output", sample::ActorFile({{}, {}}));
+    const std::string errors = sample::ScratchPath("errors");
+    for (const std::string arguments : {"info", "dump", "dump --json"}) {
+        for (const char* sink : {" > /dev/full", " >&-"}) {
+            EXPECT_EQ(System("\"" KTA_PROGRAM "\" " + arguments + " " + InQuotes(path) + sink +
+                             " 2> " + InQuotes(errors)),
+                      2)
+                << arguments << sink;
+            EXPECT_EQ(TextOf(errors), "kta: standard output: cannot be written\n");
+        }
+    }
+    EXPECT_EQ(System("\"" KTA_PROGRAM "\" --help > /dev/full 2> " + InQuotes(errors)), 2);
+}
+
+// The reader of the pipe is gone before a long dump is through.
+TEST(CommandTest, ClosedPipe) {
+    const std::string path =
+        sample::Save("pipe", sample::ActorFile(std::vector<sample::Node>(2000)));
+    EXPECT_NE(System("bash -c 'set -o pipefail; \"" KTA_PROGRAM "\" dump \"" + path +
+                     "\" 2> /dev/null | head -n 1 > /dev/null'"),
+              0);
+}
+
+TEST(CommandTest, EndlessInputThatIsNoKtaFile) {
+    const Result result = Kta("info /dev/zero");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors,
+              "kta: /dev/zero: offset 0: header: magic is \"\\x00\\x00\\x00\\x00\", expected "
+              "\"KTA \"\n");
+}
+#endif
+
+}  // namespace
