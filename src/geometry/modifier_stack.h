@@ -1,0 +1,20 @@
+// Looks for a modifier on a node's stack.
+#ifndef GEOMETRY_MODIFIER_STACK_H
+#define GEOMETRY_MODIFIER_STACK_H
+
+#include <max.h>
+#include <modstack.h>
+
+struct ModifierLookup {
+    Modifier* modifier;  // null: none
+    bool otherAbove;     // an enabled modifier of another class stands above it
+};
+
+// The topmost enabled modifier of a class, through all derived objects from the node's object
+// reference down. Disabled modifiers are passed over.
+ModifierLookup FindModifier(INode* node, const Class_ID& classId);
+
+// The class of 3ds Max's Skin modifier.
+extern const Class_ID kSkinModifierClassId;
+
+#endif

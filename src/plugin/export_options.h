@@ -1,0 +1,27 @@
+// The choices of the options dialog. The settings file is this record as it lies in memory.
+#ifndef PLUGIN_EXPORT_OPTIONS_H
+#define PLUGIN_EXPORT_OPTIONS_H
+
+#include "core/types.h"
+
+// Switches are 0 or 1; what a settings file holds is kept, and any other value counts as 1.
+struct ExportOptions {
+    Plinth::UInt8 collisionMeshes;  // export meshes tagged as collision meshes as such
+    Plinth::UInt8 hiddenObjects;    // write node data of hidden nodes
+    Plinth::UInt8 meshes;
+    Plinth::UInt8 nonRenderableMeshes;
+    Plinth::UInt8 morphers;
+    Plinth::UInt8 optimizeSkin;
+    Plinth::UInt8 padding0[2];
+    Plinth::Float32 weightThreshold;
+    Plinth::Int32 maxWeightsPerVertex;
+    Plinth::UInt8 hiddenMotions;  // write motion of hidden nodes
+    Plinth::UInt8 sampleAnimation;
+    Plinth::UInt8 padding1[2];
+    Plinth::Int32 sampleRate;  // a keyframe every so many frames, at least 1
+};
+PLINTH_STATIC_ASSERT(sizeof(ExportOptions) == 24, export_options_size);
+
+ExportOptions DefaultExportOptions();
+
+#endif

@@ -1,0 +1,60 @@
+#include "plugin/kta_exp.h"
+
+#include "plugin/module.h"
+#include "resources/resource.h"
+
+KTAExp::KTAExp()
+    : exportOptions(DefaultExportOptions()),
+      ip(NULL),
+      file(NULL),
+      nodeTotal(0),
+      nodeDone(0),
+      logCallback(NULL) {
+}
+
+KTAExp::~KTAExp() {
+}
+
+int KTAExp::ExtCount() {
+    return 1;
+}
+
+const MCHAR* KTAExp::Ext(int) {
+    return GetString(IDS_EXTENSION);
+}
+
+const MCHAR* KTAExp::LongDesc() {
+    return GetString(IDS_LONGDESC);
+}
+
+const MCHAR* KTAExp::ShortDesc() {
+    return GetString(IDS_SHORTDESC);
+}
+
+const MCHAR* KTAExp::AuthorName() {
+    return "Kestrel Works";
+}
+
+const MCHAR* KTAExp::CopyrightMessage() {
+    return GetString(IDS_COPYRIGHT);
+}
+
+const MCHAR* KTAExp::OtherMessage1() {
+    return "https://kestrelworks.example/";
+}
+
+const MCHAR* KTAExp::OtherMessage2() {
+    return "HDO exporter";
+}
+
+unsigned int KTAExp::Version() {
+    return 100;
+}
+
+void KTAExp::ShowAbout(HWND parent) {
+    DialogBoxParamA(g_moduleInstance, MAKEINTRESOURCEA(IDD_ABOUT), parent, NULL, 0);
+}
+
+BOOL KTAExp::SupportsOptions(int, DWORD options) {
+    return options == SCENE_EXPORT_SELECTED ? TRUE : FALSE;
+}

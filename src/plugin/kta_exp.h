@@ -1,0 +1,113 @@
+// The exporter: 3ds Max makes one object of this class for each export, calls DoExport and deletes
+// it. Its operations are implemented beside what they export: the format's write primitives in
+// format/, nodes in geometry/, the driver and the descriptive answers here.
+#ifndef PLUGIN_KTA_EXP_H
+#define PLUGIN_KTA_EXP_H
+
+#include <stdio.h>
+
+#include <max.h>
+
+#include <impexp.h>
+
+#include "core/log.h"
+#include "core/pointer_list.h"
+#include "geometry/default_materials.h"
+#include "plugin/export_options.h"
+
+class KTAExp : public SceneExport {
+  public:
+    KTAExp();
+    virtual ~KTAExp();
+
+    virtual int ExtCount();
+    virtual const MCHAR* Ext(int n);
+    virtual const MCHAR* LongDesc();
+    virtual const MCHAR* ShortDesc();
+    virtual const MCHAR* AuthorName();
+    virtual const MCHAR* CopyrightMessage();
+    virtual const MCHAR* OtherMessage1();
+    virtual const MCHAR* OtherMessage2();
+    virtual unsigned int Version();
+    virtual void ShowAbout(HWND parent);
+    // Runs one export. `name` is the file that the user chose; only SCENE_EXPORT_SELECTED of
+    // `options` counts. Returns 1 after a completed export and when the user cancels the options
+    // dialog; 0 when a Skin modifier is not the last of its stack or a file cannot be created.
+    virtual int DoExport(const MCHAR* name, ExpInterface* ei, Interface* i,
+                         BOOL suppressPrompts = FALSE, DWORD options = 0);
+    virtual BOOL SupportsOptions(int ext, DWORD options);
+
+    // ------------------------------------------------ the driver
+
+    // False when the node or one below it has an enabled modifier of another class above its Skin
+    // modifier.
+    bool CheckSkinModifierOrder(INode* node);
+    // Adds the node and all below it to `counter`; in the actor pass, gives each a material.
+    void PrepareNodes(INode* node, int& counter);
+    // Exports a node and all below it; false when the user cancelled.
+    bool ExportNodeTree(INode* node, bool withProgress);
+    // Empties all that a pass collects.
+    void ResetExportState();
+
+    // ------------------------------------------------ settings
+
+    // <plug-in configuration directory>\KTAExp2.cfg
+    void GetSettingsPath(CStr& path);
+    // Replaces as many bytes of the options as the settings file holds; a missing one changes
+    // nothing.
+    void LoadSettings();
+    void SaveSettings();
+
+    // ------------------------------------------------ the format's write primitives
+    // All do nothing when no stream is open. Write errors are not detected.
+
+    void WriteFileHeader();
+    void WriteChunkHeader(Plinth::UInt32 id, Plinth::UInt32 size, Plinth::UInt32 version);
+    void WriteChunk(Plinth::UInt32 id, Plinth::UInt32 size, const void* body,
+                    Plinth::UInt32 version);
+    void WriteRaw(const void* buffer, size_t length);
+
+    // A chunk whose first `length` bytes are known only when all of it has been written: remember
+    // the position, write a provisional header and beginning, go on to the chunk's end, and let
+    // PatchChunk write header and beginning again. The stream stands at its end afterwards.
+    fpos_t ChunkPosition();
+    void PatchChunk(const fpos_t& position, Plinth::UInt32 id, Plinth::UInt32 size,
+                    Plinth::UInt32 version, const void* beginning, size_t length);
+
+    // ------------------------------------------------ nodes
+
+    // Writes a node that has not been written in this pass, with what hangs from it.
+    void ExportNode(INode* node);
+
+  protected:
+    ExportOptions exportOptions;
+    Interface* ip;
+    FILE* file;     // of the current pass; null between passes
+    int nodeTotal;  // nodes of the pass, and how many have been visited
+    int nodeDone;
+    Plinth::LogFile* logCallback;  // the export's log; owned by the log manager
+
+    Plinth::PointerList<INode> exportedNodes;  // a node's position is its node number
+    Plinth::PointerList<Mtl> sceneMaterials;   // the materials of the nodes, in order of appearance
+    DefaultMaterials defaultMaterials;         // of nodes without a material
+
+  private:
+    KTAExp(const KTAExp&);
+    KTAExp& operator=(const KTAExp&);
+
+    typedef Plinth::PointerList<INode> NodeList;
+
+    void GatherRoots(bool selectedOnly, NodeList& roots);
+    bool CheckSkinModifierOrder(const NodeList& roots);
+    bool RunOptionsDialog();
+    bool RunWritingPass(int pass, const char* name, const NodeList& roots);
+    // Makes room for as many entries as there are nodes: the lists grow by a few at a time.
+    void ReserveLists(const NodeList& roots);
+    void WriteNodes(const NodeList& roots);
+    void WriteVisibleNode(INode* node);
+    void UpdateProgress();
+
+    void ExportMeshOfNode(INode* node);
+};
+
+#endif

@@ -1,0 +1,212 @@
+#include "tests/support/export_run.h"
+
+#include <impexp.h>
+#include <max.h>
+#include <maxapi.h>
+#include <plugin.h>
+
+#include <algorithm>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <stdexcept>
+
+#include "host/sdk/host.h"
+#include "host/win32/module_function.h"
+#include "host/win32/user.h"
+
+namespace support {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class RecordingUser : public win32::User {
+  public:
+    RecordingUser(const ExportChoices& choices, ExportRun& run)
+        : choices_(choices), run_(run), former_(win32::SetUser(this)) {}
+    ~RecordingUser() override { win32::SetUser(former_); }
+
+    long OnDialog(int templateId) override {
+        run_.dialogs.push_back(templateId);
+        if (choices_.whenDialogIsShown) {
+            choices_.whenDialogIsShown();
+        }
+        return choices_.cancelDialog ? 0 : 1;
+    }
+    void OnMessageBox(const std::string& title, const std::string& text, unsigned flags) override {
+        run_.messageBoxes.push_back({title, text, flags});
+    }
+
+  private:
+    const ExportChoices& choices_;
+    ExportRun& run_;
+    win32::User* former_;
+};
+
+class RecordingProgress : public maxhost::ProgressObserver {
+  public:
+    explicit RecordingProgress(ExportRun& run) : run_(run) {
+        maxhost::Host::Instance().SetProgressObserver(this);
+    }
+    ~RecordingProgress() override { maxhost::Host::Instance().SetProgressObserver(nullptr); }
+
+    void OnStart(const std::string& title) override { run_.progressTitles.push_back(title); }
+    void OnUpdate(int percent) override { run_.progress.push_back(percent); }
+    void OnEnd() override { ++run_.progressEnds; }
+
+  private:
+    ExportRun& run_;
+};
+
+template <class Function>
+Function LookUp(HMODULE module, const char* name) {
+    const auto function = win32::ModuleFunction<Function>(module, name);
+    if (function == nullptr) {
+        throw std::runtime_error(std::string(name) + " is not exported");
+    }
+    return function;
+}
+
+HMODULE Load(const char* path) {
+    const HMODULE module = LoadLibraryA(path);
+    if (module == nullptr) {
+        throw std::runtime_error(std::string(path) + " does not load");
+    }
+    return module;
+}
+
+std::vector<std::string> Lines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+        if (!line.empty() && line.back() == '\r') {
+            line.pop_back();
+        }
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+std::optional<std::string> ReadIfPresent(const fs::path& path) {
+    return fs::is_regular_file(path) ? std::optional(ReadFile(path)) : std::nullopt;
+}
+
+// Makes these the plug-in directories; returns the file of the converter that the plug-in finds.
+fs::path OfferConverter(std::vector<std::string> directories) {
+    const fs::path recording(HDO_RECORDING_CONVERTER);
+    if (directories.empty()) {
+        directories = {recording.parent_path().string()};
+    }
+    maxhost::Host::Instance().SetPlugInDirs(directories);
+    for (const std::string& directory : directories) {
+        std::error_code notThere;
+        if (fs::exists(directory / recording.filename(), notThere)) {
+            return directory / recording.filename();
+        }
+    }
+    throw std::runtime_error("no plug-in directory holds the recording converter");
+}
+
+void RunPlugIn(const ExportChoices& choices, const fs::path& exportFile,
+               const fs::path& converterFile, ExportRun& run) {
+    const HMODULE module = Load(HDO_PLUGIN_FILE);
+    const HMODULE converter = Load(converterFile.string().c_str());
+    LookUp<void (*)()>(converter, "ResetRecordedCalls")();
+
+    ClassDesc* description = LookUp<ClassDesc* (*)(int)>(module, "LibClassDesc")(0);
+    auto* exporter = static_cast<SceneExport*>(description->Create(FALSE));
+    {
+        RecordingUser user(choices, run);
+        RecordingProgress progress(run);
+        run.result = exporter->DoExport(exportFile.string().c_str(), nullptr,
+                                        maxhost::Host::Instance().GetInterface(),
+                                        choices.suppressPrompts ? TRUE : FALSE,
+                                        (choices.selectedOnly ? SCENE_EXPORT_SELECTED : 0) |
+                                            choices.otherOptions);
+    }
+    delete exporter;
+    run.converterCalls = Lines(LookUp<const char* (*)()>(converter, "RecordedCalls")());
+    FreeLibrary(converter);
+    FreeLibrary(module);
+}
+
+}  // namespace
+
+WorkDirectory::WorkDirectory() : former_(fs::current_path()) {
+    std::random_device seed;
+    path_ =
+        fs::temp_directory_path() / ("hdo-test-" + std::to_string(seed()) + std::to_string(seed()));
+    fs::create_directories(path_);
+    path_ = fs::canonical(path_);
+    fs::current_path(path_);
+}
+
+WorkDirectory::~WorkDirectory() {
+    std::error_code ignored;
+    fs::current_path(former_, ignored);
+    fs::remove_all(path_, ignored);
+}
+
+LoadedPlugIn::LoadedPlugIn() {
+    OfferConverter({});
+    module_ = Load(HDO_PLUGIN_FILE);
+}
+
+LoadedPlugIn::~LoadedPlugIn() {
+    FreeLibrary(static_cast<HMODULE>(module_));
+}
+
+fs::path SettingsFile(const fs::path& directory) {
+    return directory / "config" / "KTAExp2.cfg";
+}
+
+ExportRun Export(const maxhost::scene::Scene& scene, const ExportChoices& choices,
+                 const WorkDirectory& directory) {
+    const fs::path settings = SettingsFile(directory.Path());
+    fs::create_directories(settings.parent_path());
+    if (choices.settings) {
+        WriteFile(settings, *choices.settings);
+    }
+    maxhost::Host& host = maxhost::Host::Instance();
+    const fs::path converter = OfferConverter(choices.plugInDirs);
+    host.SetDir(APP_PLUGCFG_DIR, settings.parent_path().string());
+    host.CancelAtUpdate(choices.cancelAtUpdate);
+    host.OpenScene(scene);
+
+    ExportRun run;
+    const fs::path exportFile = directory.Path() / choices.fileName;
+    RunPlugIn(choices, exportFile, converter, run);
+    run.actor = ReadIfPresent(exportFile.string() + "temp1");
+    run.motion = ReadIfPresent(exportFile.string() + "temp2");
+    run.log = Lines(ReadIfPresent(directory.Path() / "KTAExporter.log").value_or(""));
+    host.CloseScene();
+    return run;
+}
+
+ExportRun Export(const maxhost::scene::Scene& scene, const ExportChoices& choices) {
+    const WorkDirectory directory;
+    return Export(scene, choices, directory);
+}
+
+std::string ReadFile(const fs::path& path) {
+    std::ifstream stream(path, std::ios::binary);
+    if (!stream) {
+        throw std::runtime_error(path.string() + " cannot be read");
+    }
+    return std::string(std::istreambuf_iterator<char>(stream), {});
+}
+
+void WriteFile(const fs::path& path, const std::string& bytes) {
+    std::ofstream stream(path, std::ios::binary);
+    stream << bytes;
+    if (!stream.flush()) {
+        throw std::runtime_error(path.string() + " cannot be written");
+    }
+}
+
+int CountLines(const ExportRun& run, const std::string& line) {
+    return static_cast<int>(std::count(run.log.begin(), run.log.end(), line));
+}
+
+}  // namespace support

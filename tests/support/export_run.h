@@ -1,0 +1,84 @@
+// Runs the real plug-in module in the test's process, with the recording converter beside it, on a
+// scene made by the test, and gathers everything that a user or the converter would see.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/sdk/scene_desc.h"
+
+namespace support {
+
+struct MessageBoxShown {
+    std::string title;
+    std::string text;
+    unsigned flags = 0;
+};
+
+struct ExportRun {
+    int result = -1;
+    std::optional<std::string> actor, motion;  // the files' bytes; absent: no such file
+    std::vector<std::string> log;              // KTAExporter.log, line by line
+    std::vector<std::string> converterCalls;
+    std::vector<MessageBoxShown> messageBoxes;
+    std::vector<int> dialogs;  // template ids
+    std::vector<std::string> progressTitles;
+    std::vector<int> progress;
+    int progressEnds = 0;
+};
+
+struct ExportChoices {
+    bool selectedOnly = false;
+    unsigned otherOptions = 0;  // bits of DoExport's options beside that of the selection
+    bool suppressPrompts = false;
+    bool cancelDialog = false;
+    int cancelAtUpdate = 0;
+    std::string fileName = "out.hdo";     // relative to the directory of the run
+    std::optional<std::string> settings;  // bytes of the settings file before the export
+    // Plug-in directories; empty: the recording converter's alone. The first that holds a recording
+    // converter is asked for its calls.
+    std::vector<std::string> plugInDirs;
+    std::function<void()> whenDialogIsShown;  // for a look at the state at that moment
+};
+
+// A temporary directory that is the current one while the object lives.
+class WorkDirectory {
+  public:
+    WorkDirectory();
+    ~WorkDirectory();
+    const std::filesystem::path& Path() const { return path_; }
+
+  private:
+    std::filesystem::path path_, former_;
+};
+
+// Keeps the plug-in loaded between exports; without one, each loads it anew.
+class LoadedPlugIn {
+  public:
+    LoadedPlugIn();
+    ~LoadedPlugIn();
+    LoadedPlugIn(const LoadedPlugIn&) = delete;
+    LoadedPlugIn& operator=(const LoadedPlugIn&) = delete;
+
+  private:
+    void* module_;
+};
+
+// The settings file of exports in `directory`.
+std::filesystem::path SettingsFile(const std::filesystem::path& directory);
+
+ExportRun Export(const maxhost::scene::Scene& scene, const ExportChoices& choices,
+                 const WorkDirectory& directory);
+// In a directory of its own.
+ExportRun Export(const maxhost::scene::Scene& scene, const ExportChoices& choices = {});
+
+std::string ReadFile(const std::filesystem::path& path);
+void WriteFile(const std::filesystem::path& path, const std::string& bytes);
+
+// How many lines of the log are this one.
+int CountLines(const ExportRun& run, const std::string& line);
+
+}  // namespace support
