@@ -1,0 +1,90 @@
+// A JSON text as a tree that remembers what a DOM of maps forgets: fields in their order, fields
+// given twice, and the place of every value. One flat array holds all values in the order of the
+// text, so that a mesh of a million faces costs 16 bytes a number.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace maxhost::import {
+
+enum class JsonKind : std::uint8_t { null, boolean, integer, real, text, list, object };
+
+class JsonTree;
+
+// A value in a tree; valid as long as the tree. The accessors named after a kind are for values of
+// that kind alone.
+class JsonValue {
+  public:
+    JsonValue(const JsonTree& tree, std::size_t at) : tree_(&tree), at_(at) {}
+
+    JsonKind Kind() const;
+    bool Boolean() const;
+    std::int64_t Integer() const;  // 0 for -0
+    float Real() const;            // of an integer too
+    std::string_view Text() const;
+
+    std::size_t Size() const;  // elements of a list, members of an object
+
+    // A pass over a list's elements, or over an object's names and values in turn.
+    class Iterator {
+      public:
+        Iterator(const JsonTree& tree, std::size_t at) : tree_(&tree), at_(at) {}
+        JsonValue operator*() const { return {*tree_, at_}; }
+        Iterator& operator++();
+        bool operator!=(const Iterator& other) const { return at_ != other.at_; }
+
+      private:
+        const JsonTree* tree_;
+        std::size_t at_;
+    };
+    Iterator begin() const;
+    Iterator end() const;
+
+    std::string Pointer() const;   // the JSON pointer; empty for the root
+    std::string Describe() const;  // in a few words: 7, "text", a list of 3, ...
+
+    // Throws the SceneError for this place.
+    [[noreturn]] void Refuse(std::string_view expected) const;
+
+  private:
+    const JsonTree* tree_;
+    std::size_t at_;
+};
+
+class JsonTree {
+  public:
+    // Throws SceneError: for text that is not JSON (UTF-8, nothing before or after the value), for
+    // a number that is not finite as f32, a text with a NUL character, a field given twice, and
+    // nesting of more than kMaxNesting levels. Integers beyond 64 bits are kept as reals.
+    explicit JsonTree(std::string_view text);
+
+    JsonTree(const JsonTree&) = delete;
+    JsonTree& operator=(const JsonTree&) = delete;
+
+    JsonValue Root() const { return {*this, 0}; }
+
+    // More than any scene within the limits of the form needs; it bounds the readers' recursion.
+    static constexpr std::size_t kMaxNesting = 320;
+
+  private:
+    friend class JsonValue;
+    friend class TreeBuilder;
+
+    struct Entry {
+        JsonKind kind;
+        std::uint32_t size;     // of a text in bytes, of a list or object in elements or members
+        std::uint64_t payload;  // the number's bits, the text's offset, the end of list or object
+    };
+
+    std::size_t End(std::size_t at) const;
+    std::string PointerTo(std::size_t target) const;
+
+    std::vector<Entry> entries_;
+    std::string texts_;
+};
+
+}  // namespace maxhost::import
