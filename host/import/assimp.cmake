@@ -1,0 +1,18 @@
+# The formats that Assimp reads; Debian packages it for Linux alone.
+
+if(NOT WIN32)
+    target_sources(hdo_import PRIVATE
+        assimp_import.cpp
+        assimp_material.cpp
+        assimp_mesh.cpp
+        assimp_roles.cpp
+        assimp_scene.cpp
+        assimp_text.cpp
+        assimp_time.cpp
+        assimp_tree.cpp
+        gltf_roots.cpp
+        import_warnings.cpp
+        reader_process.cpp
+        scene_blob.cpp)
+    target_link_libraries(hdo_import PRIVATE assimp::assimp Threads::Threads)
+endif()

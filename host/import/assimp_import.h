@@ -1,0 +1,39 @@
+// Scene files of the formats that Assimp reads (FBX, Collada, 3DS, ASE, glTF, BVH, ...).
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "host/sdk/scene_desc.h"
+
+namespace maxhost::import {
+
+// A scene file that cannot be read. The message is one line without the file's name.
+class ImportError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+struct AnimationClip {
+    std::string name;
+    double seconds = 0;
+    int channels = 0;  // animated nodes, meshes and morphs together
+};
+
+// A scene with z up, in the file's own units. Nodes stand in depth-first child order. `warnings`
+// names what was changed or left out, one line each.
+struct ImportedScene {
+    scene::Scene scene;
+    std::vector<std::string> warnings;
+    std::vector<AnimationClip> animations;
+};
+
+// Reads the file at `path`; throws ImportError.
+ImportedScene ImportWithAssimp(const std::string& path);
+
+// Whether Assimp has a reader for the file's extension. It finds some formats by their content
+// alone, so an import may succeed where this says no.
+bool AssimpKnows(const std::string& path);
+
+}  // namespace maxhost::import

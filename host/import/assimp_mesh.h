@@ -1,0 +1,42 @@
+// Triangle meshes out of the pieces that Assimp splits a node's mesh into, one a material.
+#pragma once
+
+#include <assimp/scene.h>
+
+#include <map>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "host/import/assimp_tree.h"
+#include "host/import/import_warnings.h"
+#include "host/sdk/scene_desc.h"
+
+namespace maxhost::import {
+
+struct NodeMesh {
+    std::shared_ptr<const scene::Mesh> mesh;
+    std::vector<unsigned> materials;  // of the Assimp scene; a face's material id points in here
+};
+
+// Nodes that show the same pieces share one mesh. Keeps references to what it is made with.
+class MeshFactory {
+  public:
+    MeshFactory(const aiScene& scene, const AxisTurn& turn, ImportWarnings& warnings)
+        : scene_(scene), turn_(turn), warnings_(warnings) {}
+
+    // The node must have meshes. The vertices of its pieces stand one behind the other.
+    const NodeMesh& Of(const SourceNode& node);
+
+  private:
+    using Key = std::pair<std::vector<unsigned>, std::vector<double>>;
+
+    NodeMesh Build(const SourceNode& node);
+
+    const aiScene& scene_;
+    const AxisTurn turn_;
+    ImportWarnings& warnings_;
+    std::map<Key, NodeMesh> made_;
+};
+
+}  // namespace maxhost::import

@@ -1,0 +1,237 @@
+#include "host/import/assimp_scene.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <filesystem>
+#include <limits>
+#include <optional>
+#include <set>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+
+#include "host/import/assimp_material.h"
+#include "host/import/assimp_mesh.h"
+#include "host/import/assimp_roles.h"
+#include "host/import/assimp_text.h"
+#include "host/import/assimp_time.h"
+#include "host/import/assimp_tree.h"
+#include "host/import/import_warnings.h"
+#include "host/import/utf8.h"
+
+namespace maxhost::import {
+namespace {
+
+// ---------------------------------------------------------------- kinds of objects
+
+constexpr std::uint32_t kGeometry = 0x10;
+constexpr std::uint32_t kCamera = 0x20;
+constexpr std::uint32_t kLight = 0x30;
+constexpr scene::ClassId kBone = {0x28bf6e8d, 0x2ecca840};
+constexpr scene::ClassId kFreeCamera = {0x1001, 0};
+constexpr scene::ClassId kOmniLight = {0x1011, 0};
+constexpr scene::ClassId kDirectionalLight = {0x1013, 0};
+constexpr scene::ClassId kFreeSpot = {0x1014, 0};
+
+scene::ClassId ClassOf(aiLightSourceType type) {
+    return type == aiLightSource_SPOT          ? kFreeSpot
+           : type == aiLightSource_DIRECTIONAL ? kDirectionalLight
+                                               : kOmniLight;
+}
+
+// ---------------------------------------------------------------- transforms
+
+// Rows for row vectors from columns for column vectors; what is not finite becomes 0.
+scene::Matrix RowMatrix(const Matrix4& m, std::size_t& notFinite) {
+    scene::Matrix rows;
+    for (int i = 0; i < 4; ++i) {
+        for (int k = 0; k < 3; ++k) {
+            const double number = m[k][i] + 0.0;  // never -0
+            const bool isFinite = std::abs(number) <= std::numeric_limits<float>::max();
+            rows[i][k] = isFinite ? static_cast<float>(number) : 0;
+            notFinite += isFinite ? 0 : 1;
+        }
+    }
+    return rows;
+}
+
+// ---------------------------------------------------------------- units
+
+// The unit, in metres, that the scene's is where the file says no more.
+double OwnUnit(SourceFormat format) {
+    return format == SourceFormat::fbx ? 0.01 : 1;
+}
+
+std::string UpAxisOf(const AxisTurn& turn) {
+    return (turn.sign[2] < 0 ? "-" : "") + std::string(1, "xyz"[turn.from[2]]);
+}
+
+// ---------------------------------------------------------------- names
+
+constexpr char kRecodedName[] = "name was not UTF-8, read as Latin-1";
+
+// The name to show for the node. Collada's importer makes one up where the file gives an id alone.
+std::string NameOf(const aiNode& node, SourceFormat format, ImportWarnings& warnings) {
+    aiString id;
+    const bool hasIdAlone = format == SourceFormat::collada &&
+                            std::string_view(node.mName.C_Str()).starts_with("$Collada") &&
+                            node.mMetaData && node.mMetaData->Get("Collada_id", id);
+    bool recoded = false;
+    const std::string name = TextOf(hasIdAlone ? id : node.mName, &recoded);
+    warnings.AddOf(kRecodedName, "node", Quoted(name), recoded ? 1 : 0);
+    return name;
+}
+
+// What stands in for a root's name that no artist gave.
+std::string NameAfterFile(const std::string& path, ImportWarnings& warnings) {
+    bool recoded = false;
+    const std::string name = ToUtf8(std::filesystem::path(path).stem().string(), &recoded);
+    warnings.Add("given the file's name, the file gives its root none", "node " + Quoted(name));
+    warnings.AddOf(kRecodedName, "node", Quoted(name), recoded ? 1 : 0);
+    return name;
+}
+
+// 3ds Max has no nodes without a name, and the exported files tell the hierarchy by names.
+void NameTheUnnamed(std::vector<scene::Node>& nodes, ImportWarnings& warnings) {
+    std::set<std::string> used;
+    for (const scene::Node& node : nodes) {
+        used.insert(node.name);
+    }
+    int number = 0;
+    for (scene::Node& node : nodes) {
+        while (node.name.empty()) {
+            const std::string digits = std::to_string(++number);
+            std::string name =
+                "Node" + std::string(3 - std::min<std::size_t>(digits.size(), 3), '0') + digits;
+            if (used.insert(name).second) {
+                warnings.Add("given this name, the file has none", "node " + Quoted(name));
+                node.name = std::move(name);
+            }
+        }
+    }
+}
+
+// ---------------------------------------------------------------- the scene
+
+class Converter {
+  public:
+    Converter(const aiScene& source, const std::string& path)
+        : source_(source),
+          path_(path),
+          format_(FormatOf(source)),
+          tree_(FlattenTree(source, path)),
+          meshes_(source, tree_.turn, warnings_),
+          materials_(source, format_, result_.scene, warnings_) {}
+
+    ImportedScene Convert() {
+        const std::vector<Role> roles = FindRoles(source_, tree_, format_, warnings_);
+        for (std::size_t i = 0; i < tree_.nodes.size(); ++i) {
+            result_.scene.nodes.push_back(NodeOf(tree_.nodes[i], roles[i]));
+        }
+        NameTheUnnamed(result_.scene.nodes, warnings_);
+        result_.animations = ClipsOf(source_, format_, warnings_);
+        result_.scene.time = TimeOf(source_, format_, result_.animations, warnings_);
+        warnings_.Add("animations left out", "", result_.animations.size());
+        materials_.WarnOfUnused();
+        WarnOfFile();
+        result_.warnings = warnings_.Lines();
+        if (tree_.nodes.empty()) {
+            result_.warnings.push_back("no nodes in the file");
+        }
+        return std::move(result_);
+    }
+
+  private:
+    void WarnOfFile() {
+        warnings_.Add("nodes outside the scene that the file shows left out", "",
+                      tree_.nodesOutside);
+        if (tree_.unit > 0 && std::abs(tree_.unit - OwnUnit(format_)) > 1e-6 * tree_.unit) {
+            warnings_.Add("the file's unit is " + NumberText(tree_.unit) + " m and its up axis " +
+                              UpAxisOf(tree_.turn) +
+                              "; lengths are left in that unit (--scale changes them)",
+                          "");
+        }
+    }
+
+    // The node's matrix in the turned scene, with the frames of its and its parent's views.
+    Matrix4 LocalOf(const SourceNode& source, const Role& role) {
+        Matrix4 local = tree_.turn.Conjugate(source.local);
+        const Role shown = ShownBeside(source, role);
+        if (source.parent != scene::kNone) {
+            const auto above = views_.find(source.parent);
+            local = above == views_.end() ? local : Matrix4(above->second).Inverse() * local;
+        }
+        const Matrix4 view = ViewFrame(source, shown, tree_.turn, format_, warnings_);
+        if (view == Matrix4()) {
+            return local;
+        }
+        views_.emplace(static_cast<int>(result_.scene.nodes.size()), view);
+        return local * view;
+    }
+
+    scene::Node NodeOf(const SourceNode& source, const Role& role) {
+        scene::Node node;
+        const bool isUnnamedRoot =
+            source.node == source_.mRootNode && IsImportersName(source.node->mName.C_Str(), path_);
+        node.name = isUnnamedRoot ? NameAfterFile(path_, warnings_)
+                                  : NameOf(*source.node, format_, warnings_);
+        node.parent = source.parent;
+        const std::string subject = "node " + Quoted(node.name);
+        std::size_t notFinite = source.notFinite;
+        node.transform = scene::Transform{
+            {}, {}, scene::MatrixTransform{RowMatrix(LocalOf(source, role), notFinite)}};
+        warnings_.Add("numbers that are not finite replaced by 0", subject, notFinite);
+        if (const aiMetadata* metadata = source.node->mMetaData) {
+            bool recoded = false;
+            node.userProperties = UserPropertiesOf(*metadata, &recoded);
+            warnings_.AddOf("user properties were not UTF-8, read as Latin-1", "node",
+                            Quoted(node.name), recoded ? 1 : 0);
+            bool isShown = true;
+            node.hidden =
+                format_ == SourceFormat::fbx && metadata->Get("Show", isShown) && !isShown;
+        }
+        SetObject(node, source, role, subject);
+        return node;
+    }
+
+    // A node has one object. A mesh comes first: it may be the mesh of a bone.
+    void SetObject(scene::Node& node, const SourceNode& source, const Role& role,
+                   const std::string& subject) {
+        const bool hasMesh = source.node->mNumMeshes > 0;
+        if (hasMesh) {
+            const NodeMesh& mesh = meshes_.Of(source);
+            node.object = scene::Object{std::nullopt, std::nullopt, std::nullopt, mesh.mesh};
+            node.material = materials_.For(mesh.materials, node.name);
+        }
+        const Role shown = ShownBeside(source, role);
+        if (role.isBone) {
+            node.object = node.object.value_or(scene::Object{kGeometry, {}, {}, nullptr});
+            node.object->classId = kBone;
+        } else if (shown.camera) {
+            node.object = scene::Object{kCamera, kFreeCamera, std::nullopt, nullptr};
+        } else if (shown.light) {
+            node.object = scene::Object{kLight, ClassOf(shown.light->mType), std::nullopt, nullptr};
+        }
+        const std::size_t others = (role.camera != shown.camera) + (role.light != shown.light);
+        warnings_.Add("cameras and lights left out, the node has another object", subject, others);
+    }
+
+    const aiScene& source_;
+    const std::string path_;
+    const SourceFormat format_;
+    const SourceTree tree_;
+    ImportWarnings warnings_;
+    ImportedScene result_;
+    MeshFactory meshes_;
+    MaterialFactory materials_;
+    std::unordered_map<int, Matrix4> views_;  // by node
+};
+
+}  // namespace
+
+ImportedScene ConvertScene(const aiScene& scene, const std::string& path) {
+    return Converter(scene, path).Convert();
+}
+
+}  // namespace maxhost::import

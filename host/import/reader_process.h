@@ -1,0 +1,29 @@
+// Runs a reader of foreign files in a process of its own: readers written by others crash, hang or
+// take all memory on some broken files, and then only that process ends.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace maxhost::import {
+
+constexpr std::uint64_t kReaderStack = std::uint64_t{1} << 30;
+
+struct ReaderLimits {
+    unsigned cpuSeconds = 45;                       // of the whole work
+    std::uint64_t memory = std::uint64_t{2} << 30;  // bytes beside the stack
+};
+
+// The limits for a reader of this many bytes: what no sound file comes near and damaged ones ask
+// for. CPU time is 45 s and 30 s more for each 100 MB, memory 2 GiB and 400 times the bytes.
+ReaderLimits LimitsFor(std::uint64_t bytes);
+
+// What `work` returns, worked out in a child process on a thread with a stack of kReaderStack
+// (readers recurse through hierarchies). Nothing else that `work` does to this program's state
+// stays, and what it prints is dropped. Throws ImportError, with the message of the exception that
+// `work` throws or with how the process ended.
+std::string RunInReaderProcess(const std::function<std::string()>& work,
+                               const ReaderLimits& limits = {});
+
+}  // namespace maxhost::import

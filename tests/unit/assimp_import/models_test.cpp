@@ -1,0 +1,203 @@
+// Every installed model of the formats that matter most: what the scene holds is what Assimp
+// itself says, worked out the straightforward way.
+#include <assimp/config.h>
+#include <assimp/postprocess.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <assimp/Importer.hpp>
+#include <cmath>
+#include <filesystem>
+
+#include "host/import/assimp_scene.h"
+#include "host/import/scene_check.h"
+#include "tests/unit/assimp_import/source_scene.h"
+#include "tests/unit/scene_description/same_scene.h"
+
+using maxhost::import::ImportedScene;
+using maxhost::import::ImportError;
+using maxhost::import::ImportWithAssimp;
+using maxhost::import::ReadHere;
+using maxhost::scene::Matrix;
+using maxhost::scene::Vec3;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Matrix4 = aiMatrix4x4t<double>;
+using Point = std::array<double, 3>;
+
+std::string Lower(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
+}
+
+std::vector<std::string> ModelFiles(const std::string& folder,
+                                    const std::vector<std::string>& extensions) {
+    std::vector<std::string> files;
+    for (const auto& entry :
+         fs::recursive_directory_iterator(fs::path(HDO_ASSIMP_MODELS) / folder)) {
+        const std::string extension = Lower(entry.path().extension().string());
+        if (std::find(extensions.begin(), extensions.end(), extension) != extensions.end()) {
+            files.push_back(entry.path().string());
+        }
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+double Finite(double number) {
+    return std::isfinite(number) ? number : 0;
+}
+
+// The corners of all triangles in the world, in the order of the nodes.
+void AddCorners(const aiScene& scene, const aiNode& node, const Matrix4& above,
+                std::vector<Point>& corners) {
+    const Matrix4 world = above * Matrix4(node.mTransformation);
+    for (unsigned i = 0; i < node.mNumMeshes; ++i) {
+        const aiMesh& mesh = *scene.mMeshes[node.mMeshes[i]];
+        for (unsigned k = 0; k < mesh.mNumFaces; ++k) {
+            const aiFace& face = mesh.mFaces[k];
+            for (unsigned c = 0; face.mNumIndices == 3 && c < 3; ++c) {
+                const aiVector3D& v = mesh.mVertices[face.mIndices[c]];
+                const auto p = world * aiVector3t<double>(Finite(v.x), Finite(v.y), Finite(v.z));
+                corners.push_back({p.x, p.y, p.z});
+            }
+        }
+    }
+    for (unsigned i = 0; i < node.mNumChildren; ++i) {
+        AddCorners(scene, *node.mChildren[i], world, corners);
+    }
+}
+
+// z up and in the file's units. Assimp's other formats are y up; it leaves an FBX file's axes
+// alone and scales Collada's units.
+std::vector<Point> ExpectedCorners(const aiScene& scene) {
+    std::vector<Point> corners;
+    AddCorners(scene, *scene.mRootNode, Matrix4(), corners);
+    std::int32_t up = 1;
+    scene.mMetaData->Get("UpAxis", up);
+    aiString format;
+    scene.mMetaData->Get("SourceAsset_Format", format);
+    const bool isCollada = format == aiString(kCollada);
+    const aiMatrix4x4& root = scene.mRootNode->mTransformation;
+    const double unit = isCollada ? std::hypot(root.a1, root.b1, root.c1) : 1;
+    for (Point& p : corners) {
+        p = up == 2 ? p : Point{p[0], -p[2], p[1]};
+        for (double& coordinate : p) {
+            coordinate /= unit;
+        }
+    }
+    return corners;
+}
+
+Point Moved(const Point& p, const Matrix& m) {
+    Point moved;
+    for (std::size_t i = 0; i < 3; ++i) {
+        moved[i] = p[0] * m[0][i] + p[1] * m[1][i] + p[2] * m[2][i] + m[3][i];
+    }
+    return moved;
+}
+
+std::vector<Point> Corners(const maxhost::scene::Scene& scene) {
+    std::vector<Point> corners;
+    for (const auto& node : scene.nodes) {
+        if (!node.object || !node.object->mesh) {
+            continue;
+        }
+        for (const auto& face : node.object->mesh->faces) {
+            for (const std::uint32_t v : face.v) {
+                const Vec3& vertex = node.object->mesh->vertices.at(v);
+                Point p{vertex[0], vertex[1], vertex[2]};
+                for (const auto* above = &node; above;
+                     above = above->parent < 0
+                                 ? nullptr
+                                 : &scene.nodes.at(static_cast<std::size_t>(above->parent))) {
+                    p = Moved(p, MatrixOf(*above));
+                }
+                corners.push_back(p);
+            }
+        }
+    }
+    return corners;
+}
+
+// The greatest distance of a coordinate from where it should be, in parts of the scene's size.
+double WorstError(const std::vector<Point>& left, const std::vector<Point>& right) {
+    double size = 1e-6, error = 0;
+    for (std::size_t i = 0; i < left.size(); ++i) {
+        for (std::size_t k = 0; k < 3; ++k) {
+            size = std::max(size, std::abs(right[i][k]));
+            error = std::max(error, std::abs(left[i][k] - right[i][k]));
+        }
+    }
+    return error / size;
+}
+
+struct Family {
+    std::string folder;
+    std::vector<std::string> extensions;
+    std::size_t atLeast;  // files that import
+};
+
+void PrintTo(const Family& family, std::ostream* out) {
+    *out << family.folder;
+}
+
+class Models : public testing::TestWithParam<Family> {};
+
+}  // namespace
+
+TEST_P(Models, HoldWhatAssimpSays) {
+    std::size_t imports = 0;
+    for (const std::string& path : ModelFiles(GetParam().folder, GetParam().extensions)) {
+        SCOPED_TRACE(path);
+        Assimp::Importer importer;
+        importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
+        const aiScene* const expected = importer.ReadFile(path, aiProcess_Triangulate);
+        if (!expected) {
+            EXPECT_THROW(ImportWithAssimp(path), ImportError);
+            continue;
+        }
+        const ImportedScene imported = ImportWithAssimp(path);
+        ++imports;
+        EXPECT_NO_THROW(maxhost::scene::Check(imported.scene));
+        EXPECT_EQ(imported.animations.size(), expected->mNumAnimations);
+        const std::vector<Point> corners = Corners(imported.scene);
+        const std::vector<Point> expectedCorners = ExpectedCorners(*expected);
+        ASSERT_EQ(corners.size(), expectedCorners.size());
+        EXPECT_LT(WorstError(corners, expectedCorners), 2e-6);
+        for (const std::string& warning : imported.warnings) {
+            EXPECT_EQ(warning.find('\n'), std::string::npos) << warning;
+        }
+    }
+    EXPECT_GE(imports, GetParam().atLeast);
+}
+
+TEST_P(Models, AreTheSameEveryTime) {
+    std::size_t imports = 0;
+    for (const std::string& path : ModelFiles(GetParam().folder, GetParam().extensions)) {
+        SCOPED_TRACE(path);
+        try {
+            const ImportedScene first = ImportWithAssimp(path);
+            const ImportedScene second = ReadHere(path);
+            EXPECT_EQ(Difference(first.scene, second.scene), "");
+            EXPECT_EQ(first.warnings, second.warnings);
+            ++imports;
+        } catch (const ImportError&) {
+            continue;
+        }
+    }
+    EXPECT_GE(imports, GetParam().atLeast);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Installed, Models,
+    testing::Values(Family{"FBX", {".fbx"}, 15}, Family{"ASE", {".ase"}, 10},
+                    Family{"3DS", {".3ds"}, 9}, Family{"Collada", {".dae", ".zae"}, 20},
+                    Family{"BVH", {".bvh"}, 3}, Family{"glTF2", {".gltf", ".glb"}, 25}),
+    [](const auto& family) {
+        return (family.param.folder[0] == '3' ? "Studio" : "") + family.param.folder;
+    });

@@ -1,0 +1,133 @@
+// Readers that crash, hang or fail.
+#include "host/import/reader_process.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <new>
+#include <stdexcept>
+
+#include "host/import/assimp_import.h"
+
+using maxhost::import::ImportError;
+using maxhost::import::LimitsFor;
+using maxhost::import::ReaderLimits;
+using maxhost::import::RunInReaderProcess;
+
+namespace {
+
+std::string Refusal(const std::function<std::string()>& work, const ReaderLimits& limits = {}) {
+    try {
+        RunInReaderProcess(work, limits);
+    } catch (const ImportError& error) {
+        return error.what();
+    }
+    return "no refusal";
+}
+
+// A level of recursion that the compiler keeps.
+int Recurse(int depth) {
+    volatile char room[512];
+    room[0] = static_cast<char>(depth);
+    return depth == 0 ? 0 : Recurse(depth - 1) + (room[0] == static_cast<char>(depth) ? 1 : 0);
+}
+
+}  // namespace
+
+TEST(ReaderProcess, HandsTheResultOver) {
+    EXPECT_EQ(RunInReaderProcess([] { return std::string("a\0b", 3); }), std::string("a\0b", 3));
+    EXPECT_EQ(RunInReaderProcess([] { return std::string(); }), "");
+    const std::string big(50'000'000, 'x');
+    EXPECT_EQ(RunInReaderProcess([&] { return big; }), big);
+}
+
+TEST(ReaderProcess, ChangesNothingHere) {
+    int value = 1;
+    RunInReaderProcess([&] {
+        value = 2;
+        return std::string();
+    });
+    EXPECT_EQ(value, 1);
+}
+
+TEST(ReaderProcess, ExceptionsComeOver) {
+    EXPECT_EQ(Refusal([]() -> std::string { throw ImportError("the reason"); }), "the reason");
+    EXPECT_EQ(Refusal([]() -> std::string { throw std::runtime_error("other"); }), "other");
+    EXPECT_EQ(Refusal([]() -> std::string { throw std::bad_alloc(); }),
+              "cannot be read: not enough memory");
+}
+
+TEST(ReaderProcess, CrashesBecomeErrors) {
+    EXPECT_EQ(Refusal([]() -> std::string {
+                  signal(SIGSEGV, SIG_DFL);
+                  raise(SIGSEGV);
+                  return "";
+              }),
+              "cannot be read: the reader crashed on it (signal 11)");
+    EXPECT_EQ(Refusal([]() -> std::string {
+                  signal(SIGABRT, SIG_DFL);
+                  std::abort();
+              }),
+              "cannot be read: the reader crashed on it (signal 6)");
+    EXPECT_EQ(Refusal([]() -> std::string { _exit(3); }),
+              "cannot be read: the reader gave up with status 3");
+    EXPECT_EQ(Refusal([]() -> std::string { _exit(0); }),
+              "cannot be read: the reader gave up with status 0");
+}
+
+TEST(ReaderProcess, HangsEnd) {
+    ReaderLimits limits;
+    limits.cpuSeconds = 1;
+    EXPECT_EQ(
+        Refusal(
+            []() -> std::string {
+                volatile bool isHanging = true;
+                while (isHanging) {
+                }
+                return "";
+            },
+            limits),
+        "cannot be read: the reader was stopped after 1 seconds of CPU time, the limit for its "
+        "size (45 s, 30 s more for each 100 MB)");
+}
+
+TEST(ReaderProcess, LimitsGrowWithTheInput) {
+    EXPECT_EQ(LimitsFor(0).cpuSeconds, 45u);
+    EXPECT_EQ(LimitsFor(0).memory, std::uint64_t{2} << 30);
+    EXPECT_EQ(LimitsFor(200'000'000).cpuSeconds, 105u);
+    EXPECT_EQ(LimitsFor(200'000'000).memory, (std::uint64_t{2} << 30) + 80'000'000'000);
+    EXPECT_GE(LimitsFor(std::uint64_t{1} << 53).cpuSeconds, 1u << 31);
+}
+
+#if !defined(__SANITIZE_ADDRESS__)
+TEST(ReaderProcess, MemoryEnds) {
+    ReaderLimits limits;
+    limits.memory = 100 << 20;
+    EXPECT_EQ(Refusal([] { return std::string(200 << 20, 'x'); }, limits),
+              "cannot be read: not enough memory");
+    EXPECT_EQ(RunInReaderProcess([] { return std::string(20 << 20, 'x'); }, limits).size(),
+              std::size_t{20} << 20);
+}
+#endif
+
+TEST(ReaderProcess, WhatItPrintsIsDropped) {
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    RunInReaderProcess([] {
+        std::cout << "noise" << std::endl;
+        std::cerr << "noise" << std::endl;
+        std::fputs("noise", stderr);
+        return std::string();
+    });
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(ReaderProcess, ItsStackIsDeep) {
+    EXPECT_EQ(RunInReaderProcess([] { return std::to_string(Recurse(200'000)); }), "200000");
+}

@@ -1,0 +1,54 @@
+// Imported scenes as bytes and back.
+#include "host/import/scene_blob.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/unit/scene_description/every_field.h"
+#include "tests/unit/scene_description/same_scene.h"
+
+using maxhost::import::DecodeScene;
+using maxhost::import::EncodeScene;
+using maxhost::import::ImportedScene;
+using maxhost::import::ImportError;
+
+TEST(SceneBlob, EveryFieldComesBack) {
+    ImportedScene imported;
+    imported.scene = EveryFieldScene();
+    imported.warnings = {"one", ""};
+    imported.animations = {{"walk", 1.25, 7}};
+    const ImportedScene back = DecodeScene(EncodeScene(imported));
+    EXPECT_EQ(Difference(imported.scene, back.scene), "");
+    EXPECT_EQ(back.warnings, imported.warnings);
+    ASSERT_EQ(back.animations.size(), 1u);
+    EXPECT_EQ(back.animations[0].name, "walk");
+    EXPECT_EQ(back.animations[0].seconds, 1.25);
+    EXPECT_EQ(back.animations[0].channels, 7);
+}
+
+TEST(SceneBlob, AnEmptySceneComesBack) {
+    const ImportedScene back = DecodeScene(EncodeScene({}));
+    EXPECT_EQ(Difference({}, back.scene), "");
+}
+
+TEST(SceneBlob, SharedMeshesAreSharedAgain) {
+    ImportedScene imported;
+    const auto mesh = std::make_shared<maxhost::scene::Mesh>();
+    const auto other = std::make_shared<maxhost::scene::Mesh>();
+    for (const auto& shown : {mesh, other, mesh}) {
+        maxhost::scene::Node node;
+        node.object = maxhost::scene::Object{{}, {}, {}, shown};
+        imported.scene.nodes.push_back(node);
+    }
+    const auto& nodes = DecodeScene(EncodeScene(imported)).scene.nodes;
+    EXPECT_EQ(nodes[0].object->mesh, nodes[2].object->mesh);
+    EXPECT_NE(nodes[0].object->mesh, nodes[1].object->mesh);
+}
+
+TEST(SceneBlob, CutOffBytesAreRefused) {
+    ImportedScene imported;
+    imported.scene = EveryFieldScene();
+    const std::string bytes = EncodeScene(imported);
+    for (std::size_t length = 0; length < bytes.size(); length += 7) {
+        EXPECT_THROW(DecodeScene(std::string_view(bytes).substr(0, length)), ImportError) << length;
+    }
+}

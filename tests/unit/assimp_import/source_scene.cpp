@@ -1,0 +1,135 @@
+#include "tests/unit/assimp_import/source_scene.h"
+
+#include <assimp/commonMetaData.h>
+
+#include <algorithm>
+#include <variant>
+
+#include "host/import/assimp_scene.h"
+
+namespace {
+
+// Appends to an array as Assimp keeps them.
+template <typename T>
+void Append(T**& items, unsigned& count, T* item) {
+    T** const grown = new T*[count + 1];
+    std::copy(items, items + count, grown);
+    grown[count++] = item;
+    delete[] items;
+    items = grown;
+}
+
+}  // namespace
+
+SourceScene::SourceScene(const std::string& importer, const std::string& rootName) {
+    scene_->mRootNode = new aiNode(rootName);
+    scene_->mMetaData = new aiMetadata;
+    scene_->mMetaData->Add(AI_METADATA_SOURCE_FORMAT, aiString(importer));
+}
+
+aiNode* SourceScene::AddNode(aiNode* parent, const std::string& name) {
+    aiNode* node = new aiNode(name);
+    node->mParent = parent;
+    parent->addChildren(1, &node);
+    return node;
+}
+
+unsigned SourceScene::AddMesh(const std::string& name, const std::vector<aiVector3D>& vertices,
+                              const std::vector<std::vector<unsigned>>& faces, unsigned material) {
+    aiMesh* const mesh = new aiMesh;
+    mesh->mName = name;
+    mesh->mMaterialIndex = material;
+    mesh->mNumVertices = static_cast<unsigned>(vertices.size());
+    mesh->mVertices = new aiVector3D[vertices.size()];
+    std::copy(vertices.begin(), vertices.end(), mesh->mVertices);
+    mesh->mNumFaces = static_cast<unsigned>(faces.size());
+    mesh->mFaces = new aiFace[faces.size()];
+    for (std::size_t i = 0; i < faces.size(); ++i) {
+        mesh->mFaces[i].mNumIndices = static_cast<unsigned>(faces[i].size());
+        mesh->mFaces[i].mIndices = new unsigned[faces[i].size()];
+        std::copy(faces[i].begin(), faces[i].end(), mesh->mFaces[i].mIndices);
+    }
+    Append(scene_->mMeshes, scene_->mNumMeshes, mesh);
+    return scene_->mNumMeshes - 1;
+}
+
+unsigned SourceScene::AddTriangle(const std::string& name, unsigned material) {
+    return AddMesh(name, {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {{0, 1, 2}}, material);
+}
+
+void SourceScene::Show(aiNode* node, const std::vector<unsigned>& meshes) {
+    node->mNumMeshes = static_cast<unsigned>(meshes.size());
+    node->mMeshes = new unsigned[meshes.size()];
+    std::copy(meshes.begin(), meshes.end(), node->mMeshes);
+}
+
+void SourceScene::AddBone(unsigned mesh, const std::string& name) {
+    aiBone* const bone = new aiBone;
+    bone->mName = name;
+    Append(Mesh(mesh).mBones, Mesh(mesh).mNumBones, bone);
+}
+
+void SourceScene::AddTextureCoordinates(unsigned mesh, unsigned set,
+                                        const std::vector<aiVector3D>& values) {
+    Mesh(mesh).mNumUVComponents[set] = 2;
+    Mesh(mesh).mTextureCoords[set] = new aiVector3D[values.size()];
+    std::copy(values.begin(), values.end(), Mesh(mesh).mTextureCoords[set]);
+}
+
+aiMaterial& SourceScene::AddMaterial(const std::string& name) {
+    aiMaterial* const material = new aiMaterial;
+    const aiString text(name);
+    material->AddProperty(&text, AI_MATKEY_NAME);
+    Append(scene_->mMaterials, scene_->mNumMaterials, material);
+    return *material;
+}
+
+void SourceScene::AddCamera(const std::string& name) {
+    aiCamera* const camera = new aiCamera;
+    camera->mName = name;
+    Append(scene_->mCameras, scene_->mNumCameras, camera);
+}
+
+void SourceScene::AddLight(const std::string& name, aiLightSourceType type) {
+    aiLight* const light = new aiLight;
+    light->mName = name;
+    light->mType = type;
+    Append(scene_->mLights, scene_->mNumLights, light);
+}
+
+aiAnimation& SourceScene::AddAnimation(const std::string& name, double duration,
+                                       double ticksPerSecond,
+                                       const std::vector<std::string>& channels) {
+    aiAnimation* const animation = new aiAnimation;
+    animation->mName = name;
+    animation->mDuration = duration;
+    animation->mTicksPerSecond = ticksPerSecond;
+    for (const std::string& node : channels) {
+        aiNodeAnim* const channel = new aiNodeAnim;
+        channel->mNodeName = node;
+        Append(animation->mChannels, animation->mNumChannels, channel);
+    }
+    Append(scene_->mAnimations, scene_->mNumAnimations, animation);
+    return *animation;
+}
+
+maxhost::import::ImportedScene SourceScene::Convert(const std::string& path) {
+    return maxhost::import::ConvertScene(*scene_, path);
+}
+
+aiMatrix4x4 Moved(float x, float y, float z) {
+    aiMatrix4x4 matrix;
+    return aiMatrix4x4::Translation({x, y, z}, matrix);
+}
+
+const maxhost::scene::Matrix& MatrixOf(const maxhost::scene::Node& node) {
+    return std::get<maxhost::scene::MatrixTransform>(node.transform.value().kind).matrix;
+}
+
+std::vector<std::string> NamesOf(const maxhost::scene::Scene& scene) {
+    std::vector<std::string> names;
+    for (const maxhost::scene::Node& node : scene.nodes) {
+        names.push_back(node.name);
+    }
+    return names;
+}

@@ -1,0 +1,207 @@
+// What an import changes or leaves out is said, in one line a kind.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <limits>
+
+#include "host/import/import_warnings.h"
+#include "host/import/scene_check.h"
+#include "tests/unit/assimp_import/source_scene.h"
+#include "tests/unit/assimp_import/temporary_files.h"
+
+using maxhost::import::ImportedScene;
+using maxhost::import::ImportWarnings;
+using maxhost::import::ImportWithAssimp;
+using Lines = std::vector<std::string>;
+
+namespace {
+
+constexpr char kOther[] = "Some Importer";
+
+std::string GltfWithScenes(const std::string& scenes) {
+    return R"({"asset":{"version":"2.0"},"scene":0,"scenes":[)" + scenes +
+           R"(],"nodes":[{"name":"a","children":[1]},{"name":"b"},{"name":"c","children":[3]},)"
+           R"({"name":"d"}]})";
+}
+
+Lines WarningsOfRate(double rate) {
+    SourceScene source(kBvh);
+    source.AddAnimation("walk", 10, rate, {"Root"});
+    return source.Convert().warnings;
+}
+
+Lines WithoutClip(const std::string& first) {
+    return first.empty() ? Lines{"animations left out"} : Lines{"animations left out", first};
+}
+
+}  // namespace
+
+TEST(WarningLines, OfOneKindAreOneLine) {
+    ImportWarnings warnings;
+    warnings.AddOf("normals left out", "mesh", "'a'");
+    EXPECT_EQ(warnings.Lines(), Lines{"mesh 'a': normals left out"});
+    warnings.AddOf("normals left out", "mesh", "'b'");
+    EXPECT_EQ(warnings.Lines(), Lines{"2 meshes ('a', 'b'): normals left out"});
+    warnings.AddOf("normals left out", "mesh", "'c'");
+    warnings.AddOf("nothing", "mesh", "'c'", 0);
+    for (int i = 0; i < 1000; ++i) {
+        warnings.AddOf("normals left out", "mesh", "'d'");
+    }
+    EXPECT_EQ(warnings.Lines(), Lines{"1003 meshes ('a', 'b', 'c', ...): normals left out"});
+}
+
+TEST(WarningLines, CountCasesAndKeepKindsApart) {
+    ImportWarnings warnings;
+    warnings.AddOf("recoded", "node", "'a'", 3);
+    EXPECT_EQ(warnings.Lines(), Lines{"node 'a': recoded (3)"});
+    warnings.AddOf("recoded", "material", "'m'");
+    warnings.AddOf("recoded", "node", "'b'", 2);
+    EXPECT_EQ(warnings.Lines(),
+              (Lines{"2 nodes ('a', 'b'): recoded (5)", "material 'm': recoded"}));
+}
+
+TEST(LeftOut, Normals) {
+    SourceScene source(kOther);
+    const unsigned plain = source.AddTriangle("plain");
+    const unsigned smooth = source.AddTriangle("smooth");
+    source.Mesh(smooth).mNormals = new aiVector3D[3];
+    SourceScene::Show(source.Root(), {plain, smooth});
+    EXPECT_EQ(source.Convert().warnings, Lines{"mesh 'smooth': normals left out"});
+}
+
+TEST(LeftOut, VerticesWithoutFaces) {
+    SourceScene source(kOther);
+    const unsigned cloud = source.AddMesh("cloud", {{0, 0, 0}, {1, 0, 0}, {2, 0, 0}}, {});
+    SourceScene::Show(source.Root(), {cloud});
+    const ImportedScene imported = source.Convert();
+    EXPECT_TRUE(imported.scene.nodes[0].object.value().mesh->vertices.empty());
+    EXPECT_EQ(imported.warnings, Lines{"mesh 'cloud': vertices without faces left out (3)"});
+}
+
+TEST(LeftOut, MaterialsThatNoFaceShows) {
+    SourceScene source(kOther);
+    for (const char* const name : {"a", "used", "b", "c", "d", AI_DEFAULT_MATERIAL_NAME}) {
+        source.AddMaterial(name);
+    }
+    delete source.Scene().mMaterials[4];
+    source.Scene().mMaterials[4] = new aiMaterial;  // glTF's importer adds one without a name
+    SourceScene::Show(source.Root(), {source.AddTriangle("m", 1)});
+    EXPECT_EQ(source.Convert().warnings,
+              Lines{"3 materials ('a', 'b', 'c'): left out, no face shows it"});
+}
+
+TEST(LeftOut, NodesOfOtherGltfScenes) {
+    const TemporaryFiles files;
+    const auto warnings = [&](const std::string& scenes) {
+        return ImportWithAssimp(files.Write("s.gltf", GltfWithScenes(scenes))).warnings;
+    };
+    EXPECT_EQ(warnings(R"({"nodes":[0]},{"nodes":[2]})"),
+              Lines{"nodes outside the scene that the file shows left out (2)"});
+    EXPECT_EQ(warnings(R"({"nodes":[0]})"),
+              Lines{"nodes outside the scene that the file shows left out (2)"});
+    EXPECT_EQ(warnings(R"({"nodes":[0,3]},{"nodes":[2]})"),
+              Lines{"nodes outside the scene that the file shows left out"});
+    EXPECT_EQ(warnings(R"({"nodes":[0,2]},{"nodes":[2]})"), Lines{});
+}
+
+TEST(Recoded, EveryTextOfTheFile) {
+    SourceScene source(kOther);
+    aiMaterial& steel = source.AddMaterial("st\xe4hl");
+    const aiString path("h\xf6lz.png");
+    steel.AddProperty(&path, AI_MATKEY_TEXTURE(aiTextureType_DIFFUSE, 0));
+    SourceScene::Show(source.Root(), {source.AddTriangle("m")});
+    source.Root()->mMetaData = new aiMetadata;
+    source.Root()->mMetaData->Add(
+        "gr\xf6\xdf"
+        "e",
+        std::int32_t{1});
+    source.AddAnimation("l\xe4uft", 1, 1);
+    const ImportedScene imported = source.Convert();
+    EXPECT_EQ(imported.scene.nodes[0].userProperties,
+              "gr\xc3\xb6\xc3\x9f"
+              "e = 1\r\n");
+    EXPECT_EQ(imported.warnings,
+              (Lines{"node 'Root': user properties were not UTF-8, read as Latin-1",
+                     "material 'st\xc3\xa4hl': name was not UTF-8, read as Latin-1",
+                     "material 'st\xc3\xa4hl': texture paths were not UTF-8, read as Latin-1",
+                     "animation 'l\xc3\xa4uft': name was not UTF-8, read as Latin-1",
+                     "animations left out"}));
+}
+
+TEST(Recoded, ValuesOfUserPropertiesAndTheNamesOfTexturesInTheFile) {
+    SourceScene source(kFbx, "Scene");
+    SourceScene::Show(source.Root(), {source.AddTriangle("m")});
+    source.Root()->mMetaData = new aiMetadata;
+    source.Root()->mMetaData->Add("UDP3DSMAX", aiString("a = \xe4"));
+    source.Root()->mMetaData->Add("b", aiString("\xf6"));
+    aiMaterial& steel = source.AddMaterial("steel");
+    const aiString path("*0");
+    steel.AddProperty(&path, AI_MATKEY_TEXTURE(aiTextureType_DIFFUSE, 0));
+    source.Scene().mNumTextures = 1;
+    source.Scene().mTextures = new aiTexture* [1] { new aiTexture };
+    source.Scene().mTextures[0]->mFilename = "h\xf6lz.png";
+    const Lines warnings = source.Convert().warnings;
+    const auto has = [&](const std::string& line) {
+        return std::find(warnings.begin(), warnings.end(), line) != warnings.end();
+    };
+    EXPECT_TRUE(has("node 'Scene': user properties were not UTF-8, read as Latin-1"));
+    EXPECT_TRUE(has("material 'steel': texture paths were not UTF-8, read as Latin-1"));
+}
+
+TEST(Renamed, ARootThatIsCalledAfterTheFile) {
+    SourceScene source(kOther, "<STL_BINARY>");
+    SourceScene::Show(source.Root(), {source.AddTriangle("m")});
+    EXPECT_EQ(source.Convert("/models/gear.stl").warnings,
+              Lines{"node 'gear': given the file's name, the file gives its root none"});
+}
+
+// Linux takes any bytes for a file's name; the scene takes UTF-8.
+TEST(Renamed, TheNameOfALatin1FileIsRecoded) {
+    for (const char* const root : {"<STL_BINARY>", "/models/ger\xe4t.stl"}) {
+        SourceScene source(kOther, root);
+        SourceScene::Show(source.Root(), {source.AddTriangle("m")});
+        const ImportedScene imported = source.Convert("/models/ger\xe4t.stl");
+        EXPECT_EQ(NamesOf(imported.scene), Lines{"ger\xc3\xa4t"});
+        EXPECT_NO_THROW(maxhost::scene::Check(imported.scene));
+        EXPECT_EQ(imported.warnings,
+                  (Lines{"node 'ger\xc3\xa4t': given the file's name, the file gives its root none",
+                         "node 'ger\xc3\xa4t': name was not UTF-8, read as Latin-1"}));
+    }
+}
+
+TEST(FrameRates, ThatAreRoundedAreSaid) {
+    const auto line = [](const std::string& text) { return Lines{text, "animations left out"}; };
+    EXPECT_EQ(WarningsOfRate(30000.0 / 1001), line("frame rate 29.97 rounded to 30"));
+    EXPECT_EQ(WarningsOfRate(119.9904), line("frame rate 119.99 rounded to 120"));
+    EXPECT_EQ(WarningsOfRate(30), WithoutClip(""));
+    EXPECT_EQ(WarningsOfRate(1 / 0.033333), WithoutClip(""));  // as BVH files write 30
+    EXPECT_EQ(WarningsOfRate(9600),
+              line("frame rate 9600 left out, it is not within 0.5 and 4800"));
+    EXPECT_EQ(WarningsOfRate(0.25),
+              line("frame rate 0.25 left out, it is not within 0.5 and 4800"));
+}
+
+TEST(Units, ThatAreNotTheFormatsOwnAreSaid) {
+    const auto fbx = [](auto factor, int up) {
+        SourceScene source(kFbx, "RootNode");
+        source.Set("UnitScaleFactor", factor);
+        source.Set("UpAxis", up);
+        source.AddNode(source.Root(), "Box");
+        return source.Convert().warnings;
+    };
+    const std::string rest = "; lengths are left in that unit (--scale changes them)";
+    EXPECT_EQ(fbx(2.54, 2), Lines{"the file's unit is 0.0254 m and its up axis z" + rest});
+    EXPECT_EQ(fbx(100.0f, 1), Lines{"the file's unit is 1 m and its up axis y" + rest});
+    EXPECT_EQ(fbx(1.0, 2), Lines{});
+    EXPECT_EQ(fbx(std::numeric_limits<double>::quiet_NaN(), 2), Lines{});
+    EXPECT_EQ(fbx(-1.0, 2), Lines{});
+    const auto collada = [](float unit) {
+        SourceScene source(kCollada, "VisualSceneNode");
+        source.Root()->mTransformation =
+            aiMatrix4x4(unit, 0, 0, 0, 0, 0, unit, 0, 0, -unit, 0, 0, 0, 0, 0, 1);  // z up
+        source.AddNode(source.Root(), "Box");
+        return source.Convert().warnings;
+    };
+    EXPECT_EQ(collada(0.0254f), Lines{"the file's unit is 0.0254 m and its up axis z" + rest});
+    EXPECT_EQ(collada(1), Lines{});
+}
