@@ -1,0 +1,204 @@
+#include "host/app/export_run.h"
+
+#include <impexp.h>
+#include <max.h>
+#include <maxapi.h>
+
+#include <optional>
+
+#include "host/app/dialog_user.h"
+#include "host/app/exit_status.h"
+#include "host/app/faults.h"
+#include "host/app/interrupt.h"
+#include "host/app/places.h"
+#include "host/app/plugin_loader.h"
+#include "host/app/progress.h"
+#include "host/app/scene_contents.h"
+#include "host/app/scene_warnings.h"
+#include "host/app/settings.h"
+#include "host/app/summary.h"
+#include "host/sdk/host.h"
+#include "kta/text.h"
+
+namespace maxhost::app {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kLogName = "KTAExporter.log";
+
+// The user, the progress bar and the debugger, in place while one export runs.
+class RunningExport {
+  public:
+    RunningExport(const Options& options, DialogUser& user, ProgressBar& bar, Console& console,
+                  bool showsProgress) {
+        Host& host = Host::Instance();
+        host.SetProgressObserver(showsProgress ? &bar : nullptr);
+        host.CancelAtUpdate(options.cancelAfter);
+#ifndef _WIN32
+        win32::SetUser(&user);
+        if (options.verbose) {
+            win32::SetDebugSink(CopyToConsole, &console);
+        }
+#else
+        // Windows itself shows dialogs and takes the debugger's texts.
+        static_cast<void>(user);
+        static_cast<void>(console);
+#endif
+    }
+    ~RunningExport() {
+        Host::Instance().SetProgressObserver(nullptr);
+#ifndef _WIN32
+        win32::SetUser(nullptr);
+        win32::SetDebugSink(nullptr, nullptr);
+#endif
+    }
+
+    RunningExport(const RunningExport&) = delete;
+    RunningExport& operator=(const RunningExport&) = delete;
+
+  private:
+    CancelOnInterrupt interrupts_;
+#ifndef _WIN32
+    static void CopyToConsole(const char* text, void* context) {
+        static_cast<Console*>(context)->Copy(text);
+    }
+#endif
+};
+
+void MakeConfigDirectory(const fs::path& directory, Console& console) {
+    std::error_code error;
+    fs::create_directories(directory, error);
+    if (error) {
+        console.Warn(directory.string(),
+                     "cannot be made, so that settings are not kept: " + error.message());
+    }
+}
+
+void WarnOfIdleOptions(const Options& options, Console& console) {
+    const std::vector<std::string> names = NamesOf(options.choices);
+    if (!names.empty()) {
+        console.Warn(kta::Joined(names),
+                     "without effect, this version has no options dialog to make the choice in");
+    }
+    if (options.animation) {
+        console.Warn("--animation", "without effect, this version imports no motion yet");
+    }
+#ifdef _WIN32
+    if (options.cancelDialog) {
+        throw Failure(kExitRefused, "--cancel-dialog", "not on Windows in this version");
+    }
+#endif
+}
+
+DWORD ExportOptionsFor(const Options& options, SceneExport& exporter, const fs::path& plugIn) {
+    if (!options.selectedOnly) {
+        return 0;
+    }
+    if (!exporter.SupportsOptions(0, SCENE_EXPORT_SELECTED)) {
+        throw Failure(kExitRefused, "--selected", plugIn.string() + " does not export selections");
+    }
+    return SCENE_EXPORT_SELECTED;
+}
+
+int ReportFailure(const ExportFiles& files, const DialogUser& user, Console& console) {
+    console.Report(files.ExportFile().string(),
+                   "the export failed: " + (user.MessageBoxes() > 0 ? "the exporter says why above"
+                                                                    : files.WhyNotMade()));
+    for (const std::string& line : files.Leftovers()) {
+        console.Report(line);
+    }
+    return kExitExportFailed;
+}
+
+int Conclude(const ExportOutcome& outcome, ExportFiles& files,
+             const std::vector<std::string>& plugInDirectories, bool isQuiet, Console& console) {
+    files.Verify();
+    const std::vector<std::string> faults =
+        FaultReport(files.Files(), ConverterFaults(plugInDirectories));
+    for (const std::string& line : faults) {
+        console.Report(line);
+    }
+    if (Host::Instance().GetInterface()->GetCancel()) {
+        console.Report(files.ExportFile().string(),
+                       "cancelled in the progress bar; the files hold a part of the scene");
+    }
+    if (!isQuiet) {
+        for (const std::string& line : Summarize(files.Files(), outcome)) {
+            console.Print(line);
+        }
+    }
+    return faults.empty() ? kExitDone : kExitFaultyOutput;
+}
+
+// Lets the plug-in export the open scene; the result is DoExport's.
+int RunPlugIn(const Options& options, const Exporter& exporter, DWORD exportOptions,
+              const std::string& exportFile, const fs::path& configDirectory, DialogUser& user,
+              Console& console, bool showsProgress) {
+    Host& host = Host::Instance();
+    ProgressBar bar(console);
+    const RunningExport running(options, user, bar, console, showsProgress);
+    std::optional<DefaultSettings> defaults;
+    if (options.defaults) {
+        defaults.emplace(SettingsFile(configDirectory));
+    }
+    host.SetDir(APP_PLUGCFG_DIR, (defaults ? defaults->Directory() : configDirectory).string());
+    return exporter->DoExport(exportFile.c_str(), nullptr, host.GetInterface(), FALSE,
+                              exportOptions);
+}
+
+// The log of the export that began at the mark; empty when it wrote none, which is said.
+fs::path LogSince(const FileMark& mark, Console& console) {
+    if (mark.IsWritten()) {
+        return mark.File();
+    }
+    console.Warn(mark.File().string(), "this export could not write its log there");
+    return {};
+}
+
+void WarnOfNames(const std::string& scene, const std::vector<std::string>& warnings,
+                 Console& console) {
+    for (const std::string& warning : warnings) {
+        console.Warn(scene, warning);
+    }
+}
+
+}  // namespace
+
+int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files, Console& console,
+                bool showsProgress) {
+    WarnOfIdleOptions(options, console);
+    const std::string exportFile = files.ExportFile().string();
+    const fs::path configDirectory = ConfigDirectory(options);
+    const fs::path plugIn = PlugInFile(options);
+    const std::vector<std::string> plugInDirectories = PlugInDirectories(options);
+
+    Host& host = Host::Instance();
+    host.SetPlugInDirs(plugInDirectories);
+    const Exporter exporter = LoadExporter(plugIn, plugInDirectories);
+    const DWORD exportOptions = ExportOptionsFor(options, *exporter, plugIn);
+
+    MakeConfigDirectory(configDirectory, console);
+    if (options.verbose) {
+        console.Report(SettingsFile(configDirectory).string(), "settings file");
+    }
+    WarnOfNames(options.scene, NameWarnings(loaded.scene), console);
+    ExportOutcome outcome{
+        loaded.scene.nodes.size(), loaded.warnings.size(), NotExported(loaded.scene), {}};
+    host.OpenScene(std::move(loaded.scene));
+    const FileMark log(fs::current_path() / kLogName);
+    DialogUser user(console, exportFile, options.cancelDialog);
+    const int result = RunPlugIn(options, exporter, exportOptions, exportFile, configDirectory,
+                                 user, console, showsProgress);
+    outcome.log = LogSince(log, console);
+    if (result == IMPEXP_FAIL) {
+        return ReportFailure(files, user, console);
+    }
+    if (user.HasCancelled() || result == IMPEXP_CANCEL) {
+        console.Report(exportFile, "cancelled in the options dialog; no export was written");
+        return kExitDone;
+    }
+    return Conclude(outcome, files, plugInDirectories, options.quiet, console);
+}
+
+}  // namespace maxhost::app

@@ -1,0 +1,17 @@
+// Running the plug-in on a loaded scene.
+#pragma once
+
+#include "host/app/console.h"
+#include "host/app/export_files.h"
+#include "host/app/options.h"
+#include "host/app/scene_loader.h"
+
+namespace maxhost::app {
+
+// Plays 3ds Max's part for one export to `files`, with the answers and places that the options
+// give: opens the scene, loads the plug-in, lets it export, checks and sums up what was written.
+// Returns the exit status; throws Failure where there is nothing to add to a line.
+int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files, Console& console,
+                bool showsProgress);
+
+}  // namespace maxhost::app

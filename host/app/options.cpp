@@ -1,0 +1,318 @@
+#include "host/app/options.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <climits>
+#include <cmath>
+#include <map>
+#include <memory>
+
+#include "host/app/exit_status.h"
+#include "host/app/help_formatter.h"
+
+namespace maxhost::app {
+namespace {
+
+constexpr const char* kDescription =
+    "Exports a scene with the HDO exporter as 3ds Max would: writes FILEtemp1 (actor) and\n"
+    "FILEtemp2 (motion) and hands them to the converter library.\n";
+
+constexpr const char* kFooter =
+    "SCENE is a scene description (*.maxscene.json) or a model file that Assimp reads.\n"
+    "\n"
+    "Exit status: 0 done, also when a dialog was cancelled; 1 the exporter failed; 2 bad usage, a\n"
+    "scene that cannot be read, or a choice that is refused; 3 the plug-in did not load; 4 the\n"
+    "export ran, but a check of what was written found a fault.\n"
+    "\n"
+    "An interrupt (Ctrl-C) presses Cancel in the progress bar; a second one ends the program.\n";
+
+const std::map<std::string, ProgressMode> kProgressModes = {{"auto", ProgressMode::automatic},
+                                                            {"always", ProgressMode::always},
+                                                            {"never", ProgressMode::never}};
+
+constexpr float kGreatestThreshold = 0.9999f;  // of the dialog's spinner
+
+constexpr const char* kAsShown = " (default: as the dialog shows it)";
+
+std::string Quoted(const std::string& text) {
+    return "\"" + text + "\"";
+}
+
+// Whole numbers from `least` to `most`.
+CLI::Validator Whole(int least, int most, const std::string& expected) {
+    return CLI::Validator(
+        [=](std::string& text) {
+            int value = 0;
+            const char* const end = text.data() + text.size();
+            const auto [stop, error] = std::from_chars(text.data(), end, value);
+            const bool isGood =
+                error == std::errc() && stop == end && value >= least && value <= most;
+            return isGood ? std::string() : Quoted(text) + ", expected " + expected;
+        },
+        "");
+}
+
+// Finite numbers that `accepts`.
+CLI::Validator Real(bool (*accepts)(float), const std::string& expected) {
+    return CLI::Validator(
+        [=](std::string& text) {
+            float value = 0;
+            const char* const end = text.data() + text.size();
+            const auto [stop, error] = std::from_chars(text.data(), end, value);
+            const bool isGood = error == std::errc() && stop == end && std::isfinite(value);
+            return isGood && accepts(value) ? std::string()
+                                            : Quoted(text) + ", expected " + expected;
+        },
+        "");
+}
+
+// One group of options at a time, under one heading of the help.
+class Group {
+  public:
+    Group(CLI::App& app, const char* heading) : app_(app), heading_(heading) {}
+
+    template <class Value>
+    CLI::Option* Add(const char* names, const char* valueName, Value& value,
+                     const std::string& meaning) {
+        return app_.add_option(names, value, meaning)
+            ->type_name(valueName)
+            ->allow_extra_args(false)
+            ->group(heading_);
+    }
+    // A file or directory, whose name is not empty.
+    template <class Value>
+    CLI::Option* AddPath(const char* names, const char* valueName, Value& value,
+                         const std::string& meaning) {
+        return Add(names, valueName, value, meaning)
+            ->check(CLI::Validator(
+                [](std::string& text) {
+                    return text.empty() ? std::string("\"\", expected a name") : std::string();
+                },
+                ""));
+    }
+    CLI::Option* Add(const char* names, bool& value, const std::string& meaning) {
+        return app_.add_flag(names, value, meaning)->group(heading_);
+    }
+    // --name and --no-name; the last one counts.
+    void AddSwitch(const std::string& name, std::optional<bool>& value,
+                   const std::string& meaning) {
+        CLI::Option* const option = app_.add_flag("--" + name + ",!--no-" + name, meaning);
+        option->multi_option_policy(CLI::MultiOptionPolicy::TakeLast)->group(heading_);
+        option->each([&value, option](const std::string& text) {
+            value = CLI::detail::to_flag_value(text) > 0;
+        });
+    }
+
+  private:
+    CLI::App& app_;
+    const char* heading_;
+};
+
+void AddScene(CLI::App& app, Options& options) {
+    app.add_option("SCENE", options.scene, "the scene to export");
+    Group group(app, "Options");
+    group.AddPath("-o,--output", "FILE", options.output,
+                  "export file (default: SCENE's name with .hdo; x.maxscene.json gives x.hdo); "
+                  "FILEtemp1 and FILEtemp2 appear beside it");
+    group.Add("--selected", options.selectedOnly,
+              "export the selection only (default: the whole scene)");
+    group.Add("--select", "NAME", options.select,
+              "select all nodes of that name; repeatable, in order (default: the scene's own "
+              "selection)");
+    group.Add("--animation", "NAME|N", options.animation,
+              "which animation of a file with several (default: the first)");
+}
+
+void AddImport(CLI::App& app, Options& options) {
+    Group group(app, "The scene");
+    group
+        .Add("--scale", "X", options.scale,
+             "multiply the scene's lengths (vertices, translations, keys) once, at import "
+             "(default: 1, one unit of the file is one unit of the scene)")
+        ->check(Real([](float value) { return value > 0; }, "a finite number above 0"));
+    group
+        .Add("--frame-rate", "N", options.frameRate,
+             "frames a second; ticks a frame follow, 4800 / N (default: the scene's)")
+        ->check(Whole(1, 4800, "a whole number from 1 to 4800"));
+    const CLI::Validator tick =
+        Whole(INT_MIN, INT_MAX, "a whole number of ticks that fits 32 bits");
+    group
+        .Add("--start", "T", options.start,
+             "first tick of the animation range (default: the scene's)")
+        ->check(tick);
+    group.Add("--end", "T", options.end, "its last tick (default: the scene's)")->check(tick);
+    group.AddPath("--save-scene", "FILE", options.saveScene,
+                  "write the loaded scene as a scene description; without -o nothing is exported "
+                  "(default: not written)");
+    group.Add("--list", options.list,
+              "list the scene's nodes, materials and animations; nothing is exported (default: "
+              "off)");
+}
+
+void AddDialogChoices(CLI::App& app, Options& options) {
+    Group group(app, "Choices in the options dialog");
+    DialogChoices& choices = options.choices;
+    const auto addSwitch = [&](const char* name, std::optional<bool>& choice,
+                               const std::string& meaning) {
+        group.AddSwitch(name, choice, meaning + kAsShown);
+    };
+    addSwitch("export-hidden", choices.exportHidden, "export hidden objects");
+    addSwitch("non-renderable", choices.nonRenderable, "export meshes for non-renderable objects");
+    addSwitch("morphers", choices.morphers, "export morphers");
+    addSwitch("optimize-skin", choices.optimizeSkin, "optimize skinning info");
+    group
+        .Add("--weight-threshold", "X", choices.weightThreshold,
+             std::string("weight threshold, 0 to 0.9999") + kAsShown)
+        ->check(Real([](float value) { return value >= 0 && value <= kGreatestThreshold; },
+                     "a number from 0 to 0.9999"));
+    addSwitch("motions-for-hidden", choices.motionsForHidden, "export motions for hidden objects");
+    addSwitch("sample-animation", choices.sampleAnimation, "sample the animation");
+    group
+        .Add("--sample-rate", "N", choices.sampleRate,
+             std::string("export a keyframe every N frames, at least 1") + kAsShown)
+        ->check(Whole(1, INT_MAX, "a whole number of at least 1"));
+}
+
+void AddDialogs(CLI::App& app, Options& options) {
+    Group group(app, "Dialogs");
+    group.Add("--defaults", options.defaults,
+              "start from the exporter's defaults (default: from the saved settings)");
+    group.Add("--cancel-dialog", options.cancelDialog,
+              "press Cancel in the options dialog (default: Export)");
+    group
+        .Add("--cancel-after", "N", options.cancelAfter,
+             "press Cancel in the progress bar at its N-th update, counted over the whole export; "
+             "it stays pressed until the export ends (default: 0, never)")
+        ->check(Whole(0, INT_MAX, "a whole number of at least 0"));
+    group.Add("--about", options.about,
+              "show the About box to a person and wait (default: off; this version has no dialogs "
+              "yet)");
+    group.Add("--show-dialog", options.showDialog,
+              "show the options dialog to a person and wait (default: off; this version has no "
+              "dialogs yet)");
+}
+
+void AddPlaces(CLI::App& app, Options& options) {
+    Group group(app, "Places");
+    group.AddPath(
+        "--config-dir", "DIR", options.configDir,
+        "plug-in configuration directory, which holds KTAExp2.cfg (default: hdo-export in "
+        "the user's configuration directory; -v names the file)");
+    group.AddPath(
+        "--plugin-dir", "DIR", options.pluginDirs,
+        "plug-in directory searched for the converter; repeatable, in order (default: where "
+        "hdo-export stands)");
+    group.AddPath("--plugin", "FILE", options.plugin,
+                  "the plug-in to load (default: hdoexport beside hdo-export)");
+}
+
+void AddMessages(CLI::App& app, Options& options, std::string& progress) {
+    Group group(app, "Messages");
+    group
+        .Add("--progress", "MODE", progress,
+             "progress bar: auto, always or never (default: auto, when standard error is a "
+             "terminal)")
+        ->check(CLI::Validator(
+            [](std::string& text) {
+                return kProgressModes.contains(text)
+                           ? std::string()
+                           : Quoted(text) + ", expected auto, always or never";
+            },
+            ""));
+    CLI::Option* const quiet =
+        group.Add("-q,--quiet", options.quiet, "no progress bar and no summary (default: both)");
+    group
+        .Add("-v,--verbose", options.verbose,
+             "name the settings file, and copy the log to standard error (default: off)")
+        ->excludes(quiet);
+    app.set_version_flag("--version", "hdo-export " HDO_VERSION, "print the version and end")
+        ->group("Messages");
+    app.set_help_flag("-h,--help", "print this help and end")->group("Messages");
+}
+
+// What is wrong with options that are well-formed one by one; empty when nothing is.
+std::string FaultOf(const Options& options) {
+    if (options.scene.empty() && !options.about && !options.showDialog) {
+        return "SCENE: none given, expected a scene file (hdo-export --help explains all options)";
+    }
+    if (options.start && options.end && *options.start > *options.end) {
+        return "--start: behind --end, expected a tick that is not";
+    }
+    if (options.list && options.output) {
+        return "--list: excludes --output, expected one of them";
+    }
+    return {};
+}
+
+CommandLine Refusal(std::string error) {
+    CommandLine result;
+    result.exitStatus = kExitRefused;
+    result.error = std::move(error);
+    return result;
+}
+
+}  // namespace
+
+std::vector<std::string> NamesOf(const DialogChoices& choices) {
+    std::vector<std::string> names;
+    const auto addFlag = [&](const char* name, const std::optional<bool>& choice) {
+        if (choice) {
+            names.push_back((*choice ? "--" : "--no-") + std::string(name));
+        }
+    };
+    const auto addValue = [&](const char* name, bool isPresent) {
+        if (isPresent) {
+            names.emplace_back(name);
+        }
+    };
+    addFlag("export-hidden", choices.exportHidden);
+    addFlag("non-renderable", choices.nonRenderable);
+    addFlag("morphers", choices.morphers);
+    addFlag("optimize-skin", choices.optimizeSkin);
+    addValue("--weight-threshold", choices.weightThreshold.has_value());
+    addFlag("motions-for-hidden", choices.motionsForHidden);
+    addFlag("sample-animation", choices.sampleAnimation);
+    addValue("--sample-rate", choices.sampleRate.has_value());
+    return names;
+}
+
+CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
+    Options options;
+    std::string progress = "auto";
+    CLI::App app(kDescription, "hdo-export");
+    app.footer(kFooter);
+    app.formatter(std::make_shared<HelpFormatter>());
+    // A slash begins a path on every system here.
+    app.allow_windows_style_options(false);
+    AddScene(app, options);
+    AddImport(app, options);
+    AddDialogChoices(app, options);
+    AddDialogs(app, options);
+    AddPlaces(app, options);
+    AddMessages(app, options, progress);
+
+    CommandLine result;
+    try {
+        // CLI11 takes the arguments from the back.
+        app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+    } catch (const CLI::CallForHelp&) {
+        result.out = app.help();
+        result.out.pop_back();
+        return result;
+    } catch (const CLI::CallForVersion& version) {
+        result.out = version.what();
+        return result;
+    } catch (const CLI::ExtrasError&) {
+        return Refusal(app.remaining().front() + ": not expected, expected options and one SCENE");
+    } catch (const CLI::ParseError& error) {
+        return Refusal(error.what());
+    }
+    options.progress = kProgressModes.at(progress);
+    if (const std::string fault = FaultOf(options); !fault.empty()) {
+        return Refusal(fault);
+    }
+    result.options = std::move(options);
+    return result;
+}
+
+}  // namespace maxhost::app

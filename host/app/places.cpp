@@ -1,0 +1,124 @@
+#include "host/app/places.h"
+
+#include <array>
+#include <cstdlib>
+
+#include "host/app/exit_status.h"
+#include "kta/text.h"
+
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
+namespace maxhost::app {
+namespace {
+
+namespace fs = std::filesystem;
+
+#ifdef _WIN32
+constexpr const char* kPlugInName = "hdoexport.dle";
+#else
+constexpr const char* kPlugInName = "hdoexport.so";
+#endif
+
+fs::path FromEnvironment(const char* name) {
+    const char* const value = std::getenv(name);
+    return value ? fs::path(value) : fs::path();
+}
+
+fs::path UserConfigDirectory() {
+#ifdef _WIN32
+    return FromEnvironment("APPDATA");
+#else
+    // A relative $XDG_CONFIG_HOME is to be ignored, says the XDG Base Directory standard.
+    if (const fs::path xdg = FromEnvironment("XDG_CONFIG_HOME"); xdg.is_absolute()) {
+        return xdg;
+    }
+    const fs::path home = FromEnvironment("HOME");
+    return home.empty() ? home : home / ".config";
+#endif
+}
+
+constexpr std::string_view kDescriptionEnding = ".maxscene.json";
+
+std::string StemOf(const fs::path& scene) {
+    const std::string name = scene.filename().string();
+    const bool isDescription =
+        IsNamedAsDescription(name) && name.size() > kDescriptionEnding.size();
+    return isDescription ? name.substr(0, name.size() - kDescriptionEnding.size())
+                         : scene.stem().string();
+}
+
+// By its name, which may end in a separator, or because there is one.
+bool IsDirectory(const fs::path& given) {
+    std::error_code error;
+    return !given.has_filename() || fs::is_directory(Absolute(given.string()), error);
+}
+
+}  // namespace
+
+bool IsNamedAsDescription(const std::string& name) {
+    return kta::EndsWithIgnoringCase(name, kDescriptionEnding);
+}
+
+fs::path Absolute(const std::string& path) {
+    fs::path absolute = fs::absolute(path).lexically_normal();
+    return absolute.has_filename() || absolute == absolute.root_path() ? absolute
+                                                                       : absolute.parent_path();
+}
+
+fs::path ProgramDirectory() {
+#ifdef _WIN32
+    std::array<char, 32768> name{};
+    GetModuleFileNameA(nullptr, name.data(), static_cast<DWORD>(name.size()));
+    return fs::path(name.data()).parent_path();
+#else
+    std::error_code error;
+    const fs::path program = fs::read_symlink("/proc/self/exe", error);
+    return error ? fs::current_path() : program.parent_path();
+#endif
+}
+
+fs::path ExportFile(const Options& options) {
+    const fs::path scene = Absolute(options.scene);
+    const fs::path file =
+        options.output ? fs::path(*options.output) : scene.parent_path() / (StemOf(scene) + ".hdo");
+    if (IsDirectory(file)) {
+        throw Failure(kExitRefused, file.string(),
+                      "names a directory, expected a file to export to");
+    }
+    return Absolute(file.string());
+}
+
+fs::path PlugInFile(const Options& options) {
+    return options.plugin ? Absolute(*options.plugin) : ProgramDirectory() / kPlugInName;
+}
+
+std::vector<std::string> PlugInDirectories(const Options& options) {
+    if (options.pluginDirs.empty()) {
+        return {ProgramDirectory().string()};
+    }
+    std::vector<std::string> directories;
+    for (const std::string& directory : options.pluginDirs) {
+        directories.push_back(Absolute(directory).string());
+    }
+    return directories;
+}
+
+fs::path ConfigDirectory(const Options& options) {
+    if (options.configDir) {
+        return Absolute(*options.configDir);
+    }
+    const fs::path user = UserConfigDirectory();
+    if (user.empty()) {
+        throw Failure(kExitRefused, "--config-dir",
+                      "not given, expected one where the user has no configuration directory");
+    }
+    return user / "hdo-export";
+}
+
+fs::path SettingsFile(const fs::path& configDirectory) {
+    return configDirectory / "KTAExp2.cfg";
+}
+
+}  // namespace maxhost::app

@@ -1,0 +1,35 @@
+// Where the program finds and puts its files.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "host/app/options.h"
+
+namespace maxhost::app {
+
+// Absolute, without a separator at the end.
+std::filesystem::path Absolute(const std::string& path);
+
+// The directory of the running program.
+std::filesystem::path ProgramDirectory();
+
+// Whether a file's name ends in .maxscene.json, in large or small letters.
+bool IsNamedAsDescription(const std::string& name);
+
+// The file to export to: absolute; SCENE's name with .hdo where none is given. Throws
+// Failure(kExitRefused) when that is a directory.
+std::filesystem::path ExportFile(const Options& options);
+
+std::filesystem::path PlugInFile(const Options& options);
+std::vector<std::string> PlugInDirectories(const Options& options);
+
+// --config-dir, or the user's own: hdo-export in $XDG_CONFIG_HOME, else in ~/.config; on Windows in
+// %APPDATA%. Throws Failure(kExitRefused) when neither is known.
+std::filesystem::path ConfigDirectory(const Options& options);
+
+// The exporter's settings in that directory.
+std::filesystem::path SettingsFile(const std::filesystem::path& configDirectory);
+
+}  // namespace maxhost::app

@@ -1,0 +1,158 @@
+#include "host/app/plugin_loader.h"
+
+#include <impexp.h>
+#include <max.h>
+#include <plugin.h>
+
+#include <cstdio>
+#include <sstream>
+
+#include "host/app/exit_status.h"
+#include "host/win32/module_function.h"
+#include "kta/text.h"
+#ifndef _WIN32
+#include "host/win32/module.h"
+#endif
+
+namespace maxhost::app {
+namespace {
+
+namespace fs = std::filesystem;
+
+#ifdef _WIN32
+constexpr const char* kConverterNames[] = {"haldenexport.dll"};
+
+std::string ReasonOfLoadFailure() {
+    return "Windows error " + std::to_string(GetLastError());
+}
+#else
+// LoadLibraryA finds the second under the first name.
+constexpr const char* kConverterNames[] = {"haldenexport.dll", "haldenexport.so"};
+
+std::string ReasonOfLoadFailure() {
+    return win32::LastLoadError();
+}
+#endif
+
+struct LibraryFunctions {
+    LibDescriptionFunc description;
+    LibNumberClassesFunc numberClasses;
+    LibClassDescFunc classDesc;
+    LibVersionFunc version;
+};
+
+LibraryFunctions FunctionsOf(HMODULE module, const std::string& file) {
+    const LibraryFunctions functions = {
+        win32::ModuleFunction<LibDescriptionFunc>(module, "LibDescription"),
+        win32::ModuleFunction<LibNumberClassesFunc>(module, "LibNumberClasses"),
+        win32::ModuleFunction<LibClassDescFunc>(module, "LibClassDesc"),
+        win32::ModuleFunction<LibVersionFunc>(module, "LibVersion")};
+    std::vector<std::string> missing;
+    const auto note = [&](bool isThere, const char* name) {
+        if (!isThere) {
+            missing.emplace_back(name);
+        }
+    };
+    note(functions.description, "LibDescription");
+    note(functions.numberClasses, "LibNumberClasses");
+    note(functions.classDesc, "LibClassDesc");
+    note(functions.version, "LibVersion");
+    if (!missing.empty()) {
+        throw Failure(kExitNoPlugIn, file,
+                      "is no plug-in: does not export " + kta::Joined(missing));
+    }
+    return functions;
+}
+
+std::string Hexadecimal(ULONG value) {
+    char text[16];
+    std::snprintf(text, sizeof(text), "0x%08X", static_cast<unsigned>(value));
+    return text;
+}
+
+bool HoldsConverter(const fs::path& directory) {
+    for (const char* const name : kConverterNames) {
+        std::error_code ignored;
+        if (fs::exists(directory / name, ignored)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string ReasonWithConverter(const std::vector<std::string>& plugInDirectories) {
+    for (const std::string& directory : plugInDirectories) {
+        if (HoldsConverter(directory)) {
+            return {};
+        }
+    }
+    return "; no plug-in directory holds haldenexport: " + kta::Joined(plugInDirectories);
+}
+
+ClassDesc* FindExporterClass(const LibraryFunctions& functions) {
+    const int count = functions.numberClasses();
+    for (int i = 0; i < count; ++i) {
+        ClassDesc* const description = functions.classDesc(i);
+        if (description && description->SuperClassID() == SCENE_EXPORT_CLASS_ID) {
+            return description;
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+void DeleteExporter::operator()(SceneExport* exporter) const {
+    delete exporter;
+}
+
+Exporter LoadExporter(const fs::path& plugIn, const std::vector<std::string>& plugInDirectories) {
+    const std::string file = plugIn.string();
+    const HMODULE module = LoadLibraryA(file.c_str());
+    if (!module) {
+        const std::string reason = ReasonOfLoadFailure();
+        throw Failure(
+            kExitNoPlugIn, file,
+            "the plug-in did not load: " + reason + ReasonWithConverter(plugInDirectories));
+    }
+    const LibraryFunctions functions = FunctionsOf(module, file);
+    const ULONG version = functions.version();
+    if (version != VERSION_3DSMAX) {
+        throw Failure(kExitNoPlugIn, file,
+                      "made for version " + Hexadecimal(version) + " of the host, expected " +
+                          Hexadecimal(VERSION_3DSMAX));
+    }
+    ClassDesc* const exporterClass = FindExporterClass(functions);
+    if (!exporterClass) {
+        throw Failure(kExitNoPlugIn, file, "offers no exporter");
+    }
+    Exporter exporter(static_cast<SceneExport*>(exporterClass->Create(FALSE)));
+    if (!exporter) {
+        throw Failure(kExitNoPlugIn, file, "makes no exporter");
+    }
+    return exporter;
+}
+
+std::vector<std::string> ConverterFaults(const std::vector<std::string>& plugInDirectories) {
+    HMODULE converter = nullptr;
+    for (std::size_t i = 0; i < plugInDirectories.size() && !converter; ++i) {
+        converter = LoadLibraryA((plugInDirectories[i] + "/haldenexport.dll").c_str());
+    }
+    std::vector<std::string> faults;
+    if (!converter) {
+        return faults;
+    }
+    using FaultsFunction = const char* (*)();
+    const auto specialHaldenFaults =
+        win32::ModuleFunction<FaultsFunction>(converter, "SpecialHaldenFaults");
+    if (specialHaldenFaults) {
+        std::istringstream lines(specialHaldenFaults());
+        for (std::string line; std::getline(lines, line);) {
+            faults.push_back(line);
+        }
+    }
+    FreeLibrary(converter);
+    return faults;
+}
+
+}  // namespace maxhost::app

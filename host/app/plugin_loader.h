@@ -1,0 +1,31 @@
+// The plug-in, loaded as 3ds Max loads it.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+class SceneExport;
+
+namespace maxhost::app {
+
+// Deletes an exporter as the host is to: through its own virtual destructor.
+struct DeleteExporter {
+    void operator()(SceneExport* exporter) const;
+};
+using Exporter = std::unique_ptr<SceneExport, DeleteExporter>;
+
+// Loads the module, asks the library functions for its version and its first class of exporters,
+// and makes one exporter. Plug-ins stay loaded until the process ends, as in 3ds Max. Throws
+// Failure(kExitNoPlugIn); `plugInDirectories` are where the plug-in looks for its converter, and
+// are named when none of them holds one.
+Exporter LoadExporter(const std::filesystem::path& plugIn,
+                      const std::vector<std::string>& plugInDirectories);
+
+// What the converter library of the first of these directories that holds one found wrong with the
+// last export, line by line. Empty too for a converter without `SpecialHaldenFaults`, which is an
+// addition of the stand-in.
+std::vector<std::string> ConverterFaults(const std::vector<std::string>& plugInDirectories);
+
+}  // namespace maxhost::app

@@ -1,0 +1,102 @@
+#include "host/app/scene_choices.h"
+
+#include <algorithm>
+#include <charconv>
+#include <unordered_map>
+
+#include "host/app/exit_status.h"
+#include "host/import/scale.h"
+#include "host/import/scene_error.h"
+#include "kta/text.h"
+
+namespace maxhost::app {
+namespace {
+
+constexpr int kTicksPerSecond = 4800;
+
+void CheckAnimation(const std::string& wanted, const std::vector<Animation>& animations) {
+    if (FindAnimation(wanted, animations)) {
+        return;
+    }
+    throw Failure(kExitRefused, "--animation",
+                  "\"" + wanted + "\", expected a name or number of the scene's " +
+                      kta::Counted(animations.size(), "animation") + " (--list shows them)");
+}
+
+void Scale(float factor, scene::Scene& scene) {
+    try {
+        import::ScaleLengths(scene, factor);
+    } catch (const import::SceneError& error) {
+        throw Failure(kExitRefused, "--scale", std::string("in the scaled scene, ") + error.what());
+    }
+}
+
+void ApplyTime(const Options& options, scene::Time& time) {
+    if (options.frameRate) {
+        time.frameRate = *options.frameRate;
+        time.ticksPerFrame = std::max(1, kTicksPerSecond / *options.frameRate);
+    }
+    time.start = options.start.value_or(time.start);
+    time.end = options.end.value_or(time.end);
+    if ((options.start || options.end) && time.start > time.end) {
+        throw Failure(kExitRefused, options.start ? "--start" : "--end",
+                      "the range would be " + std::to_string(time.start) + " to " +
+                          std::to_string(time.end) +
+                          ", expected one that does not end before it "
+                          "starts");
+    }
+}
+
+void Select(const std::vector<std::string>& names, scene::Scene& scene) {
+    std::unordered_map<std::string, std::vector<int>> nodesByName;
+    for (std::size_t i = 0; i < scene.nodes.size(); ++i) {
+        nodesByName[scene.nodes[i].name].push_back(static_cast<int>(i));
+        scene.nodes[i].selected = false;
+    }
+    scene.selection.clear();
+    for (const std::string& name : names) {
+        const auto found = nodesByName.find(name);
+        if (found == nodesByName.end()) {
+            throw Failure(kExitRefused, "--select",
+                          "\"" + name + "\", expected a node's name (--list shows them)");
+        }
+        for (const int index : found->second) {
+            scene::Node& node = scene.nodes[static_cast<std::size_t>(index)];
+            if (!node.selected) {
+                node.selected = true;
+                scene.selection.push_back(index);
+            }
+        }
+    }
+}
+
+}  // namespace
+
+std::optional<std::size_t> FindAnimation(const std::string& wanted,
+                                         const std::vector<Animation>& animations) {
+    for (std::size_t i = 0; i < animations.size(); ++i) {
+        if (animations[i].name == wanted) {
+            return i;
+        }
+    }
+    std::size_t number = 0;
+    const char* const end = wanted.data() + wanted.size();
+    const auto [stop, error] = std::from_chars(wanted.data(), end, number);
+    const bool isNumber = error == std::errc() && stop == end;
+    return isNumber && number < animations.size() ? std::optional(number) : std::nullopt;
+}
+
+void ApplyChoices(const Options& options, LoadedScene& loaded) {
+    if (options.animation) {
+        CheckAnimation(*options.animation, loaded.animations);
+    }
+    if (options.scale != 1) {
+        Scale(options.scale, loaded.scene);
+    }
+    ApplyTime(options, loaded.scene.time);
+    if (!options.select.empty()) {
+        Select(options.select, loaded.scene);
+    }
+}
+
+}  // namespace maxhost::app

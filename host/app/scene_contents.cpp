@@ -1,0 +1,101 @@
+#include "host/app/scene_contents.h"
+
+#include <utility>
+#include <variant>
+
+namespace maxhost::app {
+namespace {
+
+template <class... Visitors>
+struct Overloaded : Visitors... {
+    using Visitors::operator()...;
+};
+
+struct Contents {
+    bool materials = false, meshes = false, skins = false, morphs = false;
+    bool jointLimits = false, wires = false, ikChains = false, motion = false;
+};
+
+void Add(const scene::FloatController& controller, Contents& contents) {
+    std::visit(Overloaded{[&](const scene::BezierFloat& bezier) {
+                              contents.motion |= !bezier.keys.empty();
+                          },
+                          [&](const scene::FloatList& list) {
+                              for (const scene::FloatListItem& item : list.items) {
+                                  Add(*item.controller, contents);
+                              }
+                          },
+                          [&](const scene::WireFloat&) { contents.wires = true; },
+                          [](const scene::OtherFloat&) {}},
+               controller.kind);
+}
+
+void Add(const std::optional<scene::ThreeAxisController>& controller, Contents& contents) {
+    if (!controller) {
+        return;
+    }
+    contents.jointLimits |= controller->jointParams && !controller->jointParams->isDefault;
+    if (const auto* scale = std::get_if<scene::BezierScale>(&controller->kind)) {
+        contents.motion |= !scale->keys.empty();
+    } else if (const auto* three = std::get_if<scene::ThreeAxes>(&controller->kind)) {
+        for (const std::optional<scene::FloatController>& axis : three->axes) {
+            if (axis) {
+                Add(*axis, contents);
+            }
+        }
+    }
+}
+
+void Add(const scene::Transform& transform, Contents& contents) {
+    if (const auto* prs = std::get_if<scene::PrsTransform>(&transform.kind)) {
+        Add(prs->position, contents);
+        Add(prs->rotation, contents);
+        Add(prs->scale, contents);
+    } else if (const auto* sampled = std::get_if<scene::SampledTransform>(&transform.kind)) {
+        contents.motion |= sampled->samples.size() > 1;
+    } else if (std::holds_alternative<scene::IkChainTransform>(transform.kind)) {
+        contents.ikChains = true;
+    }
+}
+
+void Add(const std::vector<scene::Modifier>& modifiers, Contents& contents) {
+    for (const scene::Modifier& modifier : modifiers) {
+        contents.skins |= std::holds_alternative<scene::Skin>(modifier.kind) ||
+                          std::holds_alternative<scene::Physique>(modifier.kind);
+        contents.morphs |= std::holds_alternative<scene::Morpher>(modifier.kind);
+    }
+}
+
+Contents ContentsOf(const scene::Scene& scene) {
+    Contents contents;
+    contents.materials = !scene.materials.empty();
+    for (const scene::Node& node : scene.nodes) {
+        contents.meshes |= node.object && node.object->mesh;
+        Add(node.modifiers, contents);
+        Add(node.referenceModifiers, contents);
+        if (node.transform) {
+            Add(*node.transform, contents);
+        }
+    }
+    return contents;
+}
+
+}  // namespace
+
+std::vector<std::string> NotExported(const scene::Scene& scene) {
+    const Contents contents = ContentsOf(scene);
+    const std::pair<bool, const char*> parts[] = {
+        {contents.materials, "materials"},      {contents.meshes, "meshes"},
+        {contents.skins, "skinning"},           {contents.morphs, "morph targets"},
+        {contents.jointLimits, "joint limits"}, {contents.wires, "wired parameters"},
+        {contents.ikChains, "IK chains"},       {contents.motion, "motion"}};
+    std::vector<std::string> names;
+    for (const auto& [isThere, name] : parts) {
+        if (isThere) {
+            names.emplace_back(name);
+        }
+    }
+    return names;
+}
+
+}  // namespace maxhost::app

@@ -1,0 +1,29 @@
+// Scene files into scene data.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/sdk/scene_desc.h"
+
+namespace maxhost::app {
+
+struct Animation {
+    std::string name;
+    double seconds = 0;
+};
+
+struct LoadedScene {
+    scene::Scene scene;
+    std::vector<std::string> warnings;  // what the importer changed or left out, a line each
+    std::vector<Animation> animations;  // that the file offers to choose from
+};
+
+// Whether the file is a scene description: its name ends in .maxscene.json, or it is JSON whose
+// beginning speaks of a "maxscene". False for a file that cannot be opened.
+bool IsSceneDescription(const std::string& path);
+
+// Throws Failure(kExitRefused) that names the file, with what is wrong with it.
+LoadedScene LoadScene(const std::string& path);
+
+}  // namespace maxhost::app

@@ -1,0 +1,4 @@
+// A module that exports nothing.
+namespace {
+[[maybe_unused]] int nothing = 0;
+}

@@ -1,0 +1,5 @@
+#include <windows.h>
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD, LPVOID) {
+    return FALSE;
+}

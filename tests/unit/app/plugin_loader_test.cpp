@@ -1,0 +1,93 @@
+#include "host/app/plugin_loader.h"
+
+#include <gtest/gtest.h>
+
+#include "host/app/exit_status.h"
+#include "tests/unit/app/support.h"
+
+namespace maxhost::app {
+namespace {
+
+const std::vector<std::string> kWithConverter = {SILENT_CONVERTER_DIR};
+
+class PlugInLoaderTest : public InDirectory {
+  protected:
+    static Thrown Refusal(const std::string& file = FAKE_PLUGIN,
+                          const std::vector<std::string>& directories = kWithConverter) {
+        return Catch([&] { LoadExporter(file, directories); });
+    }
+    FakePlugInBehaviour& plugIn_ = ResetFakePlugIn();
+};
+
+TEST_F(PlugInLoaderTest, MakesAndDeletesOneExporter) {
+    {
+        const Exporter exporter = LoadExporter(FAKE_PLUGIN, kWithConverter);
+        ASSERT_TRUE(exporter);
+        EXPECT_STREQ(exporter->Ext(0), "FAKE");
+        EXPECT_EQ(plugIn_.exporters, 1);
+    }
+    EXPECT_EQ(plugIn_.exporters, 0);
+}
+
+TEST_F(PlugInLoaderTest, TakesTheFirstExporterOfTheClasses) {
+    plugIn_.classes = 3;
+    EXPECT_TRUE(LoadExporter(FAKE_PLUGIN, kWithConverter));
+}
+
+TEST_F(PlugInLoaderTest, OtherVersionsAreRefused) {
+    plugIn_.version = 0x3A982600;
+    const Thrown thrown = Refusal();
+    EXPECT_EQ(thrown.status, kExitNoPlugIn);
+    EXPECT_EQ(thrown.line,
+              FAKE_PLUGIN ": made for version 0x3A982600 of the host, expected 0x36B02600");
+    EXPECT_EQ(plugIn_.exporters, 0);
+}
+
+TEST_F(PlugInLoaderTest, PlugInWithoutExporterIsRefused) {
+    plugIn_.superClass = SCENE_IMPORT_CLASS_ID;
+    EXPECT_EQ(Refusal().line, FAKE_PLUGIN ": offers no exporter");
+    ResetFakePlugIn().classes = 0;
+    EXPECT_EQ(Refusal().line, FAKE_PLUGIN ": offers no exporter");
+    ResetFakePlugIn().makesExporter = false;
+    EXPECT_EQ(Refusal().line, FAKE_PLUGIN ": makes no exporter");
+    EXPECT_EQ(Refusal().status, kExitNoPlugIn);
+}
+
+TEST_F(PlugInLoaderTest, ModuleWithoutLibraryFunctionsIsRefused) {
+    const Thrown thrown = Refusal(NO_PLUGIN);
+    EXPECT_EQ(thrown.status, kExitNoPlugIn);
+    EXPECT_EQ(thrown.line, NO_PLUGIN
+              ": is no plug-in: does not export LibDescription, LibNumberClasses, LibClassDesc, "
+              "LibVersion");
+}
+
+TEST_F(PlugInLoaderTest, FilesThatDoNotLoadAreNamed) {
+    const std::string missing = Path("missing.so").string();
+    const Thrown thrown = Refusal(missing);
+    EXPECT_EQ(thrown.status, kExitNoPlugIn);
+    EXPECT_EQ(thrown.line.find(missing + ": the plug-in did not load: "), 0u) << thrown.line;
+    Write("text.so", "no module");
+    EXPECT_EQ(Refusal(Path("text.so").string()).status, kExitNoPlugIn);
+}
+
+TEST_F(PlugInLoaderTest, MissingConverterIsNamedWithTheDirectoriesSearched) {
+    const std::string none = directory_.string();
+    const Thrown thrown = Refusal(REFUSING_PLUGIN, {none, "/nowhere"});
+    EXPECT_EQ(thrown.status, kExitNoPlugIn);
+    const std::string ending = "; no plug-in directory holds haldenexport: " + none + ", /nowhere";
+    EXPECT_TRUE(thrown.line.ends_with(ending)) << thrown.line;
+    const Thrown other = Refusal(REFUSING_PLUGIN, {none, SILENT_CONVERTER_DIR});
+    EXPECT_EQ(other.status, kExitNoPlugIn);
+    EXPECT_EQ(other.line.find("haldenexport"), std::string::npos) << other.line;
+}
+
+TEST(ConverterFaultsTest, AreTheLinesOfTheFirstConverter) {
+    EXPECT_EQ(ConverterFaults({"/nowhere", COMPLAINING_CONVERTER_DIR, SILENT_CONVERTER_DIR}),
+              (std::vector<std::string>{"first complaint", "second complaint"}));
+    EXPECT_TRUE(ConverterFaults({SILENT_CONVERTER_DIR, COMPLAINING_CONVERTER_DIR}).empty());
+    EXPECT_TRUE(ConverterFaults({"/nowhere"}).empty());
+    EXPECT_TRUE(ConverterFaults({}).empty());
+}
+
+}  // namespace
+}  // namespace maxhost::app

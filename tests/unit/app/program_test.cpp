@@ -1,0 +1,186 @@
+// The program itself with the real plug-in and converter, as a user runs it.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "host/app/exit_status.h"
+#include "tests/unit/app/support.h"
+
+#ifndef _WIN32
+#include <sys/wait.h>
+#endif
+
+namespace maxhost::app {
+namespace {
+
+using testing::ElementsAre;
+using testing::StartsWith;
+
+class ProgramTest : public InDirectory {
+  protected:
+    void SetUp() override {
+        InDirectory::SetUp();
+        Write("s.maxscene.json", R"({
+            "maxscene": 1,
+            "nodes": [
+                {"name": "root"},
+                {"name": "hidden", "parent": 0, "hidden": true},
+                {"name": "leaf", "parent": 1}
+            ]})");
+    }
+
+    Outcome RunReal(const std::string& arguments) const {
+        // Beside the directory: what the program starts may hold them open for longer than it runs.
+        const std::string beside = (std::filesystem::path("..") / directory_.filename()).string();
+        const std::string out = beside + ".out";
+        const std::string error = beside + ".error";
+        const std::string command =
+            "\"" HDO_EXPORT "\" --config-dir cfg " + arguments + " >" + out + " 2>" + error;
+        const int result = std::system(command.c_str());
+        Outcome outcome;
+#ifdef _WIN32
+        outcome.status = result;
+#else
+        outcome.status = WIFEXITED(result) ? WEXITSTATUS(result) : -1;
+#endif
+        outcome.out = Read(out);
+        outcome.error = Read(error);
+        std::error_code ignored;
+        std::filesystem::remove(out, ignored);
+        std::filesystem::remove(error, ignored);
+        return outcome;
+    }
+};
+
+TEST_F(ProgramTest, ExportsAScene) {
+    const Outcome outcome = RunReal("s.maxscene.json");
+    EXPECT_EQ(outcome.status, kExitDone) << outcome.error;
+    EXPECT_EQ(outcome.error, "");
+    EXPECT_THAT(Names(), ElementsAre("KTAExporter.log", "cfg", "s.hdotemp1", "s.hdotemp2",
+                                     "s.maxscene.json"));
+    EXPECT_THAT(Lines(outcome.out),
+                testing::Contains(StartsWith(Path("KTAExporter.log").string() + ": log")));
+    EXPECT_THAT(Lines(outcome.out), testing::Contains("exported 2 of 3 nodes"));
+}
+
+TEST_F(ProgramTest, ExportsTheSameBytesAgain) {
+    ASSERT_EQ(RunReal("-q -o a.hdo s.maxscene.json").status, kExitDone);
+    ASSERT_EQ(RunReal("-q --progress always -o b.hdo s.maxscene.json").status, kExitDone);
+    EXPECT_GT(Read("a.hdotemp1").size(), 7u);
+    EXPECT_EQ(Read("a.hdotemp1"), Read("b.hdotemp1"));
+    EXPECT_EQ(Read("a.hdotemp2"), Read("b.hdotemp2"));
+}
+
+TEST_F(ProgramTest, SavedSceneExportsTheSameBytes) {
+    ASSERT_EQ(RunReal("-q -o a.hdo --save-scene t.maxscene.json s.maxscene.json").status,
+              kExitDone);
+    ASSERT_EQ(RunReal("-q -o b.hdo t.maxscene.json").status, kExitDone);
+    EXPECT_EQ(Read("a.hdotemp1"), Read("b.hdotemp1"));
+}
+
+TEST_F(ProgramTest, FailedExportIsStatus1) {
+    std::filesystem::create_directory("x.hdotemp2");
+    const Outcome outcome = RunReal("-o x.hdo s.maxscene.json");
+    EXPECT_EQ(outcome.status, kExitExportFailed);
+    EXPECT_EQ(Lines(outcome.error).size(), 2u) << outcome.error;
+}
+
+TEST_F(ProgramTest, BadUsageAndBadScenesAreStatus2) {
+    EXPECT_EQ(RunReal("").status, kExitRefused);
+    EXPECT_EQ(RunReal("--bogus s.maxscene.json").status, kExitRefused);
+    const Outcome outcome = RunReal("missing.maxscene.json");
+    EXPECT_EQ(outcome.status, kExitRefused);
+    EXPECT_THAT(Lines(outcome.error),
+                ElementsAre("hdo-export: missing.maxscene.json: does not exist, expected a scene "
+                            "file"));
+    EXPECT_THAT(Names(), ElementsAre("s.maxscene.json"));
+}
+
+TEST_F(ProgramTest, MissingConverterIsStatus3) {
+    const Outcome outcome = RunReal("--plugin-dir . s.maxscene.json");
+    EXPECT_EQ(outcome.status, kExitNoPlugIn);
+    EXPECT_EQ(Lines(outcome.error).size(), 1u);
+    EXPECT_THAT(outcome.error, testing::HasSubstr("no plug-in directory holds haldenexport: " +
+                                                  directory_.string()));
+    EXPECT_THAT(Names(), ElementsAre("s.maxscene.json"));
+}
+
+#ifndef _WIN32
+
+TEST_F(ProgramTest, SavedModelExportsTheSameBytes) {
+    Write("m.obj",
+          "mtllib m.mtl\no first\nv 0 0 0\nv 1.5 0 0\nv 0 2 0.25\nv 0 0 3\nusemtl red\n"
+          "f 1 2 3\nf 1 3 4\no second\nv 5 5 5\nv 6 5 5\nv 5 6.1 5\nf 5 6 7\n");
+    Write("m.mtl", "newmtl red\nKd 1 0 0\n");
+    ASSERT_EQ(RunReal("-q -o a.hdo --save-scene t.maxscene.json m.obj").status, kExitDone);
+    ASSERT_EQ(RunReal("-q -o b.hdo t.maxscene.json").status, kExitDone);
+    EXPECT_GT(Read("a.hdotemp1").size(), 2u * 632);
+    EXPECT_EQ(Read("a.hdotemp1"), Read("b.hdotemp1"));
+    EXPECT_EQ(Read("a.hdotemp2").substr(0, 4), "KTA ");
+    EXPECT_EQ(Read("a.hdotemp2"), Read("b.hdotemp2"));
+}
+
+TEST_F(ProgramTest, RunsWithDefaultsSideBySideAllSucceed) {
+    const std::string command =
+        "for i in 1 2 3 4 5 6 7 8 9 10 11 12; do (\"" HDO_EXPORT
+        "\" --config-dir cfg --defaults -q -o x$i.hdo s.maxscene.json; echo $? >$i.status) & "
+        "done; wait";
+    for (int round = 0; round < 3; ++round) {
+        ASSERT_EQ(std::system(command.c_str()), 0);
+        for (int i = 1; i <= 12; ++i) {
+            EXPECT_EQ(Read(std::to_string(i) + ".status"), "0\n");
+        }
+        EXPECT_EQ(std::filesystem::file_size("cfg/KTAExp2.cfg"), 24u);
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator("cfg"), {}), 1)
+            << "nothing but the settings";
+    }
+}
+
+TEST_F(ProgramTest, CancelledDialogLeavesTheSavedScene) {
+    const Outcome outcome =
+        RunReal("--cancel-dialog --defaults --save-scene q.maxscene.json -o x.hdo s.maxscene.json");
+    EXPECT_EQ(outcome.status, kExitDone);
+    EXPECT_THAT(outcome.error, testing::EndsWith("no export was written\n"));
+    EXPECT_TRUE(std::filesystem::exists("q.maxscene.json"));
+    EXPECT_TRUE(std::filesystem::is_empty("cfg"));
+}
+
+TEST_F(ProgramTest, CancelledDialogIsStatus0) {
+    const Outcome outcome = RunReal("--cancel-dialog s.maxscene.json");
+    EXPECT_EQ(outcome.status, kExitDone);
+    EXPECT_THAT(outcome.error, testing::HasSubstr("cancelled in the options dialog"));
+    EXPECT_FALSE(std::filesystem::exists("s.hdotemp1"));
+    EXPECT_FALSE(std::filesystem::exists("cfg/KTAExp2.cfg")) << "settings are not saved";
+}
+
+TEST_F(ProgramTest, SkinBelowAnotherModifierIsReportedInOneLine) {
+    Write("skin.maxscene.json", R"({"maxscene": 1, "nodes": [{"name": "m",
+        "object": {"class": "mesh", "vertices": [], "faces": []},
+        "modifiers": [{"class": "other", "classId": [1, 2]},
+                      {"class": "skin", "bones": [], "weights": []}]}]})");
+    const Outcome outcome = RunReal("skin.maxscene.json");
+    EXPECT_EQ(outcome.status, kExitExportFailed);
+    const std::string file = "hdo-export: " + Path("skin.hdo").string() + ": ";
+    EXPECT_THAT(
+        Lines(outcome.error),
+        ElementsAre(file + "Modifier Order Issue: Your object contains meshes that combine skin "
+                           "modifiers with other modifiers. Please make sure that the skin "
+                           "modifiers are at the end of the stack.",
+                    file + "the export failed: the exporter says why above"));
+}
+
+TEST_F(ProgramTest, LostOutputIsStatus2) {
+    if (!std::filesystem::exists("/dev/full")) {
+        GTEST_SKIP();
+    }
+    const int result = std::system("\"" HDO_EXPORT "\" --list s.maxscene.json >/dev/full 2>e.txt");
+    ASSERT_TRUE(WIFEXITED(result));
+    EXPECT_EQ(WEXITSTATUS(result), kExitRefused);
+    EXPECT_EQ(Read("e.txt"), "hdo-export: standard output: cannot be written\n");
+}
+
+#endif
+
+}  // namespace
+}  // namespace maxhost::app
