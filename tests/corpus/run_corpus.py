@@ -1,0 +1,299 @@
+#!/usr/bin/env python3
+"""Exports every model file of a folder and looks at what comes out.
+
+A file that Assimp loads by itself must export twice with status 0 and the same bytes, and its
+actor file must hold one node chunk a node, in depth-first child order, with the names and parents
+that `hdo-export --list` gives. A file that Assimp does not load must be refused with status 2 and
+one line that names it, and nothing may be written. So must one for which an import has not enough
+memory, but only if Assimp by itself cannot load it either with as much memory and time.
+
+FBX, ASE, 3DS, Collada, BVH and glTF 2 files are run; with --all, every other file as well. Exit
+status: 0 all passed, 1 some failed or there was no file, 2 bad usage.
+"""
+
+import argparse
+import concurrent.futures
+import json
+import os
+import pathlib
+import re
+import struct
+import subprocess
+import sys
+import tempfile
+
+TIME_LIMIT = 60  # seconds a command
+NAME_BYTES = 259  # the file's name fields hold a NUL too
+NODE_CHUNK = 0
+MESH_CHUNK = 3
+CHUNK_HEADER_SIZE = 12
+MESH_INDEX_COUNT_OFFSET = 12  # in the chunk's body
+
+FORMATS = {
+    ".fbx": "FBX",
+    ".ase": "ASE",
+    ".3ds": "3DS",
+    ".dae": "Collada",
+    ".zae": "Collada",
+    ".bvh": "BVH",
+    ".gltf": "glTF 2",
+    ".glb": "glTF 2",
+}
+
+
+class Failed(Exception):
+    """What is wrong with a file's export, for the report's last column."""
+
+
+class Row:
+    def __init__(self, name, kind):
+        self.name = name
+        self.kind = kind
+        self.nodes = "-"
+        self.triangles = "-"
+        self.exit = "-"
+        self.result = ""
+        self.passed = False
+
+    def cells(self):
+        return [self.name, self.kind or "other", str(self.nodes), str(self.triangles),
+                str(self.exit), self.result]
+
+
+def run(command, folder):
+    """Runs a command in `folder`; a status below 0 is a signal."""
+    try:
+        return subprocess.run(command, cwd=folder, stdin=subprocess.DEVNULL,
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                              timeout=TIME_LIMIT, check=False)
+    except subprocess.TimeoutExpired:
+        raise Failed(f"{pathlib.Path(command[0]).name} took more than {TIME_LIMIT} s") from None
+
+
+def files_in(folder):
+    return sorted(str(path.relative_to(folder)) for path in folder.rglob("*") if path.is_file())
+
+
+def kind_of(path):
+    """The format that counts, or None."""
+    kind = FORMATS.get(path.suffix.lower())
+    return None if kind == "glTF 2" and "glTF2" not in path.parts else kind
+
+
+def unescaped(text):
+    """A name as `hdo-export --list` prints it, as bytes."""
+    return re.sub(rb"\\(?:x([0-9a-fA-F]{2})|(\\))",
+                  lambda m: b"\\" if m.group(2) else bytes([int(m.group(1), 16)]), text)
+
+
+def cut(name):
+    """As the file holds it and `kta dump` shows it, where it is cut in a character or not."""
+    return name[:NAME_BYTES].decode("utf-8", "ignore")
+
+
+def shown(text):
+    return text.rstrip("\ufffd") if len(text.encode("utf-8", "replace")) >= NAME_BYTES - 4 else text
+
+
+def listed_nodes(output):
+    """(name, parent's name) of each node, from the lines of `hdo-export --list`."""
+    nodes = []
+    above = []
+    for line in output.split(b"\n"):
+        fields = line.split(b"\t")
+        if fields[0] != b"node":
+            continue
+        if len(fields) != 5:
+            raise Failed(f"--list prints {len(fields)} fields for a node, expected 5: {line!r}")
+        depth, name = int(fields[2]), unescaped(fields[4])
+        if depth > len(above):
+            raise Failed(f"--list prints depth {depth} below depth {len(above) - 1}: {line!r}")
+        del above[depth:]
+        parent = above[-1] if above and above[-1] != b"Scene Root" else b""
+        nodes.append((cut(name), cut(parent)))
+        above.append(name)
+    return nodes
+
+
+def dumped_nodes(chunks):
+    return [(shown(chunk["nodeName"]), shown(chunk["parentName"]))
+            for chunk in chunks if chunk["id"] == NODE_CHUNK]
+
+
+def triangles_in(actor, chunks):
+    data = actor.read_bytes()
+    total = 0
+    for chunk in chunks:
+        if chunk["id"] == MESH_CHUNK:
+            at = chunk["offset"] + CHUNK_HEADER_SIZE + MESH_INDEX_COUNT_OFFSET
+            total += struct.unpack_from("<i", data, at)[0] // 3
+    return total
+
+
+class Corpus:
+    def __init__(self, arguments):
+        self.hdo_export = str(arguments.hdo_export.resolve())
+        self.kta = str(arguments.kta.resolve())
+        self.oracle = str(arguments.oracle.resolve())
+        self.models = arguments.models.resolve()
+
+    def check(self, path):
+        row = Row(str(path.relative_to(self.models)), kind_of(path))
+        try:
+            with tempfile.TemporaryDirectory(prefix="corpus_") as folder:
+                place = pathlib.Path(folder)
+                if self.loads(path, place):
+                    row.result = self.check_loadable(path, place, row)
+                else:
+                    self.check_refusal(path, place, row)
+                    row.result = "refused, as it should be"
+            row.passed = True
+        except Failed as failure:
+            row.result = f"FAILED: {failure}"
+        return row
+
+    def loads(self, path, folder, *options):
+        try:
+            return run([self.oracle, *options, str(path)], folder).returncode == 0
+        except Failed:
+            return False
+
+    def check_loadable(self, path, place, row):
+        try:
+            self.check_export(path, place, row)
+            return "ok"
+        except Failed:
+            if not self.lacks_memory(path, place):
+                raise
+        self.check_refusal(path, place, row)
+        return "refused, as Assimp itself does within the same limits"
+
+    def lacks_memory(self, path, folder):
+        """Whether an import wants for memory where Assimp itself does, given as much."""
+        listing = run([self.hdo_export, "--list", str(path)], folder)
+        return (listing.returncode == 2 and b"not enough memory" in listing.stderr
+                and not self.loads(path, folder, "--limited"))
+
+    def export(self, path, folder, *options):
+        (folder / "config").mkdir(parents=True)
+        return run([self.hdo_export, "--config-dir", str(folder / "config"), "--progress", "never",
+                    *options, "-o", str(folder / "out.hdo"), str(path)], folder)
+
+    def check_export(self, path, folder, row):
+        written = []
+        for attempt in ("first", "second"):
+            place = folder / attempt
+            done = self.export(path, place, "--export-hidden")
+            row.exit = done.returncode
+            if done.returncode != 0:
+                raise Failed(f"exit status {done.returncode}: {first_line(done.stderr)}")
+            written.append([self.written(place, part) for part in ("temp1", "temp2")])
+        if written[0] != written[1]:
+            raise Failed("a second export gives other bytes")
+        self.check_nodes(path, folder / "first", row)
+
+    @staticmethod
+    def written(place, part):
+        try:
+            return (place / f"out.hdo{part}").read_bytes()
+        except OSError:
+            raise Failed(f"no file out.hdo{part}") from None
+
+    def check_nodes(self, path, place, row):
+        listing = run([self.hdo_export, "--list", str(path)], place)
+        if listing.returncode != 0:
+            raise Failed(f"--list: exit status {listing.returncode}")
+        expected = listed_nodes(listing.stdout)
+        actor = place / "out.hdotemp1"
+        dump = run([self.kta, "dump", str(actor), "--json"], place)
+        if dump.returncode != 0:
+            raise Failed(f"kta dump: exit status {dump.returncode}: {first_line(dump.stderr)}")
+        chunks = json.loads(dump.stdout)["chunks"]
+        found = dumped_nodes(chunks)
+        row.nodes = len(found)
+        row.triangles = triangles_in(actor, chunks)
+        for index, (want, have) in enumerate(zip(expected, found)):
+            if want != have:
+                raise Failed(f"node {index} is {have}, expected {want}")
+        if len(found) != len(expected):
+            raise Failed(f"{len(found)} node chunks, expected {len(expected)}")
+
+    def check_refusal(self, path, folder, row):
+        place = folder / "refused"
+        done = self.export(path, place)
+        row.exit = done.returncode
+        if done.returncode != 2:
+            raise Failed(f"exit status {done.returncode}, expected 2: {first_line(done.stderr)}")
+        lines = done.stderr.decode("utf-8", "replace").splitlines()
+        if len(lines) != 1:
+            raise Failed(f"{len(lines)} lines on standard error, expected 1")
+        if not lines[0].startswith("hdo-export: ") or path.name not in lines[0]:
+            raise Failed(f"the line does not name the file: {lines[0]}")
+        if done.stdout:
+            raise Failed("something on standard output")
+        if files_in(place):
+            raise Failed(f"files were written: {', '.join(files_in(place))}")
+
+
+def first_line(text):
+    lines = text.decode("utf-8", "replace").splitlines()
+    return lines[-1] if lines else "nothing on standard error"
+
+
+def write_report(rows, report):
+    head = ["file", "format", "nodes", "triangles", "exit", "result"]
+    table = [head] + [row.cells() for row in rows]
+    widths = [max(len(cells[i]) for cells in table) for i in range(len(head) - 1)]
+    with open(report, "w", encoding="utf-8") as out:
+        for cells in table:
+            out.write("  ".join([cell.ljust(width) for cell, width in zip(cells, widths)]
+                                + cells[-1:]) + "\n")
+
+
+def parse_arguments():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("hdo_export", type=pathlib.Path)
+    parser.add_argument("kta", type=pathlib.Path)
+    parser.add_argument("models", type=pathlib.Path, nargs="?",
+                        default=pathlib.Path("/usr/share/assimp/models"))
+    parser.add_argument("report", type=pathlib.Path, nargs="?",
+                        default=pathlib.Path("corpus_report.txt"))
+    parser.add_argument("--oracle", type=pathlib.Path,
+                        help="assimp_loads (default: beside kta)")
+    parser.add_argument("--all", action="store_true", help="run the files of other formats too")
+    parser.add_argument("--jobs", type=int, default=len(os.sched_getaffinity(0)),
+                        help="files at a time (default: a processor each)")
+    arguments = parser.parse_args()
+    arguments.oracle = arguments.oracle or arguments.kta.parent / "assimp_loads"
+    for program in (arguments.hdo_export, arguments.kta, arguments.oracle):
+        if not program.is_file():
+            parser.error(f"{program}: no such program")
+    return arguments
+
+
+def tally(rows):
+    passed = sum(row.passed for row in rows)
+    return passed, len(rows) - passed
+
+
+def main():
+    arguments = parse_arguments()
+    corpus = Corpus(arguments)
+    paths = sorted(path for path in corpus.models.rglob("*") if path.is_file())
+    counting = [path for path in paths if kind_of(path)]
+    others = [path for path in paths if not kind_of(path)] if arguments.all else []
+    with concurrent.futures.ThreadPoolExecutor(max(1, arguments.jobs)) as pool:
+        rows = list(pool.map(corpus.check, counting + others))
+    write_report(rows, arguments.report)
+    for row in rows:
+        if not row.passed:
+            print(f"{row.name}: {row.result}")
+    if others:
+        print("other formats: %d passed, %d failed" % tally(rows[len(counting):]))
+        print("the six formats: %d passed, %d failed" % tally(rows[:len(counting)]))
+    print("%d passed, %d failed" % tally(rows))
+    return 0 if counting and tally(rows)[1] == 0 else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())
