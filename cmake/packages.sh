@@ -35,14 +35,13 @@ install_packages() {
     rm -f "$log"
 }
 
-# build PRESET [TARGET...]: configures and builds; the compiler's words are shown when it fails.
+# build PRESET TESTS: configures, with tests (ON) or without (OFF), and builds; the compiler's words
+# are shown when it fails.
 build() {
-    local preset=$1 log targets=()
-    shift
-    [ $# -eq 0 ] || targets=(--target "$@")
+    local preset=$1 tests=$2 log
     step "building $preset"
     log=$(mktemp)
-    if ! { cmake --preset "$preset" && cmake --build --preset "$preset" "${targets[@]}"; } \
+    if ! { cmake --preset "$preset" -DHDO_TESTS="$tests" && cmake --build --preset "$preset"; } \
         >"$log" 2>&1; then
         cat "$log" >&2
         rm -f "$log"
@@ -52,6 +51,6 @@ build() {
 }
 
 build_packages=(cmake ninja-build g++ binutils-mingw-w64-x86-64
-    libassimp-dev nlohmann-json3-dev libcli11-dev)
+    libassimp-dev zlib1g-dev nlohmann-json3-dev libcli11-dev)
 test_packages=("${build_packages[@]}" libgtest-dev libgmock-dev assimp-testmodels python3
     g++-mingw-w64-x86-64-posix googletest wine64)
