@@ -24,7 +24,8 @@ function(hdo_add_resources target rcfile)
         OUTPUT ${compiled}
         COMMAND
             ${HDO_WINDRES} "--preprocessor=${CMAKE_C_COMPILER}" --preprocessor-arg=-E
-            --preprocessor-arg=-xc-header --preprocessor-arg=-DRC_INVOKED --preprocessor-arg=-MD
+            --preprocessor-arg=-xc-header --preprocessor-arg=-DRC_INVOKED
+            --preprocessor-arg=-I${PROJECT_SOURCE_DIR}/host/win32 --preprocessor-arg=-MD
             --preprocessor-arg=-MT --preprocessor-arg=${compiled} --preprocessor-arg=-MF
             --preprocessor-arg=${compiled}.d -O res -i ${rcfile} -o ${compiled}
         DEPENDS ${rcfile}

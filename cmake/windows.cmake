@@ -19,3 +19,14 @@ add_library(CLI11::CLI11 INTERFACE IMPORTED)
 foreach(target nlohmann_json::nlohmann_json CLI11::CLI11)
     target_include_directories(${target} SYSTEM INTERFACE ${HDO_HEADER_ONLY_INCLUDE_DIR})
 endforeach()
+
+# Programs of this build run under Wine with a home, and where wanted a display, of the build's own.
+# Debian's wine64 package leaves its programs out of PATH.
+find_program(HDO_WINE NAMES wine64 wine PATHS /usr/lib/wine)
+find_program(HDO_WINESERVER NAMES wineserver wineserver64 PATHS /usr/lib/wine)
+foreach(script wine.sh wine-desktop.sh)
+    configure_file(${CMAKE_CURRENT_LIST_DIR}/${script}.in ${PROJECT_BINARY_DIR}/${script} @ONLY
+                   FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
+                                    WORLD_READ WORLD_EXECUTE)
+endforeach()
+set(CMAKE_CROSSCOMPILING_EMULATOR ${PROJECT_BINARY_DIR}/wine.sh)

@@ -4,28 +4,43 @@
 #include <string>
 
 #include "host/app/console.h"
+#include "host/app/options.h"
 #include "host/win32/user.h"
 
 namespace maxhost::app {
 
-// Presses Export or Cancel in the options dialog, and reports message boxes under the export
-// file's name.
+// Makes the choices in the options dialog, through its controls, and presses Export; or presses
+// Cancel at once. A choice that the dialog does not take is reported, and the dialog cancelled.
+// Message boxes are reported under the export file's name.
 class DialogUser : public win32::User {
   public:
-    DialogUser(Console& console, std::string exportFile, bool cancels)
-        : console_(console), exportFile_(std::move(exportFile)), cancels_(cancels) {}
+    DialogUser(Console& console, std::string exportFile, const DialogChoices& choices, bool cancels)
+        : console_(console),
+          exportFile_(std::move(exportFile)),
+          choices_(choices),
+          cancels_(cancels) {}
 
-    long OnDialog(int templateId) override;
+    void OnDialog(win32::Dialog& dialog) override;
     void OnMessageBox(const std::string& title, const std::string& text, unsigned flags) override;
 
-    bool HasCancelled() const { return hasCancelled_; }
+    bool HasCancelled() const { return hasCancelled_; }  // as it was told to
+    bool WasRefused() const { return wasRefused_; }      // what it chose was not taken
     int MessageBoxes() const { return messageBoxes_; }
 
   private:
+    bool MakeChoices(win32::Dialog& dialog);
+    bool Refuse(const std::string& option, const std::string& why);
+    bool Switch(win32::Dialog& dialog, int id, const char* option, std::optional<bool> choice);
+    bool Type(win32::Dialog& dialog, int id, const char* option, const std::string& text,
+              const char* enabledBy);
+    void PressExport(win32::Dialog& dialog);
+
     Console& console_;
     std::string exportFile_;
+    DialogChoices choices_;
     bool cancels_;
     bool hasCancelled_ = false;
+    bool wasRefused_ = false;
     int messageBoxes_ = 0;
 };
 

@@ -75,6 +75,10 @@ std::string ExportFiles::EarlierFiles() const {
     return names.empty() ? std::string() : kta::Joined(names) + ": " + kEarlier;
 }
 
+bool ExportFiles::AnyWritten() const {
+    return marks_[0].IsWritten() || marks_[1].IsWritten();
+}
+
 void ExportFiles::Verify() {
     for (OutputFile& file : files_) {
         const std::string name = file.path.string();

@@ -31,6 +31,9 @@ class ExportFiles {
     // there are none.
     std::string EarlierFiles() const;
 
+    // Whether this export has begun to write.
+    bool AnyWritten() const;
+
     const std::filesystem::path& ExportFile() const { return exportFile_; }
 
     // After an export: reads both files.

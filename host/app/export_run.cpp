@@ -18,7 +18,6 @@
 #include "host/app/settings.h"
 #include "host/app/summary.h"
 #include "host/sdk/host.h"
-#include "kta/text.h"
 
 namespace maxhost::app {
 namespace {
@@ -35,21 +34,22 @@ class RunningExport {
         Host& host = Host::Instance();
         host.SetProgressObserver(showsProgress ? &bar : nullptr);
         host.CancelAtUpdate(options.cancelAfter);
+        if (!options.showDialog) {
+            win32::SetUser(&user);
+        }
 #ifndef _WIN32
-        win32::SetUser(&user);
         if (options.verbose) {
             win32::SetDebugSink(CopyToConsole, &console);
         }
 #else
-        // Windows itself shows dialogs and takes the debugger's texts.
-        static_cast<void>(user);
+        // Windows itself takes the debugger's texts.
         static_cast<void>(console);
 #endif
     }
     ~RunningExport() {
         Host::Instance().SetProgressObserver(nullptr);
-#ifndef _WIN32
         win32::SetUser(nullptr);
+#ifndef _WIN32
         win32::SetDebugSink(nullptr, nullptr);
 #endif
     }
@@ -76,19 +76,9 @@ void MakeConfigDirectory(const fs::path& directory, Console& console) {
 }
 
 void WarnOfIdleOptions(const Options& options, Console& console) {
-    const std::vector<std::string> names = NamesOf(options.choices);
-    if (!names.empty()) {
-        console.Warn(kta::Joined(names),
-                     "without effect, this version has no options dialog to make the choice in");
-    }
     if (options.animation) {
         console.Warn("--animation", "without effect, this version imports no motion yet");
     }
-#ifdef _WIN32
-    if (options.cancelDialog) {
-        throw Failure(kExitRefused, "--cancel-dialog", "not on Windows in this version");
-    }
-#endif
 }
 
 DWORD ExportOptionsFor(const Options& options, SceneExport& exporter, const fs::path& plugIn) {
@@ -101,14 +91,30 @@ DWORD ExportOptionsFor(const Options& options, SceneExport& exporter, const fs::
     return SCENE_EXPORT_SELECTED;
 }
 
-int ReportFailure(const ExportFiles& files, const DialogUser& user, Console& console) {
+std::string ReasonOfFailure(const Options& options, const ExportFiles& files,
+                            const DialogUser& user) {
+    if (user.MessageBoxes() > 0) {
+        return "the exporter says why above";
+    }
+    return (options.showDialog ? "if no message box said why, " : "") + files.WhyNotMade();
+}
+
+int ReportFailure(const Options& options, const ExportFiles& files, const DialogUser& user,
+                  Console& console) {
     console.Report(files.ExportFile().string(),
-                   "the export failed: " + (user.MessageBoxes() > 0 ? "the exporter says why above"
-                                                                    : files.WhyNotMade()));
+                   "the export failed: " + ReasonOfFailure(options, files, user));
     for (const std::string& line : files.Leftovers()) {
         console.Report(line);
     }
     return kExitExportFailed;
+}
+
+// The dialog's user has said what was refused.
+int ReportRefusal(const ExportFiles& files, Console& console) {
+    if (const std::string line = files.EarlierFiles(); !line.empty()) {
+        console.Report(line);
+    }
+    return kExitRefused;
 }
 
 int Conclude(const ExportOutcome& outcome, ExportFiles& files,
@@ -176,6 +182,7 @@ int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files, 
     Host& host = Host::Instance();
     host.SetPlugInDirs(plugInDirectories);
     const Exporter exporter = LoadExporter(plugIn, plugInDirectories);
+    CheckConverter(plugInDirectories);
     const DWORD exportOptions = ExportOptionsFor(options, *exporter, plugIn);
 
     MakeConfigDirectory(configDirectory, console);
@@ -187,14 +194,18 @@ int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files, 
         loaded.scene.nodes.size(), loaded.warnings.size(), NotExported(loaded.scene), {}};
     host.OpenScene(std::move(loaded.scene));
     const FileMark log(fs::current_path() / kLogName);
-    DialogUser user(console, exportFile, options.cancelDialog);
+    DialogUser user(console, exportFile, options.choices, options.cancelDialog);
     const int result = RunPlugIn(options, exporter, exportOptions, exportFile, configDirectory,
                                  user, console, showsProgress);
     outcome.log = LogSince(log, console);
     if (result == IMPEXP_FAIL) {
-        return ReportFailure(files, user, console);
+        return ReportFailure(options, files, user, console);
     }
-    if (user.HasCancelled() || result == IMPEXP_CANCEL) {
+    if (user.WasRefused()) {
+        return ReportRefusal(files, console);
+    }
+    const bool personCancelled = options.showDialog && !files.AnyWritten();
+    if (user.HasCancelled() || personCancelled || result == IMPEXP_CANCEL) {
         console.Report(exportFile, "cancelled in the options dialog; no export was written");
         return kExitDone;
     }

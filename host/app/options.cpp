@@ -162,15 +162,17 @@ void AddDialogChoices(CLI::App& app, Options& options) {
     addSwitch("optimize-skin", choices.optimizeSkin, "optimize skinning info");
     group
         .Add("--weight-threshold", "X", choices.weightThreshold,
-             std::string("weight threshold, 0 to 0.9999") + kAsShown)
+             std::string("weight threshold, 0 to 0.9999; asks for --optimize-skin") + kAsShown)
         ->check(Real([](float value) { return value >= 0 && value <= kGreatestThreshold; },
                      "a number from 0 to 0.9999"));
     addSwitch("motions-for-hidden", choices.motionsForHidden, "export motions for hidden objects");
     addSwitch("sample-animation", choices.sampleAnimation, "sample the animation");
     group
         .Add("--sample-rate", "N", choices.sampleRate,
-             std::string("export a keyframe every N frames, at least 1") + kAsShown)
-        ->check(Whole(1, INT_MAX, "a whole number of at least 1"));
+             std::string("export a keyframe every N frames, at least 1; asks for "
+                         "--sample-animation") +
+                 kAsShown)
+        ->check(Whole(INT_MIN, INT_MAX, "a whole number that fits 32 bits"));
 }
 
 void AddDialogs(CLI::App& app, Options& options) {
@@ -185,11 +187,11 @@ void AddDialogs(CLI::App& app, Options& options) {
              "it stays pressed until the export ends (default: 0, never)")
         ->check(Whole(0, INT_MAX, "a whole number of at least 0"));
     group.Add("--about", options.about,
-              "show the About box to a person and wait (default: off; this version has no dialogs "
-              "yet)");
+              "show the About box to a person and wait; nothing is exported (default: off; Windows "
+              "only)");
     group.Add("--show-dialog", options.showDialog,
-              "show the options dialog to a person and wait (default: off; this version has no "
-              "dialogs yet)");
+              "show the options dialog to a person and wait (default: off, the choices above are "
+              "made without one; Windows only)");
 }
 
 void AddPlaces(CLI::App& app, Options& options) {
@@ -232,11 +234,16 @@ void AddMessages(CLI::App& app, Options& options, std::string& progress) {
 
 // What is wrong with options that are well-formed one by one; empty when nothing is.
 std::string FaultOf(const Options& options) {
-    if (options.scene.empty() && !options.about && !options.showDialog) {
+    if (options.scene.empty() && !options.about) {
         return "SCENE: none given, expected a scene file (hdo-export --help explains all options)";
     }
     if (options.start && options.end && *options.start > *options.end) {
         return "--start: behind --end, expected a tick that is not";
+    }
+    if (options.showDialog && (options.cancelDialog || !NamesOf(options.choices).empty())) {
+        return "--show-dialog: excludes " +
+               (options.cancelDialog ? "--cancel-dialog" : NamesOf(options.choices).front()) +
+               ", which answers the dialog in the person's place";
     }
     if (options.list && options.output) {
         return "--list: excludes --output, expected one of them";

@@ -17,7 +17,7 @@ struct DialogChoices {
     std::optional<float> weightThreshold;  // 0 to 0.9999
     std::optional<bool> motionsForHidden;
     std::optional<bool> sampleAnimation;
-    std::optional<int> sampleRate;  // at least 1
+    std::optional<int> sampleRate;  // any: the dialog refuses what is below 1
 };
 
 // The options of `choices` that are present, by their names on the command line.
@@ -26,7 +26,7 @@ std::vector<std::string> NamesOf(const DialogChoices& choices);
 enum class ProgressMode { automatic, always, never };
 
 struct Options {
-    std::string scene;  // empty only with `about` or `showDialog`
+    std::string scene;  // empty only with `about`
     std::optional<std::string> output;
 
     bool selectedOnly = false;

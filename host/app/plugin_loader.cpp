@@ -89,6 +89,32 @@ std::string ReasonWithConverter(const std::vector<std::string>& plugInDirectorie
     return "; no plug-in directory holds haldenexport: " + kta::Joined(plugInDirectories);
 }
 
+// The converter library that the plug-in finds in these directories, loaded once more.
+class Converter {
+  public:
+    explicit Converter(const std::vector<std::string>& plugInDirectories) {
+        for (std::size_t i = 0; i < plugInDirectories.size() && !module_; ++i) {
+            file_ = (fs::path(plugInDirectories[i]) / "haldenexport.dll").string();
+            // The plug-in has no room for more.
+            module_ = file_.size() < MAX_PATH ? LoadLibraryA(file_.c_str()) : nullptr;
+        }
+    }
+    ~Converter() {
+        if (module_) {
+            FreeLibrary(module_);
+        }
+    }
+    Converter(const Converter&) = delete;
+    Converter& operator=(const Converter&) = delete;
+
+    HMODULE Module() const { return module_; }  // null: there is none
+    const std::string& File() const { return file_; }
+
+  private:
+    HMODULE module_ = nullptr;
+    std::string file_;
+};
+
 ClassDesc* FindExporterClass(const LibraryFunctions& functions) {
     const int count = functions.numberClasses();
     for (int i = 0; i < count; ++i) {
@@ -133,25 +159,39 @@ Exporter LoadExporter(const fs::path& plugIn, const std::vector<std::string>& pl
     return exporter;
 }
 
-std::vector<std::string> ConverterFaults(const std::vector<std::string>& plugInDirectories) {
-    HMODULE converter = nullptr;
-    for (std::size_t i = 0; i < plugInDirectories.size() && !converter; ++i) {
-        converter = LoadLibraryA((plugInDirectories[i] + "/haldenexport.dll").c_str());
+void CheckConverter(const std::vector<std::string>& plugInDirectories) {
+    const Converter converter(plugInDirectories);
+    if (!converter.Module()) {
+        return;
     }
+    std::vector<std::string> missing;
+    for (const char* const name :
+         {"InitSpecialHalden", "WriteKTActorFile", "WriteKTMotionFile", "EndSpecialHalden"}) {
+        if (!GetProcAddress(converter.Module(), name)) {
+            missing.emplace_back(name);
+        }
+    }
+    if (!missing.empty()) {
+        throw Failure(kExitNoPlugIn, converter.File(),
+                      "is no converter library: does not export " + kta::Joined(missing));
+    }
+}
+
+std::vector<std::string> ConverterFaults(const std::vector<std::string>& plugInDirectories) {
+    const Converter converter(plugInDirectories);
     std::vector<std::string> faults;
-    if (!converter) {
+    if (!converter.Module()) {
         return faults;
     }
     using FaultsFunction = const char* (*)();
     const auto specialHaldenFaults =
-        win32::ModuleFunction<FaultsFunction>(converter, "SpecialHaldenFaults");
+        win32::ModuleFunction<FaultsFunction>(converter.Module(), "SpecialHaldenFaults");
     if (specialHaldenFaults) {
         std::istringstream lines(specialHaldenFaults());
         for (std::string line; std::getline(lines, line);) {
             faults.push_back(line);
         }
     }
-    FreeLibrary(converter);
     return faults;
 }
 

@@ -23,6 +23,10 @@ using Exporter = std::unique_ptr<SceneExport, DeleteExporter>;
 Exporter LoadExporter(const std::filesystem::path& plugIn,
                       const std::vector<std::string>& plugInDirectories);
 
+// Throws Failure(kExitNoPlugIn) when the converter library of the first of these directories that
+// holds one lacks an entry point: the plug-in calls them unseen.
+void CheckConverter(const std::vector<std::string>& plugInDirectories);
+
 // What the converter library of the first of these directories that holds one found wrong with the
 // last export, line by line. Empty too for a converter without `SpecialHaldenFaults`, which is an
 // addition of the stand-in.

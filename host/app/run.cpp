@@ -2,6 +2,7 @@
 
 #include <exception>
 
+#include "host/app/about.h"
 #include "host/app/exit_status.h"
 #include "host/app/export_run.h"
 #include "host/app/listing.h"
@@ -22,13 +23,6 @@ bool ShowsProgress(const Options& options, bool isTerminal) {
             return false;
         default:
             return isTerminal && !options.quiet;
-    }
-}
-
-void RefuseMissingDialogs(const Options& options) {
-    if (options.about || options.showDialog) {
-        throw Failure(kExitRefused, options.about ? "--about" : "--show-dialog",
-                      "this version has no dialogs yet");
     }
 }
 
@@ -66,6 +60,7 @@ int ReportException(Console& console) {
 int LoadAndExport(const Options& options, Console& console, bool isTerminal) {
     ExportFiles files(ExportFile(options));
     try {
+        RequireDisplay(options.showDialog ? "--show-dialog" : options.scene, options.showDialog);
         return ExportScene(options, Load(options, console), files, console,
                            ShowsProgress(options, isTerminal));
     } catch (...) {
@@ -78,7 +73,9 @@ int LoadAndExport(const Options& options, Console& console, bool isTerminal) {
 }
 
 int Execute(const Options& options, Console& console, bool isTerminal) {
-    RefuseMissingDialogs(options);
+    if (options.about) {
+        return ShowAbout(options);
+    }
     if (options.list || (options.saveScene && !options.output)) {
         const LoadedScene loaded = Load(options, console);
         if (options.list) {

@@ -2,55 +2,15 @@
 
 #include <windows.h>
 
-#include <cstring>
-
+#include "host/win32/cursor.h"
 #include "host/win32/module.h"
 #include "host/win32/text.h"
+#include "host/win32/window.h"
 
 namespace win32 {
 namespace {
 
 using Bytes = std::span<const std::byte>;
-
-// A cursor over little-endian fields; once a read does not fit, every later one fails too.
-class Cursor {
-  public:
-    explicit Cursor(Bytes bytes) : bytes_(bytes) {}
-
-    bool Ok() const { return ok_; }
-    std::size_t Position() const { return position_; }
-    std::size_t Left() const { return bytes_.size() - position_; }
-
-    std::uint16_t U16() {
-        const Bytes b = Take(2);
-        return ok_ ? static_cast<std::uint16_t>(At(b, 0) | At(b, 1) << 8) : std::uint16_t{0};
-    }
-    std::uint32_t U32() {
-        const std::uint32_t low = U16();
-        return low | static_cast<std::uint32_t>(U16()) << 16;
-    }
-    Bytes Take(std::size_t size) {
-        if (!ok_ || size > Left()) {
-            ok_ = false;
-            return {};
-        }
-        const Bytes taken = bytes_.subspan(position_, size);
-        position_ += size;
-        return taken;
-    }
-    // The last padding of a file may be missing.
-    void AlignTo4() {
-        const std::size_t padding = (4 - position_ % 4) % 4;
-        Take(padding < Left() ? padding : Left());
-    }
-
-  private:
-    static unsigned At(Bytes bytes, std::size_t i) { return std::to_integer<unsigned>(bytes[i]); }
-
-    Bytes bytes_;
-    std::size_t position_ = 0;
-    bool ok_ = true;
-};
 
 // A type or name is either 0xffff and a number, or a NUL-terminated text; nullopt for a text.
 std::optional<std::uint16_t> ReadId(Cursor& cursor) {
@@ -135,12 +95,5 @@ std::string FindString(Bytes resources, std::uint32_t id) {
 }  // namespace win32
 
 extern "C" int WINAPI LoadStringA(HINSTANCE instance, UINT id, LPSTR buffer, int size) {
-    if (!buffer || size <= 0) {
-        return 0;
-    }
-    const std::string text = win32::FindString(win32::ResourcesOf(instance), id);
-    const std::string_view cut = win32::CutUtf8(text, static_cast<std::size_t>(size) - 1);
-    std::memcpy(buffer, cut.data(), cut.size());
-    buffer[cut.size()] = '\0';
-    return static_cast<int>(cut.size());
+    return win32::CopyText(win32::FindString(win32::ResourcesOf(instance), id), buffer, size);
 }

@@ -11,6 +11,7 @@
 
 namespace win32 {
 
+constexpr std::uint16_t kDialogType = 5;
 constexpr std::uint16_t kStringTableType = 6;
 
 // The data of the first resource with this numeric type and name; null optional: none.

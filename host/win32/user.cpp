@@ -3,17 +3,16 @@
 #include <commctrl.h>
 #include <windows.h>
 
-#include <cstdint>
 #include <utility>
 
-#include "host/win32/module.h"
+#include "host/win32/current_user.h"
 
 namespace win32 {
 namespace {
 
 class DefaultUser : public User {
   public:
-    long OnDialog(int) override { return 1; }
+    void OnDialog(Dialog& dialog) override { dialog.Click(dialog.DefaultButton()); }
     void OnMessageBox(const std::string&, const std::string&, unsigned) override {}
 };
 
@@ -29,6 +28,10 @@ std::string TextOrEmpty(LPCSTR text) {
 
 }  // namespace
 
+User& CurrentUser() {
+    return *currentUser;
+}
+
 User* SetUser(User* user) {
     return std::exchange(currentUser, user ? user : &defaultUser);
 }
@@ -41,15 +44,6 @@ void SetDebugSink(DebugSink sink, void* context) {
 }  // namespace win32
 
 extern "C" {
-
-INT_PTR WINAPI DialogBoxParamA(HINSTANCE instance, LPCSTR templateName, HWND, DLGPROC, LPARAM) {
-    // A number in place of a name is smaller than any address.
-    const auto number = reinterpret_cast<std::uintptr_t>(templateName);
-    if (!win32::IsLoaded(instance) || number == 0 || number > 0xffff) {
-        return -1;
-    }
-    return win32::currentUser->OnDialog(static_cast<int>(number));
-}
 
 int WINAPI MessageBoxA(HWND, LPCSTR text, LPCSTR title, UINT type) {
     // Windows calls a box without a title "Error".

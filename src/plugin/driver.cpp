@@ -11,6 +11,7 @@
 #include "plugin/kta_exp.h"
 #include "plugin/module.h"
 #include "plugin/motion_pass.h"
+#include "plugin/options_dialog.h"
 #include "resources/resource.h"
 
 Plinth::UInt8 g_motionPass = 0;
@@ -120,8 +121,8 @@ bool KTAExp::CheckSkinModifierOrder(INode* node) {
 }
 
 bool KTAExp::RunOptionsDialog() {
-    return DialogBoxParamA(g_moduleInstance, MAKEINTRESOURCEA(IDD_OPTIONS), ip->GetMAXHWnd(), NULL,
-                           reinterpret_cast<LPARAM>(this)) != 0;
+    return DialogBoxParamA(g_moduleInstance, MAKEINTRESOURCEA(IDD_OPTIONS), ip->GetMAXHWnd(),
+                           OptionsDialogProcedure, reinterpret_cast<LPARAM>(this)) != 0;
 }
 
 bool KTAExp::RunWritingPass(int pass, const char* name, const NodeList& roots) {

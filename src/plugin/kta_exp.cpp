@@ -1,5 +1,6 @@
 #include "plugin/kta_exp.h"
 
+#include "plugin/about_dialog.h"
 #include "plugin/module.h"
 #include "resources/resource.h"
 
@@ -40,7 +41,7 @@ const MCHAR* KTAExp::CopyrightMessage() {
 }
 
 const MCHAR* KTAExp::OtherMessage1() {
-    return "https://kestrelworks.example/";
+    return MAKER_WEB_ADDRESS;
 }
 
 const MCHAR* KTAExp::OtherMessage2() {
@@ -52,7 +53,7 @@ unsigned int KTAExp::Version() {
 }
 
 void KTAExp::ShowAbout(HWND parent) {
-    DialogBoxParamA(g_moduleInstance, MAKEINTRESOURCEA(IDD_ABOUT), parent, NULL, 0);
+    DialogBoxParamA(g_moduleInstance, MAKEINTRESOURCEA(IDD_ABOUT), parent, AboutDialogProcedure, 0);
 }
 
 BOOL KTAExp::SupportsOptions(int, DWORD options) {

@@ -51,6 +51,7 @@ class KTAExp : public SceneExport {
 
     // ------------------------------------------------ settings
 
+    ExportOptions& Options() { return exportOptions; }
     // <plug-in configuration directory>\KTAExp2.cfg
     void GetSettingsPath(CStr& path);
     // Replaces as many bytes of the options as the settings file holds; a missing one changes

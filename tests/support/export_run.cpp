@@ -13,7 +13,6 @@
 
 #include "host/sdk/host.h"
 #include "host/win32/module_function.h"
-#include "host/win32/user.h"
 
 namespace support {
 
@@ -27,12 +26,15 @@ class RecordingUser : public win32::User {
         : choices_(choices), run_(run), former_(win32::SetUser(this)) {}
     ~RecordingUser() override { win32::SetUser(former_); }
 
-    long OnDialog(int templateId) override {
-        run_.dialogs.push_back(templateId);
-        if (choices_.whenDialogIsShown) {
-            choices_.whenDialogIsShown();
+    void OnDialog(win32::Dialog& dialog) override {
+        run_.dialogs.push_back(dialog.Title());
+        if (choices_.inDialog) {
+            choices_.inDialog(dialog);
+        } else if (choices_.cancelDialog) {
+            PressCancel(dialog);
+        } else {
+            PressExport(dialog);
         }
-        return choices_.cancelDialog ? 0 : 1;
     }
     void OnMessageBox(const std::string& title, const std::string& text, unsigned flags) override {
         run_.messageBoxes.push_back({title, text, flags});
@@ -119,11 +121,10 @@ void RunPlugIn(const ExportChoices& choices, const fs::path& exportFile,
     {
         RecordingUser user(choices, run);
         RecordingProgress progress(run);
-        run.result = exporter->DoExport(exportFile.string().c_str(), nullptr,
-                                        maxhost::Host::Instance().GetInterface(),
-                                        choices.suppressPrompts ? TRUE : FALSE,
-                                        (choices.selectedOnly ? SCENE_EXPORT_SELECTED : 0) |
-                                            choices.otherOptions);
+        run.result = exporter->DoExport(
+            exportFile.string().c_str(), nullptr, maxhost::Host::Instance().GetInterface(),
+            choices.suppressPrompts ? TRUE : FALSE,
+            (choices.selectedOnly ? SCENE_EXPORT_SELECTED : 0) | choices.otherOptions);
     }
     delete exporter;
     run.converterCalls = Lines(LookUp<const char* (*)()>(converter, "RecordedCalls")());
@@ -155,6 +156,14 @@ LoadedPlugIn::LoadedPlugIn() {
 
 LoadedPlugIn::~LoadedPlugIn() {
     FreeLibrary(static_cast<HMODULE>(module_));
+}
+
+void PressExport(win32::Dialog& dialog) {
+    dialog.Click(3);
+}
+
+void PressCancel(win32::Dialog& dialog) {
+    dialog.Click(2);
 }
 
 fs::path SettingsFile(const fs::path& directory) {

@@ -9,13 +9,14 @@
 #include <vector>
 
 #include "host/sdk/scene_desc.h"
+#include "host/win32/user.h"
 
 namespace support {
 
 struct MessageBoxShown {
     std::string title;
     std::string text;
-    unsigned flags = 0;
+    unsigned flags = 0;  // on Windows always 0: a box does not show them
 };
 
 struct ExportRun {
@@ -24,7 +25,7 @@ struct ExportRun {
     std::vector<std::string> log;              // KTAExporter.log, line by line
     std::vector<std::string> converterCalls;
     std::vector<MessageBoxShown> messageBoxes;
-    std::vector<int> dialogs;  // template ids
+    std::vector<std::string> dialogs;  // titles
     std::vector<std::string> progressTitles;
     std::vector<int> progress;
     int progressEnds = 0;
@@ -41,7 +42,8 @@ struct ExportChoices {
     // Plug-in directories; empty: the recording converter's alone. The first that holds a recording
     // converter is asked for its calls.
     std::vector<std::string> plugInDirs;
-    std::function<void()> whenDialogIsShown;  // for a look at the state at that moment
+    // What is done in the dialog; without it Export is pressed, or Cancel.
+    std::function<void(win32::Dialog&)> inDialog;
 };
 
 // A temporary directory that is the current one while the object lives.
@@ -66,6 +68,10 @@ class LoadedPlugIn {
   private:
     void* module_;
 };
+
+// Presses the buttons of the options dialog.
+void PressExport(win32::Dialog& dialog);
+void PressCancel(win32::Dialog& dialog);
 
 // The settings file of exports in `directory`.
 std::filesystem::path SettingsFile(const std::filesystem::path& directory);

@@ -24,6 +24,14 @@ TEST_F(ExportFilesTest, FilesAreNamedAfterTheExportFile) {
     EXPECT_EQ(files.Files()[1].path, Second());
 }
 
+TEST_F(ExportFilesTest, OnlyThisExportsWritingCounts) {
+    Write(First(), support::FileHeader(true));
+    const ExportFiles files(Export());
+    EXPECT_FALSE(files.AnyWritten());
+    Write(Second(), support::FileHeader(false));
+    EXPECT_TRUE(files.AnyWritten());
+}
+
 TEST_F(ExportFilesTest, GoodFilesHaveNoFaults) {
     ExportFiles files(Export());
     Write(First(), support::FileHeader(true));

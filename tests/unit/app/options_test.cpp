@@ -55,38 +55,16 @@ TEST(OptionsTest, DefaultsAreThoseOfTheHelp) {
 }
 
 TEST(OptionsTest, EveryOptionIsStored) {
-    const Options options = Parse({"-o",
-                                   "out.hdo",
-                                   "--selected",
-                                   "--defaults",
-                                   "--cancel-dialog",
-                                   "--cancel-after",
-                                   "3",
-                                   "--config-dir",
-                                   "c",
-                                   "--plugin",
-                                   "p.so",
-                                   "--save-scene",
-                                   "s.maxscene.json",
-                                   "--animation",
-                                   "walk",
-                                   "--scale",
-                                   "2.5",
-                                   "--frame-rate",
-                                   "25",
-                                   "--start",
-                                   "-160",
-                                   "--end",
-                                   "4800",
-                                   "--about",
-                                   "--show-dialog",
-                                   "--progress",
-                                   "never",
-                                   "-v"});
+    const Options options = Parse(
+        {"-o",           "out.hdo", "--selected", "--defaults", "--cancel-after", "3",
+         "--config-dir", "c",       "--plugin",   "p.so",       "--save-scene",   "s.maxscene.json",
+         "--animation",  "walk",    "--scale",    "2.5",        "--frame-rate",   "25",
+         "--start",      "-160",    "--end",      "4800",       "--about",        "--show-dialog",
+         "--progress",   "never",   "-v"});
     EXPECT_EQ(options.output, "out.hdo");
     EXPECT_TRUE(options.selectedOnly);
     EXPECT_TRUE(options.defaults);
-    EXPECT_TRUE(options.cancelDialog);
+    EXPECT_TRUE(Parse({"--cancel-dialog"}).cancelDialog);
     EXPECT_EQ(options.cancelAfter, 3);
     EXPECT_EQ(options.configDir, "c");
     EXPECT_EQ(options.plugin, "p.so");
@@ -162,6 +140,8 @@ TEST(OptionsTest, BoundsOfNumbersAreAccepted) {
     EXPECT_EQ(Parse({"--weight-threshold", "0"}).choices.weightThreshold, 0.0f);
     EXPECT_EQ(Parse({"--weight-threshold", "0.9999"}).choices.weightThreshold, 0.9999f);
     EXPECT_EQ(Parse({"--sample-rate", "1"}).choices.sampleRate, 1);
+    EXPECT_EQ(Parse({"--sample-rate", "0"}).choices.sampleRate, 0) << "for the dialog to refuse";
+    EXPECT_EQ(Parse({"--sample-rate", "-5"}).choices.sampleRate, -5);
     EXPECT_EQ(Parse({"--frame-rate", "1"}).frameRate, 1);
     EXPECT_EQ(Parse({"--frame-rate", "4800"}).frameRate, 4800);
     EXPECT_EQ(Parse({"--start", "-2147483648", "--end", "2147483647"}).end, 2147483647);
@@ -178,10 +158,10 @@ TEST(OptionsTest, BadNumbersAreRefused) {
                   "--weight-threshold: \"" + std::string(value) +
                       "\", expected a number from 0 to 0.9999");
     }
-    for (const char* const value : {"0", "-5", "1.5", "99999999999", "3x"}) {
-        EXPECT_EQ(
-            ErrorOf({"x", "--sample-rate", value}),
-            "--sample-rate: \"" + std::string(value) + "\", expected a whole number of at least 1");
+    for (const char* const value : {"1.5", "99999999999", "3x", "abc", ""}) {
+        EXPECT_EQ(ErrorOf({"x", "--sample-rate", value}),
+                  "--sample-rate: \"" + std::string(value) +
+                      "\", expected a whole number that fits 32 bits");
     }
     EXPECT_EQ(ErrorOf({"x", "--frame-rate", "0"}),
               "--frame-rate: \"0\", expected a whole number from 1 to 4800");
@@ -220,9 +200,17 @@ TEST(OptionsTest, EmptyPathsAreRefused) {
     }
 }
 
-TEST(OptionsTest, DialogsForPeopleNeedNoScene) {
+TEST(OptionsTest, AboutNeedsNoScene) {
     EXPECT_TRUE(ParseCommandLine({"--about"}).options);
-    EXPECT_TRUE(ParseCommandLine({"--show-dialog"}).options);
+    EXPECT_TRUE(ErrorOf({"--show-dialog"}).starts_with("SCENE: none given"));
+}
+
+TEST(OptionsTest, WhatAPersonAnswersIsNotAnsweredHere) {
+    const std::string ending = ", which answers the dialog in the person's place";
+    EXPECT_EQ(ErrorOf({"x", "--show-dialog", "--cancel-dialog"}),
+              "--show-dialog: excludes --cancel-dialog" + ending);
+    EXPECT_EQ(ErrorOf({"x", "--show-dialog", "--sample-rate", "3", "--no-morphers"}),
+              "--show-dialog: excludes --no-morphers" + ending);
 }
 
 TEST(OptionsTest, VersionIsPrinted) {

@@ -81,6 +81,31 @@ TEST_F(PlugInLoaderTest, MissingConverterIsNamedWithTheDirectoriesSearched) {
     EXPECT_EQ(other.line.find("haldenexport"), std::string::npos) << other.line;
 }
 
+TEST(ConverterTest, MissingEntryPointsAreNamed) {
+    const Thrown thrown = Catch([] {
+        CheckConverter({"/nowhere", LACKING_CONVERTER_DIR, SILENT_CONVERTER_DIR});
+    });
+    EXPECT_EQ(thrown.status, kExitNoPlugIn);
+    EXPECT_EQ(thrown.line,
+              (std::filesystem::path(LACKING_CONVERTER_DIR) / "haldenexport.dll").string() +
+                  ": is no converter library: does not export WriteKTMotionFile");
+    EXPECT_EQ(Catch([] {
+                  CheckConverter({SILENT_CONVERTER_DIR, LACKING_CONVERTER_DIR});
+              }).status,
+              -1)
+        << "the first one counts";
+    EXPECT_EQ(Catch([] { CheckConverter({"/nowhere"}); }).status, -1) << "the plug-in's matter";
+}
+
+TEST(ConverterTest, DirectoriesThatThePlugInPassesOverDoNotCount) {
+    const std::string tooLong = "/" + std::string(260, 'x');
+    EXPECT_EQ(Catch([&] {
+                  CheckConverter({tooLong, LACKING_CONVERTER_DIR});
+              }).status,
+              kExitNoPlugIn);
+    EXPECT_EQ(Catch([&] { CheckConverter({tooLong}); }).status, -1);
+}
+
 TEST(ConverterFaultsTest, AreTheLinesOfTheFirstConverter) {
     EXPECT_EQ(ConverterFaults({"/nowhere", COMPLAINING_CONVERTER_DIR, SILENT_CONVERTER_DIR}),
               (std::vector<std::string>{"first complaint", "second complaint"}));

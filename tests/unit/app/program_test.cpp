@@ -106,6 +106,118 @@ TEST_F(ProgramTest, MissingConverterIsStatus3) {
     EXPECT_THAT(Names(), ElementsAre("s.maxscene.json"));
 }
 
+TEST_F(ProgramTest, CancelledDialogLeavesTheSavedScene) {
+    const Outcome outcome =
+        RunReal("--cancel-dialog --defaults --save-scene q.maxscene.json -o x.hdo s.maxscene.json");
+    EXPECT_EQ(outcome.status, kExitDone);
+    EXPECT_THAT(outcome.error, testing::HasSubstr("; no export was written"));
+    EXPECT_TRUE(std::filesystem::exists("q.maxscene.json"));
+    EXPECT_TRUE(std::filesystem::is_empty("cfg"));
+}
+
+TEST_F(ProgramTest, CancelledDialogIsStatus0) {
+    const Outcome outcome = RunReal("--cancel-dialog s.maxscene.json");
+    EXPECT_EQ(outcome.status, kExitDone);
+    EXPECT_THAT(outcome.error, testing::HasSubstr("cancelled in the options dialog"));
+    EXPECT_FALSE(std::filesystem::exists("s.hdotemp1"));
+    EXPECT_FALSE(std::filesystem::exists("cfg/KTAExp2.cfg")) << "settings are not saved";
+}
+
+TEST_F(ProgramTest, SkinBelowAnotherModifierIsReportedInOneLine) {
+    Write("skin.maxscene.json", R"({"maxscene": 1, "nodes": [{"name": "m",
+        "object": {"class": "mesh", "vertices": [], "faces": []},
+        "modifiers": [{"class": "other", "classId": [1, 2]},
+                      {"class": "skin", "bones": [], "weights": []}]}]})");
+    const Outcome outcome = RunReal("skin.maxscene.json");
+    EXPECT_EQ(outcome.status, kExitExportFailed);
+    const std::string file = "hdo-export: " + Path("skin.hdo").string() + ": ";
+    EXPECT_THAT(
+        Lines(outcome.error),
+        ElementsAre(file + "Modifier Order Issue: Your object contains meshes that combine skin "
+                           "modifiers with other modifiers. Please make sure that the skin "
+                           "modifiers are at the end of the stack.",
+                    file + "the export failed: the exporter says why above"));
+}
+
+// The settings file as 24 bytes of hexadecimal digits.
+std::string Hex(const std::string& bytes) {
+    std::string text;
+    for (const unsigned char byte : bytes) {
+        constexpr const char* kDigits = "0123456789abcdef";
+        text += kDigits[byte >> 4];
+        text += kDigits[byte & 15];
+    }
+    return text;
+}
+
+TEST_F(ProgramTest, ChoicesSetEveryField) {
+    const Outcome on = RunReal(
+        "-q --export-hidden --non-renderable --morphers --optimize-skin --weight-threshold 0.5 "
+        "--motions-for-hidden --sample-animation --sample-rate 7 s.maxscene.json");
+    EXPECT_EQ(on.status, kExitDone) << on.error;
+    EXPECT_EQ(Hex(Read("cfg/KTAExp2.cfg")),
+              "00010101010100000000003f04000000"
+              "0101000007000000");
+    const Outcome off = RunReal(
+        "-q --no-export-hidden --no-non-renderable --no-morphers --no-optimize-skin "
+        "--no-motions-for-hidden --no-sample-animation s.maxscene.json");
+    EXPECT_EQ(off.status, kExitDone) << off.error;
+    EXPECT_EQ(Hex(Read("cfg/KTAExp2.cfg")),
+              "00000100000000000000003f04000000"
+              "0000000007000000");
+    EXPECT_EQ(RunReal("-q s.maxscene.json").status, kExitDone);
+    EXPECT_EQ(Hex(Read("cfg/KTAExp2.cfg")),
+              "00000100000000000000003f04000000"
+              "0000000007000000");
+    EXPECT_EQ(RunReal("-q --defaults --weight-threshold 0.0001 s.maxscene.json").status, kExitDone);
+    EXPECT_EQ(Hex(Read("cfg/KTAExp2.cfg")),
+              "00000100010100001"
+              "7b7d13804000000"
+              "0000000002000000");
+}
+
+TEST_F(ProgramTest, ChoicesCountInTheExportItself) {
+    EXPECT_THAT(Lines(RunReal("--export-hidden s.maxscene.json").out),
+                testing::Contains("exported 3 of 3 nodes"));
+    EXPECT_THAT(Lines(RunReal("--no-export-hidden s.maxscene.json").out),
+                testing::Contains("exported 2 of 3 nodes"));
+}
+
+TEST_F(ProgramTest, ChoicesThatTheDialogRefusesAreStatus2) {
+    ASSERT_EQ(RunReal("-q --sample-animation --sample-rate 3 -o a.hdo s.maxscene.json").status,
+              kExitDone);
+    const std::string settings = Read("cfg/KTAExp2.cfg");
+    for (const char* const rate : {"0", "-5"}) {
+        const Outcome outcome = RunReal("--export-hidden --sample-rate " + std::string(rate) +
+                                        " -o b.hdo s.maxscene.json");
+        EXPECT_EQ(outcome.status, kExitRefused);
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_THAT(Lines(outcome.error),
+                    ElementsAre("hdo-export: " + Path("b.hdo").string() +
+                                ": Invalid value: The motion sample rate cannot be below one! A "
+                                "value of two gives high quality results. Higher values will "
+                                "result in lower quality."));
+        EXPECT_EQ(Read("cfg/KTAExp2.cfg"), settings);
+        EXPECT_FALSE(std::filesystem::exists("b.hdotemp1"));
+        EXPECT_FALSE(std::filesystem::exists("b.hdotemp2"));
+    }
+}
+
+TEST_F(ProgramTest, ChoicesThatAreDisabledAreStatus2) {
+    const Outcome rate = RunReal("--sample-rate 5 s.maxscene.json");
+    EXPECT_EQ(rate.status, kExitRefused);
+    EXPECT_THAT(Lines(rate.error),
+                ElementsAre("hdo-export: --sample-rate: is disabled in the options dialog, "
+                            "expected --sample-animation beside it"));
+    const Outcome threshold = RunReal("--no-optimize-skin --weight-threshold 0.5 s.maxscene.json");
+    EXPECT_EQ(threshold.status, kExitRefused);
+    EXPECT_THAT(Lines(threshold.error),
+                ElementsAre("hdo-export: --weight-threshold: is disabled in the options dialog, "
+                            "expected --optimize-skin beside it"));
+    EXPECT_FALSE(std::filesystem::exists("s.hdotemp1"));
+    EXPECT_FALSE(std::filesystem::exists("cfg/KTAExp2.cfg"));
+}
+
 #ifndef _WIN32
 
 TEST_F(ProgramTest, SavedModelExportsTheSameBytes) {
@@ -135,39 +247,6 @@ TEST_F(ProgramTest, RunsWithDefaultsSideBySideAllSucceed) {
         EXPECT_EQ(std::distance(std::filesystem::directory_iterator("cfg"), {}), 1)
             << "nothing but the settings";
     }
-}
-
-TEST_F(ProgramTest, CancelledDialogLeavesTheSavedScene) {
-    const Outcome outcome =
-        RunReal("--cancel-dialog --defaults --save-scene q.maxscene.json -o x.hdo s.maxscene.json");
-    EXPECT_EQ(outcome.status, kExitDone);
-    EXPECT_THAT(outcome.error, testing::EndsWith("no export was written\n"));
-    EXPECT_TRUE(std::filesystem::exists("q.maxscene.json"));
-    EXPECT_TRUE(std::filesystem::is_empty("cfg"));
-}
-
-TEST_F(ProgramTest, CancelledDialogIsStatus0) {
-    const Outcome outcome = RunReal("--cancel-dialog s.maxscene.json");
-    EXPECT_EQ(outcome.status, kExitDone);
-    EXPECT_THAT(outcome.error, testing::HasSubstr("cancelled in the options dialog"));
-    EXPECT_FALSE(std::filesystem::exists("s.hdotemp1"));
-    EXPECT_FALSE(std::filesystem::exists("cfg/KTAExp2.cfg")) << "settings are not saved";
-}
-
-TEST_F(ProgramTest, SkinBelowAnotherModifierIsReportedInOneLine) {
-    Write("skin.maxscene.json", R"({"maxscene": 1, "nodes": [{"name": "m",
-        "object": {"class": "mesh", "vertices": [], "faces": []},
-        "modifiers": [{"class": "other", "classId": [1, 2]},
-                      {"class": "skin", "bones": [], "weights": []}]}]})");
-    const Outcome outcome = RunReal("skin.maxscene.json");
-    EXPECT_EQ(outcome.status, kExitExportFailed);
-    const std::string file = "hdo-export: " + Path("skin.hdo").string() + ": ";
-    EXPECT_THAT(
-        Lines(outcome.error),
-        ElementsAre(file + "Modifier Order Issue: Your object contains meshes that combine skin "
-                           "modifiers with other modifiers. Please make sure that the skin "
-                           "modifiers are at the end of the stack.",
-                    file + "the export failed: the exporter says why above"));
 }
 
 TEST_F(ProgramTest, LostOutputIsStatus2) {

@@ -216,21 +216,30 @@ TEST_F(RunTest, ProgressIsShownOnRequest) {
     EXPECT_EQ(Export({"--progress", "never"}).error, "");
 }
 
-TEST_F(RunTest, ChoicesWithoutEffectAreSaid) {
-    const Outcome outcome = Export({"--no-morphers", "--sample-rate", "3"});
-    EXPECT_EQ(outcome.status, kExitDone);
-    EXPECT_EQ(outcome.error,
-              "hdo-export: --no-morphers, --sample-rate: warning: without effect, this version "
-              "has no options dialog to make the choice in\n");
-}
+#ifndef _WIN32
 
 TEST_F(RunTest, DialogsForPeopleAreRefused) {
     for (const char* const name : {"--about", "--show-dialog"}) {
-        const Outcome outcome = RunProgram({name});
+        const Outcome outcome = Export({name});
         EXPECT_EQ(outcome.status, kExitRefused);
         EXPECT_EQ(outcome.error,
-                  "hdo-export: " + std::string(name) + ": this version has no dialogs yet\n");
+                  "hdo-export: " + std::string(name) +
+                      ": no dialog can be shown to a person here, expected Windows with a "
+                      "display\n");
     }
+    EXPECT_THAT(exported_, IsEmpty());
+    EXPECT_THAT(Names(), ElementsAre("s.maxscene.json"));
+}
+
+#endif
+
+TEST_F(RunTest, ConverterWithoutAnEntryPointEndsTheRun) {
+    const Outcome outcome = Export({}, LACKING_CONVERTER_DIR);
+    EXPECT_EQ(outcome.status, kExitNoPlugIn);
+    EXPECT_EQ(Lines(outcome.error).size(), 1u);
+    EXPECT_THAT(outcome.error, HasSubstr("does not export WriteKTMotionFile\n"));
+    EXPECT_THAT(exported_, IsEmpty());
+    EXPECT_THAT(Names(), ElementsAre("s.maxscene.json"));
 }
 
 TEST_F(RunTest, DefaultsStartWithoutSettingsAndKeepWhatIsSaved) {
@@ -389,31 +398,6 @@ TEST_F(RunTest, HelpAndVersionArePrinted) {
     EXPECT_THAT(none.error, testing::StartsWith("hdo-export: SCENE: none given"));
 }
 
-#ifndef _WIN32
-
-// 103 is the options dialog; its result 0 is Cancel.
-int ExportAfterDialog(const FakePlugInBehaviour& plugIn, const std::string& name,
-                      int (*write)(const std::string&)) {
-    const INT_PTR answer =
-        DialogBoxParamA(plugIn.instance, MAKEINTRESOURCEA(103), nullptr, nullptr, 0);
-    EXPECT_NE(answer, -1);
-    return answer == 0 ? IMPEXP_SUCCESS : write(name);
-}
-
-TEST_F(RunTest, CancelledDialogIsDone) {
-    plugIn_.doExport = [this](const std::string& name, DWORD) {
-        return ExportAfterDialog(plugIn_, name, WriteBoth);
-    };
-    const Outcome outcome = Export({"--cancel-dialog"});
-    EXPECT_EQ(outcome.status, kExitDone);
-    EXPECT_EQ(outcome.out, "");
-    EXPECT_EQ(outcome.error, "hdo-export: " + Path("s.hdo").string() +
-                                 ": cancelled in the options dialog; no export was written\n");
-    EXPECT_FALSE(std::filesystem::exists(First()));
-    EXPECT_EQ(Export().error, "");
-    EXPECT_TRUE(std::filesystem::exists(First()));
-}
-
 TEST_F(RunTest, MessageBoxesAreOneLineEach) {
     plugIn_.doExport = [](const std::string&, DWORD) {
         MessageBoxA(nullptr, "First line.\nSecond line.", "Modifier Order Issue",
@@ -430,6 +414,8 @@ TEST_F(RunTest, MessageBoxesAreOneLineEach) {
                     file + "the export failed: the exporter says why above",
                     "hdo-export: " + First() + ": made by an earlier export, not by this one"));
 }
+
+#ifndef _WIN32
 
 TEST_F(RunTest, DebuggerTextIsCopiedOnlyWhenAskedFor) {
     plugIn_.doExport = [](const std::string& name, DWORD) {

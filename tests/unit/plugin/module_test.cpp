@@ -8,6 +8,7 @@
 
 #include "host/sdk/host.h"
 #include "host/win32/module_function.h"
+#include "host/win32/user.h"
 #include "plugin/module.h"
 #include "resources/resource.h"
 #include "tests/support/export_run.h"
@@ -104,17 +105,60 @@ TEST(Module, ExporterDescribesItself) {
     delete exporter;
 }
 
+TEST(Module, ShowAboutShowsTheAboutBox) {
+    Offer({RecordingDirectory().string()});
+    Module module;
+    ASSERT_NE(module.Handle(), nullptr);
+    struct : win32::User {
+        void OnDialog(win32::Dialog& dialog) override {
+            titles.push_back(dialog.Title());
+            dialog.Click(1);
+            EXPECT_FALSE(dialog.IsOpen());
+        }
+        void OnMessageBox(const std::string& title, const std::string&, unsigned) override {
+            ADD_FAILURE() << title;
+        }
+        std::vector<std::string> titles;
+    } user;
+    win32::SetUser(&user);
+    auto* exporter = static_cast<SceneExport*>(module.Description()->Create(FALSE));
+    exporter->ShowAbout(nullptr);
+    delete exporter;
+    win32::SetUser(nullptr);
+    EXPECT_EQ(user.titles, std::vector<std::string>{"About Max to Halden exporter"});
+}
+
+using EntryPoint = BOOL(WINAPI*)(HINSTANCE, DWORD, LPVOID);
+
+#ifdef _WIN32
+// Windows knows it by the module's headers. The process' start and end go through the C library as
+// well, which does not take them twice.
+EntryPoint EntryPointOf(HMODULE module) {
+    const auto* const base = reinterpret_cast<const char*>(module);
+    const auto& dosHeader = *reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
+    const auto& headers = *reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dosHeader.e_lfanew);
+    return reinterpret_cast<EntryPoint>(
+        const_cast<char*>(base + headers.OptionalHeader.AddressOfEntryPoint));
+}
+constexpr DWORD kReasons[] = {DLL_THREAD_ATTACH, DLL_THREAD_DETACH};
+#else
+EntryPoint EntryPointOf(HMODULE module) {
+    return win32::ModuleFunction<EntryPoint>(module, "DllMain");
+}
+constexpr DWORD kReasons[] = {DLL_PROCESS_DETACH, DLL_PROCESS_ATTACH, DLL_THREAD_ATTACH,
+                              DLL_THREAD_DETACH};
+#endif
+
 TEST(Module, SecondCallOfTheEntryPointStoresTheInstanceAlone) {
     Offer({RecordingDirectory().string()});
     Module module;
     ASSERT_NE(module.Handle(), nullptr);
-    const auto entry =
-        win32::ModuleFunction<BOOL(WINAPI*)(HINSTANCE, DWORD, LPVOID)>(module.Handle(), "DllMain");
+    const EntryPoint entry = EntryPointOf(module.Handle());
     ASSERT_NE(entry, nullptr);
     const auto describe =
         win32::ModuleFunction<const MCHAR* (*)()>(module.Handle(), "LibDescription");
     Offer({});  // a second search would find no converter
-    for (const DWORD reason : {0u, 1u, 2u, 3u}) {
+    for (const DWORD reason : kReasons) {
         EXPECT_EQ(entry(nullptr, reason, nullptr), TRUE) << reason;
         EXPECT_EQ(describe(), nullptr) << "no instance, no texts";
         EXPECT_EQ(entry(module.Handle(), reason, nullptr), TRUE) << reason;
@@ -148,6 +192,19 @@ TEST(Module, DoesNotLoadWithoutAConverter) {
     EXPECT_EQ(Module().Handle(), nullptr);
     Offer({directory.Path().string(), (directory.Path() / "missing").string()});
     EXPECT_EQ(Module().Handle(), nullptr);
+}
+
+TEST(Module, ConverterThatDoesNotLoadIsPassedOver) {
+    const WorkDirectory directory;
+    fs::create_directory(directory.Path() / "broken");
+    support::WriteFile(directory.Path() / "broken" / fs::path(HDO_RECORDING_CONVERTER).filename(),
+                       "no library");
+    const std::string broken = (directory.Path() / "broken").string();
+    Offer({broken});
+    EXPECT_EQ(Module().Handle(), nullptr);
+    const std::string good = DirectoryWithConverter(directory.Path() / "good");
+    Offer({broken, good});
+    EXPECT_NE(Module().Handle(), nullptr);
 }
 
 TEST(Module, FirstDirectoryWithAConverterWins) {

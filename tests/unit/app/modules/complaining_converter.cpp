@@ -1,8 +1,4 @@
-#ifdef _WIN32
-#define TEST_EXPORT extern "C" __declspec(dllexport)
-#else
-#define TEST_EXPORT extern "C" __attribute__((visibility("default")))
-#endif
+#include "tests/unit/app/modules/converter_entry_points.h"
 
 TEST_EXPORT const char* SpecialHaldenFaults() {
     return "first complaint\nsecond complaint";

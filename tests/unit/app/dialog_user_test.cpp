@@ -1,0 +1,196 @@
+// The dialogs' user in front of dialogs that the tests play.
+#include "host/app/dialog_user.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <map>
+#include <sstream>
+
+#include "host/app/console.h"
+
+namespace maxhost::app {
+namespace {
+
+using testing::ElementsAre;
+
+struct Control {
+    bool isEnabled = true;
+    bool isChecked = false;
+    bool isStuck = false;
+    std::string text;
+};
+
+class PlayedDialog : public win32::Dialog {
+  public:
+    std::string Title() const override { return "played"; }
+    bool IsOpen() const override { return isOpen; }
+    bool IsEnabled(int id) const override {
+        return controls.contains(id) && controls.at(id).isEnabled;
+    }
+    bool IsChecked(int id) const override {
+        return controls.contains(id) && controls.at(id).isChecked;
+    }
+    std::string Text(int id) const override {
+        return controls.contains(id) ? controls.at(id).text : std::string();
+    }
+    int DefaultButton() const override { return defaultButton; }
+
+    void Click(int id) override {
+        if (!isOpen || !IsEnabled(id)) {
+            return;
+        }
+        actions.push_back("click " + std::to_string(id));
+        Control& control = controls.at(id);
+        control.isChecked = control.isChecked != !control.isStuck;
+        if (onClick) {
+            onClick(id);
+        }
+    }
+    void Type(int id, const std::string& text) override {
+        actions.push_back("type " + std::to_string(id) + " " + text);
+    }
+    void Command(int) override { ADD_FAILURE() << "no person sends commands"; }
+
+    bool isOpen = true;
+    int defaultButton = 3;
+    std::map<int, Control> controls;
+    std::vector<std::string> actions;
+    std::function<void(int)> onClick;
+};
+
+class DialogUserTest : public testing::Test {
+  protected:
+    DialogUserTest() {
+        for (const int id : {2, 3, 1032, 1034, 1037, 1038, 1042, 1044, 1049, 1052}) {
+            dialog_.controls[id];
+        }
+        dialog_.onClick = [this](int id) { dialog_.isOpen = id != 2 && id != 3; };
+    }
+
+    DialogUser& Answer(const DialogChoices& choices, bool cancels = false) {
+        user_.emplace(console_, "x.hdo", choices, cancels);
+        user_->OnDialog(dialog_);
+        return *user_;
+    }
+
+    PlayedDialog dialog_;
+    std::ostringstream out_, error_;
+    Console console_{out_, error_};
+    std::optional<DialogUser> user_;
+};
+
+TEST_F(DialogUserTest, WithoutChoicesExportIsPressed) {
+    const DialogUser& user = Answer({});
+    EXPECT_THAT(dialog_.actions, ElementsAre("click 3"));
+    EXPECT_FALSE(user.HasCancelled());
+    EXPECT_FALSE(user.WasRefused());
+    EXPECT_EQ(error_.str(), "");
+}
+
+TEST_F(DialogUserTest, CancelIsPressedAtOnce) {
+    DialogChoices choices;
+    choices.morphers = true;
+    const DialogUser& user = Answer(choices, true);
+    EXPECT_THAT(dialog_.actions, ElementsAre("click 2"));
+    EXPECT_TRUE(user.HasCancelled());
+    EXPECT_FALSE(user.WasRefused());
+}
+
+TEST_F(DialogUserTest, EveryChoiceHasItsControl) {
+    DialogChoices choices{true, true, true, true, 0.1f, true, true, 7};
+    Answer(choices);
+    EXPECT_THAT(dialog_.actions,
+                ElementsAre("click 1032", "click 1038", "click 1052", "click 1034", "click 1037",
+                            "click 1049", "type 1044 0.1", "type 1042 7", "click 3"));
+}
+
+TEST_F(DialogUserTest, BoxesInTheWishedStateAreLeftAlone) {
+    dialog_.controls[1032].isChecked = true;
+    dialog_.controls[1038].isChecked = true;
+    DialogChoices choices;
+    choices.exportHidden = true;
+    choices.nonRenderable = false;
+    choices.morphers = false;
+    Answer(choices);
+    EXPECT_THAT(dialog_.actions, ElementsAre("click 1038", "click 3"));
+}
+
+TEST_F(DialogUserTest, SampleRatesAreTypedAsGiven) {
+    DialogChoices choices;
+    choices.sampleRate = -5;
+    Answer(choices);
+    EXPECT_THAT(dialog_.actions, ElementsAre("type 1042 -5", "click 3"));
+}
+
+TEST_F(DialogUserTest, DisabledEditsAreSaidAndTheDialogIsCancelled) {
+    dialog_.controls[1042].isEnabled = false;
+    DialogChoices choices;
+    choices.morphers = true;
+    choices.sampleRate = 3;
+    EXPECT_TRUE(Answer(choices).WasRefused());
+    EXPECT_THAT(dialog_.actions, ElementsAre("click 1052", "click 2"));
+    EXPECT_EQ(error_.str(),
+              "hdo-export: --sample-rate: is disabled in the options dialog, expected "
+              "--sample-animation beside it\n");
+}
+
+TEST_F(DialogUserTest, EditsMayBeEnabledByABoxThatIsClickedBefore) {
+    dialog_.controls[1044].isEnabled = false;
+    dialog_.onClick = [this](int id) {
+        dialog_.controls[1044].isEnabled = dialog_.IsChecked(1034);
+        dialog_.isOpen = id != 3;
+    };
+    DialogChoices choices;
+    choices.weightThreshold = 0.9999f;
+    choices.optimizeSkin = true;
+    EXPECT_FALSE(Answer(choices).WasRefused());
+    EXPECT_THAT(dialog_.actions, ElementsAre("click 1034", "type 1044 0.9999", "click 3"));
+}
+
+TEST_F(DialogUserTest, BoxesThatDoNotTakeTheChoiceAreSaid) {
+    dialog_.controls[1052].isStuck = true;
+    DialogChoices choices;
+    choices.morphers = true;
+    EXPECT_TRUE(Answer(choices).WasRefused());
+    EXPECT_FALSE(dialog_.isOpen);
+    EXPECT_EQ(error_.str(),
+              "hdo-export: --morphers: the options dialog does not let it be chosen\n");
+    dialog_.controls.erase(1052);
+    dialog_.isOpen = true;
+    choices.morphers = false;
+    EXPECT_TRUE(Answer(choices).WasRefused()) << "no such box";
+}
+
+TEST_F(DialogUserTest, RefusalWithAMessageBoxIsReportedOnce) {
+    dialog_.onClick = [this](int id) {
+        if (id == 3) {
+            user_->OnMessageBox("Invalid value", "No.\nNot so.", 0);
+        }
+        dialog_.isOpen = id != 2;
+    };
+    const DialogUser& user = Answer({});
+    EXPECT_TRUE(user.WasRefused());
+    EXPECT_FALSE(user.HasCancelled());
+    EXPECT_EQ(user.MessageBoxes(), 1);
+    EXPECT_THAT(dialog_.actions, ElementsAre("click 3", "click 2"));
+    EXPECT_EQ(error_.str(), "hdo-export: x.hdo: Invalid value: No. Not so.\n");
+}
+
+TEST_F(DialogUserTest, DialogThatStaysOpenInSilenceIsReported) {
+    dialog_.onClick = [this](int id) { dialog_.isOpen = id != 2; };
+    EXPECT_TRUE(Answer({}).WasRefused());
+    EXPECT_EQ(error_.str(), "hdo-export: x.hdo: the options dialog stays open after Export\n");
+}
+
+TEST_F(DialogUserTest, OtherDialogsGetTheirDefaultButton) {
+    dialog_.controls.erase(3);
+    dialog_.controls[1];
+    dialog_.defaultButton = 1;
+    EXPECT_FALSE(Answer({}, true).HasCancelled());
+    EXPECT_THAT(dialog_.actions, ElementsAre("click 1"));
+}
+
+}  // namespace
+}  // namespace maxhost::app

@@ -1,0 +1,1 @@
+#include "tests/unit/app/modules/converter_entry_points.h"

@@ -1,0 +1,4 @@
+// A module that holds dialogs and nothing else.
+namespace {
+[[maybe_unused]] int nothing = 0;
+}
