@@ -30,7 +30,10 @@ std::string Shortest(float number) {
 void DialogUser::OnDialog(win32::Dialog& dialog) {
     if (!dialog.IsEnabled(kExport)) {
         dialog.Click(dialog.DefaultButton());
-    } else if (cancels_) {
+        return;
+    }
+    hasAnswered_ = true;
+    if (cancels_) {
         hasCancelled_ = true;
         dialog.Click(kCancel);
     } else if (MakeChoices(dialog)) {
@@ -38,6 +41,10 @@ void DialogUser::OnDialog(win32::Dialog& dialog) {
     } else {
         dialog.Click(kCancel);
     }
+}
+
+bool DialogUser::LacksDialog() const {
+    return !hasAnswered_ && (cancels_ || !NamesOf(choices_).empty());
 }
 
 void DialogUser::OnMessageBox(const std::string& title, const std::string& text, unsigned) {

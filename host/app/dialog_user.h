@@ -24,7 +24,9 @@ class DialogUser : public win32::User {
     void OnMessageBox(const std::string& title, const std::string& text, unsigned flags) override;
 
     bool HasCancelled() const { return hasCancelled_; }  // as it was told to
-    bool WasRefused() const { return wasRefused_; }      // what it chose was not taken
+    // Whether it had something to choose, but was shown no options dialog to do it in.
+    bool LacksDialog() const;
+    bool WasRefused() const { return wasRefused_; }  // what it chose was not taken
     int MessageBoxes() const { return messageBoxes_; }
 
   private:
@@ -39,6 +41,7 @@ class DialogUser : public win32::User {
     std::string exportFile_;
     DialogChoices choices_;
     bool cancels_;
+    bool hasAnswered_ = false;
     bool hasCancelled_ = false;
     bool wasRefused_ = false;
     int messageBoxes_ = 0;

@@ -201,6 +201,12 @@ int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files, 
     if (result == IMPEXP_FAIL) {
         return ReportFailure(options, files, user, console);
     }
+    if (user.LacksDialog()) {
+        console.Report(exportFile,
+                       "the exporter showed no options dialog; what it did, it did without the "
+                       "choices asked for");
+        return kExitRefused;
+    }
     if (user.WasRefused()) {
         return ReportRefusal(files, console);
     }

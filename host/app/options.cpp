@@ -225,7 +225,8 @@ void AddMessages(CLI::App& app, Options& options, std::string& progress) {
         group.Add("-q,--quiet", options.quiet, "no progress bar and no summary (default: both)");
     group
         .Add("-v,--verbose", options.verbose,
-             "name the settings file, and copy the log to standard error (default: off)")
+             "name the settings file, and copy the log to standard error, on Windows to a "
+             "debugger (default: off)")
         ->excludes(quiet);
     app.set_version_flag("--version", "hdo-export " HDO_VERSION, "print the version and end")
         ->group("Messages");

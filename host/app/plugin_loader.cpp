@@ -80,13 +80,34 @@ bool HoldsConverter(const fs::path& directory) {
     return false;
 }
 
+// Why the plug-in cannot bind the converter that the directory holds; empty when it can.
+std::string WhyUnbound(const std::string& directory) {
+    const std::string file = (fs::path(directory) / kConverterNames[0]).string();
+    if (file.size() >= MAX_PATH) {
+        return directory + " is too long a name, expected fewer than " + std::to_string(MAX_PATH) +
+               " characters with haldenexport.dll";
+    }
+    const HMODULE module = LoadLibraryA(file.c_str());
+    if (!module) {
+        return file + " does not load: " + ReasonOfLoadFailure();
+    }
+    FreeLibrary(module);
+    return {};
+}
+
 std::string ReasonWithConverter(const std::vector<std::string>& plugInDirectories) {
+    std::vector<std::string> reasons;
     for (const std::string& directory : plugInDirectories) {
         if (HoldsConverter(directory)) {
-            return {};
+            reasons.push_back(WhyUnbound(directory));
+            if (reasons.back().empty()) {
+                return {};
+            }
         }
     }
-    return "; no plug-in directory holds haldenexport: " + kta::Joined(plugInDirectories);
+    return "; " + (reasons.empty() ? "no plug-in directory holds haldenexport: " +
+                                         kta::Joined(plugInDirectories)
+                                   : kta::Joined(reasons));
 }
 
 // The converter library that the plug-in finds in these directories, loaded once more.

@@ -89,6 +89,20 @@ TEST_F(DialogUserTest, WithoutChoicesExportIsPressed) {
     EXPECT_EQ(error_.str(), "");
 }
 
+TEST_F(DialogUserTest, ChoicesWithoutADialogAreNoticed) {
+    DialogChoices choices;
+    EXPECT_FALSE(DialogUser(console_, "x.hdo", choices, false).LacksDialog());
+    EXPECT_TRUE(DialogUser(console_, "x.hdo", choices, true).LacksDialog());
+    choices.sampleRate = 5;
+    EXPECT_TRUE(DialogUser(console_, "x.hdo", choices, false).LacksDialog());
+    EXPECT_FALSE(Answer(choices).LacksDialog());
+    dialog_.isOpen = true;
+    dialog_.controls[3].isEnabled = false;  // another dialog
+    dialog_.defaultButton = 2;
+    EXPECT_TRUE(Answer(choices).LacksDialog());
+    EXPECT_EQ(dialog_.actions.back(), "click 2");
+}
+
 TEST_F(DialogUserTest, CancelIsPressedAtOnce) {
     DialogChoices choices;
     choices.morphers = true;

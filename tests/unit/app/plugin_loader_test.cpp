@@ -81,6 +81,23 @@ TEST_F(PlugInLoaderTest, MissingConverterIsNamedWithTheDirectoriesSearched) {
     EXPECT_EQ(other.line.find("haldenexport"), std::string::npos) << other.line;
 }
 
+TEST_F(PlugInLoaderTest, ConverterThatCannotBeBoundIsNamed) {
+    const std::string name =
+        "haldenexport" + std::filesystem::path(REFUSING_PLUGIN).extension().string();
+    const std::filesystem::path tooLong =
+        directory_ / std::string(243 - directory_.string().size() - 1, 'd');
+    std::filesystem::create_directories(tooLong);
+    Write(tooLong / name, "any");
+    EXPECT_TRUE(Refusal(REFUSING_PLUGIN, {tooLong.string()})
+                    .line.ends_with("; " + tooLong.string() +
+                                    " is too long a name, expected fewer than 260 characters with "
+                                    "haldenexport.dll"));
+    Write(Path(name), "no library");
+    EXPECT_NE(Refusal(REFUSING_PLUGIN, {directory_.string()})
+                  .line.find("; " + Path("haldenexport.dll").string() + " does not load: "),
+              std::string::npos);
+}
+
 TEST(ConverterTest, MissingEntryPointsAreNamed) {
     const Thrown thrown = Catch([] {
         CheckConverter({"/nowhere", LACKING_CONVERTER_DIR, SILENT_CONVERTER_DIR});

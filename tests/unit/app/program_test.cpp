@@ -97,6 +97,20 @@ TEST_F(ProgramTest, BadUsageAndBadScenesAreStatus2) {
     EXPECT_THAT(Names(), ElementsAre("s.maxscene.json"));
 }
 
+TEST_F(ProgramTest, NumbersThatOverflowAreStatus4) {
+    Write("s.maxscene.json", R"({
+        "maxscene": 1,
+        "nodes": [
+            {"name": "huge", "transform":
+                {"matrix": [[1e38, 0, 0], [0, 1e38, 0], [0, 0, 1e38], [0, 0, 0]]}},
+            {"name": "beyond", "parent": 0, "transform":
+                {"matrix": [[1e38, 0, 0], [0, 1e38, 0], [0, 0, 1e38], [1, 2, 3]]}}
+        ]})");
+    const Outcome outcome = RunReal("s.maxscene.json");
+    EXPECT_EQ(outcome.status, kExitFaultyOutput);
+    EXPECT_THAT(outcome.error, testing::HasSubstr("node chunk: scale is not a finite number"));
+}
+
 TEST_F(ProgramTest, MissingConverterIsStatus3) {
     const Outcome outcome = RunReal("--plugin-dir . s.maxscene.json");
     EXPECT_EQ(outcome.status, kExitNoPlugIn);
