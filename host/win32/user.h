@@ -33,7 +33,8 @@ class User {
     // A dialog is shown and has handled WM_INITDIALOG. One that is still open afterwards is
     // cancelled (command IDCANCEL), and given up with the result -1 if that does not end it.
     virtual void OnDialog(Dialog& dialog) = 0;
-    // Also called while OnDialog runs, by what it does.
+    // Also called while OnDialog runs, by what it does. On Windows `flags` is always 0: a box does
+    // not show them.
     virtual void OnMessageBox(const std::string& title, const std::string& text,
                               unsigned flags) = 0;
 };

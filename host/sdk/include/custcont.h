@@ -60,8 +60,8 @@ class ISpinnerControl : public ICustomControl {
     virtual void SetKeyBrackets(BOOL onOff) = 0;
 };
 
-// Null for a window of another class. The spinner lives as long as its window; every successful
-// GetISpinner has its ReleaseISpinner (null is fine).
+// Null for a window of another class. The spinner lives as long as its window and whoever
+// holds it; every successful GetISpinner has its ReleaseISpinner (null is fine).
 CoreExport ISpinnerControl* GetISpinner(HWND window);
 CoreExport void ReleaseISpinner(ISpinnerControl* spinner);
 

@@ -193,6 +193,10 @@ void SpinnerWindow::OnButtonDown(int y) {
     SetTimer(window_, kRepeatTimer, kFirstRepeatMs, nullptr);
     InvalidateRect(window_, nullptr, FALSE);
     Notify(CC_SPINNER_BUTTONDOWN, FALSE);
+    // The dialog may have ended the press, for instance by disabling the spinner.
+    if (!isPressed_) {
+        return;
+    }
     StepAndNotify(pressed_ == Part::up ? 1 : -1);
 }
 
@@ -213,6 +217,9 @@ void SpinnerWindow::OnMouseMove(int y) {
 }
 
 void SpinnerWindow::OnRepeat() {
+    if (!isPressed_ || isDragging_) {
+        return;
+    }
     SetTimer(window_, kRepeatTimer, kRepeatMs, nullptr);
     StepAndNotify(pressed_ == Part::up ? 1 : -1);
 }
