@@ -112,7 +112,7 @@ void WriteInfo(const std::string& path, const File& file, std::ostream& out) {
     if (file.kind == kFileKindActor) {
         WriteLine("nodes", std::to_string(summary.nodes), out);
         WriteLine("bones", std::to_string(summary.bones), out);
-        WriteLine("helpers", std::to_string(summary.helpers), out);
+        WriteLine("with helper size", std::to_string(summary.helpers), out);
         WriteLine("hierarchy levels", std::to_string(summary.depth), out);
     }
 }

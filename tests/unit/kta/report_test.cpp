@@ -192,7 +192,7 @@ TEST(InfoTest, CountsChunksNodesBonesAndHelpers) {
               "    node                  4, 2576 bytes\n"
               "  nodes                   4\n"
               "  bones                   2\n"
-              "  helpers                 1\n"
+              "  with helper size        1\n"
               "  hierarchy levels        3\n");
 }
 
