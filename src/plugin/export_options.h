@@ -4,7 +4,8 @@
 
 #include "core/types.h"
 
-// Switches are 0 or 1; what a settings file holds is kept, and any other value counts as 1.
+// Switches are 0 or 1, and any other value of a settings file counts as 1. The dialog makes 0 or 1
+// of those that it shows; the others are kept as the file holds them.
 struct ExportOptions {
     Plinth::UInt8 collisionMeshes;  // export meshes tagged as collision meshes as such
     Plinth::UInt8 hiddenObjects;    // write node data of hidden nodes

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Runs the test of the dialogs' looks and compares the pictures that it leaves with those in docs/.
+"""Runs the test of the dialogs' looks and compares the sizes of the pictures that it leaves with
+those in docs/; none may be blank.
 
 usage: dialog_pictures.py [--update] --docs DIRECTORY -- PROGRAM...
 --update replaces the pictures in docs/; look at them before you commit them.

@@ -182,6 +182,8 @@ TEST(GetString, IsNullWithoutAnInstanceAndForAMissingText) {
     ASSERT_NE(module.Handle(), nullptr);
     g_moduleInstance = module.Handle();
     EXPECT_STREQ(GetString(IDS_NAME), "HDO Exporter");
+    EXPECT_STREQ(GetString(IDS_VERSION), "HDO Exporter Version 1.0");
+    EXPECT_STREQ(GetString(IDS_COPYRIGHT), "Copyright (C) 2026 Kestrel Works");
     EXPECT_EQ(GetString(99), nullptr);
     g_moduleInstance = nullptr;
 }
