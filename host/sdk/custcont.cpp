@@ -2,10 +2,7 @@
 #include <custcont.h>
 #include <winutil.h>
 
-#include <string>
-#include <utility>
-
-#include "host/sdk/spinner_value.h"
+#include "host/sdk/spinner_control.h"
 #include "host/win32/controls.h"
 
 namespace maxhost {
@@ -22,83 +19,13 @@ class CustEditWindow final : public win32::EditControl {
     HWND spinner = nullptr;
 };
 
-// Made with its window. Lives until the window is destroyed and every GetISpinner is released;
-// without the window it still holds its value.
-class Spinner final : public ISpinnerControl {
+class Spinner final : public SpinnerControl {
   public:
-    explicit Spinner(HWND window) : window_(window) {}
-
-    void AddReference() { ++references_; }
-    void Release() {
-        if (--references_ == 0) {
-            delete this;
-        }
-    }
-    void OnWindowDestroyed() {
-        LinkToEdit(nullptr, EDITTYPE_FLOAT);
-        window_ = nullptr;
-        Release();
-    }
-    void TakeTypedText();
-
-    HWND GetHwnd() override { return window_; }
-    void Enable(BOOL onOff) override { EnableWindow(window_, onOff); }
-    void Disable() override { EnableWindow(window_, FALSE); }
-    BOOL IsEnabled() override { return IsWindowEnabled(window_); }
-
-    float GetFVal() override {
-        TakeTypedText();
-        return value_.AsFloat();
-    }
-    int GetIVal() override {
-        TakeTypedText();
-        return value_.AsInt();
-    }
-    void SetAutoScale(BOOL onOff) override { value_.SetAutoScale(onOff != FALSE); }
-    void SetScale(float scale) override {
-        value_.SetScale(scale);
-        ShowValue();
-    }
-    void SetValue(float value, int notify) override { SetNumber(value, notify); }
-    void SetValue(int value, int notify) override { SetNumber(value, notify); }
-    void SetLimits(int lowest, int highest, int limitCurValue) override {
-        SetLimitsAndShow(lowest, highest, limitCurValue);
-    }
-    void SetLimits(float lowest, float highest, int limitCurValue) override {
-        SetLimitsAndShow(lowest, highest, limitCurValue);
-    }
-    void LinkToEdit(HWND edit, EditSpinnerType type) override;
-    void SetIndeterminate(BOOL onOff) override {
-        isIndeterminate_ = onOff;
-        ShowValue();
-    }
-    BOOL IsIndeterminate() override { return isIndeterminate_; }
-    void SetResetValue(float value) override { value_.SetResetValue(value); }
-    void SetResetValue(int value) override { value_.SetResetValue(value); }
+    explicit Spinner(HWND window) : SpinnerControl(window) {}
     void SetKeyBrackets(BOOL) override {}  // nothing is drawn
 
   private:
-    ~Spinner() override = default;
-
-    void SetNumber(double value, int notify) {
-        isIndeterminate_ = FALSE;
-        const bool hasChanged = value_.Set(value);
-        ShowAndNotify(hasChanged && notify);
-    }
-    void SetLimitsAndShow(double lowest, double highest, int limitCurValue) {
-        value_.SetLimits(lowest, highest, limitCurValue != FALSE);
-        ShowValue();
-    }
-    void ShowValue();
-    void ShowAndNotify(bool notify);
-    CustEditWindow* LinkedEdit() const;
-
-    HWND window_;
-    HWND edit_ = nullptr;
-    SpinnerValue value_;
-    std::string shown_;  // what the edit holds unless somebody typed
-    int references_ = 1;
-    BOOL isIndeterminate_ = FALSE;
+    void SetLinkedSpinner(HWND edit, HWND spinner) override;
 };
 
 class SpinnerWindow final : public WindowObject {
@@ -126,58 +53,15 @@ LRESULT CustEditWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     return EditControl::OnMessage(message, wParam, lParam);
 }
 
-CustEditWindow* Spinner::LinkedEdit() const {
-    return As<CustEditWindow>(edit_);
-}
-
-void Spinner::LinkToEdit(HWND edit, EditSpinnerType type) {
-    if (CustEditWindow* const former = LinkedEdit()) {
-        former->spinner = nullptr;
+void Spinner::SetLinkedSpinner(HWND edit, HWND linked) {
+    if (CustEditWindow* const window = As<CustEditWindow>(edit)) {
+        window->spinner = linked;
     }
-    edit_ = edit;
-    if (CustEditWindow* const linked = LinkedEdit()) {
-        value_.SetType(type);
-        linked->spinner = window_;
-        ShowValue();
-    }
-}
-
-void Spinner::TakeTypedText() {
-    const CustEditWindow* const edit = LinkedEdit();
-    if (edit && edit->text != shown_) {
-        isIndeterminate_ = FALSE;
-        ShowAndNotify(value_.SetText(edit->text));
-    }
-}
-
-void Spinner::ShowValue() {
-    CustEditWindow* const edit = LinkedEdit();
-    if (!edit) {
-        return;
-    }
-    shown_ = isIndeterminate_ ? std::string() : value_.Text();
-    if (edit->text != shown_) {
-        SetWindowTextA(edit, shown_.c_str());
-    }
-}
-
-void Spinner::ShowAndNotify(bool notify) {
-    ShowValue();
-    if (notify && window_) {
-        SendMessageA(GetParent(window_), CC_SPINNER_CHANGE,
-                     MAKEWPARAM(GetDlgCtrlID(window_), FALSE),
-                     reinterpret_cast<LPARAM>(static_cast<ISpinnerControl*>(this)));
-    }
-}
-
-template <class Control>
-std::unique_ptr<WindowObject> Make(WindowObject* dialog) {
-    return std::make_unique<Control>(dialog);
 }
 
 const bool kClassesAreRegistered = [] {
-    win32::RegisterControlClass(CUSTEDITWINDOWCLASS, Make<CustEditWindow>);
-    win32::RegisterControlClass(SPINNERWINDOWCLASS, Make<SpinnerWindow>);
+    win32::RegisterControlClass(CUSTEDITWINDOWCLASS, win32::MakeWindow<CustEditWindow>);
+    win32::RegisterControlClass(SPINNERWINDOWCLASS, win32::MakeWindow<SpinnerWindow>);
     return true;
 }();
 
@@ -194,12 +78,6 @@ ISpinnerControl* GetISpinner(HWND window) {
     }
     found->TheSpinner().AddReference();
     return &found->TheSpinner();
-}
-
-void ReleaseISpinner(ISpinnerControl* spinner) {
-    if (spinner) {
-        static_cast<maxhost::Spinner*>(spinner)->Release();
-    }
 }
 
 void CenterWindow(HWND window, HWND parent) {

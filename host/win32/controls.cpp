@@ -7,11 +7,6 @@
 namespace win32 {
 namespace {
 
-template <class Control>
-std::unique_ptr<WindowObject> Make(WindowObject* dialog) {
-    return std::make_unique<Control>(dialog);
-}
-
 struct ControlClass {
     std::string name;
     ControlMaker make;
@@ -20,9 +15,9 @@ struct ControlClass {
 // Never destroyed: other libraries register while the process starts.
 std::vector<ControlClass>& Classes() {
     static auto* const classes = new std::vector<ControlClass>{
-        {"Button", Make<ButtonControl>},  {"Edit", Make<EditControl>},
-        {"Static", Make<WindowObject>},   {"ListBox", Make<WindowObject>},
-        {"ComboBox", Make<WindowObject>}, {"ScrollBar", Make<WindowObject>}};
+        {"Button", MakeWindow<ButtonControl>},  {"Edit", MakeWindow<EditControl>},
+        {"Static", MakeWindow<WindowObject>},   {"ListBox", MakeWindow<WindowObject>},
+        {"ComboBox", MakeWindow<WindowObject>}, {"ScrollBar", MakeWindow<WindowObject>}};
     return *classes;
 }
 

@@ -10,6 +10,11 @@ namespace win32 {
 
 using ControlMaker = std::unique_ptr<WindowObject> (*)(WindowObject* dialog);
 
+template <class Window>
+std::unique_ptr<WindowObject> MakeWindow(WindowObject* dialog) {
+    return std::make_unique<Window>(dialog);
+}
+
 // Makes the class known to dialogs that are made afterwards. Names are equal whatever their case.
 void RegisterControlClass(const std::string& name, ControlMaker make);
 

@@ -15,7 +15,7 @@ struct WindowObject {
 
     // What SendMessageA gives. This one knows WM_SETTEXT, WM_GETTEXT and WM_GETTEXTLENGTH.
     virtual LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam);
-    // A dialog is none.
+    // A dialog is none, and a control has a parent.
     virtual bool IsControl() const { return true; }
     // Whether a person can type into it.
     virtual bool TakesTyping() const { return false; }

@@ -14,13 +14,6 @@ constexpr UINT_PTR kRepeatTimer = 1;
 constexpr UINT kFirstRepeatMs = 400;
 constexpr UINT kRepeatMs = 60;
 
-std::string TextOf(HWND edit) {
-    std::string text(static_cast<std::size_t>(GetWindowTextLengthA(edit)) + 1, '\0');
-    text.resize(
-        static_cast<std::size_t>(GetWindowTextA(edit, text.data(), static_cast<int>(text.size()))));
-    return text;
-}
-
 SpinnerWindow* ObjectOf(HWND window) {
     return reinterpret_cast<SpinnerWindow*>(GetWindowLongPtrA(window, 0));
 }
@@ -49,15 +42,9 @@ SpinnerWindow* SpinnerWindow::Get(HWND window) {
     }
     SpinnerWindow* const spinner = ObjectOf(window);
     if (spinner != nullptr) {
-        ++spinner->references_;
+        spinner->AddReference();
     }
     return spinner;
-}
-
-void SpinnerWindow::Release() {
-    if (--references_ == 0) {
-        delete this;
-    }
 }
 
 LRESULT CALLBACK SpinnerWindow::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -68,26 +55,53 @@ LRESULT CALLBACK SpinnerWindow::Procedure(HWND window, UINT message, WPARAM wPar
     if (spinner == nullptr) {
         return DefWindowProcA(window, message, wParam, lParam);
     }
-    ++spinner->references_;  // the dialog may destroy the window while it is told something
+    spinner->AddReference();  // the dialog may destroy the window while it is told something
     const LRESULT result = spinner->Handle(message, wParam, lParam);
     spinner->Release();
     return result;
 }
 
-void SpinnerWindow::OnDestroyed() {
-    LinkToEdit(nullptr, EDITTYPE_FLOAT);
-    SetWindowLongPtrA(std::exchange(window_, nullptr), 0, 0);
-    Release();
+void SpinnerWindow::SetLinkedSpinner(HWND edit, HWND spinner) {
+    maxhost::SetLinkedSpinner(edit, spinner);
 }
 
 // ---------------------------------------------------------------- messages
 
+bool SpinnerWindow::HandleInput(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+        case WM_LBUTTONDOWN:
+            OnButtonDown(GET_Y_LPARAM(lParam));
+            return true;
+        case WM_MOUSEMOVE:
+            OnMouseMove(GET_Y_LPARAM(lParam));
+            return true;
+        case WM_LBUTTONUP:
+            EndPress(false);
+            return true;
+        case WM_RBUTTONDOWN:
+            OnRightButton();
+            return true;
+        case WM_CAPTURECHANGED:
+            EndPress(true);
+            return true;
+        case WM_KEYDOWN:
+            OnKey(wParam);
+            return true;
+        default:
+            return false;
+    }
+}
+
 LRESULT SpinnerWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
+    if (HandleInput(message, wParam, lParam)) {
+        return 0;
+    }
+    const HWND window = Window();
     switch (message) {
         case WM_PAINT: {
             PAINTSTRUCT paint;
-            Paint(BeginPaint(window_, &paint));
-            EndPaint(window_, &paint);
+            Paint(BeginPaint(window, &paint));
+            EndPaint(window, &paint);
             return 0;
         }
         case WM_PRINTCLIENT:
@@ -97,27 +111,6 @@ LRESULT SpinnerWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
             return 1;
         case WM_GETDLGCODE:
             return DLGC_WANTARROWS;
-        case WM_LBUTTONDOWN:
-            OnButtonDown(GET_Y_LPARAM(lParam));
-            return 0;
-        case WM_MOUSEMOVE:
-            OnMouseMove(GET_Y_LPARAM(lParam));
-            return 0;
-        case WM_LBUTTONUP:
-            EndPress(false);
-            return 0;
-        case WM_RBUTTONDOWN:
-            OnRightButton();
-            return 0;
-        case WM_CAPTURECHANGED:
-            EndPress(true);
-            return 0;
-        case WM_TIMER:
-            OnRepeat();
-            return 0;
-        case WM_KEYDOWN:
-            OnKey(wParam);
-            return 0;
         case WM_ENABLE:
             if (wParam == FALSE) {
                 EndPress(true);
@@ -125,18 +118,20 @@ LRESULT SpinnerWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
             [[fallthrough]];
         case WM_SETFOCUS:
         case WM_KILLFOCUS:
-            InvalidateRect(window_, nullptr, FALSE);
+            InvalidateRect(window, nullptr, FALSE);
+            return 0;
+        case WM_TIMER:
+            OnRepeat();
             return 0;
         case kMsgEditLeft:
             TakeTypedText();
             return 0;
-        case WM_NCDESTROY: {
-            const HWND window = window_;
-            OnDestroyed();
+        case WM_NCDESTROY:
+            SetWindowLongPtrA(window, 0, 0);
+            OnWindowDestroyed();
             return DefWindowProcA(window, message, wParam, lParam);
-        }
         default:
-            return DefWindowProcA(window_, message, wParam, lParam);
+            return DefWindowProcA(window, message, wParam, lParam);
     }
 }
 
@@ -144,7 +139,7 @@ LRESULT SpinnerWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
 
 RECT SpinnerWindow::RectOf(Part part) const {
     RECT rect;
-    GetClientRect(window_, &rect);
+    GetClientRect(Window(), &rect);
     const LONG middle = rect.bottom / 2;
     (part == Part::up ? rect.bottom : rect.top) = middle;
     return rect;
@@ -155,7 +150,7 @@ SpinnerWindow::Part SpinnerWindow::PartAt(int y) const {
 }
 
 void SpinnerWindow::Paint(HDC context) const {
-    const UINT enabled = IsWindowEnabled(window_) ? 0 : DFCS_INACTIVE;
+    const UINT enabled = IsWindowEnabled(Window()) ? 0 : DFCS_INACTIVE;
     for (const Part part : {Part::up, Part::down}) {
         RECT rect = RectOf(part);
         const UINT arrow = part == Part::up ? DFCS_SCROLLUP : DFCS_SCROLLDOWN;
@@ -163,8 +158,8 @@ void SpinnerWindow::Paint(HDC context) const {
         DrawFrameControl(context, &rect, DFC_SCROLL, arrow | pushed | enabled);
     }
     RECT whole;
-    GetClientRect(window_, &whole);
-    if (GetFocus() == window_) {
+    GetClientRect(Window(), &whole);
+    if (GetFocus() == Window()) {
         DrawFocusRect(context, &whole);
     }
     if (hasBrackets_) {
@@ -176,22 +171,22 @@ void SpinnerWindow::Paint(HDC context) const {
 
 void SpinnerWindow::SetKeyBrackets(BOOL onOff) {
     hasBrackets_ = onOff;
-    InvalidateRect(window_, nullptr, FALSE);
+    InvalidateRect(Window(), nullptr, FALSE);
 }
 
 // ---------------------------------------------------------------- mouse and keys
 
 void SpinnerWindow::OnButtonDown(int y) {
-    SetFocus(window_);
+    SetFocus(Window());
     TakeTypedText();
     isPressed_ = true;
     isDragging_ = false;
     pressed_ = PartAt(y);
     pressY_ = y;
-    pressValue_ = value_.AsDouble();
-    SetCapture(window_);
-    SetTimer(window_, kRepeatTimer, kFirstRepeatMs, nullptr);
-    InvalidateRect(window_, nullptr, FALSE);
+    pressValue_ = Value().AsDouble();
+    SetCapture(Window());
+    SetTimer(Window(), kRepeatTimer, kFirstRepeatMs, nullptr);
+    InvalidateRect(Window(), nullptr, FALSE);
     Notify(CC_SPINNER_BUTTONDOWN, FALSE);
     // The dialog may have ended the press, for instance by disabling the spinner.
     if (!isPressed_) {
@@ -207,20 +202,20 @@ void SpinnerWindow::OnMouseMove(int y) {
     if (!isDragging_) {
         isDragging_ = true;
         pressed_ = Part::none;
-        KillTimer(window_, kRepeatTimer);
-        InvalidateRect(window_, nullptr, FALSE);
+        KillTimer(Window(), kRepeatTimer);
+        InvalidateRect(Window(), nullptr, FALSE);
     }
-    const double former = value_.AsDouble();
-    value_.Set(pressValue_);
-    value_.Step(pressY_ - y);
-    Changed(value_.AsDouble() != former);
+    const double former = Value().AsDouble();
+    Value().Set(pressValue_);
+    Value().Step(pressY_ - y);
+    Changed(Value().AsDouble() != former);
 }
 
 void SpinnerWindow::OnRepeat() {
     if (!isPressed_ || isDragging_) {
         return;
     }
-    SetTimer(window_, kRepeatTimer, kRepeatMs, nullptr);
+    SetTimer(Window(), kRepeatTimer, kRepeatMs, nullptr);
     StepAndNotify(pressed_ == Part::up ? 1 : -1);
 }
 
@@ -231,13 +226,13 @@ void SpinnerWindow::EndPress(bool isCancelled) {
     }
     isDragging_ = false;
     pressed_ = Part::none;
-    KillTimer(window_, kRepeatTimer);
-    if (GetCapture() == window_) {
+    KillTimer(Window(), kRepeatTimer);
+    if (GetCapture() == Window()) {
         ReleaseCapture();
     }
-    InvalidateRect(window_, nullptr, FALSE);
+    InvalidateRect(Window(), nullptr, FALSE);
     if (isCancelled) {
-        Changed(value_.Set(pressValue_));
+        Changed(Value().Set(pressValue_));
     }
     Notify(CC_SPINNER_BUTTONUP, isCancelled ? FALSE : TRUE);
 }
@@ -247,7 +242,7 @@ void SpinnerWindow::OnRightButton() {
         EndPress(true);
     } else {
         TakeTypedText();
-        Changed(value_.Reset());
+        Changed(Value().Reset());
     }
 }
 
@@ -257,109 +252,8 @@ void SpinnerWindow::OnKey(WPARAM key) {
     }
 }
 
-// ---------------------------------------------------------------- value
-
-float SpinnerWindow::GetFVal() {
-    TakeTypedText();
-    return value_.AsFloat();
-}
-
-int SpinnerWindow::GetIVal() {
-    TakeTypedText();
-    return value_.AsInt();
-}
-
-void SpinnerWindow::SetScale(float scale) {
-    value_.SetScale(scale);
-    ShowValue();
-}
-
-void SpinnerWindow::SetNumber(double value, int notify) {
-    isIndeterminate_ = FALSE;
-    const bool hasChanged = value_.Set(value);
-    Changed(hasChanged && notify);
-}
-
-void SpinnerWindow::SetLimits(int lowest, int highest, int limitCurValue) {
-    SetLimitsAndShow(lowest, highest, limitCurValue);
-}
-
-void SpinnerWindow::SetLimits(float lowest, float highest, int limitCurValue) {
-    SetLimitsAndShow(lowest, highest, limitCurValue);
-}
-
-void SpinnerWindow::SetLimitsAndShow(double lowest, double highest, int limitCurValue) {
-    value_.SetLimits(lowest, highest, limitCurValue != FALSE);
-    ShowValue();
-}
-
-void SpinnerWindow::LinkToEdit(HWND edit, EditSpinnerType type) {
-    if (edit_ != nullptr) {
-        SetLinkedSpinner(edit_, nullptr);
-    }
-    edit_ = edit;
-    if (edit_ != nullptr) {
-        value_.SetType(type);
-        SetLinkedSpinner(edit_, window_);
-        ShowValue();
-    }
-}
-
-void SpinnerWindow::SetIndeterminate(BOOL onOff) {
-    isIndeterminate_ = onOff;
-    ShowValue();
-}
-
-void SpinnerWindow::StepAndNotify(int steps) {
-    TakeTypedText();
-    isIndeterminate_ = FALSE;
-    Changed(value_.Step(steps));
-}
-
-void SpinnerWindow::TakeTypedText() {
-    if (edit_ == nullptr || !IsWindow(edit_)) {
-        return;
-    }
-    const std::string text = TextOf(edit_);
-    if (text != shown_) {
-        isIndeterminate_ = FALSE;
-        Changed(value_.SetText(text));
-    }
-}
-
-void SpinnerWindow::ShowValue() {
-    if (edit_ == nullptr) {
-        return;
-    }
-    shown_ = isIndeterminate_ ? std::string() : value_.Text();
-    if (TextOf(edit_) != shown_) {
-        SetWindowTextA(edit_, shown_.c_str());
-    }
-}
-
-void SpinnerWindow::Changed(bool hasChanged) {
-    ShowValue();
-    if (hasChanged) {
-        Notify(CC_SPINNER_CHANGE, isDragging_ ? TRUE : FALSE);
-    }
-}
-
-void SpinnerWindow::Notify(UINT message, BOOL flag) {
-    if (window_ == nullptr) {
-        return;
-    }
-    SendMessageA(GetParent(window_), message, MAKEWPARAM(GetDlgCtrlID(window_), flag),
-                 reinterpret_cast<LPARAM>(static_cast<ISpinnerControl*>(this)));
-}
-
 }  // namespace maxhost
 
 ISpinnerControl* GetISpinner(HWND window) {
     return maxhost::SpinnerWindow::Get(window);
-}
-
-void ReleaseISpinner(ISpinnerControl* spinner) {
-    if (spinner != nullptr) {
-        static_cast<maxhost::SpinnerWindow*>(spinner)->Release();
-    }
 }

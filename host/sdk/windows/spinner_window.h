@@ -3,55 +3,32 @@
 // step a pixel, and a right click meanwhile takes that back; a right click otherwise resets.
 #pragma once
 
-#include <custcont.h>
 #include <windows.h>
 
-#include <string>
-
-#include "host/sdk/spinner_value.h"
+#include "host/sdk/spinner_control.h"
 
 namespace maxhost {
 
 void RegisterSpinner(HINSTANCE instance);
 
-// Made with its window. Lives until the window is destroyed and every GetISpinner is released;
-// without the window it still holds its value.
-class SpinnerWindow final : public ISpinnerControl {
+class SpinnerWindow final : public SpinnerControl {
   public:
     // Null for a window of another class; the caller owns a reference of what it gets.
     static SpinnerWindow* Get(HWND window);
-    void Release();
 
-    HWND GetHwnd() override { return window_; }
-    void Enable(BOOL onOff) override { EnableWindow(window_, onOff); }
-    void Disable() override { EnableWindow(window_, FALSE); }
-    BOOL IsEnabled() override { return IsWindowEnabled(window_); }
-
-    float GetFVal() override;
-    int GetIVal() override;
-    void SetAutoScale(BOOL onOff) override { value_.SetAutoScale(onOff != FALSE); }
-    void SetScale(float scale) override;
-    void SetValue(float value, int notify) override { SetNumber(value, notify); }
-    void SetValue(int value, int notify) override { SetNumber(value, notify); }
-    void SetLimits(int lowest, int highest, int limitCurValue) override;
-    void SetLimits(float lowest, float highest, int limitCurValue) override;
-    void LinkToEdit(HWND edit, EditSpinnerType type) override;
-    void SetIndeterminate(BOOL onOff) override;
-    BOOL IsIndeterminate() override { return isIndeterminate_; }
-    void SetResetValue(float value) override { value_.SetResetValue(value); }
-    void SetResetValue(int value) override { value_.SetResetValue(value); }
     void SetKeyBrackets(BOOL onOff) override;
 
   private:
     enum class Part { none, up, down };
 
-    explicit SpinnerWindow(HWND window) : window_(window) {}
+    explicit SpinnerWindow(HWND window) : SpinnerControl(window) {}
 
     static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
     friend void RegisterSpinner(HINSTANCE instance);
 
     LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam);
-    void OnDestroyed();
+    // Of mouse and keyboard; false: none of these.
+    bool HandleInput(UINT message, WPARAM wParam, LPARAM lParam);
     void Paint(HDC context) const;
     RECT RectOf(Part part) const;
     Part PartAt(int y) const;
@@ -63,20 +40,9 @@ class SpinnerWindow final : public ISpinnerControl {
     void OnRightButton();
     void OnKey(WPARAM key);
 
-    void SetNumber(double value, int notify);
-    void SetLimitsAndShow(double lowest, double highest, int limitCurValue);
-    void StepAndNotify(int steps);
-    void TakeTypedText();
-    void ShowValue();
-    void Changed(bool hasChanged);  // shows the value and tells the dialog of a change
-    void Notify(UINT message, BOOL flag);
+    void SetLinkedSpinner(HWND edit, HWND spinner) override;
+    bool IsDragging() const override { return isDragging_; }
 
-    HWND window_;
-    HWND edit_ = nullptr;
-    SpinnerValue value_;
-    std::string shown_;  // what the edit holds unless somebody typed
-    int references_ = 1;
-    BOOL isIndeterminate_ = FALSE;
     BOOL hasBrackets_ = FALSE;
 
     // While the button is down: `pressed_` is the arrow under it, none in a drag.
