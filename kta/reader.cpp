@@ -225,6 +225,16 @@ Reading ReadFile(const std::string& path) {
     }
 }
 
+Reading ReadFile(const std::string& path, KTAFileKind expected) {
+    Reading reading = ReadFile(path);
+    if (reading.file && reading.file->kind != expected) {
+        reading.faults.push_back({kFileHeaderSize - 1, "header",
+                                  std::string("file kind is \"") + KindName(reading.file->kind) +
+                                      "\", expected \"" + KindName(expected) + "\""});
+    }
+    return reading;
+}
+
 const char* KindName(KTAFileKind kind) {
     return kind == kFileKindActor ? "actor" : "motion";
 }

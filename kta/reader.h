@@ -67,6 +67,8 @@ Reading Read(std::span<const std::uint8_t> bytes);
 Reading Read(std::istream& stream);
 // A file that cannot be opened or read gives `inputError`.
 Reading ReadFile(const std::string& path);
+// As above; a file of the other kind has that for its last fault.
+Reading ReadFile(const std::string& path, KTAFileKind expected);
 
 // "actor" or "motion".
 const char* KindName(KTAFileKind kind);
