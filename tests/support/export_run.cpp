@@ -20,30 +20,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
-class RecordingUser : public win32::User {
-  public:
-    RecordingUser(const ExportChoices& choices, ExportRun& run)
-        : choices_(choices), run_(run), former_(win32::SetUser(this)) {}
-    ~RecordingUser() override { win32::SetUser(former_); }
-
-    void OnDialog(win32::Dialog& dialog) override {
-        run_.dialogs.push_back(dialog.Title());
-        if (choices_.inDialog) {
-            choices_.inDialog(dialog);
-        } else if (choices_.cancelDialog) {
-            PressCancel(dialog);
-        } else {
-            PressExport(dialog);
-        }
+// Does in the dialog what the choices say.
+struct ChoosingUser : PlayedUser {
+    explicit ChoosingUser(const ExportChoices& choices) {
+        acts = choices.inDialog       ? choices.inDialog
+               : choices.cancelDialog ? PressCancel
+                                      : PressExport;
     }
-    void OnMessageBox(const std::string& title, const std::string& text, unsigned flags) override {
-        run_.messageBoxes.push_back({title, text, flags});
-    }
-
-  private:
-    const ExportChoices& choices_;
-    ExportRun& run_;
-    win32::User* former_;
 };
 
 class RecordingProgress : public maxhost::ProgressObserver {
@@ -119,12 +102,14 @@ void RunPlugIn(const ExportChoices& choices, const fs::path& exportFile,
     ClassDesc* description = LookUp<ClassDesc* (*)(int)>(module, "LibClassDesc")(0);
     auto* exporter = static_cast<SceneExport*>(description->Create(FALSE));
     {
-        RecordingUser user(choices, run);
+        ChoosingUser user(choices);
         RecordingProgress progress(run);
         run.result = exporter->DoExport(
             exportFile.string().c_str(), nullptr, maxhost::Host::Instance().GetInterface(),
             choices.suppressPrompts ? TRUE : FALSE,
             (choices.selectedOnly ? SCENE_EXPORT_SELECTED : 0) | choices.otherOptions);
+        run.dialogs = std::move(user.titles);
+        run.messageBoxes = std::move(user.boxes);
     }
     delete exporter;
     run.converterCalls = Lines(LookUp<const char* (*)()>(converter, "RecordedCalls")());

@@ -9,22 +9,16 @@
 #include <vector>
 
 #include "host/sdk/scene_desc.h"
-#include "host/win32/user.h"
+#include "tests/support/played_user.h"
 
 namespace support {
-
-struct MessageBoxShown {
-    std::string title;
-    std::string text;
-    unsigned flags = 0;  // on Windows always 0: a box does not show them
-};
 
 struct ExportRun {
     int result = -1;
     std::optional<std::string> actor, motion;  // the files' bytes; absent: no such file
     std::vector<std::string> log;              // KTAExporter.log, line by line
     std::vector<std::string> converterCalls;
-    std::vector<MessageBoxShown> messageBoxes;
+    Boxes messageBoxes;
     std::vector<std::string> dialogs;  // titles
     std::vector<std::string> progressTitles;
     std::vector<int> progress;

@@ -8,27 +8,12 @@
 
 #include "host/win32/display.h"
 #include "host/win32/user.h"
+#include "tests/support/played_user.h"
 
 namespace {
 
-struct PlayedUser : win32::User {
-    PlayedUser() { win32::SetUser(this); }
-    ~PlayedUser() override { win32::SetUser(nullptr); }
-
-    void OnDialog(win32::Dialog& dialog) override {
-        titles.push_back(dialog.Title());
-        if (acts) {
-            acts(dialog);
-        }
-    }
-    void OnMessageBox(const std::string& title, const std::string& text, unsigned) override {
-        boxes.push_back(title + "|" + text);
-    }
-
-    std::function<void(win32::Dialog&)> acts;
-    std::vector<std::string> titles;
-    std::vector<std::string> boxes;
-};
+using support::Boxes;
+using support::PlayedUser;
 
 // What the dialog's procedure was sent, and how it takes commands.
 struct Dialogs {
@@ -139,7 +124,7 @@ TEST_F(UserWindowsTest, MessageBoxDuringAnActionIsRead) {
     dialogs.refusal = "No.\nNot so.";
     user_.acts = [this](win32::Dialog& dialog) {
         dialog.Click(3);
-        EXPECT_EQ(user_.boxes, std::vector<std::string>{"Refused|No.\nNot so."});
+        EXPECT_EQ(user_.boxes, (Boxes{{"Refused", "No.\nNot so."}}));
         EXPECT_TRUE(dialog.IsOpen());
         dialog.Click(3);
     };
@@ -178,7 +163,7 @@ TEST_F(UserWindowsTest, MessageBoxesGetTheirDefaultButton) {
     EXPECT_EQ(MessageBoxA(nullptr, "a\nb", "Title", MB_OK | MB_ICONEXCLAMATION), IDOK);
     EXPECT_EQ(MessageBoxA(nullptr, "really?", "Q", MB_YESNO | MB_DEFBUTTON2), IDNO);
     EXPECT_EQ(MessageBoxA(nullptr, "again?", "Q", MB_YESNOCANCEL), IDYES);
-    EXPECT_EQ(user_.boxes, (std::vector<std::string>{"Title|a\nb", "Q|really?", "Q|again?"}));
+    EXPECT_EQ(user_.boxes, (Boxes{{"Title", "a\nb"}, {"Q", "really?"}, {"Q", "again?"}}));
     EXPECT_TRUE(user_.titles.empty());
 }
 

@@ -13,7 +13,6 @@
 #include <limits>
 
 #include "host/sdk/host.h"
-#include "host/win32/user.h"
 #include "plugin/about_dialog.h"
 #include "plugin/kta_exp.h"
 #include "plugin/motion_pass.h"
@@ -23,19 +22,6 @@
 namespace {
 
 using win32::Dialog;
-
-struct PlayedUser : win32::User {
-    PlayedUser() { win32::SetUser(this); }
-    ~PlayedUser() override { win32::SetUser(nullptr); }
-
-    void OnDialog(Dialog& dialog) override { acts(dialog); }
-    void OnMessageBox(const std::string& title, const std::string& text, unsigned flags) override {
-        boxes.push_back({title, text, flags});
-    }
-
-    std::function<void(Dialog&)> acts;
-    std::vector<support::MessageBoxShown> boxes;
-};
 
 class PlugInDialog : public testing::Test {
   protected:
@@ -53,7 +39,7 @@ class PlugInDialog : public testing::Test {
         return DialogBoxParamA(module_, MAKEINTRESOURCEA(number), nullptr, procedure, parameter);
     }
 
-    PlayedUser user_;
+    support::PlayedUser user_;
 
   private:
     HMODULE module_ = nullptr;

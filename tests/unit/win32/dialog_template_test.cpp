@@ -6,44 +6,15 @@
 #include <memory>
 #include <vector>
 
+#include "tests/unit/win32/resource_writer.h"
+
 namespace win32 {
 namespace {
-
-// Writes a template as its form describes it.
-class Writer {
-  public:
-    Writer& U16(unsigned value) {
-        bytes_.push_back(static_cast<std::byte>(value & 0xff));
-        bytes_.push_back(static_cast<std::byte>(value >> 8 & 0xff));
-        return *this;
-    }
-    Writer& U32(std::uint32_t value) { return U16(value & 0xffff).U16(value >> 16); }
-    Writer& Rect(int x, int y, int width, int height) {
-        return U16(static_cast<unsigned>(x)).U16(static_cast<unsigned>(y)).U16(width).U16(height);
-    }
-    Writer& Text(std::u16string_view text) {
-        for (const char16_t unit : text) {
-            U16(unit);
-        }
-        return U16(0);
-    }
-    Writer& Number(unsigned number) { return U16(0xffff).U16(number); }
-    Writer& Align() {
-        while (bytes_.size() % 4 != 0) {
-            bytes_.push_back(std::byte{0});
-        }
-        return *this;
-    }
-    const std::vector<std::byte>& Data() const { return bytes_; }
-
-  private:
-    std::vector<std::byte> bytes_;
-};
 
 constexpr std::uint32_t kSetFont = 0x40;
 
 std::vector<std::byte> Extended() {
-    Writer writer;
+    ResourceWriter writer;
     writer.U16(1).U16(0xffff).U32(9).U32(8).U32(0x80000000 | kSetFont).U16(2);
     writer.Rect(-1, 2, 203, 189).U16(0).Number(7).Text(u"Titel \u00e4");
     writer.U16(8).U16(400).U16(0x0100).Text(u"MS Sans Serif");
@@ -55,7 +26,7 @@ std::vector<std::byte> Extended() {
 }
 
 std::vector<std::byte> Older() {
-    Writer writer;
+    ResourceWriter writer;
     writer.U32(0x80000000).U32(0).U16(2).Rect(0, 0, 40, 30).Text(u"MENU").U16(0).Text(u"Old");
     writer.Align().U32(1).U32(0).Rect(1, 2, 3, 4).U16(40000);
     writer.Text(u"Button").Text(u"a").U16(4).U16(0xdddd);
@@ -112,7 +83,7 @@ TEST(DialogTemplate, TruncatedOnesAreRefused) {
 }
 
 TEST(DialogTemplate, MoreControlsThanBytesAreRefused) {
-    const auto bytes = Writer()
+    const auto bytes = ResourceWriter()
                            .U16(1)
                            .U16(0xffff)
                            .U32(0)
@@ -129,7 +100,7 @@ TEST(DialogTemplate, MoreControlsThanBytesAreRefused) {
 
 TEST(DialogTemplate, NumbersThatStandForNoClassAreRefused) {
     for (const unsigned atom : {0x7fu, 0x86u, 0u, 0xffffu}) {
-        Writer writer;
+        ResourceWriter writer;
         writer.U32(0).U32(0).U16(1).Rect(0, 0, 1, 1).U16(0).U16(0).U16(0).Align();
         writer.U32(0).U32(0).Rect(0, 0, 1, 1).U16(1).Number(atom).U16(0).U16(0);
         EXPECT_FALSE(ReadDialogTemplate(writer.Data())) << atom;

@@ -7,27 +7,12 @@
 #include <vector>
 
 #include "host/win32/user.h"
+#include "tests/support/played_user.h"
 
 namespace {
 
-struct PlayedUser : win32::User {
-    PlayedUser() { win32::SetUser(this); }
-    ~PlayedUser() override { win32::SetUser(nullptr); }
-
-    void OnDialog(win32::Dialog& dialog) override {
-        titles.push_back(dialog.Title());
-        if (acts) {
-            acts(dialog);
-        }
-    }
-    void OnMessageBox(const std::string& title, const std::string& text, unsigned flags) override {
-        boxes.push_back(title + "|" + text + "|" + std::to_string(flags));
-    }
-
-    std::function<void(win32::Dialog&)> acts;
-    std::vector<std::string> titles;
-    std::vector<std::string> boxes;
-};
+using support::Boxes;
+using support::PlayedUser;
 
 struct Command {
     int id;
@@ -328,7 +313,7 @@ TEST_F(DialogTest, MessageBoxDuringAnActionIsRead) {
     };
     user_.acts = [this](win32::Dialog& dialog) {
         dialog.Click(3);
-        EXPECT_EQ(user_.boxes, std::vector<std::string>{"Refused|No.|48"});
+        EXPECT_EQ(user_.boxes, (Boxes{{"Refused", "No.", 48}}));
         EXPECT_TRUE(dialog.IsOpen());
     };
     EXPECT_EQ(Show(1), 2);
@@ -362,7 +347,7 @@ TEST_F(DialogTest, WithoutAUserTheDefaultButtonIsPressed) {
 TEST_F(DialogTest, MessageBoxesShowTitleTextAndFlags) {
     EXPECT_EQ(MessageBoxA(nullptr, "a\nb", "Title", MB_OK | MB_ICONEXCLAMATION), IDOK);
     EXPECT_EQ(MessageBoxA(nullptr, nullptr, nullptr, MB_OK), IDOK);
-    EXPECT_EQ(user_.boxes, (std::vector<std::string>{"Title|a\nb|48", "Error||0"}));
+    EXPECT_EQ(user_.boxes, (Boxes{{"Title", "a\nb", 48}, {"Error", "", 0}}));
 }
 
 }  // namespace

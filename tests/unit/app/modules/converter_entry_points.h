@@ -1,11 +1,7 @@
 // The entry points of a converter library, which do nothing.
 #pragma once
 
-#ifdef _WIN32
-#define TEST_EXPORT extern "C" __declspec(dllexport)
-#else
-#define TEST_EXPORT extern "C" __attribute__((visibility("default")))
-#endif
+#include "tests/support/export.h"
 
 TEST_EXPORT void InitSpecialHalden(const char*, const char*, bool) {
 }

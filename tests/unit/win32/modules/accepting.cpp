@@ -3,7 +3,7 @@
 
 #include <cstdlib>
 
-#include "tests/unit/win32/modules/export.h"
+#include "tests/support/export.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "tests/unit/win32/modules/export.h"
+#include "tests/support/export.h"
 
 TEST_EXPORT int Needed() {
     return 41;

@@ -1,5 +1,5 @@
 // Without an entry point of its own and without resources; needs another library.
-#include "tests/unit/win32/modules/export.h"
+#include "tests/support/export.h"
 
 TEST_EXPORT int Needed();
 TEST_EXPORT int Plain() {

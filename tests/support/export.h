@@ -1,4 +1,4 @@
-// Exports of the test modules.
+// Marks what a module made for a test exports.
 #pragma once
 
 #ifdef _WIN32
