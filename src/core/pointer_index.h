@@ -2,46 +2,36 @@
 #ifndef PLINTH_POINTER_INDEX_H
 #define PLINTH_POINTER_INDEX_H
 
+#include <stddef.h>
+
+#include "core/key_index.h"
 #include "core/types.h"
 
 namespace Plinth {
 
-// A hash from addresses, the null one included, to numbers: open addressing with linear probing and
-// multiplicative hashing (Knuth, The Art of Computer Programming 3, 6.4), at most half full, its
-// capacity doubled when that is passed. Finding and setting take constant time on average. There is
-// no way to walk the entries, because their order would follow addresses. Not copyable.
+// A KeyIndex whose keys are addresses, the null one included. Not copyable.
 class PointerIndex {
   public:
-    PointerIndex();
-    ~PointerIndex();
+    PointerIndex() {}
 
     // Returns whether the address has a number; `value` stays untouched when it has none.
-    bool Find(const void* address, Int32& value) const;
+    bool Find(const void* address, Int32& value) const { return index.Find(Key(address), value); }
     // Sets or replaces the address's number. False, and nothing changed, where memory is missing.
-    bool Set(const void* address, Int32 value);
+    bool Set(const void* address, Int32 value) { return index.Set(Key(address), value); }
     // Room for `count` addresses in all. False where memory is missing.
-    bool Reserve(Int32 newCount);
+    bool Reserve(Int32 count) { return index.Reserve(count); }
     // Forgets all and gives the storage back.
-    void Clear();
+    void Clear() { index.Clear(); }
 
-    Int32 Count() const { return count; }
+    Int32 Count() const { return index.Count(); }
 
   private:
     PointerIndex(const PointerIndex&);
     PointerIndex& operator=(const PointerIndex&);
 
-    struct Slot {
-        const void* address;
-        Int32 value;
-        Int32 used;
-    };
+    static UInt64 Key(const void* address) { return reinterpret_cast<size_t>(address); }
 
-    Slot* SlotOf(const void* address) const;
-    bool Rebuild(UInt32 newSlotCount);
-
-    Slot* slots;
-    UInt32 slotCount;  // 0 or a power of two
-    Int32 count;
+    KeyIndex index;
 };
 
 }  // namespace Plinth

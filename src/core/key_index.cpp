@@ -1,4 +1,4 @@
-#include "core/pointer_index.h"
+#include "core/key_index.h"
 
 #include <stddef.h>
 #include <string.h>
@@ -12,27 +12,26 @@ namespace {
 const UInt32 kFirstSlotCount = 16;
 const UInt32 kMaxSlotCount = 0x80000000u;
 
-// Low bits of addresses are zeros; the product's high bits depend on all of them.
-UInt32 Hash(const void* address) {
-    const UInt64 key = static_cast<UInt64>(reinterpret_cast<size_t>(address));
+// Low bits of many keys are zeros (of addresses); the product's high bits depend on all of them.
+UInt32 Hash(UInt64 key) {
     const UInt64 golden = (static_cast<UInt64>(0x9e3779b9u) << 32) | 0x7f4a7c15u;
     return static_cast<UInt32>((key * golden) >> 32);
 }
 
 }  // namespace
 
-PointerIndex::PointerIndex() : slots(NULL), slotCount(0), count(0) {
+KeyIndex::KeyIndex() : slots(NULL), slotCount(0), count(0) {
 }
 
-PointerIndex::~PointerIndex() {
+KeyIndex::~KeyIndex() {
     Clear();
 }
 
-bool PointerIndex::Find(const void* address, Int32& value) const {
+bool KeyIndex::Find(UInt64 key, Int32& value) const {
     if (slotCount == 0) {
         return false;
     }
-    const Slot* const slot = SlotOf(address);
+    const Slot* const slot = SlotOf(key);
     if (!slot->used) {
         return false;
     }
@@ -40,19 +39,19 @@ bool PointerIndex::Find(const void* address, Int32& value) const {
     return true;
 }
 
-bool PointerIndex::Set(const void* address, Int32 value) {
+bool KeyIndex::Set(UInt64 key, Int32 value) {
     if (slotCount == 0 && !Rebuild(kFirstSlotCount)) {
         return false;
     }
-    Slot* slot = SlotOf(address);
+    Slot* slot = SlotOf(key);
     if (!slot->used) {
         if (static_cast<UInt32>(count) + 1 > slotCount / 2) {
             if (slotCount == kMaxSlotCount || !Rebuild(slotCount * 2)) {
                 return false;
             }
-            slot = SlotOf(address);
+            slot = SlotOf(key);
         }
-        slot->address = address;
+        slot->key = key;
         slot->used = 1;
         ++count;
     }
@@ -60,7 +59,7 @@ bool PointerIndex::Set(const void* address, Int32 value) {
     return true;
 }
 
-bool PointerIndex::Reserve(Int32 newCount) {
+bool KeyIndex::Reserve(Int32 newCount) {
     UInt32 needed = kFirstSlotCount;
     while (newCount > 0 && static_cast<UInt32>(newCount) > needed / 2) {
         if (needed == kMaxSlotCount) {
@@ -71,23 +70,23 @@ bool PointerIndex::Reserve(Int32 newCount) {
     return newCount <= 0 || needed <= slotCount || Rebuild(needed);
 }
 
-void PointerIndex::Clear() {
+void KeyIndex::Clear() {
     GetMemoryManager().Free(slots);
     slots = NULL;
     slotCount = 0;
     count = 0;
 }
 
-// The slot that holds the address, or the free one where it belongs. One slot at least is free.
-PointerIndex::Slot* PointerIndex::SlotOf(const void* address) const {
-    UInt32 position = Hash(address) & (slotCount - 1);
-    while (slots[position].used && slots[position].address != address) {
+// The slot that holds the key, or the free one where it belongs. One slot at least is free.
+KeyIndex::Slot* KeyIndex::SlotOf(UInt64 key) const {
+    UInt32 position = Hash(key) & (slotCount - 1);
+    while (slots[position].used && slots[position].key != key) {
         position = (position + 1) & (slotCount - 1);
     }
     return slots + position;
 }
 
-bool PointerIndex::Rebuild(UInt32 newSlotCount) {
+bool KeyIndex::Rebuild(UInt32 newSlotCount) {
     const size_t size = static_cast<size_t>(newSlotCount) * sizeof(Slot);
     MemoryManager& memory = GetMemoryManager();
     void* const block =
@@ -102,7 +101,7 @@ bool PointerIndex::Rebuild(UInt32 newSlotCount) {
     slotCount = newSlotCount;
     for (UInt32 i = 0; i < formerSlotCount; ++i) {
         if (formerSlots[i].used) {
-            *SlotOf(formerSlots[i].address) = formerSlots[i];
+            *SlotOf(formerSlots[i].key) = formerSlots[i];
         }
     }
     memory.Free(formerSlots);
