@@ -2,7 +2,10 @@
 
 #include <stdmat.h>
 
+#include <algorithm>
+
 #include "host/sdk/live_objects.h"
+#include "host/sdk/maps.h"
 
 namespace maxhost {
 
@@ -60,7 +63,7 @@ class DescribedMaterial : public Base, public MaterialLibrary::Entry {
     std::vector<Mtl*> subMaterials_;  // null: an empty slot
 };
 
-// A material with colours of its own.
+// A material with colours and maps of its own.
 template <class Base>
 class ColoredMaterial : public DescribedMaterial<Base> {
   public:
@@ -72,7 +75,11 @@ class ColoredMaterial : public DescribedMaterial<Base> {
           selfIllumination_(ToColor(description.selfIllumination)),
           shininess_(description.shininess),
           shininessStrength_(description.shininessStrength),
-          transparency_(description.transparency) {}
+          transparency_(description.transparency),
+          maps_(description.maps) {}
+
+    int NumSubTexmaps() override { return maps_.Count(); }
+    Texmap* GetSubTexmap(int i) override { return maps_.Get(i); }
 
     Color GetAmbient(int, BOOL) override { return ambient_; }
     Color GetDiffuse(int, BOOL) override { return diffuse_; }
@@ -85,6 +92,7 @@ class ColoredMaterial : public DescribedMaterial<Base> {
   protected:
     Color ambient_, diffuse_, specular_, selfIllumination_;
     float shininess_, shininessStrength_, transparency_;
+    MapSlots maps_;
 };
 
 using OtherMaterial = ColoredMaterial<Mtl>;
@@ -112,6 +120,9 @@ class StandardMaterial : public ColoredMaterial<StdMat> {
     BOOL GetTwoSided() override { return twoSided_; }
     BOOL GetWire() override { return wire_; }
     int GetTransparencyType() override { return transparencyType_; }
+    int NumSubTexmaps() override { return std::max(NTEXMAPS, maps_.Count()); }
+    BOOL MapEnabled(int id) override { return maps_.IsEnabled(id); }
+    float GetTexmapAmt(int id, TimeValue) override { return maps_.Amount(id); }
 
   private:
     bool twoSided_, wire_;
@@ -177,7 +188,12 @@ MaterialLibrary::Entry* MaterialLibrary::Add(const scene::Material& description)
             entries_.push_back(std::make_unique<MultiMaterial>(description));
             break;
         case scene::MaterialKind::other:
-            entries_.push_back(std::make_unique<OtherMaterial>(description));
+            // Who meets the class id of standard materials takes the material for one.
+            if (ToClassId(description) == Class_ID(DMTL_CLASS_ID, 0)) {
+                entries_.push_back(std::make_unique<StandardMaterial>(description));
+            } else {
+                entries_.push_back(std::make_unique<OtherMaterial>(description));
+            }
             break;
     }
     return entries_.back().get();

@@ -44,6 +44,30 @@ Point3 ToPoint(const scene::Vec3& v) {
     return Point3(v[0], v[1], v[2]);
 }
 
+void FillMapChannel(Mesh& mesh, int number, const scene::MapChannel& channel) {
+    mesh.setMapSupport(number);
+    mesh.setNumMapVerts(number, static_cast<int>(channel.vertices.size()));
+    UVVert* vertex = mesh.mapVerts(number);
+    for (const scene::Vec2& uv : channel.vertices) {
+        *vertex++ = UVVert(uv[0], uv[1], 0.0f);
+    }
+    TVFace* face = mesh.mapFaces(number);
+    for (const auto& corners : channel.faces) {
+        (face++)->setTVerts(corners[0], corners[1], corners[2]);
+    }
+}
+
+void FillSpecifiedNormals(Mesh& mesh, const std::map<std::uint32_t, scene::Vec3>& normals) {
+    if (!normals.empty()) {
+        mesh.checkNormals(FALSE);
+    }
+    for (const auto& [vertex, normal] : normals) {
+        RVertex& rendered = mesh.getRVert(static_cast<int>(vertex));
+        rendered.rFlags = SPECIFIED_NORMAL | 1;
+        rendered.rn.setNormal(ToPoint(normal));
+    }
+}
+
 void FillMesh(Mesh& mesh, const scene::Mesh& description) {
     mesh.setNumVerts(static_cast<int>(description.vertices.size()));
     for (int i = 0; i < mesh.numVerts; ++i) {
@@ -57,6 +81,10 @@ void FillMesh(Mesh& mesh, const scene::Mesh& description) {
         to.setSmGroup(from.smoothing);
         to.setMatID(from.material);
     }
+    for (const auto& [number, channel] : description.channels) {
+        FillMapChannel(mesh, number, channel);
+    }
+    FillSpecifiedNormals(mesh, description.normals);
 }
 
 // What ConvertToType makes anew.

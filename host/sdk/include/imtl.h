@@ -1,4 +1,4 @@
-// Materials.
+// Materials and maps.
 #ifndef HOST_SDK_INCLUDE_IMTL_H
 #define HOST_SDK_INCLUDE_IMTL_H
 
@@ -7,7 +7,19 @@
 #include <ref.h>
 #include <strclass.h>
 
-class MtlBase : public ReferenceTarget {
+class Texmap;
+
+// What holds maps, in numbered slots.
+class ISubMap {
+  public:
+    virtual int NumSubTexmaps() { return 0; }
+    virtual Texmap* GetSubTexmap(int) { return NULL; }  // null: an empty slot
+
+  protected:
+    virtual ~ISubMap() {}
+};
+
+class MtlBase : public ReferenceTarget, public ISubMap {
   public:
     MSTR& GetName() { return name; }
     void SetName(MSTR s) { name = s; }
@@ -21,6 +33,20 @@ class MtlBase : public ReferenceTarget {
 
   private:
     MSTR name;
+};
+
+class Texmap : public MtlBase {
+  public:
+    SClass_ID SuperClassID() { return TEXMAP_CLASS_ID; }
+
+  protected:
+    virtual ~Texmap() {}
+};
+
+// Places a map's picture on a surface.
+class UVGen : public MtlBase {
+  protected:
+    virtual ~UVGen() {}
 };
 
 // What a material reports is valid after Update(). All values are 0 to 1.

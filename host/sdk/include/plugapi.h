@@ -84,6 +84,10 @@
 #define DMTL_CLASS_ID 0x0002
 #define MULTI_CLASS_ID 0x0200
 
+// Maps.
+#define MIX_CLASS_ID 0x0230
+#define BMTEX_CLASS_ID 0x0240
+
 // ---------------------------------------------------------------- class descriptor
 
 class ActionTable;

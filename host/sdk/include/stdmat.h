@@ -1,9 +1,11 @@
-// The standard material.
+// The standard material and its bitmap maps.
 #ifndef HOST_SDK_INCLUDE_STDMAT_H
 #define HOST_SDK_INCLUDE_STDMAT_H
 
 #include <coreexp.h>
 #include <imtl.h>
+
+#define NTEXMAPS 12  // slots that every standard material has at least
 
 #define TRANSP_SUBTRACTIVE 0
 #define TRANSP_ADDITIVE 1
@@ -23,9 +25,35 @@ class StdMat : public Mtl {
     virtual BOOL GetTwoSided() = 0;
     virtual BOOL GetWire() = 0;
     virtual int GetTransparencyType() = 0;  // TRANSP_...
+    // `id` is the map's slot.
+    virtual BOOL MapEnabled(int id) = 0;
+    virtual float GetTexmapAmt(int id, TimeValue t) = 0;
 
   protected:
     virtual ~StdMat() {}
+};
+
+// Angles are radians.
+class StdUVGen : public UVGen {
+  public:
+    virtual float GetUOffs(TimeValue t) = 0;
+    virtual float GetVOffs(TimeValue t) = 0;
+    virtual float GetUScl(TimeValue t) = 0;  // tiling
+    virtual float GetVScl(TimeValue t) = 0;
+    virtual float GetWAng(TimeValue t) = 0;
+
+  protected:
+    virtual ~StdUVGen() {}
+};
+
+// A Texmap whose class id is (BMTEX_CLASS_ID, 0).
+class BitmapTex : public Texmap {
+  public:
+    virtual MCHAR* GetMapName() = 0;  // the file's path; not to be changed
+    virtual StdUVGen* GetUVGen() = 0;
+
+  protected:
+    virtual ~BitmapTex() {}
 };
 
 // A new standard material; the caller deletes it with DeleteMe(). Ambient and diffuse are 0.588
