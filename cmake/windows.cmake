@@ -3,7 +3,7 @@
 # The header-only libraries, without the rest of the system's headers.
 set(HDO_HEADER_ONLY_INCLUDE_DIR ${PROJECT_BINARY_DIR}/include)
 file(MAKE_DIRECTORY ${HDO_HEADER_ONLY_INCLUDE_DIR})
-foreach(library nlohmann CLI)
+foreach(library nlohmann CLI stb)
     file(CREATE_LINK /usr/include/${library} ${HDO_HEADER_ONLY_INCLUDE_DIR}/${library} SYMBOLIC)
 endforeach()
 

@@ -11,6 +11,14 @@ Cursor::Cursor(std::span<const std::uint8_t> bytes, std::vector<Fault>& faults)
     : bytes_(bytes), faults_(faults) {
 }
 
+Cursor Cursor::Fork(std::vector<Fault>& faults) const {
+    Cursor fork(bytes_, faults);
+    fork.offset_ = offset_;
+    fork.where_ = where_;
+    fork.stopped_ = stopped_;
+    return fork;
+}
+
 void Cursor::Report(std::uint64_t offset, std::string text) {
     if (!stopped_) {
         faults_.push_back({offset, where_, std::move(text)});
@@ -44,19 +52,30 @@ void Cursor::Skip(std::uint64_t size) {
     Take(size);
 }
 
-std::uint8_t Cursor::U8() {
-    const auto bytes = Take(1);
-    return bytes.empty() ? 0 : bytes[0];
-}
-
-std::uint32_t Cursor::U32() {
+std::uint32_t Cursor::Number(std::uint64_t size) {
     std::uint32_t value = 0;
     int shift = 0;
-    for (const std::uint8_t byte : Take(4)) {
+    for (const std::uint8_t byte : Take(size)) {
         value |= static_cast<std::uint32_t>(byte) << shift;
         shift += 8;
     }
     return value;
+}
+
+std::uint8_t Cursor::U8() {
+    return static_cast<std::uint8_t>(Number(1));
+}
+
+std::int16_t Cursor::I16() {
+    return static_cast<std::int16_t>(Number(2));
+}
+
+std::uint32_t Cursor::U32() {
+    return Number(4);
+}
+
+std::int32_t Cursor::I32() {
+    return static_cast<std::int32_t>(Number(4));
 }
 
 float Cursor::F32(std::string_view what) {

@@ -29,6 +29,9 @@ class Cursor {
     std::uint64_t Left() const { return bytes_.size() - offset_; }
     bool Stopped() const { return stopped_; }
 
+    // A cursor at the same position and place that reports to `faults`.
+    Cursor Fork(std::vector<Fault>& faults) const;
+
     // What faults reported from here on name as their place.
     void SetWhere(std::string_view where) { where_ = where; }
 
@@ -42,7 +45,9 @@ class Cursor {
 
     void Skip(std::uint64_t size);
     std::uint8_t U8();
+    std::int16_t I16();
     std::uint32_t U32();
+    std::int32_t I32();
     // A number that is not finite is reported.
     float F32(std::string_view what);
     // A byte that is 0 or 1; any other is reported and counts as true.
@@ -62,6 +67,7 @@ class Cursor {
 
   private:
     std::span<const std::uint8_t> Take(std::uint64_t size);
+    std::uint32_t Number(std::uint64_t size);
 
     std::span<const std::uint8_t> bytes_;
     std::uint64_t offset_ = 0;

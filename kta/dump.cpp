@@ -1,69 +1,13 @@
 #include "kta/dump.h"
 
-#include <cmath>
 #include <iomanip>
-#include <nlohmann/json.hpp>
 #include <utility>
 
+#include "kta/fields.h"
 #include "kta/text.h"
 
 namespace kta {
 namespace {
-
-using Json = nlohmann::basic_json<nlohmann::ordered_map, std::vector, std::string, bool,
-                                  std::int64_t, std::uint64_t, float>;
-
-struct Field {
-    const char* name;
-    std::uint64_t offset;
-    Json value;
-};
-
-// ---------------------------------------------------------------- values
-
-Json Value(float value) {
-    if (std::isnan(value)) {
-        return "nan";
-    }
-    if (std::isinf(value)) {
-        return value < 0 ? "-inf" : "inf";
-    }
-    return value;
-}
-
-Json Value(const std::string& text) {
-    return ToUtf8(text);
-}
-
-Json Value(bool value) {
-    return value;
-}
-
-template <typename Element, std::size_t kCount>
-Json Value(const std::array<Element, kCount>& values) {
-    Json list = Json::array();
-    for (const Element& value : values) {
-        list.push_back(Value(value));
-    }
-    return list;
-}
-
-std::vector<Field> Fields(const Node& node, std::uint64_t body) {
-    return {{"nodeName", body, Value(node.nodeName)},
-            {"parentName", body + 260, Value(node.parentName)},
-            {"translation", body + 520, Value(node.translation)},
-            {"rotation", body + 532, Value(node.rotation)},
-            {"scale", body + 548, Value(node.scale)},
-            {"inverseWorldMatrix", body + 560, Value(node.inverseWorldMatrix)},
-            {"isBone", body + 624, Value(node.isBone)},
-            {"hasHelperSize", body + 625, Value(node.hasHelperSize)},
-            {"helperSize", body + 628, Value(node.helperSize)}};
-}
-
-std::vector<Field> Fields(const Chunk& chunk) {
-    const std::uint64_t body = chunk.offset + kChunkHeaderSize;
-    return std::visit([body](const auto& content) { return Fields(content, body); }, chunk.body);
-}
 
 // ---------------------------------------------------------------- text
 
@@ -90,9 +34,37 @@ void WriteField(const Field& field, std::ostream& out) {
     }
 }
 
+void WriteVertexLine(const Mesh& mesh, const SubMesh& subMesh, const Vertex& vertex,
+                     std::uint64_t offset, std::ostream& out) {
+    std::string value = std::to_string(vertex.originalVertex) + " " +
+                        Value(vertex.position).dump() + " " + Value(vertex.normal).dump();
+    for (const Json& pair : TextureCoordinatesOf(mesh, subMesh, vertex)) {
+        value += " " + pair.dump();
+    }
+    WriteFieldLine(offset, "vertex", value, out);
+}
+
+// Vertices and faces take a line each. A vertex: its original, position, normal and texture
+// coordinates.
+void WriteSubMeshLines(const Mesh& mesh, const SubMesh& subMesh, std::ostream& out) {
+    std::uint64_t offset = subMesh.offset;
+    WriteFieldLine(offset, "materialNumber", std::to_string(subMesh.material), out);
+    WriteFieldLine(offset + 4, "indexCount", std::to_string(subMesh.faces.size() * 3), out);
+    WriteFieldLine(offset + 8, "vertexCount", std::to_string(subMesh.vertices.size()), out);
+    offset += subMesh.material < kLongMaterial ? kSubMeshSize : kSubMeshSize + 4;
+    for (const Vertex& vertex : subMesh.vertices) {
+        WriteVertexLine(mesh, subMesh, vertex, offset, out);
+        offset += kVertexSize + static_cast<std::uint64_t>(mesh.pairsPerVertex) * kPairSize;
+    }
+    for (const auto& face : subMesh.faces) {
+        WriteFieldLine(offset, "face", Value(face).dump(), out);
+        offset += kFaceSize;
+    }
+}
+
 // ---------------------------------------------------------------- JSON
 
-Json ChunkJson(const Chunk& chunk) {
+std::string ChunkHead(const Chunk& chunk) {
     Json json = {{"id", static_cast<unsigned>(chunk.type->id)},
                  {"name", chunk.type->name},
                  {"offset", chunk.offset},
@@ -101,24 +73,55 @@ Json ChunkJson(const Chunk& chunk) {
     for (Field& field : Fields(chunk)) {
         json[field.name] = std::move(field.value);
     }
-    return json;
+    return json.dump();
 }
 
 Json FaultJson(const Fault& fault) {
     return {{"offset", fault.offset}, {"where", fault.where}, {"text", fault.text}};
 }
 
-// The elements one a line, so that a large file is never held as JSON as a whole.
-template <typename Element>
-void WriteList(const std::vector<Element>& elements, Json (*toJson)(const Element&),
-               std::ostream& out) {
+// `write` is called with each element, which begins a line: a large file is never held as JSON as a
+// whole.
+template <typename Elements, typename Write>
+void WriteList(const Elements& elements, std::ostream& out, Write write) {
     const char* separator = "\n";
     out << '[';
-    for (const Element& element : elements) {
-        out << separator << toJson(element).dump();
+    for (const auto& element : elements) {
+        out << separator;
+        write(element);
         separator = ",\n";
     }
     out << (elements.empty() ? "]" : "\n]");
+}
+
+void WriteSubMesh(const Mesh& mesh, const SubMesh& subMesh, std::ostream& out) {
+    out << R"({"materialNumber":)" << subMesh.material << R"(,"indexCount":)"
+        << subMesh.faces.size() * 3 << R"(,"vertexCount":)" << subMesh.vertices.size()
+        << ",\n\"vertices\":";
+    WriteList(subMesh.vertices, out, [&](const Vertex& vertex) {
+        const Json row = {{"originalVertex", vertex.originalVertex},
+                          {"position", Value(vertex.position)},
+                          {"normal", Value(vertex.normal)},
+                          {"textureCoordinates", TextureCoordinatesOf(mesh, subMesh, vertex)}};
+        out << row.dump();
+    });
+    out << ",\n\"faces\":";
+    WriteList(subMesh.faces, out, [&](const auto& face) { out << Value(face).dump(); });
+    out << '}';
+}
+
+void WriteChunk(const Chunk& chunk, std::ostream& out) {
+    std::string head = ChunkHead(chunk);
+    const Mesh* mesh = std::get_if<Mesh>(&chunk.body);
+    if (mesh == nullptr) {
+        out << head;
+        return;
+    }
+    head.pop_back();  // the brace, so that the object goes on
+    out << head << ",\n\"subMeshes\":";
+    WriteList(mesh->subMeshes, out,
+              [&](const SubMesh& subMesh) { WriteSubMesh(*mesh, subMesh, out); });
+    out << '}';
 }
 
 // ---------------------------------------------------------------- UTF-8
@@ -185,6 +188,11 @@ void DumpText(const std::string& path, const File& file, std::ostream& out) {
         for (const Field& field : Fields(chunk)) {
             WriteField(field, out);
         }
+        if (const auto* mesh = std::get_if<Mesh>(&chunk.body)) {
+            for (const SubMesh& subMesh : mesh->subMeshes) {
+                WriteSubMeshLines(*mesh, subMesh, out);
+            }
+        }
     }
 }
 
@@ -192,10 +200,10 @@ void DumpJson(const std::string& path, const File& file, const std::vector<Fault
               std::ostream& out) {
     out << "{\"file\":" << Json(ToUtf8(path)).dump() << ",\n\"kind\":\"" << KindName(file.kind)
         << "\",\n\"version\":" << Json(file.version).dump() << ",\n\"chunks\":";
-    WriteList(file.chunks, ChunkJson, out);
+    WriteList(file.chunks, out, [&](const Chunk& chunk) { WriteChunk(chunk, out); });
     if (!faults.empty()) {
         out << ",\n\"faults\":";
-        WriteList(faults, FaultJson, out);
+        WriteList(faults, out, [&](const Fault& fault) { out << FaultJson(fault).dump(); });
     }
     out << "}\n";
 }

@@ -4,6 +4,8 @@
 #include <iomanip>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
+#include <utility>
 #include <variant>
 
 #include "kta/dump.h"
@@ -71,8 +73,52 @@ std::size_t Depth(const Nodes& nodes) {
     return deepest;
 }
 
+void Count(const Mesh& mesh, Summary& summary) {
+    summary.meshes += 1;
+    summary.collisionMeshes += mesh.isCollision ? 1 : 0;
+    summary.subMeshes += mesh.subMeshes.size();
+    summary.triangles += static_cast<std::size_t>(mesh.numIndices / 3);
+    summary.vertices += static_cast<std::size_t>(mesh.numVertices);
+    summary.originalVertices += static_cast<std::size_t>(mesh.numOriginalVertices);
+}
+
+void CountGeometry(const File& file, Summary& summary) {
+    std::unordered_set<std::string_view> textures;
+    for (const Chunk& chunk : file.chunks) {
+        if (const auto* mesh = std::get_if<Mesh>(&chunk.body)) {
+            Count(*mesh, summary);
+        } else if (const auto* layer = std::get_if<MaterialLayer>(&chunk.body)) {
+            summary.layers += 1;
+            textures.insert(layer->textureFileName);
+        } else if (std::holds_alternative<Material>(chunk.body)) {
+            summary.materials += 1;
+        }
+    }
+    summary.textures = textures.size();
+}
+
 void WriteLine(const std::string& label, const std::string& value, std::ostream& out) {
     out << "  " << std::setw(24) << std::left << label << value << '\n';
+}
+
+void WriteActorLines(const Summary& summary, std::ostream& out) {
+    const std::pair<const char*, std::size_t> lines[] = {
+        {"nodes", summary.nodes},
+        {"bones", summary.bones},
+        {"with helper size", summary.helpers},
+        {"hierarchy levels", summary.depth},
+        {"materials", summary.materials},
+        {"layers", summary.layers},
+        {"textures", summary.textures},
+        {"meshes", summary.meshes},
+        {"for collision", summary.collisionMeshes},
+        {"sub-meshes", summary.subMeshes},
+        {"triangles", summary.triangles},
+        {"vertices", summary.vertices},
+        {"vertices in the scene", summary.originalVertices}};
+    for (const auto& [label, count] : lines) {
+        WriteLine(label, std::to_string(count), out);
+    }
 }
 
 }  // namespace
@@ -90,6 +136,7 @@ Summary Summarize(const File& file) {
     }
     summary.nodes = nodes.size();
     summary.depth = Depth(nodes);
+    CountGeometry(file, summary);
     return summary;
 }
 
@@ -110,10 +157,7 @@ void WriteInfo(const std::string& path, const File& file, std::ostream& out) {
                   std::to_string(total.count) + ", " + std::to_string(total.bytes) + " bytes", out);
     }
     if (file.kind == kFileKindActor) {
-        WriteLine("nodes", std::to_string(summary.nodes), out);
-        WriteLine("bones", std::to_string(summary.bones), out);
-        WriteLine("with helper size", std::to_string(summary.helpers), out);
-        WriteLine("hierarchy levels", std::to_string(summary.depth), out);
+        WriteActorLines(summary, out);
     }
 }
 

@@ -23,6 +23,15 @@ struct Summary {
     std::size_t bones = 0;
     std::size_t helpers = 0;  // nodes with a helper size
     std::size_t depth = 0;    // levels of the node hierarchy; 1 when no node has a parent
+    std::size_t meshes = 0;
+    std::size_t collisionMeshes = 0;  // of the meshes
+    std::size_t subMeshes = 0;
+    std::size_t triangles = 0;
+    std::size_t vertices = 0;
+    std::size_t originalVertices = 0;  // of the scene's meshes
+    std::size_t materials = 0;
+    std::size_t layers = 0;
+    std::size_t textures = 0;  // distinct file names of the layers
 };
 
 // A node's parent is the first node of that name; a name that no node has stands for none, and so

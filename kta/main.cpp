@@ -1,13 +1,20 @@
 // The command `kta`. Results go to standard output, everything else to standard error.
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
 #include <exception>
+#include <fstream>
 #include <iostream>
+#include <optional>
 #include <string>
+#include <system_error>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "kta/dump.h"
 #include "kta/info.h"
+#include "kta/preview.h"
 #include "kta/reader.h"
 #include "kta/text.h"
 
@@ -19,6 +26,10 @@ struct Options {
     std::vector<std::string> infoFiles;
     std::string dumpFile;
     bool json = false;
+    std::string previewFile;
+    std::string picture;
+    std::string size = "800x600";
+    kta::PreviewView view;
 };
 
 void Complain(const std::string& text) {
@@ -61,22 +72,125 @@ Status Dump(const std::string& path, bool json) {
     return Report(kta::FaultLines(path, reading), reading);
 }
 
+bool Write(const std::string& path, const std::vector<std::uint8_t>& bytes) {
+    std::ofstream file(path, std::ios::binary);
+    file.write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+    file.close();
+    return static_cast<bool>(file);
+}
+
+// What was read of a faulty file is drawn all the same.
+Status Preview(const std::string& path, const std::string& picturePath,
+               const kta::PreviewView& view) {
+    const kta::Reading reading = kta::ReadFile(path, kFileKindActor);
+    Status status = Report(kta::FirstFaults(kta::FaultLines(path, reading), path), reading);
+    if (!reading.file || reading.file->kind != kFileKindActor) {
+        return status;
+    }
+    const std::optional<kta::Picture> picture = kta::DrawPreview(*reading.file, view);
+    if (!picture) {
+        Complain(path + ": no triangle to show, nothing written");
+        return kUnusable;
+    }
+    if (!Write(picturePath, kta::EncodePng(*picture))) {
+        Complain(picturePath + ": cannot be written");
+        return kUnusable;
+    }
+    return status;
+}
+
+// ---------------------------------------------------------------- command line
+
+// The two sides of "WIDTHxHEIGHT"; none for any other text, or a side that no picture has.
+std::optional<std::pair<int, int>> ParseSize(const std::string& text) {
+    int sides[2] = {};
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    for (int i = 0; i < 2; ++i) {
+        const auto [next, error] = std::from_chars(at, end, sides[i]);
+        const bool separated = i == 0 ? next != end && *next == 'x' : next == end;
+        if (error != std::errc() || !separated || sides[i] < 1 ||
+            sides[i] > kta::kGreatestPictureSide) {
+            return std::nullopt;
+        }
+        at = next + (i == 0 ? 1 : 0);
+    }
+    return std::pair(sides[0], sides[1]);
+}
+
+std::string CheckSize(const std::string& text) {
+    return ParseSize(text) ? ""
+                           : "\"" + text + "\" is no size, expected WIDTHxHEIGHT, each 1 to " +
+                                 std::to_string(kta::kGreatestPictureSide);
+}
+
+std::string CheckPicture(const std::string& path) {
+    return kta::EndsWithIgnoringCase(path, ".png")
+               ? ""
+               : "\"" + path + "\" is no picture, expected a name that ends in .png";
+}
+
+// A number within [-most, most], and so a finite one.
+CLI::Validator Degrees(double most) {
+    const auto check = [most](const std::string& text) -> std::string {
+        double value = 0;
+        const char* const end = text.data() + text.size();
+        const auto [next, error] = std::from_chars(text.data(), end, value);
+        if (error == std::errc() && next == end && value >= -most && value <= most) {
+            return "";
+        }
+        const std::string bound = std::to_string(static_cast<int>(most));
+        return "\"" + text + "\" is no angle, expected -" + bound + " to " + bound;
+    };
+    return CLI::Validator(check, "");
+}
+
+void DescribePreview(CLI::App& app, Options& options) {
+    CLI::App* preview = app.add_subcommand(
+        "preview",
+        "A picture of an actor: its meshes in their materials' diffuse colours. Pictures (.png)\n"
+        "are all that there is yet; animated pages (.html), motion and textures are not shown.");
+    preview->add_option("ACTOR", options.previewFile, "Actor file")->required();
+    preview->add_option("-o,--output", options.picture, "The picture to write, named *.png")
+        ->required()
+        ->check(CheckPicture);
+    preview->add_option("--size", options.size, "Width and height in pixels, such as 1920x1080")
+        ->type_name("WxH")
+        ->capture_default_str()
+        ->check(CheckSize);
+    preview
+        ->add_option("--azimuth", options.view.azimuth,
+                     "How far round the scene the viewer stands: 0 in front, 90 to its right")
+        ->type_name("DEGREES")
+        ->capture_default_str()
+        ->check(Degrees(360));
+    preview
+        ->add_option("--elevation", options.view.elevation,
+                     "How far up the viewer is: 0 level, 90 above the scene")
+        ->type_name("DEGREES")
+        ->capture_default_str()
+        ->check(Degrees(90));
+    preview->add_flag("--collision", options.view.withCollision, "Show collision meshes as well");
+}
+
 void Describe(CLI::App& app, Options& options) {
     app.set_version_flag("--version", "kta " KTA_VERSION);
     app.require_subcommand(1);
     app.allow_windows_style_options(false);  // "/dir/file" is a path on Windows too
     app.footer(
-        "Exit status: 0 done, 1 a file is faulty, 2 bad usage, a file that cannot be read, or\n"
-        "output that cannot be written.");
+        "Exit status: 0 done, 1 a file is faulty, 2 bad usage, a file that cannot be read or has\n"
+        "nothing to show, or output that cannot be written.");
 
     CLI::App* info =
-        app.add_subcommand("info", "What is in the files: kind, version, size, chunks, nodes");
+        app.add_subcommand("info", "What is in the files: kind, size, chunks, nodes, geometry");
     info->add_option("FILE", options.infoFiles, "Actor or motion files")->required();
 
     CLI::App* dump =
         app.add_subcommand("dump", "Every chunk and field of a file, in file order, with offsets");
     dump->add_option("FILE", options.dumpFile, "Actor or motion file")->required();
     dump->add_flag("--json", options.json, "As one JSON object");
+    DescribePreview(app, options);
 }
 
 // CLI11's own text does not tell what stands in the command's place.
@@ -105,8 +219,14 @@ Status Run(int argc, char** argv) {
         Complain((lacksCommand ? WithoutCommand(app) : error.what()) + " (see kta --help)");
         return kUnusable;
     }
-    return app.got_subcommand("info") ? Info(options.infoFiles)
-                                      : Dump(options.dumpFile, options.json);
+    if (app.got_subcommand("info")) {
+        return Info(options.infoFiles);
+    }
+    if (app.got_subcommand("dump")) {
+        return Dump(options.dumpFile, options.json);
+    }
+    std::tie(options.view.width, options.view.height) = ParseSize(options.size).value();
+    return Preview(options.previewFile, options.picture, options.view);
 }
 
 }  // namespace

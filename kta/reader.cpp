@@ -7,12 +7,13 @@
 #include <system_error>
 #include <utility>
 
+#include "kta/read_bodies.h"
+
 namespace kta {
 namespace {
 
 constexpr std::string_view kMagic = "KTA ";
 constexpr std::array<std::uint8_t, 2> kVersion = {1, 1};
-constexpr std::size_t kNodeNameSize = 260;
 
 // A text for a fault line: bytes that are not printable ASCII stand as \xNN.
 std::string Quoted(std::string_view bytes) {
@@ -33,49 +34,19 @@ std::string VersionText(const std::array<std::uint8_t, 2>& version) {
     return std::to_string(version[0]) + "." + std::to_string(version[1]);
 }
 
-// ---------------------------------------------------------------- chunk bodies
+// ---------------------------------------------------------------- framing
 
-// Node chunk, offsets in the body: 0 name[260], 260 parent name[260], 520 translation f32[3],
-// 532 rotation f32[4], 548 scale f32[3], 560 matrix f32[4][4], 624 bone flag u8,
-// 625 helper-size flag u8, 626 padding[2], 628 helper size f32.
-Node ReadNode(Cursor& cursor) {
-    Node node;
-    node.nodeName = cursor.Text(kNodeNameSize, "node name");
-    node.parentName = cursor.Text(kNodeNameSize, "parent name");
-    node.translation = cursor.Floats<3>("translation");
-    node.rotation = cursor.Floats<4>("rotation");
-    node.scale = cursor.Floats<3>("scale");
-    for (auto& row : node.inverseWorldMatrix) {
-        row = cursor.Floats<4>("inverse world matrix");
-    }
-    node.isBone = cursor.Flag("bone flag");
-    node.hasHelperSize = cursor.Flag("helper-size flag");
-    cursor.Skip(2);
-    node.helperSize = cursor.F32("helper size");
-    return node;
-}
-
-void ReadNodeBody(Cursor& cursor, Chunk& chunk) {
-    if (chunk.size != kNodeSize) {
-        cursor.Stop(chunk.offset + 4, "size is " + std::to_string(chunk.size) + ", expected " +
-                                          std::to_string(kNodeSize));
-    }
-    if (cursor.Require(kNodeSize, "body")) {
-        chunk.body = ReadNode(cursor);
-    }
-}
-
-// A kind of chunk whose layout this reader knows, in one version. The function reads the body
-// into the chunk, whose header is filled, or stops the cursor.
+// A kind of chunk whose layout this reader knows, in one version.
 struct BodyReader {
     KTAChunkId id;
     std::uint32_t version;
     void (*read)(Cursor& cursor, Chunk& chunk);
 };
 
-constexpr BodyReader kBodyReaders[] = {{kChunkNode, 3, ReadNodeBody}};
-
-// ---------------------------------------------------------------- framing
+constexpr BodyReader kBodyReaders[] = {{kChunkNode, 3, ReadNodeBody},
+                                       {kChunkMesh, 3, ReadMeshBody},
+                                       {kChunkMaterial, 2, ReadMaterialBody},
+                                       {kChunkMaterialLayer, 3, ReadMaterialLayerBody}};
 
 void ReadBody(Cursor& cursor, Chunk& chunk) {
     bool kindIsRead = false;

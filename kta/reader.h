@@ -15,6 +15,7 @@
 #include <variant>
 #include <vector>
 
+#include "kta/bodies.h"
 #include "kta/cursor.h"
 #include "src/format/chunk_ids.h"
 
@@ -22,27 +23,13 @@ namespace kta {
 
 constexpr std::size_t kFileHeaderSize = 7;
 constexpr std::size_t kChunkHeaderSize = 12;
-constexpr std::uint32_t kNodeSize = 632;
-
-// Vectors are x, z, y and quaternions x, z, y, w of the exported scene, as they stand in the file.
-struct Node {
-    std::string nodeName;
-    std::string parentName;  // empty: no parent
-    std::array<float, 3> translation{};
-    std::array<float, 4> rotation{};
-    std::array<float, 3> scale{};
-    std::array<std::array<float, 4>, 4> inverseWorldMatrix{};  // rows; row 3 is the translation
-    bool isBone = false;
-    bool hasHelperSize = false;
-    float helperSize = 0;
-};
 
 struct Chunk {
     const KTAChunkType* type = nullptr;  // entry of the table of chunk kinds; never null
     std::uint64_t offset = 0;            // of the chunk's header
     std::uint32_t size = 0;              // as declared
     std::uint32_t version = 0;
-    std::variant<Node> body;
+    std::variant<Node, Mesh, Material, MaterialLayer> body;
 };
 
 struct File {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -57,7 +58,7 @@ TEST(CommandTest, HelpAndVersion) {
     const Result help = Kta("--help");
     EXPECT_EQ(help.status, 0);
     EXPECT_EQ(help.errors, "");
-    for (const char* text : {"info", "dump", "--version", "Exit status:"}) {
+    for (const char* text : {"info", "dump", "preview", "--version", "Exit status:"}) {
         EXPECT_NE(help.output.find(text), std::string::npos) << text;
     }
     const Result version = Kta("--version");
@@ -80,13 +81,14 @@ TEST(CommandTest, BadUsage) {
 }
 
 TEST(CommandTest, WhatIsNoCommandIsNamed) {
+    EXPECT_EQ(Kta("frobnicate x").errors,
+              "kta: \"frobnicate\": no such command, expected one of info, dump, preview (see kta "
+              "--help)\n");
     EXPECT_EQ(
-        Kta("frobnicate x").errors,
-        "kta: \"frobnicate\": no such command, expected one of info, dump (see kta --help)\n");
-    EXPECT_EQ(Kta("--json").errors,
-              "kta: \"--json\": no such command, expected one of info, dump (see kta --help)\n");
+        Kta("--json").errors,
+        "kta: \"--json\": no such command, expected one of info, dump, preview (see kta --help)\n");
     EXPECT_EQ(Kta("").errors,
-              "kta: no command given, expected one of info, dump (see kta --help)\n");
+              "kta: no command given, expected one of info, dump, preview (see kta --help)\n");
 }
 
 TEST(CommandTest, InfoShowsTheFirstFaultsAndDumpAll) {
@@ -155,6 +157,124 @@ TEST(CommandTest, UnreadableFileOutranksFaultyOnesAndTheRestIsDone) {
     EXPECT_NE(result.errors.find("kta: " + faulty + ": offset 0: header: cut off"),
               std::string::npos);
     EXPECT_TRUE(result.output.starts_with(good + "\n")) << result.output;
+}
+
+// ---------------------------------------------------------------- preview
+
+sample::Bytes TriangleFile() {
+    sample::Writer writer;
+    AddMesh(AddHeader(writer, sample::Kind::actor), sample::Triangle(0, 0, 0));
+    return writer.bytes;
+}
+
+sample::Bytes BytesOf(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_TRUE(file) << path;
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+TEST(PreviewCommandTest, Help) {
+    const Result help = Kta("preview --help");
+    EXPECT_EQ(help.status, 0);
+    for (const char* text : {"--output", "--size", "800x600", "--azimuth", "--elevation",
+                             "--collision", ".html", "yet"}) {
+        EXPECT_NE(help.output.find(text), std::string::npos) << text;
+    }
+}
+
+TEST(PreviewCommandTest, WritesTheSamePngEachTime) {
+    const std::string path = sample::Save("triangle", TriangleFile());
+    const std::string a = sample::ScratchPath("a.png");
+    const std::string b = sample::ScratchPath("b.PNG");
+    for (const std::string& picture : {a, b}) {
+        const Result result = Kta("preview " + InQuotes(path) + " -o " + InQuotes(picture) +
+                                  " --size 320x200 --azimuth -20.5 --elevation 90 --collision");
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.output + result.errors, "");
+    }
+    const sample::Bytes bytes = BytesOf(a);
+    EXPECT_EQ(bytes, BytesOf(b));
+    ASSERT_GT(bytes.size(), 24u);
+    // The signature, and width and height in the first chunk.
+    const sample::Bytes head = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'};
+    EXPECT_TRUE(std::equal(head.begin(), head.end(), bytes.begin()));
+    EXPECT_EQ(sample::Bytes(bytes.begin() + 16, bytes.begin() + 24),
+              (sample::Bytes{0, 0, 1, 64, 0, 0, 0, 200}));
+}
+
+TEST(PreviewCommandTest, BadUsage) {
+    const std::string path = InQuotes(sample::Save("triangle", TriangleFile()));
+    const std::string picture = InQuotes(sample::ScratchPath("x.png"));
+    for (const std::string& arguments :
+         {path, std::string("-o ") + picture, path + " -o x.html", path + " -o png",
+          path + " -o " + picture + " --size 800", path + " -o " + picture + " --size 0x5",
+          path + " -o " + picture + " --size 10x8193", path + " -o " + picture + " --size 5x5x5",
+          path + " -o " + picture + " --size -5x5",
+          path + " -o " + picture + " --size 99999999999x5",
+          path + " -o " + picture + " --azimuth nan", path + " -o " + picture + " --azimuth 361",
+          path + " -o " + picture + " --elevation 91",
+          path + " -o " + picture + " --elevation up"}) {
+        const Result result = Kta("preview " + arguments);
+        EXPECT_EQ(result.status, 2) << arguments;
+        EXPECT_EQ(result.output, "") << arguments;
+        EXPECT_TRUE(result.errors.starts_with("kta: ")) << result.errors;
+        EXPECT_EQ(result.errors.find('\n'), result.errors.size() - 1) << result.errors;
+    }
+    EXPECT_FALSE(std::ifstream(sample::ScratchPath("x.png")));
+}
+
+TEST(PreviewCommandTest, NothingToShow) {
+    sample::Writer writer;
+    sample::Mesh collision = sample::Triangle(0, 0, 0);
+    collision.isCollision = 1;
+    AddMesh(AddHeader(writer, sample::Kind::actor), collision);
+    const std::string path = sample::Save("collision", writer.bytes);
+    const std::string picture = sample::ScratchPath("x.png");
+    std::remove(picture.c_str());  // an earlier run's
+    const std::string arguments = "preview " + InQuotes(path) + " -o " + InQuotes(picture);
+    const Result result = Kta(arguments);
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.errors, "kta: " + path + ": no triangle to show, nothing written\n");
+    EXPECT_FALSE(std::ifstream(picture));
+    EXPECT_EQ(Kta(arguments + " --collision").status, 0);
+}
+
+TEST(PreviewCommandTest, FilesThatCannotBeDrawn) {
+    const std::string picture = " -o " + InQuotes(sample::ScratchPath("x.png"));
+    const std::string missing = sample::ScratchPath("missing");
+    const Result none = Kta("preview " + InQuotes(missing) + picture);
+    EXPECT_EQ(none.status, 2);
+    EXPECT_TRUE(none.errors.starts_with("kta: " + missing + ": cannot be opened ("));
+
+    sample::Writer writer;
+    const std::string motion =
+        sample::Save("motion", AddHeader(writer, sample::Kind::motion).bytes);
+    const Result result = Kta("preview " + InQuotes(motion) + picture);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, "kta: " + motion +
+                                 ": offset 6: header: file kind is \"motion\", expected "
+                                 "\"actor\"\n");
+    EXPECT_FALSE(std::ifstream(sample::ScratchPath("x.png")));
+}
+
+TEST(PreviewCommandTest, WhatWasReadOfAFaultyFileIsDrawn) {
+    sample::Bytes bytes = TriangleFile();
+    bytes.push_back(0);
+    const std::string path = sample::Save("faulty", bytes);
+    const std::string picture = sample::ScratchPath("x.png");
+    std::remove(picture.c_str());  // an earlier run's
+    const Result result = Kta("preview " + InQuotes(path) + " -o " + InQuotes(picture));
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.errors.find("chunk header: cut off"), std::string::npos);
+    EXPECT_TRUE(std::ifstream(picture));
+}
+
+TEST(PreviewCommandTest, PictureThatCannotBeWritten) {
+    const std::string path = sample::Save("triangle", TriangleFile());
+    const std::string picture = sample::ScratchPath("no_such_directory") + "/x.png";
+    const Result result = Kta("preview " + InQuotes(path) + " -o " + InQuotes(picture));
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.errors, "kta: " + picture + ": cannot be written\n");
 }
 
 #ifdef __linux__

@@ -3,6 +3,7 @@
 #include <bit>
 #include <cstdlib>
 #include <limits>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <random>
 #include <sstream>
@@ -164,6 +165,128 @@ TEST(DumpTest, JsonIsValidForAnyNameAndPath) {
     EXPECT_EQ(dump.at("chunks")[0].at("nodeName"), kta::ToUtf8(name));
 }
 
+sample::Bytes GeometryFile() {
+    sample::Writer writer;
+    AddMaterial(AddHeader(writer, sample::Kind::actor), {.name = "Red \xe9"});
+    AddLayer(writer, {.texture = "a.png"});
+    AddLayer(writer, {.texture = "b.png", .type = 3});
+    AddMaterial(writer, {.name = "Blue"});
+    AddLayer(writer, {.texture = "a.png", .material = 1});
+    AddNode(writer, {});
+    AddMesh(writer, sample::Triangle(200, 1, 2));
+    sample::Mesh collision = sample::Triangle(0, 0, 0);
+    collision.isCollision = 1;
+    collision.subMeshes.push_back(collision.subMeshes[0]);
+    return AddMesh(writer, collision).bytes;
+}
+
+TEST(DumpTest, TextOfMaterialsAndLayers) {
+    sample::Writer writer;
+    AddMaterial(AddHeader(writer, sample::Kind::actor), {.name = "Red", .wire = 1});
+    AddLayer(writer, {});
+    std::ostringstream out;
+    kta::DumpText("x", kta::Read(writer.bytes).file.value(), out);
+    const std::string text = out.str();
+    EXPECT_EQ(text.substr(text.find("\noffset 7:")),
+              "\n"
+              "offset 7: material chunk, id 6, size 108, version 2\n"
+              "          19  materialName        \"Red\"\n"
+              "          59  ambient             [0.0,0.0,0.0]\n"
+              "          71  diffuse             [0.75,0.75,0.75]\n"
+              "          83  specular            [1.0,1.0,1.0]\n"
+              "          95  selfIllumination    [0.0,0.0,0.0]\n"
+              "         107  shininess           0.0\n"
+              "         111  shininessStrength   0.0\n"
+              "         115  opacity             1.0\n"
+              "         119  indexOfRefraction   1.5\n"
+              "         123  twoSided            false\n"
+              "         124  wire                true\n"
+              "         125  transparencyType    \"F\"\n"
+              "\n"
+              "offset 127: material layer chunk, id 7, size 288, version 3\n"
+              "         139  textureFileName     \"wood.png\"\n"
+              "         399  layerType           1\n"
+              "         401  parentMaterial      0\n"
+              "         403  amount              1.0\n"
+              "         407  uOffset             0.0\n"
+              "         411  vOffset             0.0\n"
+              "         415  uTiling             1.0\n"
+              "         419  vTiling             1.0\n"
+              "         423  rotationAngle       0.0\n");
+}
+
+TEST(DumpTest, TextOfAMesh) {
+    sample::Writer writer;
+    AddMesh(AddHeader(writer, sample::Kind::actor), sample::Triangle(200, 1, 2));
+    std::ostringstream out;
+    kta::DumpText("x", kta::Read(writer.bytes).file.value(), out);
+    const std::string text = out.str();
+    EXPECT_EQ(text.substr(text.find("\noffset 7:")),
+              "\n"
+              "offset 7: mesh chunk, id 3, size 160, version 3\n"
+              "          19  nodeNumber          0\n"
+              "          23  originalVertexCount 9\n"
+              "          27  vertexCount         3\n"
+              "          31  indexCount          3\n"
+              "          35  subMeshCount        1\n"
+              "          39  mapChannelCount     1\n"
+              "          43  isCollision         false\n"
+              "          47  materialNumber      200\n"
+              "          51  indexCount          3\n"
+              "          55  vertexCount         3\n"
+              "          63  vertex              2 [1.5,2.5,3.5] [4.5,5.5,6.5] [7.5,8.5] "
+              "[9.5,10.5]\n"
+              "         107  vertex              5 [11.5,12.5,13.5] [14.5,15.5,16.5] "
+              "[17.5,18.5] [19.5,20.5]\n"
+              "         151  vertex              8 [21.5,22.5,23.5] [24.5,25.5,26.5] "
+              "[27.5,28.5] [29.5,30.5]\n"
+              "         195  face                [0,2,1]\n");
+}
+
+TEST(DumpTest, JsonOfGeometry) {
+    const std::string text = JsonOf(kta::Read(GeometryFile()));
+    const json dump = json::parse(text);
+    const json& chunks = dump.at("chunks");
+    ASSERT_EQ(chunks.size(), 8u);
+    EXPECT_EQ(chunks[0].at("materialName"), "Red \xc3\xa9");
+    EXPECT_EQ(chunks[0].at("diffuse"), json::array({0.75, 0.75, 0.75}));
+    EXPECT_EQ(chunks[0].at("transparencyType"), "F");
+    EXPECT_EQ(chunks[0].size(), 5u + 12);
+    EXPECT_EQ(chunks[2].at("textureFileName"), "b.png");
+    EXPECT_EQ(chunks[2].at("layerType"), 3);
+    EXPECT_EQ(chunks[2].size(), 5u + 9);
+    EXPECT_EQ(chunks[4].at("parentMaterial"), 1);
+    json mesh = chunks[6];
+    EXPECT_EQ(mesh.at("subMeshes")[0].at("vertices")[1],
+              json::parse(R"({"originalVertex": 5, "position": [11.5, 12.5, 13.5],
+                              "normal": [14.5, 15.5, 16.5],
+                              "textureCoordinates": [[17.5, 18.5], [19.5, 20.5]]})"));
+    mesh.at("subMeshes")[0].erase("vertices");
+    mesh.erase("offset");
+    EXPECT_EQ(mesh, json::parse(R"({"id": 3, "name": "mesh", "size": 160, "version": 3,
+        "nodeNumber": 0, "originalVertexCount": 9, "vertexCount": 3, "indexCount": 3,
+        "subMeshCount": 1, "mapChannelCount": 1, "isCollision": false,
+        "subMeshes": [{"materialNumber": 200, "indexCount": 3, "vertexCount": 3,
+                       "faces": [[0, 2, 1]]}]})"));
+    EXPECT_EQ(chunks[7].at("isCollision"), true);
+    EXPECT_EQ(chunks[7].at("subMeshes").size(), 2u);
+    EXPECT_EQ(chunks[7].at("subMeshes")[1].at("vertices")[2].at("textureCoordinates"),
+              json::array());
+}
+
+// Each chunk, vertex and face begins a line of its own, so that dumps can be compared by lines.
+TEST(DumpTest, JsonLines) {
+    std::istringstream lines(JsonOf(kta::Read(GeometryFile())));
+    std::map<std::string, int> begins;
+    for (std::string line; std::getline(lines, line);) {
+        ++begins[line.substr(0, line.find_first_of(":0123456789"))];
+    }
+    EXPECT_EQ(begins["{\"id\""], 8);
+    EXPECT_EQ(begins["{\"materialNumber\""], 3);
+    EXPECT_EQ(begins["{\"originalVertex\""], 9);
+    EXPECT_EQ(begins["["], 3);
+}
+
 // ---------------------------------------------------------------- info
 
 TEST(InfoTest, CountsChunksNodesBonesAndHelpers) {
@@ -193,7 +316,48 @@ TEST(InfoTest, CountsChunksNodesBonesAndHelpers) {
               "  nodes                   4\n"
               "  bones                   2\n"
               "  with helper size        1\n"
-              "  hierarchy levels        3\n");
+              "  hierarchy levels        3\n"
+              "  materials               0\n"
+              "  layers                  0\n"
+              "  textures                0\n"
+              "  meshes                  0\n"
+              "  for collision           0\n"
+              "  sub-meshes              0\n"
+              "  triangles               0\n"
+              "  vertices                0\n"
+              "  vertices in the scene   0\n");
+}
+
+TEST(InfoTest, CountsGeometry) {
+    const kta::Reading reading = kta::Read(GeometryFile());
+    ASSERT_TRUE(reading.Good());
+    const kta::Summary summary = kta::Summarize(*reading.file);
+    EXPECT_EQ(summary.materials, 2u);
+    EXPECT_EQ(summary.layers, 3u);
+    EXPECT_EQ(summary.textures, 2u);
+    EXPECT_EQ(summary.meshes, 2u);
+    EXPECT_EQ(summary.collisionMeshes, 1u);
+    EXPECT_EQ(summary.subMeshes, 3u);
+    EXPECT_EQ(summary.triangles, 3u);
+    EXPECT_EQ(summary.vertices, 9u);
+    EXPECT_EQ(summary.originalVertices, 18u);
+    ASSERT_EQ(summary.chunks.size(), 4u);
+    EXPECT_EQ(summary.chunks[1].type->id, kChunkMesh);
+    EXPECT_EQ(summary.chunks[1].bytes, (12u + 160 + 4 + 3 * 8) + (12 + 28 + 2 * (12 + 84 + 12)));
+
+    std::ostringstream out;
+    kta::WriteInfo("x", *reading.file, out);
+    EXPECT_NE(out.str().find("  materials               2\n"
+                             "  layers                  3\n"
+                             "  textures                2\n"
+                             "  meshes                  2\n"
+                             "  for collision           1\n"
+                             "  sub-meshes              3\n"
+                             "  triangles               3\n"
+                             "  vertices                9\n"
+                             "  vertices in the scene   18\n"),
+              std::string::npos)
+        << out.str();
 }
 
 TEST(InfoTest, MotionFileHasNoNodeLines) {

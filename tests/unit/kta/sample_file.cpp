@@ -12,6 +12,10 @@ Writer& Writer::U8(std::uint8_t value) {
     return *this;
 }
 
+Writer& Writer::U16(std::uint16_t value) {
+    return U8(static_cast<std::uint8_t>(value)).U8(static_cast<std::uint8_t>(value >> 8));
+}
+
 Writer& Writer::U32(std::uint32_t value) {
     for (int shift = 0; shift < 32; shift += 8) {
         bytes.push_back(static_cast<std::uint8_t>(value >> shift));
@@ -63,6 +67,96 @@ Writer& AddNode(Writer& writer, const Node& node) {
         .U8(0)
         .U8(0)
         .F32(node.helperSize);
+}
+
+namespace {
+
+void AddSubMesh(Writer& writer, const SubMesh& subMesh) {
+    const auto numIndices = static_cast<std::uint32_t>(subMesh.faces.size() * 3);
+    const auto numVertices = static_cast<std::uint32_t>(subMesh.vertices.size());
+    const bool isShort = subMesh.material < 128;
+    writer.U8(isShort ? static_cast<std::uint8_t>(subMesh.material) : 255).U8(0).U16(0);
+    writer.U32(numIndices).U32(numVertices);
+    if (!isShort) {
+        writer.U32(subMesh.material);
+    }
+    for (const Vertex& vertex : subMesh.vertices) {
+        writer.U32(vertex.original).Floats(vertex.position).Floats(vertex.normal);
+        for (const auto& pair : vertex.pairs) {
+            writer.Floats(pair);
+        }
+    }
+    for (const auto& face : subMesh.faces) {
+        writer.U32(face[0]).U32(face[1]).U32(face[2]);
+    }
+}
+
+}  // namespace
+
+Writer& AddMesh(Writer& writer, const Mesh& mesh) {
+    std::uint32_t numVertices = 0;
+    std::uint32_t numFaces = 0;
+    std::uint32_t size = 28;
+    for (const SubMesh& subMesh : mesh.subMeshes) {
+        const auto vertices = static_cast<std::uint32_t>(subMesh.vertices.size());
+        const auto faces = static_cast<std::uint32_t>(subMesh.faces.size());
+        numVertices += vertices;
+        numFaces += faces;
+        size += (3 * faces + 3) * 4 + vertices * 28 + vertices * mesh.numMapChannels * 8;
+    }
+    AddChunkHeader(writer, 3, size, 3).U32(mesh.node).U32(mesh.numOriginalVertices);
+    writer.U32(numVertices).U32(numFaces * 3);
+    writer.U32(static_cast<std::uint32_t>(mesh.subMeshes.size())).U32(mesh.numMapChannels);
+    writer.U8(mesh.isCollision).U8(0).U16(0);
+    for (const SubMesh& subMesh : mesh.subMeshes) {
+        AddSubMesh(writer, subMesh);
+    }
+    return writer;
+}
+
+Writer& AddMaterial(Writer& writer, const Material& material) {
+    return AddChunkHeader(writer, 6, 108, 2)
+        .Text(material.name, 40)
+        .Floats(material.ambient)
+        .Floats(material.diffuse)
+        .Floats(material.specular)
+        .Floats(material.selfIllumination)
+        .Floats(material.rest)
+        .U8(material.twoSided)
+        .U8(material.wire)
+        .U8(static_cast<std::uint8_t>(material.transparencyType))
+        .U8(0);
+}
+
+Writer& AddLayer(Writer& writer, const Layer& layer) {
+    return AddChunkHeader(writer, 7, 288, 3)
+        .Text(layer.texture, 260)
+        .U8(layer.type)
+        .U8(0)
+        .U16(layer.material)
+        .Floats(layer.rest);
+}
+
+Mesh Triangle(std::uint32_t material, std::uint32_t numMapChannels, std::uint32_t pairs) {
+    Mesh mesh;
+    mesh.numOriginalVertices = 9;
+    mesh.numMapChannels = numMapChannels;
+    SubMesh& subMesh = mesh.subMeshes.emplace_back();
+    subMesh.material = material;
+    subMesh.faces = {{0, 2, 1}};
+    float next = 0.5f;
+    const auto number = [&] { return next += 1; };
+    for (const std::uint32_t original : {2u, 5u, 8u}) {
+        Vertex vertex;
+        vertex.original = original;
+        vertex.position = {number(), number(), number()};
+        vertex.normal = {number(), number(), number()};
+        for (std::uint32_t i = 0; i < pairs; ++i) {
+            vertex.pairs.push_back({number(), number()});
+        }
+        subMesh.vertices.push_back(vertex);
+    }
+    return mesh;
 }
 
 Bytes ActorFile(const std::vector<Node>& nodes) {

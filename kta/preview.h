@@ -1,0 +1,28 @@
+// A picture of an actor file.
+#pragma once
+
+#include <optional>
+
+#include "kta/picture.h"
+#include "kta/reader.h"
+
+namespace kta {
+
+constexpr int kGreatestPictureSide = 8192;
+
+struct PreviewView {
+    int width = 800;  // pixels, up to kGreatestPictureSide; so is the height
+    int height = 600;
+    // Where the viewer stands, in degrees: seen from above, counter-clockwise round the scene from
+    // 3ds Max's front view, and up from the ground.
+    double azimuth = 35;
+    double elevation = 25;
+    bool withCollision = false;
+};
+
+// The meshes in their materials' diffuse and self-illumination colours, without textures and
+// opacity, as parallel projection shows them; they fill the picture but for a margin. None when
+// there is no triangle to show. Linear in the triangles and in the samples that they cover.
+std::optional<Picture> DrawPreview(const File& file, const PreviewView& view);
+
+}  // namespace kta

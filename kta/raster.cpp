@@ -1,0 +1,111 @@
+#include "kta/raster.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace kta {
+namespace {
+
+// Twice the area to the left of the way from a to b as seen from p. Corners stand on a grid of
+// 1/256 sample, so the result is exact, and neighbouring triangles leave no gap.
+double Edge(const Vector3& a, const Vector3& b, double x, double y) {
+    return (b[0] - a[0]) * (y - a[1]) - (b[1] - a[1]) * (x - a[0]);
+}
+
+// The samples, whose centres lie at n + 0.5, between two positions, within [begin, end).
+std::pair<int, int> Between(double low, double high, int begin, int end) {
+    const double first = std::max(std::ceil(low - 0.5), static_cast<double>(begin));
+    const double last = std::min(std::floor(high - 0.5), static_cast<double>(end) - 1);
+    return first <= last ? std::pair(static_cast<int>(first), static_cast<int>(last) + 1)
+                         : std::pair(0, 0);
+}
+
+// Of length 1 and on the viewer's side.
+Vector3 FaceNormal(const Vector3& a, const Vector3& b, const Vector3& c) {
+    Vector3 normal = Normalized(Cross(b - a, c - a));
+    normal[1] = -normal[1];  // y points down in samples
+    return normal[2] < 0 ? normal * -1 : normal;
+}
+
+}  // namespace
+
+Rgb Shade(const Look& look, const Vector3& normal) {
+    const double light = kAmbient + (1 - kAmbient) * std::max(0.0, Dot(normal, kLight));
+    Rgb colour{};
+    for (std::size_t i = 0; i < 3; ++i) {
+        const double value = look.diffuse[i] * light + look.selfIllumination[i];
+        colour[i] = static_cast<std::uint8_t>(std::clamp(value, 0.0, 1.0) * 255 + 0.5);
+    }
+    return colour;
+}
+
+Band::Band(int width, int firstRow, int numRows)
+    : columns_(width * kSamples),
+      firstLine_(firstRow * kSamples),
+      numLines_(numRows * kSamples),
+      nearness_(static_cast<std::size_t>(columns_) * static_cast<std::size_t>(numLines_),
+                -std::numeric_limits<float>::infinity()),
+      samples_(nearness_.size(), kBackground) {
+}
+
+void Band::Draw(const PreviewCorner& a, const PreviewCorner& b, const PreviewCorner& c,
+                const Look& look) {
+    const Vector3 &p = a.position, &q = b.position, &r = c.position;
+    const double area = Edge(p, q, r[0], r[1]);
+    const auto [left, right] =
+        Between(std::min({p[0], q[0], r[0]}), std::max({p[0], q[0], r[0]}), 0, columns_);
+    const auto [top, bottom] = Between(std::min({p[1], q[1], r[1]}), std::max({p[1], q[1], r[1]}),
+                                       firstLine_, firstLine_ + numLines_);
+    if (area == 0) {
+        return;
+    }
+    const Vector3 face = FaceNormal(p, q, r);
+    for (int y = top; y < bottom; ++y) {
+        for (int x = left; x < right; ++x) {
+            const double u = Edge(q, r, x + 0.5, y + 0.5) / area;
+            const double v = Edge(r, p, x + 0.5, y + 0.5) / area;
+            const double w = Edge(p, q, x + 0.5, y + 0.5) / area;
+            if (u < 0 || v < 0 || w < 0) {
+                continue;
+            }
+            const auto nearness = static_cast<float>(u * p[2] + v * q[2] + w * r[2]);
+            const std::size_t sample =
+                static_cast<std::size_t>(y - firstLine_) * static_cast<std::size_t>(columns_) +
+                static_cast<std::size_t>(x);
+            if (nearness > nearness_[sample]) {
+                nearness_[sample] = nearness;
+                Vector3 normal = Normalized(a.normal * u + b.normal * v + c.normal * w);
+                normal = Dot(normal, face) < 0 ? normal * -1 : normal;
+                samples_[sample] = Shade(look, normal == Vector3{} ? face : normal);
+            }
+        }
+    }
+}
+
+void Band::Resolve(Picture& picture) const {
+    constexpr int kCount = kSamples * kSamples;
+    for (int row = 0; row < numLines_ / kSamples; ++row) {
+        for (int column = 0; column < picture.width; ++column) {
+            std::array<int, 3> sums{};
+            for (int i = 0; i < kCount; ++i) {
+                const int x = column * kSamples + i % kSamples;
+                const int y = row * kSamples + i / kSamples;
+                const Rgb& sample =
+                    samples_[static_cast<std::size_t>(y) * static_cast<std::size_t>(columns_) +
+                             static_cast<std::size_t>(x)];
+                for (std::size_t k = 0; k < 3; ++k) {
+                    sums[k] += sample[k];
+                }
+            }
+            Rgb& pixel = picture.pixels[static_cast<std::size_t>(firstLine_ / kSamples + row) *
+                                            static_cast<std::size_t>(picture.width) +
+                                        static_cast<std::size_t>(column)];
+            for (std::size_t k = 0; k < 3; ++k) {
+                pixel[k] = static_cast<std::uint8_t>((sums[k] + kCount / 2) / kCount);
+            }
+        }
+    }
+}
+
+}  // namespace kta

@@ -1,0 +1,493 @@
+#include "kta/preview.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <numbers>
+
+#include "kta/raster.h"
+#include "tests/unit/kta/sample_file.h"
+
+#define STB_IMAGE_IMPLEMENTATION
+#define STB_IMAGE_STATIC
+#define STBI_ONLY_PNG
+#include <stb/stb_image.h>
+
+namespace {
+
+using kta::Rgb;
+
+constexpr std::array<float, 3> kTowardsFront = {0, 0, -1};  // 3ds Max's front view looks along +y
+
+// Triangles of corners with one normal, in one sub-mesh.
+sample::Mesh Faces(const std::vector<std::array<float, 3>>& corners,
+                   const std::array<float, 3>& normal, std::uint32_t material = 0) {
+    sample::Mesh mesh;
+    sample::SubMesh& subMesh = mesh.subMeshes.emplace_back();
+    subMesh.material = material;
+    for (std::uint32_t i = 0; i < corners.size(); ++i) {
+        subMesh.vertices.push_back({i, corners[i], normal});
+    }
+    for (std::uint32_t i = 0; i + 2 < corners.size(); i += 3) {
+        subMesh.faces.push_back({i, i + 1, i + 2});
+    }
+    mesh.numOriginalVertices = static_cast<std::uint32_t>(corners.size());
+    return mesh;
+}
+
+// A square of two triangles across the front view, `depth` away from the viewer.
+sample::Mesh Square(float centreX, float side, float depth, std::uint32_t material = 0,
+                    const std::array<float, 3>& normal = kTowardsFront) {
+    const float a = centreX - side / 2;
+    const float b = centreX + side / 2;
+    const float c = -side / 2;
+    const float d = side / 2;
+    return Faces(
+        {{a, c, depth}, {b, c, depth}, {b, d, depth}, {a, c, depth}, {b, d, depth}, {a, d, depth}},
+        normal, material);
+}
+
+struct Actor {
+    std::vector<sample::Material> materials = {{}};
+    std::vector<sample::Node> nodes{};
+    std::vector<sample::Mesh> meshes{};
+};
+
+kta::File FileOf(const Actor& actor) {
+    sample::Writer writer;
+    AddHeader(writer, sample::Kind::actor);
+    for (const sample::Material& material : actor.materials) {
+        AddMaterial(writer, material);
+    }
+    for (const sample::Node& node : actor.nodes) {
+        AddNode(writer, node);
+    }
+    for (const sample::Mesh& mesh : actor.meshes) {
+        AddMesh(writer, mesh);
+    }
+    kta::Reading reading = kta::Read(writer.bytes);
+    return std::move(reading.file).value();
+}
+
+constexpr kta::PreviewView kFront = {.width = 100, .height = 100, .azimuth = 0, .elevation = 0};
+
+kta::Picture Draw(const Actor& actor, const kta::PreviewView& view = kFront) {
+    return kta::DrawPreview(FileOf(actor), view).value();
+}
+
+Rgb Colour(const std::array<double, 3>& diffuse, const kta::Vector3& normal,
+           const std::array<double, 3>& selfIllumination = {}) {
+    return kta::Shade({diffuse, selfIllumination}, normal);
+}
+
+// The smallest rectangle with all pixels that are not background: left, top, right, bottom.
+std::array<int, 4> Covered(const kta::Picture& picture) {
+    std::array<int, 4> box = {picture.width, picture.height, -1, -1};
+    for (int y = 0; y < picture.height; ++y) {
+        for (int x = 0; x < picture.width; ++x) {
+            if (picture.At(x, y) != kta::kBackground) {
+                box = {std::min(box[0], x), std::min(box[1], y), std::max(box[2], x),
+                       std::max(box[3], y)};
+            }
+        }
+    }
+    return box;
+}
+
+const Rgb kGrey = Colour({0.75, 0.75, 0.75}, {0, 0, 1});
+
+// ---------------------------------------------------------------- place
+
+TEST(PreviewTest, TriangleCoversItsPixels) {
+    // The right angle is at the lower left.
+    const kta::Picture picture =
+        Draw({.meshes = {Faces({{0, 0, 0}, {9, 0, 0}, {0, 9, 0}}, kTowardsFront)}});
+    EXPECT_EQ(picture.pixels.size(), 10000u);
+    EXPECT_EQ(picture.At(6, 93), kGrey);
+    EXPECT_EQ(picture.At(40, 80), kGrey);
+    EXPECT_EQ(picture.At(6, 10), kGrey);
+    EXPECT_EQ(picture.At(88, 93), kGrey);
+    EXPECT_EQ(picture.At(60, 40), kta::kBackground);
+    EXPECT_EQ(picture.At(94, 6), kta::kBackground);
+    EXPECT_EQ(picture.At(3, 96), kta::kBackground);
+}
+
+// A margin of 5% is left on each side of what fills the picture.
+TEST(PreviewTest, FillsThePicture) {
+    EXPECT_EQ(Covered(Draw({.meshes = {Square(1000, 7, 3)}})), (std::array<int, 4>{5, 5, 94, 94}));
+    const kta::PreviewView wide = {.width = 400, .height = 100, .azimuth = 0, .elevation = 0};
+    EXPECT_EQ(Covered(Draw({.meshes = {Square(0, 7, 3)}}, wide)),
+              (std::array<int, 4>{155, 5, 244, 94}));
+}
+
+// Vertices that no face uses do not count.
+TEST(PreviewTest, FramesWhatIsDrawn) {
+    sample::Mesh mesh = Square(0, 2, 0);
+    mesh.subMeshes[0].vertices.push_back({6, {1e6f, 1e6f, 1e6f}, {}});
+    mesh.numOriginalVertices = 7;
+    EXPECT_EQ(Covered(Draw({.meshes = {mesh}})), (std::array<int, 4>{5, 5, 94, 94}));
+}
+
+TEST(PreviewTest, EdgesAreSmoothed) {
+    const kta::Picture picture =
+        Draw({.meshes = {Faces({{0, 0, 0}, {9, 0, 0}, {0, 9, 0}}, kTowardsFront)}});
+    int between = 0;
+    for (int i = 10; i < 90; ++i) {
+        for (int x = i - 1; x <= i + 1; ++x) {
+            const int value = picture.At(x, i)[0];
+            between += value > kta::kBackground[0] && value < kGrey[0] ? 1 : 0;
+        }
+    }
+    EXPECT_GT(between, 50);
+}
+
+TEST(PreviewTest, NearerSurfacesHideOthers) {
+    const Actor actor = {.materials = {{.diffuse = {1, 0, 0}}, {.diffuse = {0, 1, 0}}},
+                         .meshes = {Square(0, 2, -1, 0), Square(0, 4, 1, 1), Square(0, 1, 5, 0)}};
+    const kta::Picture front = Draw(actor);
+    EXPECT_EQ(front.At(50, 50), Colour({1, 0, 0}, {0, 0, 1}));
+    EXPECT_EQ(front.At(10, 50), Colour({0, 1, 0}, {0, 0, 1}));
+    // From behind the smallest one is before the others.
+    kta::PreviewView back = kFront;
+    back.azimuth = 180;
+    const kta::Picture behind = Draw(actor, back);
+    EXPECT_EQ(behind.At(50, 50), Colour({1, 0, 0}, {0, 0, 1}));
+    EXPECT_EQ(behind.At(30, 50), Colour({0, 1, 0}, {0, 0, 1}));
+}
+
+// Right, left, top and back views show the side of a cross of squares that they look at.
+TEST(PreviewTest, ViewsGoRoundTheScene) {
+    const auto strip = [](const std::array<float, 3>& at, std::uint32_t material) {
+        sample::Mesh mesh = Square(0, 1, 0, material);
+        for (sample::Vertex& vertex : mesh.subMeshes[0].vertices) {
+            const std::array<float, 3> p = vertex.position;
+            const bool side = at[0] != 0;
+            const bool top = at[1] != 0;
+            vertex.position = side  ? std::array<float, 3>{at[0], p[0], p[1]}
+                              : top ? std::array<float, 3>{p[0], at[1], p[1]}
+                                    : std::array<float, 3>{p[0], p[1], at[2]};
+            vertex.normal = at;
+        }
+        return mesh;
+    };
+    const Actor actor = {.materials = {{.diffuse = {1, 0, 0}},
+                                       {.diffuse = {0, 1, 0}},
+                                       {.diffuse = {0, 0, 1}},
+                                       {.diffuse = {1, 1, 0}},
+                                       {.diffuse = {0, 1, 1}}},
+                         .meshes = {strip({0, 0, -1}, 0), strip({1, 0, 0}, 1), strip({0, 0, 1}, 2),
+                                    strip({-1, 0, 0}, 3), strip({0, 1, 0}, 4)}};
+    const struct {
+        double azimuth;
+        double elevation;
+        std::array<double, 3> colour;
+    } rows[] = {{0, 0, {1, 0, 0}},   {90, 0, {0, 1, 0}},  {180, 0, {0, 0, 1}}, {-180, 0, {0, 0, 1}},
+                {270, 0, {1, 1, 0}}, {-90, 0, {1, 1, 0}}, {0, 90, {0, 1, 1}},  {90, 90, {0, 1, 1}}};
+    for (const auto& [azimuth, elevation, colour] : rows) {
+        kta::PreviewView view = kFront;
+        view.azimuth = azimuth;
+        view.elevation = elevation;
+        EXPECT_EQ(Draw(actor, view).At(50, 50), Colour(colour, {0, 0, 1}))
+            << azimuth << " " << elevation;
+    }
+}
+
+// In the front view x points right and the file's second axis up; in the right view the third
+// axis points right; in the top view it points up.
+TEST(PreviewTest, AxesOfTheViews) {
+    const auto corner = [](double azimuth, double elevation, std::array<float, 3> far) {
+        kta::PreviewView view = kFront;
+        view.azimuth = azimuth;
+        view.elevation = elevation;
+        // Three axes of length 1 as thin fins would hide each other; a small tetrahedron at the
+        // far end of one axis and one at the origin tell where that axis points.
+        const auto tetrahedron = [&](std::array<float, 3> at) {
+            const auto add = [&](float x, float y, float z) {
+                return std::array<float, 3>{at[0] + x, at[1] + y, at[2] + z};
+            };
+            const auto o = add(0, 0, 0);
+            const auto x = add(0.2f, 0, 0);
+            const auto y = add(0, 0.2f, 0);
+            const auto z = add(0, 0, 0.2f);
+            return std::vector<std::array<float, 3>>{o, x, y, o, y, z, o, x, z, x, y, z};
+        };
+        const Actor actor = {
+            .materials = {{}, {.diffuse = {1, 0, 0}}},
+            .meshes = {Faces(tetrahedron({0, 0, 0}), {}), Faces(tetrahedron(far), {}, 1)}};
+        const kta::Picture picture = Draw(actor, view);
+        double x = 0;
+        double y = 0;
+        int count = 0;
+        for (int row = 0; row < 100; ++row) {
+            for (int column = 0; column < 100; ++column) {
+                const Rgb& pixel = picture.At(column, row);
+                if (pixel[0] > 2 * pixel[1]) {
+                    x += column;
+                    y += row;
+                    ++count;
+                }
+            }
+        }
+        EXPECT_GT(count, 10);
+        const double dx = x / count - 50;
+        const double dy = y / count - 50;
+        return std::abs(dx) > std::abs(dy) ? (dx > 0 ? "right" : "left") : dy > 0 ? "down" : "up";
+    };
+    EXPECT_STREQ(corner(0, 0, {1, 0, 0}), "right");
+    EXPECT_STREQ(corner(0, 0, {0, 1, 0}), "up");
+    EXPECT_STREQ(corner(90, 0, {0, 0, 1}), "right");
+    EXPECT_STREQ(corner(90, 0, {0, 1, 0}), "up");
+    EXPECT_STREQ(corner(0, 90, {0, 0, 1}), "up");
+    EXPECT_STREQ(corner(0, 90, {1, 0, 0}), "right");
+    EXPECT_STREQ(corner(0, -90, {0, 0, 1}), "down");
+}
+
+// ---------------------------------------------------------------- nodes
+
+// The file has the inverse of where a node stands: this one undoes a move by (10, 0, 0) and a
+// doubling.
+TEST(PreviewTest, MeshesStandWhereTheirNodesDo) {
+    sample::Node node;
+    node.matrix = {0.5f, 0, 0, 0, 0, 0.5f, 0, 0, 0, 0, 0.5f, 0, -5, 0, 0, 0};
+    sample::Mesh moved = Square(0, 2, 0);  // in the world from 8 to 12
+    moved.node = 1;
+    const kta::Picture picture = Draw({.nodes = {{}, node}, .meshes = {moved, Square(0, 2, 0)}},
+                                      {.width = 130, .height = 100, .azimuth = 0, .elevation = 0});
+    // From -1 to 12 over 117 pixels with a margin of 6.5: nine pixels a unit.
+    EXPECT_EQ(picture.At(7, 50), kGrey);
+    EXPECT_EQ(picture.At(23, 58), kGrey);
+    EXPECT_EQ(picture.At(23, 60), kta::kBackground);
+    EXPECT_EQ(picture.At(50, 50), kta::kBackground);
+    EXPECT_EQ(picture.At(86, 50), kta::kBackground);
+    EXPECT_EQ(picture.At(88, 33), kGrey);
+    EXPECT_EQ(picture.At(122, 66), kGrey);
+}
+
+// Normals turn with their node, and stay normal when it is stretched.
+TEST(PreviewTest, NormalsGoWithTheirNodes) {
+    // World: a quarter turn about the up axis, x to third axis; its inverse is stored.
+    sample::Node turned;
+    turned.matrix = {0, 0, -1, 0, 0, 1, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0};
+    sample::Mesh side = Faces({{0, 0, 0}, {0, 0, 3}, {0, 3, 0}}, {1, 0, 0});
+    EXPECT_EQ(Draw({.nodes = {turned}, .meshes = {side}}).At(30, 80), kGrey);
+    // A slope of 45 degrees, flattened: positions go by (1, 0.5, 1), normals by (1, 2, 1).
+    sample::Node flat;
+    flat.matrix = {1, 0, 0, 0, 0, 2, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0};
+    sample::Mesh slope =
+        Faces({{-2, -2, -2}, {2, -2, -2}, {0, 2, 2}}, {0, 0.70710678f, -0.70710678f});
+    const double length = std::sqrt(5.0);
+    EXPECT_EQ(Draw({.nodes = {flat}, .meshes = {slope}}).At(50, 50),
+              Colour({0.75, 0.75, 0.75}, {0, 2 / length, 1 / length}));
+}
+
+TEST(PreviewTest, MeshesWithoutPlaceStandWhereTheirNumbersSay) {
+    sample::Node flat;
+    flat.matrix = {};
+    sample::Mesh mesh = Square(0, 2, 0);
+    for (const std::uint32_t node : {0u, 5u, 0xffffffffu}) {
+        mesh.node = node;
+        EXPECT_EQ(Covered(Draw({.nodes = {flat}, .meshes = {mesh}})),
+                  (std::array<int, 4>{5, 5, 94, 94}))
+            << node;
+    }
+}
+
+TEST(PreviewTest, CollisionMeshesAreLeftOutUnlessAskedFor) {
+    sample::Mesh collision = Square(10, 2, 0);
+    collision.isCollision = 1;
+    kta::PreviewView view = kFront;
+    EXPECT_EQ(Covered(Draw({.meshes = {collision, Square(0, 2, 0)}}, view)),
+              (std::array<int, 4>{5, 5, 94, 94}));
+    EXPECT_FALSE(kta::DrawPreview(FileOf({.meshes = {collision}}), view));
+    view.withCollision = true;
+    EXPECT_EQ(Covered(Draw({.meshes = {collision, Square(0, 2, 0)}}, view)),
+              (std::array<int, 4>{5, 42, 94, 57}));
+}
+
+// ---------------------------------------------------------------- shading
+
+TEST(PreviewTest, LightIsOfLengthOne) {
+    EXPECT_DOUBLE_EQ(kta::Dot(kta::kLight, kta::kLight), 1);
+}
+
+TEST(PreviewTest, ShadeByHand) {
+    EXPECT_EQ(Colour({1, 0.5, 0}, kta::kLight), (Rgb{255, 128, 0}));
+    EXPECT_EQ(Colour({1, 0.5, 0}, {0, 0, 1}), (Rgb{184, 92, 0}));      // 0.3 + 0.7 * 0.6 = 0.72
+    EXPECT_EQ(Colour({1, 0.5, 0}, {0.6, -0.8, 0}), (Rgb{77, 38, 0}));  // turned away: 0.3
+    EXPECT_EQ(Colour({1, 0.5, 0}, {0.6, -0.8, 0}, {0, 0.5, 1}), (Rgb{77, 166, 255}));
+    EXPECT_EQ(Colour({1, 1, 1}, kta::kLight, {1, 1, 1}), (Rgb{255, 255, 255}));
+}
+
+// Both windings are drawn, and normals that point away are turned round.
+TEST(PreviewTest, BothSidesAreShown) {
+    const std::vector<std::array<float, 3>> corners = {{0, 0, 0}, {9, 0, 0}, {0, 9, 0}};
+    const std::vector<std::array<float, 3>> reversed = {{0, 0, 0}, {0, 9, 0}, {9, 0, 0}};
+    for (const auto& face : {corners, reversed}) {
+        for (const float z : {-1.0f, 1.0f, 0.0f}) {  // 0: without normal
+            EXPECT_EQ(Draw({.meshes = {Faces(face, {0, 0, z})}}).At(30, 70), kGrey);
+        }
+    }
+}
+
+TEST(PreviewTest, MaterialsByNumber) {
+    const Actor actor = {.materials = {{}, {.diffuse = {0, 0.5f, 1}}, {.diffuse = {-1, 7, 0.5f}}},
+                         .meshes = {Square(0, 2, 0, 1), Square(3, 2, 0, 2), Square(6, 2, 0, 200)}};
+    const kta::Picture picture =
+        Draw(actor, {.width = 200, .height = 60, .azimuth = 0, .elevation = 0});
+    EXPECT_EQ(picture.At(30, 30), Colour({0, 0.5, 1}, {0, 0, 1}));
+    EXPECT_EQ(picture.At(100, 30), Colour({0, 1, 0.5}, {0, 0, 1}));
+    EXPECT_EQ(picture.At(170, 30), kGrey);  // a number that no material has
+}
+
+// A sphere of smooth normals, its axis along the up axis.
+sample::Mesh Sphere(int rings) {
+    sample::Mesh mesh;
+    sample::SubMesh& subMesh = mesh.subMeshes.emplace_back();
+    const int sectors = 2 * rings;
+    for (int ring = 0; ring <= rings; ++ring) {
+        for (int sector = 0; sector <= sectors; ++sector) {
+            const double polar = std::numbers::pi * ring / rings;
+            const double turn = std::numbers::pi * 2 * sector / sectors;
+            const std::array<float, 3> p = {static_cast<float>(std::sin(polar) * std::cos(turn)),
+                                            static_cast<float>(std::cos(polar)),
+                                            static_cast<float>(std::sin(polar) * std::sin(turn))};
+            subMesh.vertices.push_back({mesh.numOriginalVertices++, p, p});
+        }
+    }
+    const auto stride = static_cast<std::uint32_t>(sectors + 1);
+    for (std::uint32_t i = 0; i + stride + 1 < subMesh.vertices.size(); ++i) {
+        if (i % stride != stride - 1) {
+            subMesh.faces.push_back({i, i + 1, i + stride});
+            subMesh.faces.push_back({i + 1, i + stride + 1, i + stride});
+        }
+    }
+    return mesh;
+}
+
+TEST(PreviewTest, SphereIsRoundAndShadedFromTheUpperLeft) {
+    kta::PreviewView view;  // as by default, 800 x 600
+    const kta::Picture picture = Draw({.meshes = {Sphere(64)}}, view);
+    ASSERT_EQ(picture.width, 800);
+    ASSERT_EQ(picture.height, 600);
+    // 600 pixels less 5% on each side, so a radius of 270 round the middle.
+    int covered = 0;
+    for (int y = 0; y < 600; ++y) {
+        for (int x = 0; x < 800; ++x) {
+            const double distance = std::hypot(x + 0.5 - 400, y + 0.5 - 300);
+            const bool shown = picture.At(x, y) != kta::kBackground;
+            covered += shown ? 1 : 0;
+            if (distance < 268) {
+                ASSERT_TRUE(shown) << x << " " << y;
+            }
+            if (distance > 271.5) {
+                ASSERT_FALSE(shown) << x << " " << y;
+            }
+        }
+    }
+    EXPECT_NEAR(covered, std::numbers::pi * 270 * 270, 2500);
+    // Each place has the colour of the sphere's own normal there.
+    for (const auto& [x, y] : {std::pair(400, 300), {270, 130}, {500, 450}, {300, 300}}) {
+        const double right = (x + 0.5 - 400) / 270;
+        const double up = (300 - y - 0.5) / 270;
+        const Rgb expected =
+            Colour({0.75, 0.75, 0.75}, {right, up, std::sqrt(1 - right * right - up * up)});
+        EXPECT_NEAR(picture.At(x, y)[0], expected[0], 2) << x << " " << y;
+    }
+    EXPECT_GT(picture.At(270, 130)[0], picture.At(530, 470)[0] + 80);
+}
+
+// Neighbouring triangles leave no gap: behind the sphere's front shines nothing.
+TEST(PreviewTest, NoGapsBetweenTriangles) {
+    Actor actor = {.materials = {{}, {.diffuse = {0, 0, 0}, .selfIllumination = {1, 0, 0}}},
+                   .meshes = {Sphere(23), Square(0, 1, 3, 1)}};
+    const kta::Picture picture =
+        Draw(actor, {.width = 333, .height = 333, .azimuth = 0, .elevation = 0});
+    for (const Rgb& pixel : picture.pixels) {
+        ASSERT_LE(pixel[0], pixel[2] + 20);
+    }
+}
+
+// ---------------------------------------------------------------- odd input
+
+TEST(PreviewTest, NothingToShow) {
+    EXPECT_FALSE(kta::DrawPreview(FileOf({}), kFront));
+    EXPECT_FALSE(kta::DrawPreview(FileOf({.nodes = {{}}}), kFront));
+}
+
+TEST(PreviewTest, NumbersThatAreNotFiniteAreLeftOut) {
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    sample::Mesh mesh = Square(0, 2, 0);
+    mesh.subMeshes[0].vertices[1].position[0] = kInfinity;  // of the first triangle
+    const kta::Picture picture = Draw({.meshes = {mesh}});
+    EXPECT_EQ(picture.At(10, 50), kGrey);
+    EXPECT_EQ(picture.At(90, 80), kta::kBackground);
+    for (sample::Vertex& vertex : mesh.subMeshes[0].vertices) {
+        vertex.position[2] = std::numeric_limits<float>::quiet_NaN();
+    }
+    EXPECT_FALSE(kta::DrawPreview(FileOf({.meshes = {mesh}}), kFront));
+    // Normals without direction are as good as none.
+    EXPECT_EQ(Draw({.meshes = {Square(0, 2, 0, 0, {kInfinity, 0, 0})}}).At(50, 50), kGrey);
+}
+
+TEST(PreviewTest, ExtremeSizes) {
+    const float kMax = std::numeric_limits<float>::max();
+    for (const float side : {1e-44f, 1e-20f, 1e30f, kMax}) {
+        EXPECT_EQ(Covered(Draw({.meshes = {Square(0, side, 0)}})),
+                  (std::array<int, 4>{5, 5, 94, 94}))
+            << side;
+    }
+    // Triangles without area show nothing, but they are there.
+    const kta::Picture line =
+        Draw({.meshes = {Faces({{0, 0, 0}, {1, 1, 1}, {2, 2, 2}}, kTowardsFront)}});
+    EXPECT_EQ(Covered(line)[2], -1);
+    const kta::Picture point =
+        Draw({.meshes = {Faces({{1, 1, 1}, {1, 1, 1}, {1, 1, 1}}, kTowardsFront)}});
+    EXPECT_EQ(Covered(point)[2], -1);
+    const kta::Picture pixel = Draw({.meshes = {Square(0, 2, 0)}},
+                                    {.width = 1, .height = 1, .azimuth = 0, .elevation = 0});
+    EXPECT_EQ(pixel.pixels.size(), 1u);
+    EXPECT_EQ(pixel.At(0, 0), kGrey);
+}
+
+// A picture too large for one band of samples is the same at the bands' borders.
+TEST(PreviewTest, LargePicture) {
+    const kta::PreviewView view = {.width = 1600, .height = 1600, .azimuth = 0, .elevation = 0};
+    const kta::Picture picture = Draw({.meshes = {Square(0, 2, 0)}}, view);
+    for (int y = 0; y < 1600; ++y) {
+        ASSERT_EQ(picture.At(800, y), y >= 80 && y < 1520 ? kGrey : kta::kBackground) << y;
+    }
+}
+
+// ---------------------------------------------------------------- PNG
+
+TEST(PictureTest, SamePictureSameBytes) {
+    const kta::Picture picture = Draw({.meshes = {Sphere(8)}});
+    const auto bytes = kta::EncodePng(picture);
+    EXPECT_EQ(bytes, kta::EncodePng(Draw({.meshes = {Sphere(8)}})));
+    EXPECT_LT(bytes.size(), 30000u);
+    kta::Picture other = picture;
+    other.pixels[5050][1] ^= 1;
+    EXPECT_NE(bytes, kta::EncodePng(other));
+}
+
+TEST(PictureTest, PngReadsBack) {
+    const kta::Picture picture =
+        Draw({.meshes = {Sphere(8)}}, {.width = 61, .height = 43, .azimuth = 0, .elevation = 0});
+    const auto bytes = kta::EncodePng(picture);
+    int width = 0;
+    int height = 0;
+    int channels = 0;
+    const std::unique_ptr<stbi_uc, decltype(&stbi_image_free)> pixels(
+        stbi_load_from_memory(bytes.data(), static_cast<int>(bytes.size()), &width, &height,
+                              &channels, 0),
+        stbi_image_free);
+    ASSERT_TRUE(pixels) << stbi_failure_reason();
+    EXPECT_EQ(channels, 3);
+    ASSERT_EQ(width, 61);
+    ASSERT_EQ(height, 43);
+    EXPECT_EQ(std::memcmp(pixels.get(), picture.pixels.data(), 61 * 43 * 3), 0);
+}
+
+}  // namespace
