@@ -81,6 +81,15 @@ void WarnOfIdleOptions(const Options& options, Console& console) {
     }
 }
 
+void CheckMaterials(const std::string& file, const scene::Scene& scene) {
+    if (CountMaterials(scene) > kMostMaterials) {
+        throw Failure(kExitRefused, file,
+                      "more than " + std::to_string(kMostMaterials) +
+                          " materials, each counted wherever it is referred to, expected at most "
+                          "as many");
+    }
+}
+
 DWORD ExportOptionsFor(const Options& options, SceneExport& exporter, const fs::path& plugIn) {
     if (!options.selectedOnly) {
         return 0;
@@ -174,6 +183,7 @@ void WarnOfNames(const std::string& scene, const std::vector<std::string>& warni
 int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files, Console& console,
                 bool showsProgress) {
     WarnOfIdleOptions(options, console);
+    CheckMaterials(options.scene, loaded.scene);
     const std::string exportFile = files.ExportFile().string();
     const fs::path configDirectory = ConfigDirectory(options);
     const fs::path plugIn = PlugInFile(options);

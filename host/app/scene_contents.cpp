@@ -1,5 +1,7 @@
 #include "host/app/scene_contents.h"
 
+#include <algorithm>
+#include <set>
 #include <utility>
 #include <variant>
 
@@ -12,8 +14,8 @@ struct Overloaded : Visitors... {
 };
 
 struct Contents {
-    bool materials = false, meshes = false, skins = false, morphs = false;
-    bool jointLimits = false, wires = false, ikChains = false, motion = false;
+    bool skins = false, morphs = false, jointLimits = false;
+    bool wires = false, ikChains = false, motion = false;
 };
 
 void Add(const scene::FloatController& controller, Contents& contents) {
@@ -68,9 +70,7 @@ void Add(const std::vector<scene::Modifier>& modifiers, Contents& contents) {
 
 Contents ContentsOf(const scene::Scene& scene) {
     Contents contents;
-    contents.materials = !scene.materials.empty();
     for (const scene::Node& node : scene.nodes) {
-        contents.meshes |= node.object && node.object->mesh;
         Add(node.modifiers, contents);
         Add(node.referenceModifiers, contents);
         if (node.transform) {
@@ -80,12 +80,62 @@ Contents ContentsOf(const scene::Scene& scene) {
     return contents;
 }
 
+std::uint64_t Sum(std::uint64_t a, std::uint64_t b) {
+    return std::min(a + b, kMostMaterials + 1);
+}
+
+class MaterialCounter {
+  public:
+    explicit MaterialCounter(const scene::Scene& scene)
+        : scene_(scene), counts_(scene.materials.size(), 0) {}
+
+    std::uint64_t Below(int position) {
+        const auto i = static_cast<std::size_t>(position);
+        if (counts_[i] == 0) {
+            counts_[i] = Below(*scene_.materials[i]);
+        }
+        return counts_[i];
+    }
+
+  private:
+    // Nesting is limited by the scene's rules.
+    std::uint64_t Below(const scene::Material& material) {
+        std::uint64_t count = 1;
+        for (const scene::SubMaterial& subMaterial : material.subMaterials) {
+            if (const int* position = std::get_if<int>(&subMaterial)) {
+                count = Sum(count, Below(*position));
+            } else if (const auto* own =
+                           std::get_if<std::shared_ptr<const scene::Material>>(&subMaterial)) {
+                count = Sum(count, Below(**own));
+            }
+        }
+        return count;
+    }
+
+    const scene::Scene& scene_;
+    std::vector<std::uint64_t> counts_;  // by position; 0: not known yet
+};
+
 }  // namespace
+
+std::uint64_t CountMaterials(const scene::Scene& scene) {
+    std::set<int> used;
+    for (const scene::Node& node : scene.nodes) {
+        if (node.material != scene::kNone) {
+            used.insert(node.material);
+        }
+    }
+    MaterialCounter counter(scene);
+    std::uint64_t count = 0;
+    for (const int position : used) {
+        count = Sum(count, counter.Below(position));
+    }
+    return count;
+}
 
 std::vector<std::string> NotExported(const scene::Scene& scene) {
     const Contents contents = ContentsOf(scene);
     const std::pair<bool, const char*> parts[] = {
-        {contents.materials, "materials"},      {contents.meshes, "meshes"},
         {contents.skins, "skinning"},           {contents.morphs, "morph targets"},
         {contents.jointLimits, "joint limits"}, {contents.wires, "wired parameters"},
         {contents.ikChains, "IK chains"},       {contents.motion, "motion"}};

@@ -1,5 +1,6 @@
 #include "geometry/modifier_stack.h"
 
+const Class_ID kPhysiqueModifierClassId(0x100, 0);
 const Class_ID kSkinModifierClassId(9815843, 87654);
 
 ModifierLookup FindModifier(INode* node, const Class_ID& classId) {

@@ -14,7 +14,8 @@ struct ModifierLookup {
 // reference down. Disabled modifiers are passed over.
 ModifierLookup FindModifier(INode* node, const Class_ID& classId);
 
-// The class of 3ds Max's Skin modifier.
+// The classes of 3ds Max's Physique and Skin modifiers.
+extern const Class_ID kPhysiqueModifierClassId;
 extern const Class_ID kSkinModifierClassId;
 
 #endif

@@ -9,6 +9,7 @@
 
 #include "core/copy_name.h"
 #include "core/string.h"
+#include "format/axis_order.h"
 #include "format/chunk_ids.h"
 #include "format/records.h"
 #include "motion/decompose.h"
@@ -20,20 +21,6 @@ namespace {
 const Class_ID kBoneObjectClassId(0x28bf6e8d, 0x2ecca840);
 const Class_ID kSizedHelperClassId(0x1c706482, 0x3e82994);
 const char kSceneRootName[] = "Scene Root";
-
-// The file's axis order: x, z, y.
-void StoreVector(Plinth::Float32 field[3], const Point3& v) {
-    field[0] = v.x;
-    field[1] = v.z;
-    field[2] = v.y;
-}
-
-void StoreQuaternion(Plinth::Float32 field[4], const Quat& q) {
-    field[0] = q.x;
-    field[1] = q.z;
-    field[2] = q.y;
-    field[3] = q.w;
-}
 
 float RowLength(const Point3& row) {
     const double x = row.x, y = row.y, z = row.z;
@@ -168,10 +155,12 @@ void KTAExp::ExportMeshOfNode(INode* node) {
     if (IsTaggedCollisionMesh(node)) {
         if (exportOptions.collisionMeshes) {
             Plinth::Log("  + Exporting collision mesh...");
+            ExportMesh(node, true);
         }
         return;
     }
     if (exportOptions.meshes && (node->Renderable() || exportOptions.nonRenderableMeshes)) {
         Plinth::Log("  + Exporting mesh...");
+        ExportMesh(node, false);
     }
 }

@@ -148,6 +148,9 @@ bool KTAExp::RunWritingPass(int pass, const char* name, const NodeList& roots) {
         PrepareNodes(roots[i], nodeTotal);
     }
     WriteFileHeader();
+    if (!g_motionPass) {
+        ExportMaterialList();
+    }
     WriteNodes(roots);
     ip->ProgressEnd();
 
@@ -243,4 +246,6 @@ void KTAExp::ResetExportState() {
     exportedNodes.Clear();
     sceneMaterials.Clear();
     defaultMaterials.Clear();
+    materialTable.Clear();
+    numMaterials = 0;
 }

@@ -10,7 +10,10 @@ KTAExp::KTAExp()
       file(NULL),
       nodeTotal(0),
       nodeDone(0),
-      logCallback(NULL) {
+      logCallback(NULL),
+      numMaterials(0),
+      indexOfRefraction(kUsualIndexOfRefraction),
+      layerType(0) {
 }
 
 KTAExp::~KTAExp() {

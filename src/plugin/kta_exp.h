@@ -13,7 +13,11 @@
 #include "core/log.h"
 #include "core/pointer_list.h"
 #include "geometry/default_materials.h"
+#include "geometry/material_table.h"
 #include "plugin/export_options.h"
+
+class BitmapTex;
+struct KTAMaterial;
 
 class KTAExp : public SceneExport {
   public:
@@ -80,6 +84,24 @@ class KTAExp : public SceneExport {
     // Writes a node that has not been written in this pass, with what hangs from it.
     void ExportNode(INode* node);
 
+    // ------------------------------------------------ materials
+
+    // Writes the "Extra material", number 0, and the scene's materials with their layers.
+    void ExportMaterialList();
+    // `subIndex` is the material's place among the sub-materials of another, -1 at the top level.
+    // `listIndex` is the place of the topmost one among the scene's materials.
+    void ExportMaterial(Mtl* material, Plinth::Int32 listIndex, Plinth::Int32 subIndex);
+    // Writes a bitmap as a layer of the material written last, and the bitmaps below the map.
+    // `parent` is the class of what holds the map: a material, or another map.
+    void ExportLayer(Texmap* map, const Class_ID& parent, int slot, float amount);
+    // The number that a sub-mesh has for the face's material; 0 where there is none.
+    Plinth::Int32 MaterialNumber(Face* face, INode* node);
+
+    // ------------------------------------------------ meshes
+
+    // Writes the mesh of a geometric node that has been written.
+    void ExportMesh(INode* node, bool isCollision);
+
   protected:
     ExportOptions exportOptions;
     Interface* ip;
@@ -91,6 +113,10 @@ class KTAExp : public SceneExport {
     Plinth::PointerList<INode> exportedNodes;  // a node's position is its node number
     Plinth::PointerList<Mtl> sceneMaterials;   // the materials of the nodes, in order of appearance
     DefaultMaterials defaultMaterials;         // of nodes without a material
+    MaterialTable materialTable;               // of the materials written
+    Plinth::Int32 numMaterials;                // written, the "Extra material" included
+    float indexOfRefraction;                   // of the next standard material
+    Plinth::UInt8 layerType;                   // of the layer written last
 
   private:
     KTAExp(const KTAExp&);
@@ -109,6 +135,12 @@ class KTAExp : public SceneExport {
     void UpdateProgress();
 
     void ExportMeshOfNode(INode* node);
+
+    void FillMaterial(KTAMaterial& record, Mtl* material);
+    void WriteMaterial(const KTAMaterial& record);
+    void ExportLayers(Mtl* material);
+    void ChooseLayerType(const Class_ID& parent, int slot);
+    void WriteLayer(BitmapTex* bitmap, float amount);
 };
 
 #endif

@@ -320,9 +320,27 @@ TEST_F(RunTest, NamesThatTheFilesCannotTellAreWarnedOf) {
 TEST_F(RunTest, WhatTheSceneHasAndIsNotExportedIsSaid) {
     Write("s.maxscene.json",
           R"({"maxscene": 1, "materials": [{"class": "standard", "name": "m"}],
-              "nodes": [{"name": "a", "object": {"class": "mesh", "vertices": [], "faces": []}}]})");
+              "nodes": [{"name": "a", "object": {"class": "mesh", "vertices": [], "faces": []},
+                         "transform": {"class": "ikChain"},
+                         "modifiers": [{"class": "morpher"}]}]})");
     EXPECT_THAT(Lines(Export().out),
-                testing::Contains("not exported by this version yet: materials, meshes"));
+                testing::Contains("not exported by this version yet: morph targets, IK chains"));
+}
+
+TEST_F(RunTest, MaterialsWithoutEndAreRefused) {
+    std::string materials;
+    for (int i = 1; i < 64; ++i) {
+        const std::string next = std::to_string(i);
+        materials += R"({"class": "multi", "subMaterials": [)" + next + ", " + next + "]}, ";
+    }
+    Write("s.maxscene.json",
+          R"({"maxscene": 1, "materials": [)" + materials +
+              R"({"class": "standard"}], "nodes": [{"name": "a", "material": 0}]})");
+    const Outcome outcome = Export();
+    EXPECT_EQ(outcome.status, kExitRefused);
+    EXPECT_EQ(outcome.error,
+              "hdo-export: s.maxscene.json: more than 1000000 materials, each counted wherever it "
+              "is referred to, expected at most as many\n");
 }
 
 TEST_F(RunTest, ManyFaultsAreCounted) {

@@ -58,14 +58,15 @@ std::string SettingsWithHiddenObjects() {
     return settings;
 }
 
-// The names of the node chunks of an actor file, in file order.
+// The names of the node chunks of an actor file, in file order. Behind the materials, it holds no
+// other chunks.
 std::vector<std::string> NodeNames(const ExportRun& run) {
     std::vector<std::string> names;
     if (!run.actor) {
         return names;
     }
     const std::string& bytes = *run.actor;
-    std::size_t offset = 7;
+    std::size_t offset = support::EndOfMaterials(bytes);
     for (; offset + 12 + 632 <= bytes.size(); offset += 12 + 632) {
         const std::string header = support::Bytes().U32(0).U32(632).U32(3).Str();
         EXPECT_EQ(bytes.substr(offset, 12), header) << "at offset " << offset;
@@ -87,30 +88,30 @@ Names CompleteCalls(const fs::path& directory, std::size_t actorSize, std::size_
             "WriteKTMotionFile(null)", "EndSpecialHalden()"};
 }
 
-TEST(Driver, EmptySceneWritesTwoHeadersAndMakesAllCalls) {
+TEST(Driver, EmptySceneWritesTheExtraMaterialAndMakesAllCalls) {
     const WorkDirectory directory;
     const ExportRun run = Export(Scene{}, {}, directory);
     EXPECT_EQ(run.result, 1);
-    EXPECT_EQ(run.actor, support::FileHeader(true));
+    EXPECT_EQ(run.actor, support::ActorBeginning());
     EXPECT_EQ(run.motion, support::FileHeader(false));
     EXPECT_EQ(run.motion->size(), 7u);
     EXPECT_EQ(run.dialogs, Names{"Max to Halden Exporter"});
-    EXPECT_EQ(run.converterCalls, CompleteCalls(directory.Path(), 7, 7));
-    EXPECT_EQ(run.log, (Names{"Writing file header version 1.1", "Closing file",
-                              "Writing file header version 1.1", "Closing file"}));
+    EXPECT_EQ(run.converterCalls, CompleteCalls(directory.Path(), 7 + 120, 7));
+    EXPECT_EQ(run.log, (Names{"Writing file header version 1.1", "Exporting material list",
+                              "Closing file", "Writing file header version 1.1", "Closing file"}));
     EXPECT_EQ(run.progressTitles, (Names{"Exporting object...", "Exporting object..."}));
     EXPECT_EQ(run.progressEnds, 2);
     EXPECT_TRUE(run.messageBoxes.empty());
 }
 
-TEST(Driver, EmptySelectionWritesTwoHeaders) {
+TEST(Driver, EmptySelectionIsExportedLikeAnEmptyScene) {
     Scene scene;
     scene.nodes = {MakeNode("A")};
     ExportChoices choices;
     choices.selectedOnly = true;
     const ExportRun run = Export(scene, choices);
     EXPECT_EQ(run.result, 1);
-    EXPECT_EQ(run.actor, support::FileHeader(true));
+    EXPECT_EQ(run.actor, support::ActorBeginning());
     EXPECT_EQ(run.motion, support::FileHeader(false));
     EXPECT_EQ(run.dialogs.size(), 1u);
     EXPECT_EQ(run.converterCalls.size(), 5u);
@@ -247,7 +248,7 @@ TEST(Driver, UnwritableSettingsAreIgnored) {
     fs::create_directories(support::SettingsFile(directory.Path()));
     const ExportRun run = Export(Scene{}, {}, directory);
     EXPECT_EQ(run.result, 1);
-    EXPECT_EQ(run.actor, support::FileHeader(true));
+    EXPECT_EQ(run.actor, support::ActorBeginning());
 }
 
 TEST(Driver, ModifierAboveSkinIsRefused) {
@@ -327,9 +328,9 @@ TEST(Driver, UncreatableMotionFileFailsAndTheActorFileStays) {
     fs::create_directory(directory.Path() / "out.hdotemp2");
     const ExportRun run = Export(Scene{}, {}, directory);
     EXPECT_EQ(run.result, 0);
-    EXPECT_EQ(run.actor, support::FileHeader(true));
+    EXPECT_EQ(run.actor, support::ActorBeginning());
     EXPECT_FALSE(run.motion);
-    Names expected = CompleteCalls(directory.Path(), 7, 7);
+    Names expected = CompleteCalls(directory.Path(), 7 + 120, 7);
     expected.resize(2);
     EXPECT_EQ(run.converterCalls, expected);
 }
@@ -357,7 +358,7 @@ TEST(Driver, CancelDuringTheActorPassStillClosesAndConvertsBothFiles) {
     EXPECT_EQ(NodeNames(run), Names{"A"});
     EXPECT_EQ(run.motion, support::FileHeader(false));
     EXPECT_EQ(run.progress.size(), 2u);
-    EXPECT_EQ(run.converterCalls, CompleteCalls(directory.Path(), 7 + 12 + 632, 7));
+    EXPECT_EQ(run.converterCalls, CompleteCalls(directory.Path(), 7 + 4 * 120 + 644, 7));
     EXPECT_EQ(run.progressEnds, 2);
 }
 
@@ -438,10 +439,10 @@ TEST(Driver, LogOfAFailedExportStaysOpenUntilALaterExportEnds) {
     EXPECT_EQ(second.result, 1);
     EXPECT_EQ(support::CountLines(second, "- Exporting node 'First'"), 1);
     EXPECT_EQ(support::CountLines(second, "Closing file"), 3);
-    const Names complete = {"Writing file header version 1.1", "Closing file",
-                            "Writing file header version 1.1", "Closing file"};
+    const Names complete = {"Writing file header version 1.1", "Exporting material list",
+                            "Closing file", "Writing file header version 1.1", "Closing file"};
     ASSERT_GT(second.log.size(), complete.size());
-    EXPECT_EQ(Names(second.log.end() - 4, second.log.end()), complete);
+    EXPECT_EQ(Names(second.log.end() - 5, second.log.end()), complete);
     EXPECT_EQ(Export(Scene{}, {}, directory).log, complete);
 }
 
@@ -455,9 +456,11 @@ TEST(Driver, DeepChainOfSelectedNodesIsClimbedOnce) {
     // Every node of the chain is selected, the lowest first: climbing from each anew would be 1,800
     // million steps. Cancelled at once, so that gathering the roots is what costs.
     Scene scene;
+    scene.materials = {std::make_shared<maxhost::scene::Material>()};
     const int depth = 60000;
     for (int i = 0; i < depth; ++i) {
         scene.nodes.push_back(MakeNode("n", i - 1));
+        scene.nodes.back().material = 0;
         scene.selection.insert(scene.selection.begin(), i);
     }
     ExportChoices choices;

@@ -64,11 +64,18 @@ scene::Object Other(std::uint32_t superClass, scene::ClassId classId) {
     return object;
 }
 
-// The body of the n-th node chunk of an actor file of nodes alone.
+// What follows the materials in the actor file.
+std::string Nodes(const ExportRun& run) {
+    EXPECT_TRUE(run.actor);
+    return run.actor ? run.actor->substr(support::EndOfMaterials(*run.actor)) : "";
+}
+
+// The body of the n-th node chunk of an actor file of materials and nodes alone.
 std::string Body(const ExportRun& run, int n = 0) {
-    const std::size_t start = 7 + static_cast<std::size_t>(n) * (12 + 632) + 12;
-    EXPECT_TRUE(run.actor && run.actor->size() >= start + 632);
-    return run.actor.value_or("").substr(start, 632);
+    const std::string nodes = Nodes(run);
+    const std::size_t start = static_cast<std::size_t>(n) * (12 + 632) + 12;
+    EXPECT_GE(nodes.size(), start + 632);
+    return start < nodes.size() ? nodes.substr(start, 632) : "";
 }
 
 float F32At(const std::string& body, std::size_t offset) {
@@ -89,7 +96,8 @@ TEST(NodeExport, TranslatedNodeByteForByte) {
     scene.nodes = {MakeNode("Pole")};
     scene.nodes[0].transform = Constant(Translation(1, 2, 3));
     const std::string expected = Bytes()
-                                     .Text(support::FileHeader(true))
+                                     .Text(support::ActorBeginning())
+                                     .Text(support::WireColorMaterial(1))
                                      .U32(0)
                                      .U32(632)
                                      .U32(3)
@@ -132,10 +140,10 @@ TEST(NodeExport, LogOfANode) {
         "Scale Axis  = 1.000000, 0.000000, 0.000000",
         "Scale Angle = 0.000000",
         "Closing file"};
-    // Behind the header line and the eleven other lines of the first node.
-    ASSERT_EQ(run.log.size(), 1 + 13 + 13 + 3u);
-    EXPECT_EQ(std::vector(run.log.begin() + 14, run.log.begin() + 28), expected);
-    EXPECT_EQ(run.log[4], "  + Parent = ''");
+    // Behind the header's line, three of materials and those of the first node.
+    ASSERT_EQ(run.log.size(), 4 + 13 + 13 + 3u);
+    EXPECT_EQ(std::vector(run.log.begin() + 17, run.log.begin() + 31), expected);
+    EXPECT_EQ(run.log[7], "  + Parent = ''");
 }
 
 TEST(NodeExport, LogOfAStretchAlongADirectionBetweenTheAxes) {
@@ -281,7 +289,9 @@ TEST(NodeExport, GeometricNodesStandWhereTheirObjectStands) {
     }
     scene.nodes[0].object = Triangle();
     scene.nodes[2].object = Other(0x10, {0x1020, 0});
-    const ExportRun run = Export(scene);
+    ExportChoices withoutMeshes;
+    withoutMeshes.settings = std::string(4, '\0');
+    const ExportRun run = Export(scene, withoutMeshes);
     ExpectF32(Body(run, 0), 520, {1, 5, 0});
     ExpectF32(Body(run, 0), 608, {-1, -5, 0});
     // The offset is not inherited by the child, which follows its parent.
@@ -357,7 +367,7 @@ TEST(NodeExport, FootprintNodeIsSkippedWithALogLine) {
     scene.nodes = {MakeNode("Steps"), MakeNode("Foot", 0)};
     scene.nodes[0].transform->kind = scene::FootprintTransform{};
     const ExportRun run = Export(scene);
-    EXPECT_EQ(run.actor->size(), 7 + 12 + 632u);
+    EXPECT_EQ(Nodes(run).size(), 12 + 632u);
     EXPECT_EQ(Body(run).substr(0, 260), Bytes().Name("Foot").Str());
     EXPECT_EQ(Body(run).substr(260, 260), Bytes().Name("Steps").Str());
     EXPECT_EQ(CountLines(run, "- Exporting node 'Steps'"), 1);
