@@ -13,6 +13,8 @@ if(NOT WIN32)
         gltf_roots.cpp
         import_warnings.cpp
         reader_process.cpp
-        scene_blob.cpp)
+        scene_blob.cpp
+        smoothing_groups.cpp
+        source_vertices.cpp)
     target_link_libraries(hdo_import PRIVATE assimp::assimp Threads::Threads)
 endif()

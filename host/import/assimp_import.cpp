@@ -130,22 +130,26 @@ void Configure(Assimp::Importer& importer) {
 
 }  // namespace
 
+const aiScene& LoadScene(Assimp::Importer& importer, const std::string& path) {
+    Configure(importer);
+    if (!importer.ReadFile(path, 0)) {
+        Refuse(importer.GetErrorString());
+    }
+    // The importer owns the scene and made it writable; it only hands it out as const.
+    aiScene& scene = const_cast<aiScene&>(*importer.GetScene());
+    for (unsigned i = 0; i < scene.mNumMeshes; ++i) {
+        PrepareToTriangulate(*scene.mMeshes[i]);
+    }
+    if (!importer.ApplyPostProcessing(aiProcess_Triangulate)) {
+        Refuse(importer.GetErrorString());
+    }
+    return scene;
+}
+
 ImportedScene ReadHere(const std::string& path) {
     Assimp::Importer importer;
-    Configure(importer);
     try {
-        if (!importer.ReadFile(path, 0)) {
-            Refuse(importer.GetErrorString());
-        }
-        // The importer owns the scene and made it writable; it only hands it out as const.
-        aiScene& scene = const_cast<aiScene&>(*importer.GetScene());
-        for (unsigned i = 0; i < scene.mNumMeshes; ++i) {
-            PrepareToTriangulate(*scene.mMeshes[i]);
-        }
-        if (!importer.ApplyPostProcessing(aiProcess_Triangulate)) {
-            Refuse(importer.GetErrorString());
-        }
-        return ConvertScene(scene, path);
+        return ConvertScene(LoadScene(importer, path), path);
     } catch (const ImportError&) {
         throw;
     } catch (const std::exception& failure) {

@@ -104,7 +104,8 @@ class Properties {
     std::size_t notFinite_ = 0;
 };
 
-// The slots of the standard material, and the texture kinds that may fill each, best first.
+// The slots of the standard material, and the texture kinds that may fill each, best first. Not the
+// one for displacement, 11: the exporter's files have no type for it.
 struct SlotSources {
     int slot;
     std::array<aiTextureType, 3> types;
@@ -118,7 +119,6 @@ constexpr SlotSources kSlots[] = {
     {6, {aiTextureType_OPACITY}},
     {8, {aiTextureType_HEIGHT, aiTextureType_NORMALS, aiTextureType_NORMAL_CAMERA}},
     {9, {aiTextureType_REFLECTION}},
-    {11, {aiTextureType_DISPLACEMENT}},
 };
 
 // How glossy (0 to 1) a Phong exponent is. 3ds Max takes 2 to the power of ten times the
@@ -156,6 +156,8 @@ class MaterialReader {
         warnings.Add("numbers that are not finite replaced by 0", subject, properties_.NotFinite());
         warnings.Add("textures without a map slot left out", subject, TexturesIn() - used_);
         warnings.Add("textures that stand in the file itself not taken out", subject, embedded_);
+        warnings.Add("texture coordinate sets of textures left out, the first stands for them",
+                     subject, otherSets_);
         return made;
     }
 
@@ -210,6 +212,7 @@ class MaterialReader {
         scene::MapSlot made;
         made.slot = slot;
         made.amount = properties_.Number(AI_MATKEY_TEXBLEND(type, 0)).value_or(1);
+        otherSets_ += properties_.Number(AI_MATKEY_UVWSRC(type, 0)).value_or(0) != 0 ? 1 : 0;
         made.map = std::make_shared<scene::Map>(scene::Map{bitmap, {}});
         ++used_;
         return made;
@@ -244,6 +247,7 @@ class MaterialReader {
     std::size_t used_ = 0;
     std::size_t embedded_ = 0;
     std::size_t recodedPaths_ = 0;
+    std::size_t otherSets_ = 0;
 };
 
 }  // namespace

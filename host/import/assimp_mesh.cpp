@@ -1,54 +1,106 @@
 #include "host/import/assimp_mesh.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "host/import/assimp_import.h"
 #include "host/import/assimp_text.h"
+#include "host/import/id_table.h"
+#include "host/import/smoothing_groups.h"
+#include "host/import/source_vertices.h"
 
 namespace maxhost::import {
 namespace {
+
+// ---------------------------------------------------------------- parts of a mesh
+
+// Takes normals where the matrix takes positions, up to their length.
+struct NormalTurn {
+    explicit NormalTurn(const Matrix4& m) {
+        const double side = m.Determinant() < 0 ? -1 : 1;
+        for (int row = 0; row < 3; ++row) {
+            for (int column = 0; column < 3; ++column) {
+                const int r1 = (row + 1) % 3, r2 = (row + 2) % 3;
+                const int c1 = (column + 1) % 3, c2 = (column + 2) % 3;
+                cofactors[row][column] = side * (m[r1][c1] * m[r2][c2] - m[r1][c2] * m[r2][c1]);
+            }
+        }
+    }
+
+    aiVector3t<double> Apply(const aiVector3t<double>& n) const {
+        const auto row = [&](std::size_t i) {
+            return cofactors[i][0] * n.x + cofactors[i][1] * n.y + cofactors[i][2] * n.z;
+        };
+        return {row(0), row(1), row(2)};
+    }
+
+    std::array<std::array<double, 3>, 3> cofactors;
+};
+
+// A map channel in the making: pairs that are bit for bit the same become one map vertex.
+class ChannelBuilder {
+  public:
+    std::uint32_t VertexOf(const scene::Vec2& pair) {
+        const auto next = static_cast<std::uint32_t>(channel_.vertices.size());
+        const std::uint32_t id = ids_.FindOrAdd(HashOf(pair), next, [&](std::uint32_t known) {
+            return BitsOf(channel_.vertices[known]) == BitsOf(pair);
+        });
+        if (id == next) {
+            channel_.vertices.push_back(pair);
+        }
+        return id;
+    }
+
+    // Faces of pieces without the channel get the coordinates (0, 0).
+    void FillUp(std::size_t faces) {
+        if (channel_.faces.size() < faces) {
+            const std::uint32_t zero = VertexOf({0, 0});
+            channel_.faces.resize(faces, {zero, zero, zero});
+        }
+    }
+
+    void AddFace(const std::array<std::uint32_t, 3>& corners) { channel_.faces.push_back(corners); }
+    scene::MapChannel Take() { return std::move(channel_); }
+
+  private:
+    scene::MapChannel channel_;
+    IdTable ids_;  // of map vertices
+};
+
+bool HasThirdCoordinate(const aiMesh& piece, int uv) {
+    const aiVector3D* const set = piece.mTextureCoords[uv];
+    return std::any_of(set, set + piece.mNumVertices, [](const aiVector3D& v) { return v.z != 0; });
+}
+
+// ---------------------------------------------------------------- the mesh
 
 class MeshBuilder {
   public:
     // `geometric` moves the vertices before the turn; both must outlive the builder.
     MeshBuilder(const AxisTurn& turn, const std::optional<Matrix4>& geometric,
                 ImportWarnings& warnings)
-        : turn_(turn), geometric_(geometric), warnings_(warnings) {}
+        : turn_(turn), geometric_(geometric), warnings_(warnings) {
+        if (geometric_) {
+            normalTurn_.emplace(*geometric_);
+        }
+    }
 
-    // The piece's triangles, with their places in the whole mesh, if the piece comes next; warns of
-    // all that the piece has beside them. `name` is the piece's for messages.
+    // The piece's triangles, with their places among the source vertices, if the piece comes next;
+    // warns of all that the piece has beside them. `name` is the piece's for messages.
     std::vector<scene::Face> TrianglesOf(const aiMesh& piece, const std::string& name);
 
     // Appends the piece with these triangles and this material id.
     void Append(const aiMesh& piece, const std::string& name,
-                const std::vector<scene::Face>& triangles, std::uint16_t material) {
-        notFinite_ = 0;
-        const std::size_t firstFace = mesh_->faces.size();
-        mesh_->faces.insert(mesh_->faces.end(), triangles.begin(), triangles.end());
-        for (std::size_t i = firstFace; i < mesh_->faces.size(); ++i) {
-            mesh_->faces[i].material = material;
-        }
-        for (int uv = 0; uv < AI_MAX_NUMBER_OF_TEXTURECOORDS; ++uv) {
-            if (piece.mTextureCoords[uv]) {
-                AddChannel(piece, uv, firstFace);
-            }
-        }
-        AddVertices(piece);
-        warnings_.Add("numbers that are not finite replaced by 0", "mesh " + name, notFinite_);
-    }
+                const std::vector<scene::Face>& triangles, std::uint16_t material);
 
-    std::shared_ptr<const scene::Mesh> Finish() {
-        for (auto& [number, channel] : mesh_->channels) {
-            FillUp(channel, mesh_->faces.size());
-        }
-        return std::move(mesh_);
-    }
+    std::shared_ptr<const scene::Mesh> Finish();
 
   private:
     float Finite(double number) {
@@ -59,51 +111,133 @@ class MeshBuilder {
         return 0;
     }
 
-    void AddVertices(const aiMesh& piece) {
-        for (unsigned i = 0; i < piece.mNumVertices; ++i) {
-            const aiVector3D& v = piece.mVertices[i];
-            scene::Vec3 finite{Finite(v.x), Finite(v.y), Finite(v.z)};
-            if (geometric_) {
-                const auto moved =
-                    *geometric_ * aiVector3t<double>(finite[0], finite[1], finite[2]);
-                finite = {Finite(moved.x), Finite(moved.y), Finite(moved.z)};
-            }
-            mesh_->vertices.push_back(turn_.Apply(finite));
-        }
-    }
-
-    // The map faces of the piece, whose faces are those from `firstFace` on; its vertices are not
-    // there yet.
-    void AddChannel(const aiMesh& piece, int uv, std::size_t firstFace) {
-        scene::MapChannel& channel = mesh_->channels[uv + 1];
-        FillUp(channel, firstFace);
-        const auto shift = static_cast<std::uint32_t>(channel.vertices.size()) -
-                           static_cast<std::uint32_t>(mesh_->vertices.size());
-        for (std::size_t i = firstFace; i < mesh_->faces.size(); ++i) {
-            const auto& v = mesh_->faces[i].v;
-            channel.faces.push_back({v[0] + shift, v[1] + shift, v[2] + shift});
-        }
-        for (unsigned i = 0; i < piece.mNumVertices; ++i) {
-            const aiVector3D& coordinate = piece.mTextureCoords[uv][i];
-            channel.vertices.push_back({Finite(coordinate.x), Finite(coordinate.y)});
-        }
-    }
-
-    // Faces of pieces without the channel get the coordinates (0, 0).
-    static void FillUp(scene::MapChannel& channel, std::size_t faces) {
-        if (channel.faces.size() < faces) {
-            const auto zero = static_cast<std::uint32_t>(channel.vertices.size());
-            channel.vertices.push_back({0, 0});
-            channel.faces.resize(faces, {zero, zero, zero});
-        }
-    }
+    void AddPositions(const aiMesh& piece);
+    void AddNormals(const aiMesh& piece, const std::string& name);
+    void AddChannel(const aiMesh& piece, int uv, const std::vector<scene::Face>& triangles);
+    std::optional<scene::Vec3> NormalOf(const aiVector3D& n) const;
+    void JoinVertices(scene::Mesh& mesh, bool byNormal) const;
 
     const AxisTurn& turn_;
     const std::optional<Matrix4>& geometric_;
+    std::optional<NormalTurn> normalTurn_;
     ImportWarnings& warnings_;
-    std::shared_ptr<scene::Mesh> mesh_ = std::make_shared<scene::Mesh>();
+    SourceVertices source_;
+    std::vector<scene::Face> faces_;  // of source vertices
+    std::map<int, ChannelBuilder> channels_;
     std::size_t notFinite_ = 0;
 };
+
+void MeshBuilder::Append(const aiMesh& piece, const std::string& name,
+                         const std::vector<scene::Face>& triangles, std::uint16_t material) {
+    notFinite_ = 0;
+    std::size_t cutSets = 0;
+    for (int uv = 0; uv < AI_MAX_NUMBER_OF_TEXTURECOORDS; ++uv) {
+        if (piece.mTextureCoords[uv]) {
+            AddChannel(piece, uv, triangles);
+            cutSets += HasThirdCoordinate(piece, uv) ? 1 : 0;
+        }
+    }
+    warnings_.Add("third texture coordinates left out", "mesh " + name, cutSets);
+    for (const scene::Face& triangle : triangles) {
+        faces_.push_back({triangle.v, 0, material});
+    }
+    source_.marks.Append(piece, source_.positions.size());
+    AddPositions(piece);
+    AddNormals(piece, name);
+    warnings_.Add("numbers that are not finite replaced by 0", "mesh " + name, notFinite_);
+}
+
+void MeshBuilder::AddPositions(const aiMesh& piece) {
+    for (unsigned i = 0; i < piece.mNumVertices; ++i) {
+        const aiVector3D& v = piece.mVertices[i];
+        scene::Vec3 finite{Finite(v.x), Finite(v.y), Finite(v.z)};
+        if (geometric_) {
+            const auto moved = *geometric_ * aiVector3t<double>(finite[0], finite[1], finite[2]);
+            finite = {Finite(moved.x), Finite(moved.y), Finite(moved.z)};
+        }
+        source_.positions.push_back(turn_.Apply(finite));
+    }
+}
+
+// None where the numbers have no direction.
+std::optional<scene::Vec3> MeshBuilder::NormalOf(const aiVector3D& n) const {
+    aiVector3t<double> normal(n.x, n.y, n.z);
+    if (normalTurn_) {
+        normal = normalTurn_->Apply(normal);
+    }
+    const double length = std::hypot(normal.x, normal.y, normal.z);
+    if (!(length > 0) || !std::isfinite(length)) {
+        return std::nullopt;
+    }
+    return turn_.Apply({static_cast<float>(normal.x / length),
+                        static_cast<float>(normal.y / length),
+                        static_cast<float>(normal.z / length)});
+}
+
+// The piece's positions are there already.
+void MeshBuilder::AddNormals(const aiMesh& piece, const std::string& name) {
+    const std::size_t end = source_.positions.size();
+    if (piece.mNormals) {
+        source_.normals.resize(end - piece.mNumVertices);
+        std::size_t without = 0;
+        for (unsigned i = 0; i < piece.mNumVertices; ++i) {
+            const std::optional<scene::Vec3> normal = NormalOf(piece.mNormals[i]);
+            without += normal ? 0 : 1;
+            source_.normals.push_back(normal.value_or(scene::Vec3{}));
+        }
+        warnings_.AddOf("normals without a direction left out", "mesh", name, without);
+    } else if (!source_.normals.empty()) {
+        source_.normals.resize(end);
+    }
+}
+
+// The map faces of the piece, whose triangles come next.
+void MeshBuilder::AddChannel(const aiMesh& piece, int uv,
+                             const std::vector<scene::Face>& triangles) {
+    ChannelBuilder& channel = channels_[uv + 1];
+    channel.FillUp(faces_.size());
+    std::vector<std::uint32_t> ids(piece.mNumVertices);
+    for (unsigned i = 0; i < piece.mNumVertices; ++i) {
+        const aiVector3D& coordinate = piece.mTextureCoords[uv][i];
+        ids[i] = channel.VertexOf({Finite(coordinate.x), Finite(coordinate.y)});
+    }
+    const std::size_t first = source_.positions.size();
+    for (const scene::Face& triangle : triangles) {
+        channel.AddFace(
+            {ids[triangle.v[0] - first], ids[triangle.v[1] - first], ids[triangle.v[2] - first]});
+    }
+}
+
+void MeshBuilder::JoinVertices(scene::Mesh& mesh, bool byNormal) const {
+    const JoinedVertices joined = Join(source_, byNormal);
+    mesh.vertices.clear();
+    mesh.vertices.reserve(joined.firstOf.size());
+    for (const std::uint32_t first : joined.firstOf) {
+        const auto id = static_cast<std::uint32_t>(mesh.vertices.size());
+        mesh.vertices.push_back(source_.positions[first]);
+        if (byNormal && source_.normals[first] != scene::Vec3{}) {
+            mesh.normals.emplace_hint(mesh.normals.end(), id, source_.normals[first]);
+        }
+    }
+    mesh.faces = faces_;
+    for (scene::Face& face : mesh.faces) {
+        face.v = {joined.idOf[face.v[0]], joined.idOf[face.v[1]], joined.idOf[face.v[2]]};
+    }
+}
+
+std::shared_ptr<const scene::Mesh> MeshBuilder::Finish() {
+    const auto mesh = std::make_shared<scene::Mesh>();
+    for (auto& [number, channel] : channels_) {
+        channel.FillUp(faces_.size());
+        mesh->channels.emplace(number, channel.Take());
+    }
+    channels_.clear();
+    JoinVertices(*mesh, false);
+    if (!source_.normals.empty() && !FindSmoothingGroups(*mesh, source_.normals, faces_)) {
+        JoinVertices(*mesh, true);
+    }
+    return mesh;
+}
 
 std::size_t CountWeights(const aiMesh& piece) {
     std::size_t count = 0;
@@ -117,7 +251,7 @@ std::vector<scene::Face> MeshBuilder::TrianglesOf(const aiMesh& piece, const std
     const std::string subject = "mesh " + name;
     std::size_t pointsAndLines = 0, polygons = 0, outOfRange = 0;
     const unsigned vertices = piece.mVertices ? piece.mNumVertices : 0;
-    const auto first = static_cast<std::uint32_t>(mesh_->vertices.size());
+    const auto first = static_cast<std::uint32_t>(source_.positions.size());
     // A mirroring that the vertices take on turns the faces over; one that stays in a node's
     // matrix does not.
     const int second = geometric_ && geometric_->Determinant() < 0 ? 2 : 1;
@@ -136,7 +270,6 @@ std::vector<scene::Face> MeshBuilder::TrianglesOf(const aiMesh& piece, const std
     }
     warnings_.AddOf("vertices without faces left out", "mesh", name,
                     piece.mFaces && piece.mNumFaces > 0 ? 0 : vertices);
-    warnings_.AddOf("normals left out", "mesh", name, piece.HasNormals() ? 1 : 0);
     warnings_.Add("points and lines left out", subject, pointsAndLines);
     warnings_.Add("polygons that could not be cut into triangles left out", subject, polygons);
     warnings_.Add("faces with a vertex number out of range left out", subject, outOfRange);
@@ -183,7 +316,8 @@ NodeMesh MeshFactory::Build(const SourceNode& node) {
     NodeMesh made;
     MeshBuilder builder(turn_, node.geometric, warnings_);
     std::map<unsigned, std::uint16_t> ids;
-    std::size_t vertices = 0;
+    constexpr std::size_t kMostVertices = std::numeric_limits<std::uint32_t>::max();
+    std::size_t vertices = 0, faces = 0;
     for (unsigned i = 0; i < node.node->mNumMeshes; ++i) {
         const unsigned index = node.node->mMeshes[i];
         if (index >= scene_.mNumMeshes) {
@@ -193,8 +327,9 @@ NodeMesh MeshFactory::Build(const SourceNode& node) {
         }
         const aiMesh& piece = *scene_.mMeshes[index];
         vertices += piece.mNumVertices;
-        if (vertices > std::numeric_limits<std::uint32_t>::max()) {
-            throw ImportError("a node has more than 4294967295 vertices");
+        faces += piece.mNumFaces;
+        if (vertices > kMostVertices || faces > kMostVertices / 3) {
+            throw ImportError("a node has more than 4294967295 vertices or 1431655765 faces");
         }
         const std::string name = ShownName(piece, index);
         const std::vector<scene::Face> triangles = builder.TrianglesOf(piece, name);

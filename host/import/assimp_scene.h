@@ -5,9 +5,15 @@
 
 #include <string>
 
+#include <assimp/Importer.hpp>
+
 #include "host/import/assimp_import.h"
 
 namespace maxhost::import {
+
+// What an import begins with: the file as Assimp reads it for us, with triangles where it has
+// polygons. The scene is the importer's. Throws ImportError, and what Assimp throws.
+const aiScene& LoadScene(Assimp::Importer& importer, const std::string& path);
 
 // `scene` is as Assimp's importers leave it, triangulated where that was possible; what is wrong
 // in it is left out with a warning. `path` is the file that it was read from. Throws ImportError

@@ -23,8 +23,8 @@ class ImportWarnings {
     // In the order of the first cases of each `what`. Of Add(): "mesh 'Box': points and lines left
     // out (17)", without a count where it is 1; what happens at more than kMaxSubjects subjects
     // ends with one line for the rest: "12 others: points and lines left out (90)". Of AddOf():
-    // "mesh 'Box': normals left out", or "12 meshes ('Box', 'Tube', 'Lid', ...): normals left out"
-    // with at most kMaxNames names, with the count of all cases where it is not 1 a subject.
+    // "node 'Box': renamed", or "12 nodes ('Box', 'Tube', 'Lid', ...): renamed" with at most
+    // kMaxNames names, with the count of all cases where it is not 1 a subject.
     std::vector<std::string> Lines() const;
 
     static constexpr std::size_t kMaxSubjects = 8;

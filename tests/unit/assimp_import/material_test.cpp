@@ -165,13 +165,12 @@ TEST(Materials, TooShortPropertiesAreNotRead) {
 
 TEST(Materials, TexturesFillTheirSlots) {
     const std::pair<aiTextureType, int> kSlots[] = {
-        {aiTextureType_AMBIENT, 0},        {aiTextureType_DIFFUSE, 1},
-        {aiTextureType_BASE_COLOR, 1},     {aiTextureType_SPECULAR, 2},
-        {aiTextureType_SHININESS, 3},      {aiTextureType_EMISSIVE, 5},
-        {aiTextureType_OPACITY, 6},        {aiTextureType_HEIGHT, 8},
-        {aiTextureType_NORMALS, 8},        {aiTextureType_NORMAL_CAMERA, 8},
-        {aiTextureType_REFLECTION, 9},     {aiTextureType_DISPLACEMENT, 11},
-        {aiTextureType_EMISSION_COLOR, 5},
+        {aiTextureType_AMBIENT, 0},    {aiTextureType_DIFFUSE, 1},
+        {aiTextureType_BASE_COLOR, 1}, {aiTextureType_SPECULAR, 2},
+        {aiTextureType_SHININESS, 3},  {aiTextureType_EMISSIVE, 5},
+        {aiTextureType_OPACITY, 6},    {aiTextureType_HEIGHT, 8},
+        {aiTextureType_NORMALS, 8},    {aiTextureType_NORMAL_CAMERA, 8},
+        {aiTextureType_REFLECTION, 9}, {aiTextureType_EMISSION_COLOR, 5},
     };
     for (const auto& [type, slot] : kSlots) {
         OneMaterial material;
@@ -214,6 +213,32 @@ TEST(Materials, TexturesThatFindNoSlotAreCounted) {
     EXPECT_EQ(material.Warnings(),
               std::vector<std::string>{"material 'steel': textures without a map slot left out "
                                        "(2)"});
+}
+
+// The files' layers have no type for it.
+TEST(Materials, DisplacementIsLeftOut) {
+    OneMaterial material;
+    material.AddTexture(aiTextureType_DISPLACEMENT, "height.png");
+    EXPECT_TRUE(material.Convert().maps.empty());
+    EXPECT_EQ(material.Warnings(),
+              std::vector<std::string>{"material 'steel': textures without a map slot left out"});
+}
+
+TEST(Materials, TexturesOnAnotherSetOfCoordinatesAreCounted) {
+    OneMaterial material;
+    const auto add = [&](aiTextureType type, int set) {
+        material.AddTexture(type, "a.png");
+        material->AddProperty(&set, 1, AI_MATKEY_UVWSRC(type, 0));
+    };
+    add(aiTextureType_DIFFUSE, 0);
+    material.Convert();
+    EXPECT_TRUE(material.Warnings().empty());
+    add(aiTextureType_SPECULAR, 1);
+    add(aiTextureType_OPACITY, 2);
+    EXPECT_EQ(material.Convert().maps.size(), 3u);
+    EXPECT_EQ(material.Warnings(),
+              std::vector<std::string>{"material 'steel': texture coordinate sets of textures left "
+                                       "out, the first stands for them (2)"});
 }
 
 TEST(Materials, ABaseColourThatComesTwiceIsNotCountedAsLeftOut) {

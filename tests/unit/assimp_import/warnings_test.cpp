@@ -38,16 +38,16 @@ Lines WithoutClip(const std::string& first) {
 
 TEST(WarningLines, OfOneKindAreOneLine) {
     ImportWarnings warnings;
-    warnings.AddOf("normals left out", "mesh", "'a'");
-    EXPECT_EQ(warnings.Lines(), Lines{"mesh 'a': normals left out"});
-    warnings.AddOf("normals left out", "mesh", "'b'");
-    EXPECT_EQ(warnings.Lines(), Lines{"2 meshes ('a', 'b'): normals left out"});
-    warnings.AddOf("normals left out", "mesh", "'c'");
+    warnings.AddOf("polygons left out", "mesh", "'a'");
+    EXPECT_EQ(warnings.Lines(), Lines{"mesh 'a': polygons left out"});
+    warnings.AddOf("polygons left out", "mesh", "'b'");
+    EXPECT_EQ(warnings.Lines(), Lines{"2 meshes ('a', 'b'): polygons left out"});
+    warnings.AddOf("polygons left out", "mesh", "'c'");
     warnings.AddOf("nothing", "mesh", "'c'", 0);
     for (int i = 0; i < 1000; ++i) {
-        warnings.AddOf("normals left out", "mesh", "'d'");
+        warnings.AddOf("polygons left out", "mesh", "'d'");
     }
-    EXPECT_EQ(warnings.Lines(), Lines{"1003 meshes ('a', 'b', 'c', ...): normals left out"});
+    EXPECT_EQ(warnings.Lines(), Lines{"1003 meshes ('a', 'b', 'c', ...): polygons left out"});
 }
 
 TEST(WarningLines, CountCasesAndKeepKindsApart) {
@@ -60,13 +60,24 @@ TEST(WarningLines, CountCasesAndKeepKindsApart) {
               (Lines{"2 nodes ('a', 'b'): recoded (5)", "material 'm': recoded"}));
 }
 
-TEST(LeftOut, Normals) {
+TEST(LeftOut, NormalsWithoutADirection) {
     SourceScene source(kOther);
     const unsigned plain = source.AddTriangle("plain");
-    const unsigned smooth = source.AddTriangle("smooth");
-    source.Mesh(smooth).mNormals = new aiVector3D[3];
-    SourceScene::Show(source.Root(), {plain, smooth});
-    EXPECT_EQ(source.Convert().warnings, Lines{"mesh 'smooth': normals left out"});
+    const unsigned broken = source.AddTriangle("broken");
+    constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+    source.Mesh(broken).mNormals = new aiVector3D[3]{{0, 0, 0}, {0, 1, 0}, {0, kNan, 1}};
+    SourceScene::Show(source.Root(), {plain, broken});
+    EXPECT_EQ(source.Convert().warnings,
+              Lines{"mesh 'broken': normals without a direction left out (2)"});
+}
+
+TEST(LeftOut, ThirdTextureCoordinates) {
+    SourceScene source(kOther);
+    const unsigned m = source.AddTriangle("m");
+    source.AddTextureCoordinates(m, 0, {{1, 2, 0}, {3, 4, 0.5f}, {5, 6, 1}});
+    source.AddTextureCoordinates(m, 1, {{1, 2, 0}, {3, 4, 0}, {5, 6, 0}});
+    SourceScene::Show(source.Root(), {m});
+    EXPECT_EQ(source.Convert().warnings, Lines{"mesh 'm': third texture coordinates left out"});
 }
 
 TEST(LeftOut, VerticesWithoutFaces) {
