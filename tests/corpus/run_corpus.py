@@ -3,7 +3,7 @@
 
 A file that Assimp loads by itself must export twice with status 0 and the same bytes, and its
 actor file must hold one node chunk a node, in depth-first child order, with the names and parents
-that `hdo-export --list` gives. A file that Assimp does not load must be refused with status 2 and
+that `hdo-export --list` gives, and the geometry that Assimp gives. A file that Assimp does not load must be refused with status 2 and
 one line that names it, and nothing may be written. So must one for which an import has not enough
 memory, but only if Assimp by itself cannot load it either with as much memory and time.
 
@@ -51,13 +51,14 @@ class Row:
         self.kind = kind
         self.nodes = "-"
         self.triangles = "-"
+        self.geometry = "-"
         self.exit = "-"
         self.result = ""
         self.passed = False
 
     def cells(self):
         return [self.name, self.kind or "other", str(self.nodes), str(self.triangles),
-                str(self.exit), self.result]
+                self.geometry, str(self.exit), self.result]
 
 
 def run(command, folder):
@@ -135,6 +136,7 @@ class Corpus:
         self.hdo_export = str(arguments.hdo_export.resolve())
         self.kta = str(arguments.kta.resolve())
         self.oracle = str(arguments.oracle.resolve())
+        self.compare = str(arguments.compare.resolve())
         self.models = arguments.models.resolve()
 
     def check(self, path):
@@ -142,11 +144,7 @@ class Corpus:
         try:
             with tempfile.TemporaryDirectory(prefix="corpus_") as folder:
                 place = pathlib.Path(folder)
-                if self.loads(path, place):
-                    row.result = self.check_loadable(path, place, row)
-                else:
-                    self.check_refusal(path, place, row)
-                    row.result = "refused, as it should be"
+                row.result = self.check_file(path, place, row)
             row.passed = True
         except Failed as failure:
             row.result = f"FAILED: {failure}"
@@ -158,15 +156,17 @@ class Corpus:
         except Failed:
             return False
 
-    def check_loadable(self, path, place, row):
+    def check_file(self, path, place, row):
         try:
             self.check_export(path, place, row)
             return "ok"
         except Failed:
-            if not self.lacks_memory(path, place):
+            loads = self.loads(path, place)
+            if loads and not self.lacks_memory(path, place):
                 raise
         self.check_refusal(path, place, row)
-        return "refused, as Assimp itself does within the same limits"
+        return ("refused, as Assimp itself does within the same limits" if loads
+                else "refused, as it should be")
 
     def lacks_memory(self, path, folder):
         """Whether an import wants for memory where Assimp itself does, given as much."""
@@ -191,6 +191,7 @@ class Corpus:
         if written[0] != written[1]:
             raise Failed("a second export gives other bytes")
         self.check_nodes(path, folder / "first", row)
+        self.check_geometry(path, folder / "first", row)
 
     @staticmethod
     def written(place, part):
@@ -218,6 +219,12 @@ class Corpus:
         if len(found) != len(expected):
             raise Failed(f"{len(found)} node chunks, expected {len(expected)}")
 
+    def check_geometry(self, path, place, row):
+        compared = run([self.compare, str(path), str(place / "out.hdotemp1")], place)
+        if compared.returncode != 0:
+            raise Failed(f"geometry: {first_line(compared.stdout + compared.stderr)}")
+        row.geometry = first_line(compared.stdout)
+
     def check_refusal(self, path, folder, row):
         place = folder / "refused"
         done = self.export(path, place)
@@ -241,7 +248,7 @@ def first_line(text):
 
 
 def write_report(rows, report):
-    head = ["file", "format", "nodes", "triangles", "exit", "result"]
+    head = ["file", "format", "nodes", "triangles", "geometry", "exit", "result"]
     table = [head] + [row.cells() for row in rows]
     widths = [max(len(cells[i]) for cells in table) for i in range(len(head) - 1)]
     with open(report, "w", encoding="utf-8") as out:
@@ -260,12 +267,15 @@ def parse_arguments():
                         default=pathlib.Path("corpus_report.txt"))
     parser.add_argument("--oracle", type=pathlib.Path,
                         help="assimp_loads (default: beside kta)")
+    parser.add_argument("--compare", type=pathlib.Path,
+                        help="compare_geometry (default: beside kta)")
     parser.add_argument("--all", action="store_true", help="run the files of other formats too")
     parser.add_argument("--jobs", type=int, default=len(os.sched_getaffinity(0)),
                         help="files at a time (default: a processor each)")
     arguments = parser.parse_args()
     arguments.oracle = arguments.oracle or arguments.kta.parent / "assimp_loads"
-    for program in (arguments.hdo_export, arguments.kta, arguments.oracle):
+    arguments.compare = arguments.compare or arguments.kta.parent / "compare_geometry"
+    for program in (arguments.hdo_export, arguments.kta, arguments.oracle, arguments.compare):
         if not program.is_file():
             parser.error(f"{program}: no such program")
     return arguments

@@ -1,0 +1,601 @@
+// Whether an actor file holds the geometry of the model that it was exported from. The model is
+// what Assimp gives the importer; both are compared in world space, triangle by triangle in order:
+// positions, normals, texture coordinates, materials. Shares no code with the importer's
+// conversion, the exporter or the toolkit. Exit status: 0 equal, and a line of figures; 1 not, and
+// a line with the first difference; 2 bad usage.
+#include <assimp/commonMetaData.h>
+#include <assimp/scene.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <map>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <assimp/Importer.hpp>
+
+#include "host/import/assimp_scene.h"
+
+namespace {
+
+using Matrix = aiMatrix4x4t<double>;
+using Vector = aiVector3t<double>;
+
+constexpr double kPositionTolerance = 2e-5;  // of the largest coordinate of the mesh in the world
+constexpr double kNormalTolerance = 1;       // degrees
+constexpr double kFlat = 1e-7;  // a determinant below this share of its rows' lengths is none
+
+struct Difference : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+[[noreturn]] void Differ(const std::string& what) {
+    throw Difference(what);
+}
+
+template <typename T>
+void ExpectEqual(const std::string& what, const T& found, const T& expected) {
+    if (!(found == expected)) {
+        if constexpr (std::is_arithmetic_v<T>) {
+            Differ(what + " is " + std::to_string(found) + ", expected " +
+                   std::to_string(expected));
+        } else {
+            Differ(what + " is \"" + found + "\", expected \"" + expected + "\"");
+        }
+    }
+}
+
+// ---------------------------------------------------------------- the actor file
+
+class Bytes {
+  public:
+    explicit Bytes(const std::string& path) {
+        std::ifstream stream(path, std::ios::binary);
+        text_.assign(std::istreambuf_iterator<char>(stream), {});
+    }
+
+    template <typename T>
+    T Take() {
+        T value;
+        Need(sizeof value);
+        std::memcpy(&value, text_.data() + at_, sizeof value);
+        at_ += sizeof value;
+        return value;
+    }
+    std::string TakeName(std::size_t size) {
+        Need(size);
+        const std::string name(text_.data() + at_, strnlen(text_.data() + at_, size));
+        at_ += size;
+        return name;
+    }
+    void Skip(std::size_t count) {
+        Need(count);
+        at_ += count;
+    }
+    bool AtEnd() const { return at_ == text_.size(); }
+
+  private:
+    void Need(std::size_t count) const {
+        if (text_.size() - at_ < count) {
+            Differ("the actor file ends at " + std::to_string(text_.size()));
+        }
+    }
+
+    std::string text_;
+    std::size_t at_ = 0;
+};
+
+struct ActorNode {
+    std::string name;
+    Matrix inverseWorld;  // column vectors, the file's axes
+};
+
+struct ActorMaterial {
+    std::string name;
+    std::array<float, 3> diffuse{};
+    float opacity = 0;
+    bool twoSided = false;
+    std::vector<std::pair<int, std::string>> layers;  // type and texture
+};
+
+struct ActorVertex {
+    std::int32_t original;
+    float position[3];
+    float normal[3];
+};
+
+struct ActorSubMesh {
+    int material = 0;
+    std::vector<ActorVertex> vertices;
+    std::vector<std::array<float, 2>> coordinates;  // of each vertex one a channel
+    std::vector<std::array<std::uint32_t, 3>> faces;
+};
+
+struct ActorMesh {
+    int node = 0;
+    int channels = 0;
+    std::vector<ActorSubMesh> subMeshes;
+};
+
+ActorNode TakeNode(Bytes& bytes) {
+    ActorNode node;
+    node.name = bytes.TakeName(260);
+    bytes.Skip(260 + 12 + 16 + 12);
+    for (int row = 0; row < 4; ++row) {
+        for (int column = 0; column < 3; ++column) {
+            node.inverseWorld[column][row] = bytes.Take<float>();
+        }
+        bytes.Skip(4);
+    }
+    bytes.Skip(8);
+    return node;
+}
+
+ActorMaterial TakeMaterial(Bytes& bytes) {
+    ActorMaterial material;
+    material.name = bytes.TakeName(40);
+    bytes.Skip(12);
+    material.diffuse = bytes.Take<std::array<float, 3>>();
+    bytes.Skip(32);
+    material.opacity = bytes.Take<float>();
+    bytes.Skip(4);
+    material.twoSided = bytes.Take<std::uint8_t>() != 0;
+    bytes.Skip(3);
+    return material;
+}
+
+ActorSubMesh TakeSubMesh(Bytes& bytes, int channels) {
+    ActorSubMesh subMesh;
+    subMesh.material = bytes.Take<std::uint8_t>();
+    bytes.Skip(3);
+    const auto indices = bytes.Take<std::int32_t>();
+    const auto vertices = bytes.Take<std::int32_t>();
+    if (subMesh.material == 255) {
+        subMesh.material = bytes.Take<std::int32_t>();
+    }
+    for (std::int32_t i = 0; i < vertices; ++i) {
+        subMesh.vertices.push_back(bytes.Take<ActorVertex>());
+        for (int channel = 0; channel < channels; ++channel) {
+            subMesh.coordinates.push_back(bytes.Take<std::array<float, 2>>());
+        }
+    }
+    for (std::int32_t i = 0; i < indices / 3; ++i) {
+        subMesh.faces.push_back(bytes.Take<std::array<std::uint32_t, 3>>());
+        for (const std::uint32_t index : subMesh.faces.back()) {
+            if (index >= subMesh.vertices.size()) {
+                Differ("a face has the vertex " + std::to_string(index) + " of " +
+                       std::to_string(vertices));
+            }
+        }
+    }
+    return subMesh;
+}
+
+// Imported channels are never empty, so that the header's count is that of the coordinates too.
+ActorMesh TakeMesh(Bytes& bytes) {
+    ActorMesh mesh;
+    mesh.node = bytes.Take<std::int32_t>();
+    bytes.Skip(12);
+    const auto subMeshes = bytes.Take<std::int32_t>();
+    mesh.channels = bytes.Take<std::int32_t>();
+    bytes.Skip(4);
+    for (std::int32_t i = 0; i < subMeshes; ++i) {
+        mesh.subMeshes.push_back(TakeSubMesh(bytes, mesh.channels));
+    }
+    return mesh;
+}
+
+struct Actor {
+    std::vector<ActorNode> nodes;
+    std::vector<ActorMaterial> materials;
+    std::vector<ActorMesh> meshes;
+};
+
+void TakeLayer(Bytes& bytes, Actor& actor) {
+    const std::string texture = bytes.TakeName(260);
+    const int type = bytes.Take<std::uint8_t>();
+    bytes.Skip(1);
+    const auto material = bytes.Take<std::int16_t>();
+    bytes.Skip(24);
+    actor.materials.at(material).layers.emplace_back(type, texture);
+}
+
+Actor ReadActor(const std::string& path) {
+    Bytes bytes(path);
+    bytes.Skip(7);
+    Actor actor;
+    while (!bytes.AtEnd()) {
+        const auto id = bytes.Take<std::uint32_t>();
+        bytes.Skip(8);
+        if (id == 0) {
+            actor.nodes.push_back(TakeNode(bytes));
+        } else if (id == 3) {
+            actor.meshes.push_back(TakeMesh(bytes));
+        } else if (id == 6) {
+            actor.materials.push_back(TakeMaterial(bytes));
+        } else if (id == 7) {
+            TakeLayer(bytes, actor);
+        } else {
+            Differ("a chunk has id " + std::to_string(id));
+        }
+    }
+    return actor;
+}
+
+// ---------------------------------------------------------------- the model
+
+struct ModelNode {
+    const aiNode* node;
+    Matrix world;
+    bool isTurnedOver;  // a geometric transform mirrors its vertices
+};
+
+struct Triangle {
+    const aiMesh* piece;
+    const aiFace* face;
+};
+
+bool IsTriangle(const aiMesh& piece, const aiFace& face) {
+    return face.mNumIndices == 3 && face.mIndices &&
+           std::max({face.mIndices[0], face.mIndices[1], face.mIndices[2]}) < piece.mNumVertices;
+}
+
+// The node's triangles by material, materials in order of their first triangle's piece.
+std::vector<std::pair<unsigned, std::vector<Triangle>>> TrianglesOf(const aiScene& scene,
+                                                                    const aiNode& node) {
+    std::vector<std::pair<unsigned, std::vector<Triangle>>> groups;
+    std::map<unsigned, std::size_t> byMaterial;
+    for (unsigned i = 0; i < node.mNumMeshes; ++i) {
+        if (node.mMeshes[i] >= scene.mNumMeshes) {
+            continue;
+        }
+        const aiMesh& piece = *scene.mMeshes[node.mMeshes[i]];
+        for (unsigned k = 0; piece.mVertices && piece.mFaces && k < piece.mNumFaces; ++k) {
+            if (!IsTriangle(piece, piece.mFaces[k])) {
+                continue;
+            }
+            const auto [found, isNew] = byMaterial.try_emplace(piece.mMaterialIndex, groups.size());
+            if (isNew) {
+                groups.emplace_back(piece.mMaterialIndex, std::vector<Triangle>());
+            }
+            groups[found->second].second.push_back({&piece, &piece.mFaces[k]});
+        }
+    }
+    return groups;
+}
+
+// A mesh of fewer vertices than a triangle has is not exported.
+bool HasThreeVertices(const aiScene& scene, const aiNode& node) {
+    std::set<std::vector<float>> corners;
+    for (const auto& [material, triangles] : TrianglesOf(scene, node)) {
+        for (const Triangle& triangle : triangles) {
+            for (unsigned k = 0; k < 3; ++k) {
+                const unsigned index = triangle.face->mIndices[k];
+                std::vector<float> corner;
+                const auto add = [&corner, index](const aiVector3D* vectors) {
+                    if (vectors) {
+                        const aiVector3D& v = vectors[index];
+                        corner.insert(corner.end(), {v.x, v.y, v.z});
+                    }
+                };
+                add(triangle.piece->mVertices);
+                add(triangle.piece->mNormals);
+                for (const aiVector3D* const set : triangle.piece->mTextureCoords) {
+                    add(set);
+                }
+                corners.insert(std::move(corner));
+                if (corners.size() == 3) {
+                    return true;
+                }
+            }
+        }
+    }
+    return false;
+}
+
+// A Collada file's root carries the unit of length, which the importer leaves alone.
+double RootScale(const aiScene& scene) {
+    aiString importer;
+    if (!scene.mMetaData || !scene.mMetaData->Get(AI_METADATA_SOURCE_FORMAT, importer) ||
+        std::string_view(importer.C_Str()) != "Collada Importer") {
+        return 1;
+    }
+    const Matrix root(scene.mRootNode->mTransformation);
+    return std::cbrt(std::abs(root.Determinant()));
+}
+
+std::vector<ModelNode> NodesWithTriangles(const aiScene& scene) {
+    std::vector<ModelNode> nodes;
+    std::vector<ModelNode> stack;
+    if (!scene.mRootNode) {
+        return nodes;
+    }
+    Matrix unit;
+    unit.a1 = unit.b2 = unit.c3 = 1 / RootScale(scene);
+    stack.push_back({scene.mRootNode, unit, false});
+    while (!stack.empty()) {
+        ModelNode at = stack.back();
+        stack.pop_back();
+        const std::string_view name(at.node->mName.C_Str());
+        const Matrix local(at.node->mTransformation);
+        at.world = at.world * local;
+        const bool isGeometric = name.find("_$AssimpFbx$_Geometric") != std::string_view::npos;
+        at.isTurnedOver =
+            isGeometric ? at.isTurnedOver != (local.Determinant() < 0) : at.isTurnedOver;
+        if (HasThreeVertices(scene, *at.node)) {
+            nodes.push_back(at);
+        }
+        at.isTurnedOver = isGeometric && at.isTurnedOver;
+        for (unsigned i = at.node->mNumChildren; i > 0; --i) {
+            if (at.node->mChildren[i - 1]) {
+                stack.push_back({at.node->mChildren[i - 1], at.world, at.isTurnedOver});
+            }
+        }
+    }
+    return nodes;
+}
+
+// The directions that the file calls right, up and away from the viewer.
+struct View {
+    Vector right{1, 0, 0}, up{0, 1, 0};
+
+    Vector InFile(const Vector& v) const { return {right * v, up * v, (up ^ right) * v}; }
+};
+
+View ViewOf(const aiScene& scene) {
+    View view;
+    std::int32_t up = 1, upSign = 1, right = 0, rightSign = 1;
+    if (scene.mMetaData && scene.mMetaData->Get("UpAxis", up) && up >= 0 && up < 3) {
+        scene.mMetaData->Get("UpAxisSign", upSign);
+        scene.mMetaData->Get("CoordAxis", right);
+        scene.mMetaData->Get("CoordAxisSign", rightSign);
+        view.up = view.right = Vector();
+        view.up[static_cast<unsigned>(up)] = upSign < 0 ? -1 : 1;
+        view.right[static_cast<unsigned>(right)] = rightSign < 0 ? -1 : 1;
+    }
+    return view;
+}
+
+// ---------------------------------------------------------------- the comparison
+
+double Share(const Matrix& m) {
+    double lengths = 1;
+    for (unsigned row = 0; row < 3; ++row) {
+        lengths *= Vector(m[row][0], m[row][1], m[row][2]).Length();
+    }
+    return lengths > 0 ? std::abs(m.Determinant()) / lengths : 0;
+}
+
+// What is not finite is imported as 0.
+Vector Finite(const aiVector3D& v) {
+    return {std::isfinite(v.x) ? v.x : 0, std::isfinite(v.y) ? v.y : 0,
+            std::isfinite(v.z) ? v.z : 0};
+}
+
+Matrix Inverse(Matrix m) {
+    return m.Inverse();
+}
+
+// Takes normals where the matrix takes positions.
+Vector TurnNormal(const Matrix& inverse, const Vector& n) {
+    return {inverse.a1 * n.x + inverse.b1 * n.y + inverse.c1 * n.z,
+            inverse.a2 * n.x + inverse.b2 * n.y + inverse.c2 * n.z,
+            inverse.a3 * n.x + inverse.b3 * n.y + inverse.c3 * n.z};
+}
+
+double Degrees(const Vector& a, const Vector& b) {
+    return std::atan2((a ^ b).Length(), a * b) * 180 / 3.14159265358979323846;
+}
+
+class Comparison {
+  public:
+    Comparison(const aiScene& scene, const Actor& actor)
+        : scene_(scene), actor_(actor), view_(ViewOf(scene)) {}
+
+    void Run() {
+        const std::vector<ModelNode> nodes = NodesWithTriangles(scene_);
+        ExpectEqual("the number of meshes", actor_.meshes.size(), nodes.size());
+        for (std::size_t i = 0; i < nodes.size(); ++i) {
+            mesh_ = "mesh " + std::to_string(i) + " (" + nodes[i].node->mName.C_Str() + "): ";
+            CompareMesh(nodes[i], actor_.meshes[i]);
+        }
+    }
+
+    void Print() const {
+        std::cout << actor_.meshes.size() << " meshes, " << triangles_ << " triangles, positions "
+                  << worstPosition_ << ", normals " << worstNormal_ << " degrees, " << flat_
+                  << " flat\n";
+    }
+
+  private:
+    void CompareMesh(const ModelNode& model, const ActorMesh& mesh) {
+        const auto groups = TrianglesOf(scene_, *model.node);
+        ExpectEqual(mesh_ + "the number of sub-meshes", mesh.subMeshes.size(), groups.size());
+        model_ = &model;
+        modelInverse_ = Inverse(model.world);
+        actorInverse_ = actor_.nodes.at(static_cast<std::size_t>(mesh.node)).inverseWorld;
+        isFlat_ = !(Share(model.world) > kFlat) || !(Share(actorInverse_) > kFlat);
+        flat_ += isFlat_ ? 1 : 0;
+        actorWorld_ = isFlat_ ? Matrix() : Inverse(actorInverse_);
+        FindChannels(groups);
+        ExpectEqual(mesh_ + "the number of map channels", mesh.channels,
+                    static_cast<int>(channels_.size()));
+        for (std::size_t i = 0; i < groups.size(); ++i) {
+            CompareMaterial(mesh.subMeshes[i].material, groups[i].first);
+            CompareTriangles(mesh.subMeshes[i], groups[i].second);
+        }
+    }
+
+    void FindChannels(const std::vector<std::pair<unsigned, std::vector<Triangle>>>& groups) {
+        std::array<bool, AI_MAX_NUMBER_OF_TEXTURECOORDS> used{};
+        for (const auto& [material, triangles] : groups) {
+            for (const Triangle& triangle : triangles) {
+                for (unsigned i = 0; i < used.size(); ++i) {
+                    used[i] = used[i] || triangle.piece->mTextureCoords[i];
+                }
+            }
+        }
+        channels_.clear();
+        for (unsigned i = 0; i < used.size(); ++i) {
+            if (used[i]) {
+                channels_.push_back(i);
+            }
+        }
+    }
+
+    void CompareTriangles(const ActorSubMesh& found, const std::vector<Triangle>& expected) {
+        ExpectEqual(mesh_ + "the number of triangles", found.faces.size(), expected.size());
+        for (std::size_t i = 0; i < expected.size(); ++i) {
+            static constexpr unsigned kOver[3] = {0, 2, 1};
+            for (unsigned k = 0; k < 3; ++k) {
+                triangle_ =
+                    "triangle " + std::to_string(i) + ", corner " + std::to_string(k) + ": ";
+                CompareCorner(found, found.faces[i][k], *expected[i].piece,
+                              expected[i].face->mIndices[model_->isTurnedOver ? kOver[k] : k]);
+            }
+        }
+        triangles_ += expected.size();
+    }
+
+    void CompareCorner(const ActorSubMesh& subMesh, std::uint32_t at, const aiMesh& piece,
+                       unsigned index) {
+        const ActorVertex& vertex = subMesh.vertices[at];
+        CompareCoordinates(subMesh, at, piece, index);
+        if (isFlat_) {
+            return;
+        }
+        const Vector v = Finite(piece.mVertices[index]);
+        const Vector position = view_.InFile(model_->world * v);
+        const Vector there =
+            actorWorld_ * Vector(vertex.position[0], vertex.position[1], vertex.position[2]);
+        const double size = std::max({std::abs(position.x), std::abs(position.y),
+                                      std::abs(position.z), std::abs(actorWorld_.a4),
+                                      std::abs(actorWorld_.b4), std::abs(actorWorld_.c4)});
+        const double error = size > 0 ? (there - position).Length() / size : there.Length();
+        if (!(error <= kPositionTolerance)) {
+            Differ(mesh_ + triangle_ + "the position is off by " + std::to_string(error) +
+                   " of its size");
+        }
+        worstPosition_ = std::max(worstPosition_, error);
+        CompareNormal(vertex, piece, index);
+    }
+
+    void CompareNormal(const ActorVertex& vertex, const aiMesh& piece, unsigned index) {
+        if (!piece.mNormals) {
+            return;
+        }
+        const aiVector3D& n = piece.mNormals[index];
+        const Vector expected = view_.InFile(TurnNormal(modelInverse_, Vector(n.x, n.y, n.z)));
+        if (!(expected.Length() > 0) || !std::isfinite(expected.Length())) {
+            return;  // the file gives none
+        }
+        const Vector found =
+            TurnNormal(actorInverse_, Vector(vertex.normal[0], vertex.normal[1], vertex.normal[2]));
+        const double degrees = Degrees(found, expected);
+        if (!(degrees <= kNormalTolerance)) {
+            Differ(mesh_ + triangle_ + "the normal is off by " + std::to_string(degrees) +
+                   " degrees");
+        }
+        worstNormal_ = std::max(worstNormal_, degrees);
+    }
+
+    // A piece without a channel that another piece of the node has shows its (0, 0).
+    void CompareCoordinates(const ActorSubMesh& subMesh, std::uint32_t at, const aiMesh& piece,
+                            unsigned index) {
+        for (std::size_t i = 0; i < channels_.size(); ++i) {
+            const aiVector3D* const set = piece.mTextureCoords[channels_[i]];
+            const float u = set && std::isfinite(set[index].x) ? set[index].x : 0;
+            const float v = set && std::isfinite(set[index].y) ? set[index].y : 0;
+            const auto& found = subMesh.coordinates[at * channels_.size() + i];
+            const std::string what = mesh_ + triangle_ + "channel " + std::to_string(i) + ": ";
+            ExpectEqual(what + "u", found[0], u);
+            ExpectEqual(what + "v", found[1], 1 - v);
+        }
+    }
+
+    void CompareMaterial(int number, unsigned index) {
+        if (index >= scene_.mNumMaterials) {
+            return;
+        }
+        const aiMaterial& expected = *scene_.mMaterials[index];
+        const ActorMaterial& found = actor_.materials.at(static_cast<std::size_t>(number));
+        const std::string what = mesh_ + "material " + std::to_string(number) + ": ";
+        aiString name;
+        if (expected.Get(AI_MATKEY_NAME, name) == AI_SUCCESS && IsPlain(name.C_Str())) {
+            ExpectEqual(what + "the name", found.name, std::string(name.C_Str()).substr(0, 39));
+        }
+        aiColor3D diffuse;
+        if (expected.Get(AI_MATKEY_COLOR_DIFFUSE, diffuse) == AI_SUCCESS) {
+            ExpectEqual(what + "diffuse red", found.diffuse[0], diffuse.r);
+            ExpectEqual(what + "diffuse green", found.diffuse[1], diffuse.g);
+            ExpectEqual(what + "diffuse blue", found.diffuse[2], diffuse.b);
+        }
+        float opacity = 1;
+        expected.Get(AI_MATKEY_OPACITY, opacity);
+        ExpectEqual(what + "the opacity", found.opacity, 1 - (1 - opacity));
+        int twoSided = 0;
+        expected.Get(AI_MATKEY_TWOSIDED, twoSided);
+        ExpectEqual(what + "two-sided", found.twoSided ? 1 : 0, twoSided ? 1 : 0);
+        CompareTexture(what, expected, found);
+    }
+
+    static bool IsPlain(const std::string& text) {
+        return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c < 127; });
+    }
+
+    static void CompareTexture(const std::string& what, const aiMaterial& expected,
+                               const ActorMaterial& found) {
+        aiString path;
+        if (expected.GetTexture(aiTextureType_DIFFUSE, 0, &path) != AI_SUCCESS ||
+            path.length == 0 || path.C_Str()[0] == '*' || !IsPlain(path.C_Str())) {
+            return;
+        }
+        const std::string file(path.C_Str());
+        const std::string last = file.substr(file.find_last_of("/\\") + 1);
+        const auto layer = std::find_if(found.layers.begin(), found.layers.end(),
+                                        [](const auto& each) { return each.first == 1; });
+        ExpectEqual(what + "the diffuse texture",
+                    layer == found.layers.end() ? "none" : layer->second, last);
+    }
+
+    const aiScene& scene_;
+    const Actor& actor_;
+    const View view_;
+    std::string mesh_, triangle_;  // what is compared, for messages
+    const ModelNode* model_ = nullptr;
+    Matrix modelInverse_, actorWorld_, actorInverse_;
+    bool isFlat_ = false;  // squeezed so that its place cannot be told
+    std::vector<unsigned> channels_;
+    std::size_t triangles_ = 0, flat_ = 0;
+    double worstPosition_ = 0, worstNormal_ = 0;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 3) {
+        std::cerr << "usage: compare_geometry MODEL ACTOR\n";
+        return 2;
+    }
+    try {
+        Assimp::Importer importer;
+        const Actor actor = ReadActor(argv[2]);
+        Comparison comparison(maxhost::import::LoadScene(importer, argv[1]), actor);
+        comparison.Run();
+        comparison.Print();
+        return 0;
+    } catch (const std::exception& failure) {
+        std::cout << failure.what() << '\n';
+        return 1;
+    }
+}
