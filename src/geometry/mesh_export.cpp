@@ -26,7 +26,7 @@ enum { kFullMaterialNumber = 255, kFirstFullMaterialNumber = 128 };
 // Reads the corners of a mesh's faces as they stand in the file.
 class CornerReader {
   public:
-    // The mesh's normals must be built.
+    // Builds the mesh's normals.
     CornerReader(INode* node, Mesh& mesh);
 
     Int32 NumPairs() const { return numPairs; }
@@ -61,6 +61,8 @@ CornerReader::CornerReader(INode* node, Mesh& source)
       positionTransform(1),
       normalTransform(1),
       numPairs(0) {
+    mesh.buildNormals();
+    mesh.checkNormals(TRUE);
     if (isSkinned) {
         positionTransform = node->GetObjectTM(0);
         normalTransform = positionTransform;
@@ -147,11 +149,6 @@ void LogDroppedFace(const CornerVertex corners[3], const Int32 indices[3]) {
                 corners[2].numPairs);
 }
 
-void BuildNormals(Mesh& mesh) {
-    mesh.buildNormals();
-    mesh.checkNormals(TRUE);
-}
-
 // The passes return false where the sub-meshes do not fit into memory or the format.
 bool RunVertexPass(KTAExp& exporter, INode* node, SubMeshList& subMeshes) {
     Plinth::Log("EXPORTING SUBMESHES (%s)", "Vertex Pass");
@@ -160,7 +157,6 @@ bool RunVertexPass(KTAExp& exporter, INode* node, SubMeshList& subMeshes) {
     if (mesh == NULL) {
         return true;
     }
-    BuildNormals(*mesh);
     CornerReader reader(node, *mesh);
     if (!subMeshes.Reserve(mesh->getNumFaces(), reader.NumPairs())) {
         return false;
@@ -186,7 +182,6 @@ bool RunIndexPass(INode* node, SubMeshList& subMeshes) {
     if (mesh == NULL) {
         return true;
     }
-    BuildNormals(*mesh);
     CornerReader reader(node, *mesh);
     // A modifier may make another number of faces at each conversion.
     for (int i = 0; i < mesh->getNumFaces() && i < subMeshes.NumAddedFaces(); ++i) {

@@ -141,7 +141,7 @@ class CoreExport Mesh {
     // in face order of the faces' products before they got length 1, normalised; a sum of 0 stays.
     // A vertex's normals stand in the order of the first face of each; faces without smoothing
     // group have no part in them. The count has 8 bits: of more than 255 normals, the first 255 are
-    // kept. Takes time linear in vertices and faces.
+    // kept. Where f32 overflows, a normal is not finite. Takes time linear in vertices and faces.
     void buildNormals();
     // TRUE: builds the normals unless that has been done. FALSE: makes render vertices without
     // normals unless there are any; specified normals are set in these.

@@ -12,6 +12,7 @@
 #include "plugin/kta_exp.h"
 #include "tests/support/export_run.h"
 #include "tests/support/kta_bytes.h"
+#include "tests/unit/plugin/streamed_exporter.h"
 
 namespace {
 
@@ -510,20 +511,9 @@ TEST(LayerExport, LayersOfAMaterialThatIsNotWrittenGoToTheOneBefore) {
 
 // ---------------------------------------------------------------- the exporter object itself
 
-class OpenExporter : public KTAExp {
+class OpenExporter : public support::StreamedExporter {
   public:
-    OpenExporter() {
-        file = std::tmpfile();
-        ip = maxhost::Host::Instance().GetInterface();
-    }
-    ~OpenExporter() { std::fclose(file); }
-    std::string Written() {
-        std::string bytes(static_cast<std::size_t>(std::ftell(file)), '\0');
-        std::rewind(file);
-        EXPECT_EQ(std::fread(bytes.data(), 1, bytes.size(), file), bytes.size());
-        std::fseek(file, 0, SEEK_END);  // what is written next wants a seek between
-        return bytes;
-    }
+    std::string Written() { return WrittenAt(0, static_cast<std::size_t>(Size())); }
     // Makes the list of the open scene's materials and writes it.
     void ExportScene() {
         int counter = 0;

@@ -13,6 +13,7 @@
 #include "plugin/kta_exp.h"
 #include "tests/support/export_run.h"
 #include "tests/support/kta_bytes.h"
+#include "tests/unit/plugin/streamed_exporter.h"
 
 namespace {
 
@@ -441,20 +442,8 @@ TEST(NodeExport, NodesThatAreNotGeometricHaveNoMesh) {
 
 // ---------------------------------------------------------------- the exporter object itself
 
-class OpenExporter : public KTAExp {
+class OpenExporter : public support::StreamedExporter {
   public:
-    OpenExporter() {
-        file = std::tmpfile();
-        ip = maxhost::Host::Instance().GetInterface();
-    }
-    ~OpenExporter() { std::fclose(file); }
-    long Written() { return std::ftell(file); }
-    std::string WrittenAt(long offset, std::size_t size) {
-        std::string bytes(size, '?');
-        EXPECT_EQ(std::fseek(file, offset, SEEK_SET), 0);
-        EXPECT_EQ(std::fread(bytes.data(), 1, size, file), size);
-        return bytes;
-    }
     void SetTotal(int nodes) { nodeTotal = nodes; }
     int NumVisited() { return nodeDone; }
     int NumExported() { return exportedNodes.Count(); }
@@ -477,7 +466,7 @@ TEST(Exporter, NodeExportedTwiceHasOneChunkAndLogsOnce) {
             exporter.ExportNode(nodes[0]);
             exporter.ExportNode(nodes[1]);
         }
-        EXPECT_EQ(exporter.Written(), 12 + 632);
+        EXPECT_EQ(exporter.Size(), 12 + 632);
         EXPECT_EQ(exporter.NumExported(), 1);
     }
     Plinth::GetLogManager().ClearLogCallbacks();
@@ -525,7 +514,7 @@ TEST(Exporter, NodeWithoutParentAndObjectIsAnOrdinaryOne) {
         ASSERT_EQ(root->GetParentNode(), nullptr);
         ASSERT_EQ(root->GetObjectRef(), nullptr);
         exporter.ExportNode(root);
-        EXPECT_EQ(exporter.Written(), 12 + 632);
+        EXPECT_EQ(exporter.Size(), 12 + 632);
         EXPECT_EQ(exporter.WrittenAt(12 + 260, 260), std::string(260, '\0'));
         EXPECT_EQ(exporter.WrittenAt(12 + 624, 8), std::string(8, '\0'));
     }
