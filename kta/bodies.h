@@ -76,7 +76,8 @@ struct Material {
 struct MaterialLayer {
     std::string textureFileName;
     std::uint8_t layerType = 0;
-    std::int16_t parentMaterial = 0;  // position among the file's material chunks
+    // Position among the file's material chunks, cut to 16 bits: material 65537 stands as 1.
+    std::int16_t parentMaterial = 0;
     float amount = 0;
     float uOffset = 0;
     float vOffset = 0;

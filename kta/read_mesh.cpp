@@ -226,10 +226,15 @@ struct SizeRange {
     std::uint32_t most;
 };
 
-constexpr SizeRange kSizes[] = {
-    {kChunkNode, 632, 632},     {kChunkMesh, kHeadSize, ~0u},    {kChunkWeights, 4, ~0u},
-    {kChunkMaterial, 108, 108}, {kChunkMaterialLayer, 288, 288}, {kChunkJointLimits, 88, 88},
-    {kChunkMorph, 292, 292},    {kChunkWire, 1116, 1116},        {kChunkIKChain, 1064, 1064}};
+constexpr SizeRange kSizes[] = {{kChunkNode, kNodeSize, kNodeSize},
+                                {kChunkMesh, kHeadSize, ~0u},
+                                {kChunkWeights, 4, ~0u},
+                                {kChunkMaterial, kMaterialSize, kMaterialSize},
+                                {kChunkMaterialLayer, kMaterialLayerSize, kMaterialLayerSize},
+                                {kChunkJointLimits, 88, 88},
+                                {kChunkMorph, 292, 292},
+                                {kChunkWire, 1116, 1116},
+                                {kChunkIKChain, 1064, 1064}};
 
 // Whether the file ends at the cursor, or goes on with what may be the head of an actor's chunk.
 bool IsChunkEnd(const Cursor& cursor) {

@@ -104,15 +104,15 @@ MaterialLayer ReadMaterialLayer(Cursor& cursor) {
 }  // namespace
 
 void ReadNodeBody(Cursor& cursor, Chunk& chunk) {
-    ReadRecord(cursor, chunk, 632, ReadNode);
+    ReadRecord(cursor, chunk, kNodeSize, ReadNode);
 }
 
 void ReadMaterialBody(Cursor& cursor, Chunk& chunk) {
-    ReadRecord(cursor, chunk, 108, ReadMaterial);
+    ReadRecord(cursor, chunk, kMaterialSize, ReadMaterial);
 }
 
 void ReadMaterialLayerBody(Cursor& cursor, Chunk& chunk) {
-    ReadRecord(cursor, chunk, 288, ReadMaterialLayer);
+    ReadRecord(cursor, chunk, kMaterialLayerSize, ReadMaterialLayer);
 }
 
 }  // namespace kta
