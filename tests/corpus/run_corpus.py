@@ -160,18 +160,18 @@ class Corpus:
         try:
             self.check_export(path, place, row)
             return "ok"
-        except Failed:
-            loads = self.loads(path, place)
-            if loads and not self.lacks_memory(path, place):
+        except Failed as failure:
+            lacks_memory = self.lacks_memory(path, place, row, failure)
+            if not lacks_memory and self.loads(path, place):
                 raise
         self.check_refusal(path, place, row)
-        return ("refused, as Assimp itself does within the same limits" if loads
+        return ("refused, as Assimp itself does within the same limits" if lacks_memory
                 else "refused, as it should be")
 
-    def lacks_memory(self, path, folder):
-        """Whether an import wants for memory where Assimp itself does, given as much."""
-        listing = run([self.hdo_export, "--list", str(path)], folder)
-        return (listing.returncode == 2 and b"not enough memory" in listing.stderr
+    def lacks_memory(self, path, folder, row, failure):
+        """Whether an export wants for memory where Assimp itself does, given as much. What Assimp
+        does with more is not asked: it may take all that there is."""
+        return (row.exit == 2 and "not enough memory" in str(failure)
                 and not self.loads(path, folder, "--limited"))
 
     def export(self, path, folder, *options):
