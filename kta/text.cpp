@@ -48,7 +48,8 @@ std::string OneLine(std::string_view text) {
 }
 
 std::string Counted(std::size_t count, const std::string& noun) {
-    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+    const char* const plural = noun.ends_with("sh") ? "es" : "s";
+    return std::to_string(count) + " " + noun + (count == 1 ? "" : plural);
 }
 
 bool EndsWithIgnoringCase(std::string_view text, std::string_view ending) {

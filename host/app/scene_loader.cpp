@@ -72,6 +72,7 @@ LoadedScene LoadModel(const std::string& path) {
     for (const import::AnimationClip& clip : imported.animations) {
         loaded.animations.push_back({clip.name, clip.seconds});
     }
+    loaded.coloredMeshes = imported.coloredMeshes;
     return loaded;
 }
 #endif

@@ -1,6 +1,7 @@
 // Scene files into scene data.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,7 @@ struct LoadedScene {
     scene::Scene scene;
     std::vector<std::string> warnings;  // what the importer changed or left out, a line each
     std::vector<Animation> animations;  // that the file offers to choose from
+    std::size_t coloredMeshes = 0;      // whose vertex colours the importer left out
 };
 
 // Whether the file is a scene description: its name ends in .maxscene.json, or it is JSON whose

@@ -1,6 +1,7 @@
 // Scene files of the formats that Assimp reads (FBX, Collada, 3DS, ASE, glTF, BVH, ...).
 #pragma once
 
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -22,11 +23,13 @@ struct AnimationClip {
 };
 
 // A scene with z up, in the file's own units. Nodes stand in depth-first child order. `warnings`
-// names what was changed or left out, one line each.
+// names what was changed or left out, one line each; `coloredMeshes` counts the meshes that the
+// file gives vertex colours, which are left out too; one that several nodes show counts once.
 struct ImportedScene {
     scene::Scene scene;
     std::vector<std::string> warnings;
     std::vector<AnimationClip> animations;
+    std::size_t coloredMeshes = 0;
 };
 
 // Reads the file at `path`; throws ImportError.

@@ -318,6 +318,7 @@ NodeMesh MeshFactory::Build(const SourceNode& node) {
     std::map<unsigned, std::uint16_t> ids;
     constexpr std::size_t kMostVertices = std::numeric_limits<std::uint32_t>::max();
     std::size_t vertices = 0, faces = 0;
+    bool isColored = false;
     for (unsigned i = 0; i < node.node->mNumMeshes; ++i) {
         const unsigned index = node.node->mMeshes[i];
         if (index >= scene_.mNumMeshes) {
@@ -331,12 +332,14 @@ NodeMesh MeshFactory::Build(const SourceNode& node) {
         if (vertices > kMostVertices || faces > kMostVertices / 3) {
             throw ImportError("a node has more than 4294967295 vertices or 1431655765 faces");
         }
+        isColored = isColored || piece.GetNumColorChannels() > 0;
         const std::string name = ShownName(piece, index);
         const std::vector<scene::Face> triangles = builder.TrianglesOf(piece, name);
         if (!triangles.empty()) {
             builder.Append(piece, name, triangles, IdOf(piece.mMaterialIndex, made.materials, ids));
         }
     }
+    coloredMeshes_ += isColored ? 1 : 0;
     made.mesh = builder.Finish();
     return made;
 }

@@ -3,6 +3,7 @@
 
 #include <assimp/scene.h>
 
+#include <cstddef>
 #include <map>
 #include <memory>
 #include <utility>
@@ -32,6 +33,9 @@ class MeshFactory {
     // their own. Map channel i + 1 holds set i of the texture coordinates.
     const NodeMesh& Of(const SourceNode& node);
 
+    // How many of the meshes so far have vertex colours in the file.
+    std::size_t ColoredMeshes() const { return coloredMeshes_; }
+
   private:
     using Key = std::pair<std::vector<unsigned>, std::vector<double>>;
 
@@ -41,6 +45,7 @@ class MeshFactory {
     const AxisTurn turn_;
     ImportWarnings& warnings_;
     std::map<Key, NodeMesh> made_;
+    std::size_t coloredMeshes_ = 0;
 };
 
 }  // namespace maxhost::import

@@ -130,6 +130,7 @@ class Converter {
             result_.scene.nodes.push_back(NodeOf(tree_.nodes[i], roles[i]));
         }
         NameTheUnnamed(result_.scene.nodes, warnings_);
+        result_.coloredMeshes = meshes_.ColoredMeshes();
         result_.animations = ClipsOf(source_, format_, warnings_);
         result_.scene.time = TimeOf(source_, format_, result_.animations, warnings_);
         warnings_.Add("animations left out", "", result_.animations.size());

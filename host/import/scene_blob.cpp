@@ -213,7 +213,7 @@ using BoneWeight = std::pair<int, float>;
         auto& [__VA_ARGS__] = value;                          \
         archive(__VA_ARGS__);                                 \
     }
-HDO_FIELDS(ImportedScene, a, b, c)
+HDO_FIELDS(ImportedScene, a, b, c, d)
 HDO_FIELDS(AnimationClip, a, b, c)
 HDO_FIELDS(scene::Scene, a, b, c, d)
 HDO_FIELDS(scene::Node, a, b, c, d, e, f, g, h, i, j, k, l, m)

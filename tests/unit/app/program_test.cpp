@@ -64,6 +64,26 @@ TEST_F(ProgramTest, ExportsAScene) {
     EXPECT_THAT(Lines(outcome.out), testing::Contains("exported 2 of 3 nodes"));
 }
 
+#ifndef _WIN32  // where models are not read
+TEST_F(ProgramTest, LostVertexColoursOfAModelAreSaid) {
+    const std::string head =
+        "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
+        "property float z\n";
+    const std::string faces =
+        "element face 1\nproperty list uchar int vertex_indices\nend_header\n";
+    Write("m.ply", head + "property uchar red\nproperty uchar green\nproperty uchar blue\n" +
+                       faces + "0 0 0 255 0 0\n1 0 0 0 255 0\n0 1 0 0 0 255\n3 0 1 2\n");
+    const std::string line = "not exported: vertex colours of 1 mesh";
+    const Outcome coloured = RunReal("m.ply");
+    EXPECT_EQ(coloured.status, kExitDone) << coloured.error;
+    EXPECT_THAT(Lines(coloured.out), testing::Contains(line));
+    Write("n.ply", head + faces + "0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n");
+    const Outcome plain = RunReal("n.ply");
+    EXPECT_EQ(plain.status, kExitDone) << plain.error;
+    EXPECT_THAT(Lines(plain.out), testing::Not(testing::Contains(line)));
+}
+#endif
+
 TEST_F(ProgramTest, ExportsTheSameBytesAgain) {
     ASSERT_EQ(RunReal("-q -o a.hdo s.maxscene.json").status, kExitDone);
     ASSERT_EQ(RunReal("-q --progress always -o b.hdo s.maxscene.json").status, kExitDone);

@@ -46,5 +46,14 @@ TEST_F(SummaryTest, WarningsAreCountedAndMissingThingsLeftOut) {
     EXPECT_EQ(lines[1], "2 warnings from reading the scene");
 }
 
+TEST_F(SummaryTest, LostVertexColoursAreSaid) {
+    ExportFiles files(Path("x.hdo"));
+    files.Verify();
+    EXPECT_EQ(Summarize(files.Files(), {1, 0, {}, {}, 1}).back(),
+              "not exported: vertex colours of 1 mesh");
+    EXPECT_EQ(Summarize(files.Files(), {1, 0, {"motion"}, {}, 3}).back(),
+              "not exported: vertex colours of 3 meshes");
+}
+
 }  // namespace
 }  // namespace maxhost::app

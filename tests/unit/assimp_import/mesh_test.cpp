@@ -248,6 +248,23 @@ TEST(MeshRest, WhatIsLeftOutIsSaid) {
     EXPECT_EQ(source.Convert().warnings, Lines{"mesh 'm': vertex colour sets left out"});
 }
 
+TEST(MeshRest, MeshesWithVertexColoursAreCountedOnce) {
+    SourceScene source = UnturnedScene();
+    const unsigned plain = source.AddTriangle("plain");
+    const unsigned red = source.AddTriangle("red");
+    const unsigned green = source.AddTriangle("green");
+    for (const unsigned piece : {red, green}) {
+        source.Mesh(piece).mColors[0] = new aiColor4D[3];
+    }
+    SourceScene::Show(NodeOf(source), {plain});
+    EXPECT_EQ(source.Convert().coloredMeshes, 0u);
+    SourceScene::Show(source.AddNode(source.Root(), "both"), {plain, red, green});
+    SourceScene::Show(source.AddNode(source.Root(), "again"), {plain, red, green});
+    EXPECT_EQ(source.Convert().coloredMeshes, 1u) << "the mesh of two nodes";
+    SourceScene::Show(source.AddNode(source.Root(), "other"), {green});
+    EXPECT_EQ(source.Convert().coloredMeshes, 2u);
+}
+
 TEST(MeshRest, AThousandLikeCasesMakeAFewLines) {
     SourceScene source = UnturnedScene();
     std::vector<unsigned> pieces;

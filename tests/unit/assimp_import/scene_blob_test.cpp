@@ -16,6 +16,7 @@ TEST(SceneBlob, EveryFieldComesBack) {
     imported.scene = EveryFieldScene();
     imported.warnings = {"one", ""};
     imported.animations = {{"walk", 1.25, 7}};
+    imported.coloredMeshes = 5;
     const ImportedScene back = DecodeScene(EncodeScene(imported));
     EXPECT_EQ(Difference(imported.scene, back.scene), "");
     EXPECT_EQ(back.warnings, imported.warnings);
@@ -23,6 +24,7 @@ TEST(SceneBlob, EveryFieldComesBack) {
     EXPECT_EQ(back.animations[0].name, "walk");
     EXPECT_EQ(back.animations[0].seconds, 1.25);
     EXPECT_EQ(back.animations[0].channels, 7);
+    EXPECT_EQ(back.coloredMeshes, 5u);
 }
 
 TEST(SceneBlob, AnEmptySceneComesBack) {

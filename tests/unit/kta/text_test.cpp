@@ -28,6 +28,8 @@ TEST(Counted, AddsThePlural) {
     EXPECT_EQ(Counted(0, "node"), "0 nodes");
     EXPECT_EQ(Counted(1, "node"), "1 node");
     EXPECT_EQ(Counted(2, "node"), "2 nodes");
+    EXPECT_EQ(Counted(1, "mesh"), "1 mesh");
+    EXPECT_EQ(Counted(2, "mesh"), "2 meshes");
 }
 
 TEST(EndsWithIgnoringCase, ComparesTheLastLetters) {
