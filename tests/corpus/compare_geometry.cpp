@@ -431,7 +431,12 @@ class Comparison {
         ExpectEqual(mesh_ + "the number of map channels", mesh.channels,
                     static_cast<int>(channels_.size()));
         for (std::size_t i = 0; i < groups.size(); ++i) {
-            CompareMaterial(mesh.subMeshes[i].material, groups[i].first);
+            const int material = mesh.subMeshes[i].material;
+            if (material < 0 || material >= static_cast<int>(actor_.materials.size())) {
+                Differ(mesh_ + "the material is " + std::to_string(material) + " of " +
+                       std::to_string(actor_.materials.size()));
+            }
+            CompareMaterial(material, groups[i].first);
             CompareTriangles(mesh.subMeshes[i], groups[i].second);
         }
     }
