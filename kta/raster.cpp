@@ -21,6 +21,35 @@ std::pair<int, int> Between(double low, double high, int begin, int end) {
                          : std::pair(0, 0);
 }
 
+struct Span {
+    double low = -std::numeric_limits<double>::infinity();
+    double high = std::numeric_limits<double>::infinity();
+};
+
+// Cuts off what of the line at y lies beyond the way from a to b; `side` is that of the inside.
+void Narrow(Span& span, const Vector3& a, const Vector3& b, double side, double y) {
+    const double rise = (b[1] - a[1]) * side;
+    if (rise == 0) {
+        return;
+    }
+    const double x = a[0] + (b[0] - a[0]) * (y - a[1]) / (b[1] - a[1]);
+    if (rise > 0) {
+        span.high = std::min(span.high, x);
+    } else {
+        span.low = std::max(span.low, x);
+    }
+}
+
+// What of the line at y lies in the triangle, and a sample more on each side: the division rounds.
+Span SpanOf(const Vector3& p, const Vector3& q, const Vector3& r, double area, double y) {
+    const double side = area > 0 ? 1 : -1;
+    Span span;
+    Narrow(span, p, q, side, y);
+    Narrow(span, q, r, side, y);
+    Narrow(span, r, p, side, y);
+    return {span.low - 1, span.high + 1};
+}
+
 // Of length 1 and on the viewer's side.
 Vector3 FaceNormal(const Vector3& a, const Vector3& b, const Vector3& c) {
     Vector3 normal = Normalized(Cross(b - a, c - a));
@@ -62,7 +91,9 @@ void Band::Draw(const PreviewCorner& a, const PreviewCorner& b, const PreviewCor
     }
     const Vector3 face = FaceNormal(p, q, r);
     for (int y = top; y < bottom; ++y) {
-        for (int x = left; x < right; ++x) {
+        const Span span = SpanOf(p, q, r, area, y + 0.5);
+        const auto [first, end] = Between(span.low, span.high, left, right);
+        for (int x = first; x < end; ++x) {
             const double u = Edge(q, r, x + 0.5, y + 0.5) / area;
             const double v = Edge(r, p, x + 0.5, y + 0.5) / area;
             const double w = Edge(p, q, x + 0.5, y + 0.5) / area;

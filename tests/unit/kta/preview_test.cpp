@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <ctime>
 #include <limits>
 #include <memory>
 #include <numbers>
@@ -461,6 +462,20 @@ TEST(PreviewTest, LargePicture) {
 }
 
 // ---------------------------------------------------------------- PNG
+
+// Slivers from corner to corner cover few samples of the rectangle that they lie in.
+TEST(PreviewTest, SliversTakeTheTimeOfWhatTheyCover) {
+    std::vector<std::array<float, 3>> corners;
+    for (int i = 0; i < 5000; ++i) {
+        const float depth = -0.001f * static_cast<float>(i);
+        corners.insert(corners.end(), {{0, 0, depth}, {1, 1, depth}, {1, 0.999f, depth}});
+    }
+    const Actor actor = {.meshes = {Faces(corners, kTowardsFront)}};
+    const std::clock_t start = std::clock();
+    const kta::Picture picture = Draw(actor, {.azimuth = 0, .elevation = 0});
+    EXPECT_LT(static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC, 10);
+    EXPECT_EQ(Covered(picture), (std::array<int, 4>{130, 30, 669, 569}));
+}
 
 TEST(PictureTest, SamePictureSameBytes) {
     const kta::Picture picture = Draw({.meshes = {Sphere(8)}});
