@@ -180,14 +180,18 @@ sample::Bytes GeometryFile() {
     return AddMesh(writer, collision).bytes;
 }
 
+std::string TextOfChunks(const sample::Writer& file) {
+    std::ostringstream out;
+    kta::DumpText("x", kta::Read(file.bytes).file.value(), out);
+    const std::string text = out.str();
+    return text.substr(text.find("\noffset 7:"));
+}
+
 TEST(DumpTest, TextOfMaterialsAndLayers) {
     sample::Writer writer;
     AddMaterial(AddHeader(writer, sample::Kind::actor), {.name = "Red", .wire = 1});
     AddLayer(writer, {});
-    std::ostringstream out;
-    kta::DumpText("x", kta::Read(writer.bytes).file.value(), out);
-    const std::string text = out.str();
-    EXPECT_EQ(text.substr(text.find("\noffset 7:")),
+    EXPECT_EQ(TextOfChunks(writer),
               "\n"
               "offset 7: material chunk, id 6, size 108, version 2\n"
               "          19  materialName        \"Red\"\n"
@@ -218,10 +222,7 @@ TEST(DumpTest, TextOfMaterialsAndLayers) {
 TEST(DumpTest, TextOfAMesh) {
     sample::Writer writer;
     AddMesh(AddHeader(writer, sample::Kind::actor), sample::Triangle(200, 1, 2));
-    std::ostringstream out;
-    kta::DumpText("x", kta::Read(writer.bytes).file.value(), out);
-    const std::string text = out.str();
-    EXPECT_EQ(text.substr(text.find("\noffset 7:")),
+    EXPECT_EQ(TextOfChunks(writer),
               "\n"
               "offset 7: mesh chunk, id 3, size 160, version 3\n"
               "          19  nodeNumber          0\n"

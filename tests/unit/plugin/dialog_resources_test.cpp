@@ -72,13 +72,18 @@ class DialogResources : public testing::Test {
     std::unique_ptr<std::remove_pointer_t<HMODULE>, Free> plugIn_;
 };
 
+void ExpectForm(const win32::DialogTemplate& form, const std::string& title, int width,
+                int height) {
+    EXPECT_EQ(form.title, title);
+    EXPECT_EQ(form.rect.width, width);
+    EXPECT_EQ(form.rect.height, height);
+    EXPECT_EQ(form.font, "MS Sans Serif");
+    EXPECT_EQ(form.fontSize, 8);
+}
+
 TEST_F(DialogResources, AboutBoxNamesTheExporterAndItsMaker) {
     const win32::DialogTemplate about = Template(102);
-    EXPECT_EQ(about.title, "About Max to Halden exporter");
-    EXPECT_EQ(about.rect.width, 229);
-    EXPECT_EQ(about.rect.height, 61);
-    EXPECT_EQ(about.font, "MS Sans Serif");
-    EXPECT_EQ(about.fontSize, 8);
+    ExpectForm(about, "About Max to Halden exporter", 229, 61);
     std::vector<std::string> statics, buttons;
     for (const win32::ControlTemplate& control : about.controls) {
         (control.className == "Static" ? statics : buttons).push_back(control.text);
@@ -91,12 +96,7 @@ TEST_F(DialogResources, AboutBoxNamesTheExporterAndItsMaker) {
 }
 
 TEST_F(DialogResources, OptionsDialogHasItsSizeAndFont) {
-    const win32::DialogTemplate options = Template(103);
-    EXPECT_EQ(options.title, "Max to Halden Exporter");
-    EXPECT_EQ(options.rect.width, 203);
-    EXPECT_EQ(options.rect.height, 189);
-    EXPECT_EQ(options.font, "MS Sans Serif");
-    EXPECT_EQ(options.fontSize, 8);
+    ExpectForm(Template(103), "Max to Halden Exporter", 203, 189);
 }
 
 TEST_F(DialogResources, DialogsAreCentredOnTheirParent) {

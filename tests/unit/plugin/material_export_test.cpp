@@ -12,6 +12,7 @@
 #include "plugin/kta_exp.h"
 #include "tests/support/export_run.h"
 #include "tests/support/kta_bytes.h"
+#include "tests/support/scene_materials.h"
 #include "tests/unit/plugin/streamed_exporter.h"
 
 namespace {
@@ -20,33 +21,18 @@ namespace scene = maxhost::scene;
 using namespace std::string_literals;
 using scene::Scene;
 using support::Bytes;
+using support::Colored;
 using support::CountLines;
 using support::Export;
 using support::ExportRun;
 using support::ExtraMaterial;
 using support::LayerChunk;
 using support::MaterialChunk;
+using support::Multi;
+using support::Shared;
+using support::Standard;
 
-using MaterialPointer = std::shared_ptr<const scene::Material>;
 using MapPointer = std::shared_ptr<const scene::Map>;
-
-scene::Material Standard(const std::string& name) {
-    scene::Material material;
-    material.name = name;
-    return material;
-}
-
-MaterialPointer Shared(scene::Material material) {
-    return std::make_shared<const scene::Material>(std::move(material));
-}
-
-scene::Material Multi(const std::string& name, std::vector<scene::SubMaterial> subMaterials) {
-    scene::Material material;
-    material.kind = scene::MaterialKind::multi;
-    material.name = name;
-    material.subMaterials = std::move(subMaterials);
-    return material;
-}
 
 // Of no class that the exporter knows.
 scene::Material Foreign(const std::string& name) {
@@ -153,20 +139,6 @@ TEST(MaterialExport, SceneWithoutMaterialsHasTheExtraMaterial) {
         (Lines{"Writing file header version 1.1", "Exporting material list", "Closing file"}));
     EXPECT_EQ(CountLines(run, "Exporting material list"), 1) << "in the actor pass alone";
     EXPECT_EQ(run.motion, support::FileHeader(false));
-}
-
-scene::Material Colored(scene::Material material) {
-    material.ambient = {0.1f, 0.2f, 0.3f};
-    material.diffuse = {0.4f, 0.5f, 0.6f};
-    material.specular = {0.7f, 0.8f, 0.9f};
-    material.selfIllumination = {0.15f, 0.25f, 0.35f};
-    material.shininess = 0.45f;
-    material.shininessStrength = 0.55f;
-    material.transparency = 0.25f;
-    material.twoSided = true;
-    material.wire = true;
-    material.transparencyType = TRANSP_ADDITIVE;
-    return material;
 }
 
 // The chunk of a coloured material, up to its two switches.

