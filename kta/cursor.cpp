@@ -66,8 +66,12 @@ std::uint8_t Cursor::U8() {
     return static_cast<std::uint8_t>(Number(1));
 }
 
+std::uint16_t Cursor::U16() {
+    return static_cast<std::uint16_t>(Number(2));
+}
+
 std::int16_t Cursor::I16() {
-    return static_cast<std::int16_t>(Number(2));
+    return static_cast<std::int16_t>(U16());
 }
 
 std::uint32_t Cursor::U32() {

@@ -45,6 +45,7 @@ class Cursor {
 
     void Skip(std::uint64_t size);
     std::uint8_t U8();
+    std::uint16_t U16();
     std::int16_t I16();
     std::uint32_t U32();
     std::int32_t I32();

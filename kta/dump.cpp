@@ -1,9 +1,11 @@
 #include "kta/dump.h"
 
+#include <algorithm>
 #include <iomanip>
 #include <utility>
 
 #include "kta/fields.h"
+#include "kta/items.h"
 #include "kta/text.h"
 
 namespace kta {
@@ -62,6 +64,35 @@ void WriteSubMeshLines(const Mesh& mesh, const SubMesh& subMesh, std::ostream& o
     }
 }
 
+// The values of an item's members one behind the other, those of a list of lists each by itself.
+std::string ItemText(const Json& item) {
+    std::string text;
+    const auto add = [&](const Json& value) { text += (text.empty() ? "" : " ") + value.dump(); };
+    for (const Json& value : item) {
+        if (value.is_array() && (value.empty() || value.front().is_array())) {
+            std::for_each(value.begin(), value.end(), add);
+        } else {
+            add(value);
+        }
+    }
+    return text;
+}
+
+void WriteChunkLines(const Chunk& chunk, std::ostream& out) {
+    for (const Field& field : Fields(chunk)) {
+        WriteField(field, out);
+    }
+    if (const auto* mesh = std::get_if<Mesh>(&chunk.body)) {
+        for (const SubMesh& subMesh : mesh->subMeshes) {
+            WriteSubMeshLines(*mesh, subMesh, out);
+        }
+    } else if (const ItemList* list = ItemListOf(chunk)) {
+        VisitItems(chunk, [&](std::uint64_t offset, const Json& item) {
+            WriteFieldLine(offset, list->item, ItemText(item), out);
+        });
+    }
+}
+
 // ---------------------------------------------------------------- JSON
 
 std::string ChunkHead(const Chunk& chunk) {
@@ -110,17 +141,33 @@ void WriteSubMesh(const Mesh& mesh, const SubMesh& subMesh, std::ostream& out) {
     out << '}';
 }
 
+void WriteItems(const Chunk& chunk, std::ostream& out) {
+    const char* separator = "[\n";
+    const char* end = "[]";
+    VisitItems(chunk, [&](std::uint64_t, const Json& item) {
+        out << separator << item.dump();
+        separator = ",\n";
+        end = "\n]";
+    });
+    out << end;
+}
+
 void WriteChunk(const Chunk& chunk, std::ostream& out) {
     std::string head = ChunkHead(chunk);
     const Mesh* mesh = std::get_if<Mesh>(&chunk.body);
-    if (mesh == nullptr) {
+    const ItemList* list = ItemListOf(chunk);
+    if (mesh == nullptr && list == nullptr) {
         out << head;
         return;
     }
     head.pop_back();  // the brace, so that the object goes on
-    out << head << ",\n\"subMeshes\":";
-    WriteList(mesh->subMeshes, out,
-              [&](const SubMesh& subMesh) { WriteSubMesh(*mesh, subMesh, out); });
+    out << head << ",\n\"" << (mesh != nullptr ? "subMeshes" : list->name) << "\":";
+    if (mesh != nullptr) {
+        WriteList(mesh->subMeshes, out,
+                  [&](const SubMesh& subMesh) { WriteSubMesh(*mesh, subMesh, out); });
+    } else {
+        WriteItems(chunk, out);
+    }
     out << '}';
 }
 
@@ -185,14 +232,7 @@ void DumpText(const std::string& path, const File& file, std::ostream& out) {
     for (const Chunk& chunk : file.chunks) {
         out << "\noffset " << chunk.offset << ": " << chunk.type->name << " chunk, id "
             << chunk.type->id << ", size " << chunk.size << ", version " << chunk.version << '\n';
-        for (const Field& field : Fields(chunk)) {
-            WriteField(field, out);
-        }
-        if (const auto* mesh = std::get_if<Mesh>(&chunk.body)) {
-            for (const SubMesh& subMesh : mesh->subMeshes) {
-                WriteSubMeshLines(*mesh, subMesh, out);
-            }
-        }
+        WriteChunkLines(chunk, out);
     }
 }
 

@@ -21,12 +21,14 @@ struct Field {
     Json value;
 };
 
-// Those of a chunk's body in file order; of a mesh those of its head.
+// Those of a chunk's body in file order. The lists that go on behind them are left out: a mesh's
+// sub-meshes, and what kta/items.h visits.
 std::vector<Field> Fields(const Chunk& chunk);
 
 // Numbers that are not finite are the texts "nan", "inf" and "-inf".
 Json Value(float value);
 Json Value(bool value);
+Json Value(std::uint8_t value);
 Json Value(std::uint32_t value);
 // As UTF-8.
 Json Value(std::string_view text);

@@ -9,6 +9,8 @@
 #include <variant>
 
 #include "kta/dump.h"
+#include "kta/fields.h"
+#include "kta/motion_summary.h"
 #include "kta/text.h"
 
 namespace kta {
@@ -97,6 +99,47 @@ void CountGeometry(const File& file, Summary& summary) {
     summary.textures = textures.size();
 }
 
+// What hangs from nodes beside their meshes.
+class RigCounter {
+  public:
+    explicit RigCounter(Summary& summary) : summary_(summary) {}
+
+    void operator()(const Weights& weights) {
+        summary_.weights += 1;
+        summary_.weightedVertices += weights.counts.size();
+        summary_.influences += weights.entries.size();
+        for (const std::uint8_t count : weights.counts) {
+            summary_.mostInfluences = std::max<std::size_t>(summary_.mostInfluences, count);
+        }
+        for (const Weights::Entry& entry : weights.entries) {
+            if (entry.bone != -1) {
+                bones_.insert(entry.bone);
+            }
+        }
+        summary_.weightingBones = bones_.size();
+    }
+    void operator()(const JointLimits&) { summary_.jointLimits += 1; }
+    void operator()(const Morph& morph) {
+        summary_.morphChannels += 1;
+        summary_.morphPoints += morph.packedPoints.size();
+    }
+    void operator()(const Wire&) { summary_.wires += 1; }
+    void operator()(const IkChain&) { summary_.ikChains += 1; }
+    template <typename Other>
+    void operator()(const Other&) {}
+
+  private:
+    Summary& summary_;
+    std::unordered_set<std::int16_t> bones_;
+};
+
+void CountRig(const File& file, Summary& summary) {
+    RigCounter counter(summary);
+    for (const Chunk& chunk : file.chunks) {
+        std::visit(counter, chunk.body);
+    }
+}
+
 void WriteLine(const std::string& label, const std::string& value, std::ostream& out) {
     out << "  " << std::setw(24) << std::left << label << value << '\n';
 }
@@ -121,6 +164,52 @@ void WriteActorLines(const Summary& summary, std::ostream& out) {
     }
 }
 
+// Lines of what there is alone, so that what most files lack takes no room.
+void WriteRigLines(const Summary& summary, std::ostream& out) {
+    const std::size_t skins = summary.weights;
+    const std::size_t morphs = summary.morphChannels;
+    const struct {
+        const char* label;
+        std::size_t count;
+        std::size_t occurrences;
+    } lines[] = {{"skinned meshes", skins, skins},
+                 {"vertices with weights", summary.weightedVertices, skins},
+                 {"weights", summary.influences, skins},
+                 {"most of one vertex", summary.mostInfluences, skins},
+                 {"bones with weights", summary.weightingBones, skins},
+                 {"joint limits", summary.jointLimits, summary.jointLimits},
+                 {"morph channels", morphs, morphs},
+                 {"points of morphs", summary.morphPoints, morphs},
+                 {"wired parameters", summary.wires, summary.wires},
+                 {"IK chains", summary.ikChains, summary.ikChains}};
+    for (const auto& [label, count, occurrences] : lines) {
+        if (occurrences > 0) {
+            WriteLine(label, std::to_string(count), out);
+        }
+    }
+}
+
+void WriteMotionLines(const MotionSummary& summary, std::ostream& out) {
+    WriteLine("motion parts", std::to_string(summary.parts), out);
+    WriteLine("key tracks", std::to_string(summary.tracks), out);
+    for (const TrackTotal& total : summary.totals) {
+        const char* kind = total.version == kKeyTrackSampled ? " sampled" : " keyframed";
+        WriteLine(std::string("  ") + total.trackLetter + kind,
+                  Counted(total.tracks, "track") + ", " + Counted(total.keys, "key"), out);
+    }
+    if (summary.keys == 0) {
+        return;
+    }
+    WriteLine("keys", std::to_string(summary.keys), out);
+    WriteLine("first time", Value(summary.firstTime).dump() + " s", out);
+    WriteLine("last time", Value(summary.lastTime).dump() + " s", out);
+    std::vector<std::string> names;
+    for (const PartKeys& part : summary.mostKeys) {
+        names.push_back(OneLine(ToUtf8(part.nodeName)) + " (" + std::to_string(part.keys) + ")");
+    }
+    WriteLine("most keys", Joined(names), out);
+}
+
 }  // namespace
 
 Summary Summarize(const File& file) {
@@ -137,6 +226,7 @@ Summary Summarize(const File& file) {
     summary.nodes = nodes.size();
     summary.depth = Depth(nodes);
     CountGeometry(file, summary);
+    CountRig(file, summary);
     return summary;
 }
 
@@ -158,6 +248,9 @@ void WriteInfo(const std::string& path, const File& file, std::ostream& out) {
     }
     if (file.kind == kFileKindActor) {
         WriteActorLines(summary, out);
+        WriteRigLines(summary, out);
+    } else if (!file.chunks.empty()) {
+        WriteMotionLines(SummarizeMotion(file), out);
     }
 }
 

@@ -32,6 +32,16 @@ struct Summary {
     std::size_t materials = 0;
     std::size_t layers = 0;
     std::size_t textures = 0;  // distinct file names of the layers
+    std::size_t weights = 0;   // weights chunks
+    std::size_t weightedVertices = 0;
+    std::size_t influences = 0;      // of the weighted vertices, all together
+    std::size_t mostInfluences = 0;  // of one vertex
+    std::size_t weightingBones = 0;  // different nodes that they name
+    std::size_t jointLimits = 0;
+    std::size_t morphChannels = 0;
+    std::size_t morphPoints = 0;  // of all channels
+    std::size_t wires = 0;
+    std::size_t ikChains = 0;
 };
 
 // A node's parent is the first node of that name; a name that no node has stands for none, and so

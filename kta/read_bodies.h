@@ -18,5 +18,17 @@ void ReadNodeBody(Cursor& cursor, Chunk& chunk);
 void ReadMeshBody(Cursor& cursor, Chunk& chunk);
 void ReadMaterialBody(Cursor& cursor, Chunk& chunk);
 void ReadMaterialLayerBody(Cursor& cursor, Chunk& chunk);
+void ReadMotionPartBody(Cursor& cursor, Chunk& chunk);
+// In the layout that the chunk's version tells.
+void ReadKeyTrackBody(Cursor& cursor, Chunk& chunk);
+// A body may be shorter than declared; how it is told from a cut one, see Weights.
+void ReadWeightsBody(Cursor& cursor, Chunk& chunk);
+void ReadJointLimitsBody(Cursor& cursor, Chunk& chunk);
+void ReadMorphBody(Cursor& cursor, Chunk& chunk);
+void ReadWireBody(Cursor& cursor, Chunk& chunk);
+void ReadIkChainBody(Cursor& cursor, Chunk& chunk);
+
+// Whether the file ends at the cursor, or goes on with what may be the head of an actor's chunk.
+bool IsChunkEnd(const Cursor& cursor);
 
 }  // namespace kta

@@ -1,11 +1,10 @@
 // The mesh chunk. How many texture coordinates a vertex has stands nowhere in the file: supported
 // map channels without map vertices are written, but not counted in the mesh's head. They are
 // found by trying: the smallest number with which every sub-mesh record is in order.
-#include <bit>
-#include <cmath>
 #include <utility>
 
 #include "kta/read_bodies.h"
+#include "kta/read_checks.h"
 
 namespace kta {
 namespace {
@@ -14,47 +13,7 @@ constexpr std::uint32_t kHeadSize = 28;
 constexpr std::int32_t kMostMapChannels = 98;
 constexpr std::uint8_t kLongMaterialByte = 255;
 
-std::string Expected(const std::string& what, std::int64_t value, const std::string& expected) {
-    return what + " is " + std::to_string(value) + ", expected " + expected;
-}
-
 // ---------------------------------------------------------------- sub-meshes
-
-// The first of a sub-mesh's vertices whose numbers of one kind are not all finite, and how many
-// there are. One fault tells of them all: a damaged file may have millions.
-class NotFinite {
-  public:
-    explicit NotFinite(const char* what) : what_(what) {}
-
-    template <std::size_t kCount>
-    std::array<float, kCount> Read(Cursor& cursor) {
-        const std::uint64_t offset = cursor.Offset();
-        std::array<float, kCount> values{};
-        bool finite = true;
-        for (float& value : values) {
-            value = std::bit_cast<float>(cursor.U32());
-            finite = finite && std::isfinite(value);
-        }
-        if (!finite && count_++ == 0) {
-            offset_ = offset;
-        }
-        return values;
-    }
-
-    void Report(Cursor& cursor) const {
-        if (count_ > 0) {
-            cursor.Report(offset_, std::string(what_) + " is not a finite number" +
-                                       (count_ == 1 ? ""
-                                                    : ", nor are " + std::to_string(count_ - 1) +
-                                                          " more of the sub-mesh"));
-        }
-    }
-
-  private:
-    const char* what_;
-    std::uint64_t offset_ = 0;
-    std::uint64_t count_ = 0;
-};
 
 // Goes through the sub-meshes of a mesh whose head is read, with a given number of texture
 // coordinates a vertex. The cursor stops at what does not fit.
@@ -159,9 +118,9 @@ class SubMeshReader {
     void ReadVertices(std::uint32_t count, SubMesh& subMesh) {
         subMesh.vertices.reserve(count);
         subMesh.textureCoordinates.reserve(std::size_t{count} * pairs_);
-        NotFinite positions("position");
-        NotFinite normals("normal");
-        NotFinite pairs("texture coordinate pair");
+        NotFinite positions("position", "sub-mesh");
+        NotFinite normals("normal", "sub-mesh");
+        NotFinite pairs("texture coordinate pair", "sub-mesh");
         std::int32_t previous = 0;
         for (std::uint32_t i = 0; i < count && !cursor_.Stopped(); ++i) {
             Vertex vertex;
@@ -236,25 +195,6 @@ constexpr SizeRange kSizes[] = {{kChunkNode, kNodeSize, kNodeSize},
                                 {kChunkWire, 1116, 1116},
                                 {kChunkIKChain, 1064, 1064}};
 
-// Whether the file ends at the cursor, or goes on with what may be the head of an actor's chunk.
-bool IsChunkEnd(const Cursor& cursor) {
-    std::vector<Fault> faults;
-    Cursor next = cursor.Fork(faults);
-    const std::uint32_t id = next.U32();
-    const std::uint32_t size = next.U32();
-    const std::uint32_t version = next.U32();
-    if (next.Stopped()) {
-        return cursor.Left() == 0;
-    }
-    for (const SizeRange& range : kSizes) {
-        if (range.id == static_cast<int>(id)) {
-            return size >= range.least && size <= range.most &&
-                   version == FindChunkType(id)->version;
-        }
-    }
-    return false;
-}
-
 // How far the sub-meshes are in order with one number of texture coordinates a vertex.
 struct Trial {
     std::int32_t pairs = 0;
@@ -313,15 +253,6 @@ void ReadSubMeshes(Cursor& cursor, Mesh& mesh, std::int32_t count) {
 
 // ---------------------------------------------------------------- head
 
-std::int32_t ReadAtLeast(Cursor& cursor, const char* what, std::int32_t least) {
-    const std::uint64_t offset = cursor.Offset();
-    const std::int32_t value = cursor.I32();
-    if (value < least) {
-        cursor.Stop(offset, Expected(what, value, std::to_string(least) + " or more"));
-    }
-    return value;
-}
-
 // Offsets in the body: 0 node i32, 4 original vertices i32, 8 vertices i32, 12 indices i32,
 // 16 sub-meshes i32, 20 map channels i32, 24 collision flag u8, 25 padding[3]. Returns the number
 // of sub-meshes. A mesh of less than a triangle is never written.
@@ -354,6 +285,24 @@ std::uint64_t CountedSize(const Mesh& mesh, std::int32_t numSubMeshes) {
 }
 
 }  // namespace
+
+bool IsChunkEnd(const Cursor& cursor) {
+    std::vector<Fault> faults;
+    Cursor next = cursor.Fork(faults);
+    const std::uint32_t id = next.U32();
+    const std::uint32_t size = next.U32();
+    const std::uint32_t version = next.U32();
+    if (next.Stopped()) {
+        return cursor.Left() == 0;
+    }
+    for (const SizeRange& range : kSizes) {
+        if (range.id == static_cast<int>(id)) {
+            return size >= range.least && size <= range.most &&
+                   version == FindChunkType(id)->version;
+        }
+    }
+    return false;
+}
 
 void ReadMeshBody(Cursor& cursor, Chunk& chunk) {
     Mesh mesh;

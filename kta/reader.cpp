@@ -5,9 +5,11 @@
 #include <new>
 #include <string_view>
 #include <system_error>
+#include <unordered_map>
 #include <utility>
 
 #include "kta/read_bodies.h"
+#include "kta/read_checks.h"
 
 namespace kta {
 namespace {
@@ -36,7 +38,7 @@ std::string VersionText(const std::array<std::uint8_t, 2>& version) {
 
 // ---------------------------------------------------------------- framing
 
-// A kind of chunk whose layout this reader knows, in one version.
+// The layouts of all kinds of chunk.
 struct BodyReader {
     KTAChunkId id;
     std::uint32_t version;
@@ -44,32 +46,90 @@ struct BodyReader {
 };
 
 constexpr BodyReader kBodyReaders[] = {{kChunkNode, 3, ReadNodeBody},
+                                       {kChunkMotionPart, 2, ReadMotionPartBody},
+                                       {kChunkKeyTrack, kKeyTrackSampled, ReadKeyTrackBody},
+                                       {kChunkKeyTrack, kKeyTrackKeyframed, ReadKeyTrackBody},
                                        {kChunkMesh, 3, ReadMeshBody},
+                                       {kChunkWeights, 1, ReadWeightsBody},
                                        {kChunkMaterial, 2, ReadMaterialBody},
-                                       {kChunkMaterialLayer, 3, ReadMaterialLayerBody}};
+                                       {kChunkMaterialLayer, 3, ReadMaterialLayerBody},
+                                       {kChunkJointLimits, 1, ReadJointLimitsBody},
+                                       {kChunkMorph, 3, ReadMorphBody},
+                                       {kChunkWire, 1, ReadWireBody},
+                                       {kChunkIKChain, 1, ReadIkChainBody}};
 
 void ReadBody(Cursor& cursor, Chunk& chunk) {
-    bool kindIsRead = false;
+    std::string versions;
     for (const BodyReader& reader : kBodyReaders) {
-        if (reader.id == chunk.type->id) {
-            kindIsRead = true;
-            if (reader.version == chunk.version) {
-                reader.read(cursor, chunk);
-                return;
-            }
+        if (reader.id != chunk.type->id) {
+            continue;
         }
+        if (reader.version == chunk.version) {
+            reader.read(cursor, chunk);
+            return;
+        }
+        versions += (versions.empty() ? "" : " or ") + std::to_string(reader.version);
     }
-    if (kindIsRead) {
-        cursor.Stop(chunk.offset + 8, "version is " + std::to_string(chunk.version) +
-                                          ", expected " + std::to_string(chunk.type->version));
+    cursor.Stop(chunk.offset + 8, Expected("version", chunk.version, versions));
+}
+
+// ---------------------------------------------------------------- what chunks say of one another
+
+// The original vertices of the meshes read so far, by their node's number.
+using MeshSizes = std::unordered_map<std::int32_t, std::int32_t>;
+
+// Vertices without a record are only believed where the mesh has as many as the size counts.
+// Weights that the end of the file breaks off are told from them by that.
+void CheckShortWeights(Cursor& cursor, const MeshSizes& meshes, const Chunk& chunk) {
+    const auto& weights = std::get<Weights>(chunk.body);
+    const std::uint64_t missing = weights.numVertices - weights.counts.size();
+    const auto mesh = meshes.find(weights.node);
+    if (missing == 0 ||
+        (mesh != meshes.end() && weights.numVertices == static_cast<std::uint32_t>(mesh->second))) {
+        return;
+    }
+    if (cursor.Left() == 0) {
+        cursor.Require(missing, "weights");
     } else {
-        cursor.Stop(chunk.offset, "chunk id " + std::to_string(int{chunk.type->id}) +
-                                      ", this version does not read " + chunk.type->name +
-                                      " chunks yet");
+        cursor.Report(chunk.offset + 4,
+                      Expected("size", chunk.size,
+                               std::to_string(chunk.size - missing) + ", what stands there"));
     }
 }
 
-void ReadChunk(Cursor& cursor, File& file) {
+// A track's place behind its motion part: 0 position, 1 rotation, 2 scale.
+int PlaceOf(const KeyTrack& track) {
+    return track.trackLetter == 'P' ? 0 : track.trackLetter == 'S' ? 2 : 1;
+}
+
+// The tracks of a motion part stand behind it in their order, each once.
+void CheckTrackOrder(Cursor& cursor, const File& file, const Chunk& chunk) {
+    const auto& track = std::get<KeyTrack>(chunk.body);
+    const Chunk* previous = file.chunks.empty() ? nullptr : &file.chunks.back();
+    const auto* before = previous != nullptr ? std::get_if<KeyTrack>(&previous->body) : nullptr;
+    if (before != nullptr && PlaceOf(*before) >= PlaceOf(track)) {
+        cursor.Report(chunk.offset, std::string("track ") + track.trackLetter +
+                                        " stands behind track " + before->trackLetter +
+                                        ", expected position, rotation, scale, each once");
+    } else if (before == nullptr &&
+               (previous == nullptr || !std::holds_alternative<MotionPart>(previous->body))) {
+        cursor.Report(chunk.offset, "no motion part stands before it, expected one");
+    }
+}
+
+void CheckAgainstOthers(Cursor& cursor, const File& file, MeshSizes& meshes, const Chunk& chunk) {
+    if (const auto* mesh = std::get_if<Mesh>(&chunk.body)) {
+        meshes[mesh->node] = mesh->numOriginalVertices;
+    } else if (std::holds_alternative<Weights>(chunk.body)) {
+        CheckShortWeights(cursor, meshes, chunk);
+    } else if (std::holds_alternative<KeyTrack>(chunk.body)) {
+        CheckTrackOrder(cursor, file, chunk);
+    }
+}
+
+// ---------------------------------------------------------------- files
+
+void ReadChunk(Cursor& cursor, MeshSizes& meshes, File& file) {
     Chunk chunk;
     chunk.offset = cursor.Offset();
     cursor.SetWhere("chunk header");
@@ -92,6 +152,9 @@ void ReadChunk(Cursor& cursor, File& file) {
                                         KindName(chunk.type->file) + "\"");
     }
     ReadBody(cursor, chunk);
+    if (!cursor.Stopped()) {
+        CheckAgainstOthers(cursor, file, meshes, chunk);
+    }
     if (!cursor.Stopped()) {
         file.chunks.push_back(std::move(chunk));
         file.end = cursor.Offset();
@@ -159,8 +222,9 @@ Reading Read(std::span<const std::uint8_t> bytes) {
     reading.file = ReadHeader(cursor);
     if (reading.file) {
         reading.file->size = bytes.size();
+        MeshSizes meshes;
         while (!cursor.Stopped() && cursor.Left() > 0) {
-            ReadChunk(cursor, *reading.file);
+            ReadChunk(cursor, meshes, *reading.file);
         }
     }
     return reading;

@@ -1,9 +1,9 @@
 // Reads whole KTA files into plain data. docs/kta-format.md describes the files byte by byte.
 //
-// A chunk cannot be skipped by its declared size, so reading ends at the first chunk whose layout
-// is not known; what stands before it is kept. Texts are the file's bytes, in whatever code page
-// the exported scene had. Floats are taken as they stand, infinities and NaNs included. Bytes
-// behind a text's NUL and padding mean nothing and are passed over.
+// A chunk cannot be skipped by its declared size, so reading ends at the first chunk that is of no
+// known kind or whose end cannot be told; what stands before it is kept. Texts are the file's
+// bytes, in whatever code page the exported scene had. Floats are taken as they stand, infinities
+// and NaNs included. Bytes behind a text's NUL and padding mean nothing and are passed over.
 #pragma once
 
 #include <array>
@@ -29,7 +29,9 @@ struct Chunk {
     std::uint64_t offset = 0;            // of the chunk's header
     std::uint32_t size = 0;              // as declared
     std::uint32_t version = 0;
-    std::variant<Node, Mesh, Material, MaterialLayer> body;
+    std::variant<Node, Mesh, Material, MaterialLayer, Weights, JointLimits, Morph, Wire, IkChain,
+                 MotionPart, KeyTrack>
+        body;
 };
 
 struct File {

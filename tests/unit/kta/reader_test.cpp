@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -203,17 +204,34 @@ TEST(ReaderFaultTest, UnknownChunkIds) {
     }
 }
 
-TEST(ReaderFaultTest, KindsThatAreNotReadYet) {
-    const std::pair<std::uint32_t, const char*> kinds[] = {
-        {1, "motion part"}, {2, "key track"},         {4, "skinning weights"}, {8, "joint limits"},
-        {10, "morph"},      {14, "parameter wiring"}, {15, "IK chain"}};
-    for (const auto& [id, name] : kinds) {
-        Writer writer;
-        AddHeader(writer, id == 1 || id == 2 ? Kind::motion : Kind::actor);
-        AddChunkHeader(writer, id, 8, 1).U32(0).U32(0);
-        EXPECT_EQ(OnlyFault(writer.bytes),
-                  std::string("f: offset 7: ") + name + " chunk: chunk id " + std::to_string(id) +
-                      ", this version does not read " + name + " chunks yet");
+TEST(ReaderFaultTest, VersionsOfEveryKind) {
+    const struct {
+        std::uint32_t id;
+        const char* name;
+        std::vector<std::uint32_t> versions;
+        const char* expected;
+    } kinds[] = {{0, "node", {3}, "3"},
+                 {1, "motion part", {2}, "2"},
+                 {2, "key track", {1, 2}, "1 or 2"},
+                 {3, "mesh", {3}, "3"},
+                 {4, "skinning weights", {1}, "1"},
+                 {6, "material", {2}, "2"},
+                 {7, "material layer", {3}, "3"},
+                 {8, "joint limits", {1}, "1"},
+                 {10, "morph", {3}, "3"},
+                 {14, "parameter wiring", {1}, "1"},
+                 {15, "IK chain", {1}, "1"}};
+    for (const auto& [id, name, versions, expected] : kinds) {
+        for (std::uint32_t version = 0; version < 5; ++version) {
+            Writer writer;
+            AddHeader(writer, id == 1 || id == 2 ? Kind::motion : Kind::actor);
+            AddChunkHeader(writer, id, 0, version);
+            const std::string text = std::string("f: offset 15: ") + name + " chunk: version is " +
+                                     std::to_string(version) + ", expected " + expected;
+            const bool known =
+                std::find(versions.begin(), versions.end(), version) != versions.end();
+            EXPECT_EQ(OnlyFault(writer.bytes) != text, known) << text;
+        }
     }
 }
 
