@@ -4,6 +4,7 @@
 #include <limits>
 #include <optional>
 #include <stdexcept>
+#include <unordered_set>
 #include <variant>
 
 namespace kta {
@@ -76,6 +77,8 @@ class Collector {
             } else if (const auto* material = std::get_if<Material>(&chunk.body)) {
                 scene_.looks.push_back(
                     {Clamped(material->diffuse), Clamped(material->selfIllumination)});
+            } else if (const auto* weights = std::get_if<Weights>(&chunk.body)) {
+                skinnedNodes_.insert(weights->node);
             }
         }
         scene_.looks.push_back({});
@@ -92,8 +95,9 @@ class Collector {
   private:
     void Add(const Mesh& mesh) {
         const auto node = static_cast<std::size_t>(mesh.node);
-        const Placement placement =
-            mesh.node >= 0 && node < nodes_.size() ? PlacementOf(*nodes_[node]) : Identity();
+        const bool inObjectSpace =
+            mesh.node >= 0 && node < nodes_.size() && !skinnedNodes_.contains(mesh.node);
+        const Placement placement = inObjectSpace ? PlacementOf(*nodes_[node]) : Identity();
         for (const SubMesh& subMesh : mesh.subMeshes) {
             Add(subMesh, placement);
         }
@@ -127,6 +131,7 @@ class Collector {
 
     PreviewScene scene_;
     std::vector<const Node*> nodes_;
+    std::unordered_set<std::int32_t> skinnedNodes_;
 };
 
 }  // namespace

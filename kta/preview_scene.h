@@ -33,8 +33,9 @@ struct PreviewScene {
     std::vector<Look> looks;
 };
 
-// A mesh stands where its node does; one whose node is not there, or has no place that can be told
-// (a matrix without inverse), where its own numbers say. Triangles with a corner that is not
+// A mesh stands where its node does; one that has skinning weights (which is in world space), whose
+// node is not there, or has no place that can be told (a matrix without inverse), where its own
+// numbers say. Triangles with a corner that is not
 // finite are left out, as are collision meshes unless asked for. Throws std::length_error when
 // there are more corners than 32 bits count.
 PreviewScene CollectScene(const File& file, bool withCollision);

@@ -9,6 +9,7 @@
 #include <numbers>
 
 #include "kta/raster.h"
+#include "tests/unit/kta/sample_chunks.h"
 #include "tests/unit/kta/sample_file.h"
 
 #define STB_IMAGE_IMPLEMENTATION
@@ -264,6 +265,33 @@ TEST(PreviewTest, MeshesStandWhereTheirNodesDo) {
     EXPECT_EQ(picture.At(86, 50), kta::kBackground);
     EXPECT_EQ(picture.At(88, 33), kGrey);
     EXPECT_EQ(picture.At(122, 66), kGrey);
+}
+
+// Positions of skinned meshes are in world space: their nodes do not move them.
+TEST(PreviewTest, SkinnedMeshesStandWhereTheirNumbersSay) {
+    sample::Node node;
+    node.matrix = {0.5f, 0, 0, 0, 0, 0.5f, 0, 0, 0, 0, 0.5f, 0, -5, 0, 0, 0};
+    sample::Mesh skinned = Square(10, 4, 0);
+    sample::Mesh moved = Square(0, 2, 0);  // in the world at the same place
+    moved.node = 1;
+    const auto draw = [&](std::uint32_t nodeOfWeights) {
+        sample::Writer writer;
+        AddNode(AddNode(AddHeader(writer, sample::Kind::actor), node), node);
+        AddMesh(AddMesh(AddMesh(writer, skinned), moved), Square(-1, 2, 0));
+        AddWeights(writer, nodeOfWeights, {{{1, 1}}});
+        const kta::Reading reading = kta::Read(writer.bytes);
+        EXPECT_TRUE(reading.Good());
+        return kta::DrawPreview(reading.file.value(), kFront).value();
+    };
+    // The third mesh is of node 0 as well. From -2 to 12: 90 pixels.
+    const kta::Picture picture = draw(0);
+    EXPECT_EQ(Covered(picture), (std::array<int, 4>{5, 37, 94, 62}));
+    EXPECT_EQ(picture.At(70, 45), kGrey);
+    EXPECT_EQ(picture.At(60, 45), kta::kBackground);
+    EXPECT_EQ(picture.At(21, 50), kta::kBackground);
+    // With the weights of another node they go by theirs: from 6 to 10 and 26 to 34. The second
+    // mesh is still from 8 to 12.
+    EXPECT_EQ(draw(5).At(21, 50), kGrey);
 }
 
 // Normals turn with their node, and stay normal when it is stretched.
