@@ -207,7 +207,9 @@ void WriteMotionLines(const MotionSummary& summary, std::ostream& out) {
     for (const PartKeys& part : summary.mostKeys) {
         names.push_back(OneLine(ToUtf8(part.nodeName)) + " (" + std::to_string(part.keys) + ")");
     }
-    WriteLine("most keys", Joined(names), out);
+    if (!names.empty()) {
+        WriteLine("most keys", Joined(names), out);
+    }
 }
 
 }  // namespace

@@ -182,8 +182,8 @@ void Describe(CLI::App& app, Options& options) {
         "Exit status: 0 done, 1 a file is faulty, 2 bad usage, a file that cannot be read or has\n"
         "nothing to show, or output that cannot be written.");
 
-    CLI::App* info =
-        app.add_subcommand("info", "What is in the files: kind, size, chunks, nodes, geometry");
+    CLI::App* info = app.add_subcommand(
+        "info", "What is in the files: kind, size, chunks, nodes, geometry, motion");
     info->add_option("FILE", options.infoFiles, "Actor or motion files")->required();
 
     CLI::App* dump =

@@ -144,6 +144,20 @@ TEST(MotionInfoTest, PartWithoutTracks) {
         << info;
 }
 
+TEST(MotionInfoTest, TrackWithoutPart) {
+    Writer writer;
+    AddSampledTrack(AddHeader(writer, Kind::motion), 'P', {{2, {1, 2, 3}}});
+    const std::string info = InfoOf(writer.bytes);
+    EXPECT_TRUE(
+        info.ends_with("  motion parts            0\n"
+                       "  key tracks              1\n"
+                       "    P sampled             1 track, 1 key\n"
+                       "  keys                    1\n"
+                       "  first time              2.0 s\n"
+                       "  last time               2.0 s\n"))
+        << info;
+}
+
 TEST(MotionInfoTest, FivePartsWithMostKeys) {
     Writer writer;
     AddHeader(writer, Kind::motion);
