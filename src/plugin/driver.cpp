@@ -212,7 +212,11 @@ bool KTAExp::ExportNodeTree(INode* node, bool withProgress) {
 
 void KTAExp::WriteVisibleNode(INode* node) {
     const bool visible = !node->IsHidden(0, FALSE);
-    if (!g_motionPass && (visible || exportOptions.hiddenObjects)) {
+    if (g_motionPass) {
+        if (visible || exportOptions.hiddenMotions) {
+            ExportMotionPart(node);
+        }
+    } else if (visible || exportOptions.hiddenObjects) {
         ExportNode(node);
     }
 }
@@ -248,4 +252,5 @@ void KTAExp::ResetExportState() {
     defaultMaterials.Clear();
     materialTable.Clear();
     numMaterials = 0;
+    transformSamples.Clear();
 }

@@ -14,6 +14,7 @@
 #include "core/pointer_list.h"
 #include "geometry/default_materials.h"
 #include "geometry/material_table.h"
+#include "motion/transform_samples.h"
 #include "plugin/export_options.h"
 
 class BitmapTex;
@@ -102,6 +103,22 @@ class KTAExp : public SceneExport {
     // Writes the mesh of a geometric node that has been written.
     void ExportMesh(INode* node, bool isCollision);
 
+    // ------------------------------------------------ motion
+
+    // Writes a node's motion part and its tracks; nothing for a node that is not animated.
+    void ExportMotionPart(INode* node);
+    // Writes the tracks that the flags name, sampled or keyframed by the option.
+    void ExportAnimation(INode* node, bool position, bool rotation, bool scale);
+    // Tracks are 'P', 'R' and 'S'; any other letter gives a head without keys.
+    void WriteSampledTrack(INode* node, char track);
+    // 'P' copies the keys of the position's axes, 'r' those of the rotation's. Nothing where one of
+    // them is no Bezier float controller.
+    void WriteKeyframedTrack(INode* node, char track);
+    // Nothing where the scale is no Bezier scale controller.
+    void WriteKeyframedScaleTrack(INode* node);
+    // What of the node is animated: by its samples, or by its keys. False when nothing is.
+    bool DetectAnimation(INode* node, bool& position, bool& rotation, bool& scale);
+
   protected:
     ExportOptions exportOptions;
     Interface* ip;
@@ -117,6 +134,7 @@ class KTAExp : public SceneExport {
     Plinth::Int32 numMaterials;                // written, the "Extra material" included
     float indexOfRefraction;                   // of the next standard material
     Plinth::UInt8 layerType;                   // of the layer written last
+    TransformSamples transformSamples;         // of the node whose motion is being written
 
   private:
     KTAExp(const KTAExp&);
@@ -141,6 +159,10 @@ class KTAExp : public SceneExport {
     void ExportLayers(Mtl* material);
     void ChooseLayerType(const Class_ID& parent, int slot);
     void WriteLayer(BitmapTex* bitmap, float amount);
+
+    // Makes the samples those of the node on the export's grid.
+    void ChooseSamples(INode* node);
+    void DetectInSamples(INode* node, bool& position, bool& rotation, bool& scale);
 };
 
 #endif

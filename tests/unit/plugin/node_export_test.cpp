@@ -141,8 +141,8 @@ TEST(NodeExport, LogOfANode) {
         "Scale Axis  = 1.000000, 0.000000, 0.000000",
         "Scale Angle = 0.000000",
         "Closing file"};
-    // Behind the header's line, three of materials and those of the first node.
-    ASSERT_EQ(run.log.size(), 4 + 13 + 13 + 3u);
+    // Behind the header's line, three of materials and those of the first node; before the motion.
+    ASSERT_EQ(run.log.size(), 4 + 13 + 13 + 1 + 4u);
     EXPECT_EQ(std::vector(run.log.begin() + 17, run.log.begin() + 31), expected);
     EXPECT_EQ(run.log[7], "  + Parent = ''");
 }

@@ -19,50 +19,10 @@ INode* SceneTest::OpenNode(scene::Node node) {
     return At(0);
 }
 
-scene::Node MakeNode(const std::string& name, int parent) {
-    scene::Node node;
-    node.name = name;
-    node.parent = parent;
-    return node;
-}
-
 scene::Scene MakeScene(std::vector<scene::Node> nodes) {
     scene::Scene result;
     result.nodes = std::move(nodes);
     return result;
-}
-
-scene::FloatController Constant(float value) {
-    scene::FloatController controller;
-    controller.kind = scene::BezierFloat{{}, value};
-    return controller;
-}
-
-scene::FloatController Keyed(std::vector<scene::Key> keys) {
-    scene::FloatController controller;
-    controller.kind = scene::BezierFloat{std::move(keys), 0};
-    return controller;
-}
-
-scene::ThreeAxisController Axes(std::optional<scene::FloatController> x,
-                                std::optional<scene::FloatController> y,
-                                std::optional<scene::FloatController> z) {
-    scene::ThreeAxisController controller;
-    controller.kind = scene::ThreeAxes{{std::move(x), std::move(y), std::move(z)}};
-    return controller;
-}
-
-scene::ThreeAxisController Axes(float x, float y, float z) {
-    return Axes(Constant(x), Constant(y), Constant(z));
-}
-
-scene::Transform Prs(std::optional<scene::ThreeAxisController> position,
-                     std::optional<scene::ThreeAxisController> rotation,
-                     std::optional<scene::ThreeAxisController> scale) {
-    scene::Transform transform;
-    transform.kind =
-        scene::PrsTransform{std::move(position), std::move(rotation), std::move(scale)};
-    return transform;
 }
 
 testing::AssertionResult MatrixNear(const Matrix3& actual, const scene::Matrix& expected) {

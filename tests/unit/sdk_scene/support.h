@@ -5,6 +5,7 @@
 #include <inode.h>
 
 #include "host/sdk/host.h"
+#include "tests/support/scene_parts.h"
 
 // Every test opens its scene with this and leaves the host empty.
 class SceneTest : public testing::Test {
@@ -18,20 +19,12 @@ class SceneTest : public testing::Test {
     static INode* OpenNode(maxhost::scene::Node node);
 };
 
-maxhost::scene::Node MakeNode(const std::string& name, int parent = maxhost::scene::kNone);
+using support::Axes;
+using support::Constant;
+using support::Keyed;
+using support::MakeNode;
+using support::Prs;
 maxhost::scene::Scene MakeScene(std::vector<maxhost::scene::Node> nodes);
-
-maxhost::scene::FloatController Constant(float value);
-maxhost::scene::FloatController Keyed(std::vector<maxhost::scene::Key> keys);
-maxhost::scene::ThreeAxisController Axes(std::optional<maxhost::scene::FloatController> x,
-                                         std::optional<maxhost::scene::FloatController> y,
-                                         std::optional<maxhost::scene::FloatController> z);
-// Three constant axes.
-maxhost::scene::ThreeAxisController Axes(float x, float y, float z);
-
-maxhost::scene::Transform Prs(std::optional<maxhost::scene::ThreeAxisController> position,
-                              std::optional<maxhost::scene::ThreeAxisController> rotation = {},
-                              std::optional<maxhost::scene::ThreeAxisController> scale = {});
 
 constexpr float kQuarterTurn = 1.57079632679f;
 
