@@ -15,13 +15,11 @@ struct Overloaded : Visitors... {
 
 struct Contents {
     bool skins = false, morphs = false, jointLimits = false;
-    bool wires = false, ikChains = false, motion = false;
+    bool wires = false, ikChains = false;
 };
 
 void Add(const scene::FloatController& controller, Contents& contents) {
-    std::visit(Overloaded{[&](const scene::BezierFloat& bezier) {
-                              contents.motion |= !bezier.keys.empty();
-                          },
+    std::visit(Overloaded{[](const scene::BezierFloat&) {},
                           [&](const scene::FloatList& list) {
                               for (const scene::FloatListItem& item : list.items) {
                                   Add(*item.controller, contents);
@@ -37,9 +35,7 @@ void Add(const std::optional<scene::ThreeAxisController>& controller, Contents& 
         return;
     }
     contents.jointLimits |= controller->jointParams && !controller->jointParams->isDefault;
-    if (const auto* scale = std::get_if<scene::BezierScale>(&controller->kind)) {
-        contents.motion |= !scale->keys.empty();
-    } else if (const auto* three = std::get_if<scene::ThreeAxes>(&controller->kind)) {
+    if (const auto* three = std::get_if<scene::ThreeAxes>(&controller->kind)) {
         for (const std::optional<scene::FloatController>& axis : three->axes) {
             if (axis) {
                 Add(*axis, contents);
@@ -53,8 +49,6 @@ void Add(const scene::Transform& transform, Contents& contents) {
         Add(prs->position, contents);
         Add(prs->rotation, contents);
         Add(prs->scale, contents);
-    } else if (const auto* sampled = std::get_if<scene::SampledTransform>(&transform.kind)) {
-        contents.motion |= sampled->samples.size() > 1;
     } else if (std::holds_alternative<scene::IkChainTransform>(transform.kind)) {
         contents.ikChains = true;
     }
@@ -135,10 +129,11 @@ std::uint64_t CountMaterials(const scene::Scene& scene) {
 
 std::vector<std::string> NotExported(const scene::Scene& scene) {
     const Contents contents = ContentsOf(scene);
-    const std::pair<bool, const char*> parts[] = {
-        {contents.skins, "skinning"},           {contents.morphs, "morph targets"},
-        {contents.jointLimits, "joint limits"}, {contents.wires, "wired parameters"},
-        {contents.ikChains, "IK chains"},       {contents.motion, "motion"}};
+    const std::pair<bool, const char*> parts[] = {{contents.skins, "skinning"},
+                                                  {contents.morphs, "morph targets"},
+                                                  {contents.jointLimits, "joint limits"},
+                                                  {contents.wires, "wired parameters"},
+                                                  {contents.ikChains, "IK chains"}};
     std::vector<std::string> names;
     for (const auto& [isThere, name] : parts) {
         if (isThere) {

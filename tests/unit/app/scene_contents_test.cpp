@@ -70,27 +70,17 @@ TEST(NotExported, TellsWhatNodesHave) {
                 ElementsAre("IK chains"));
 }
 
-TEST(NotExported, TellsMotionByItsKeys) {
+TEST(NotExported, MotionIsExported) {
     scene::PrsTransform transform;
-    transform.position = WithAxis({"", {}, scene::BezierFloat{{}, 1}});
-    transform.scale = scene::ThreeAxisController{"", {}, {}, scene::BezierScale{}};
-    EXPECT_THAT(NotExportedWith(transform), IsEmpty());
     transform.position = WithAxis(Keyed());
-    EXPECT_THAT(NotExportedWith(transform), ElementsAre("motion"));
-    transform.position.reset();
-    transform.scale->kind = scene::BezierScale{{scene::Key3{}}, {1, 1, 1}};
-    EXPECT_THAT(NotExportedWith(transform), ElementsAre("motion"));
-}
-
-TEST(NotExported, TellsMotionBySamples) {
-    for (const std::size_t samples : {1, 2}) {
-        const std::vector<std::string> names = NotExportedAfter([&](scene::Node& node) {
-            scene::SampledTransform sampled;
-            sampled.samples.resize(samples);
-            node.transform = scene::Transform{"", {}, sampled};
-        });
-        EXPECT_EQ(names.size(), samples - 1);
-    }
+    transform.scale =
+        scene::ThreeAxisController{"", {}, {}, scene::BezierScale{{scene::Key3{}}, {1, 1, 1}}};
+    EXPECT_THAT(NotExportedWith(transform), IsEmpty());
+    EXPECT_THAT(NotExportedAfter([](scene::Node& node) {
+                    node.transform = scene::Transform{
+                        "", {}, scene::SampledTransform{{{0, scene::kIdentity}, {1, {}}}}};
+                }),
+                IsEmpty());
 }
 
 TEST(NotExported, LooksIntoListsAndTellsLimitsAndWires) {
@@ -100,13 +90,12 @@ TEST(NotExported, LooksIntoListsAndTellsLimitsAndWires) {
                           scene::FloatController{"", {}, scene::WireFloat{}})}};
     scene::PrsTransform transform;
     transform.rotation = WithAxis({"", {}, list});
-    EXPECT_THAT(NotExportedWith(transform), ElementsAre("wired parameters", "motion"));
+    EXPECT_THAT(NotExportedWith(transform), ElementsAre("wired parameters"));
     transform.rotation->jointParams = scene::JointParams{};
     transform.rotation->jointParams->isDefault = true;
-    EXPECT_THAT(NotExportedWith(transform), ElementsAre("wired parameters", "motion"));
+    EXPECT_THAT(NotExportedWith(transform), ElementsAre("wired parameters"));
     transform.rotation->jointParams->isDefault = false;
-    EXPECT_THAT(NotExportedWith(transform),
-                ElementsAre("joint limits", "wired parameters", "motion"));
+    EXPECT_THAT(NotExportedWith(transform), ElementsAre("joint limits", "wired parameters"));
 }
 
 // Each material but the last holds the next one twice.
