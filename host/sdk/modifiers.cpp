@@ -1,40 +1,47 @@
 #include "host/sdk/modifiers.h"
 
+#include "host/sdk/physique_modifier.h"
+#include "host/sdk/skin_modifier.h"
+
 Class_ID derivObjClassID(DERIVOB_CLASS_ID, 0);
 
 namespace maxhost {
 namespace {
 
-struct ModifierClassId {
-    Class_ID operator()(const scene::Skin&) const { return Class_ID(9815843, 87654); }
-    Class_ID operator()(const scene::Physique&) const { return Class_ID(0x100, 0); }
-    Class_ID operator()(const scene::Morpher&) const { return Class_ID(0x17bb6854, 0xa5cba2a3); }
-    Class_ID operator()(const scene::OtherModifier& other) const {
-        return Class_ID(other.classId[0], other.classId[1]);
-    }
-};
+struct ModifierMaker {
+    using Made = std::unique_ptr<SceneModifier>;
 
-class SceneModifier final : public Modifier {
-  public:
-    explicit SceneModifier(const scene::Modifier& description)
-        : classId_(std::visit(ModifierClassId{}, description.kind)) {
-        if (!description.enabled) {
-            SetAFlag(A_MOD_DISABLED);
-        }
+    Made operator()(const scene::Skin& skin) const { return MakeSkinModifier(skin, place); }
+    Made operator()(const scene::Physique& physique) const {
+        return MakePhysiqueModifier(physique, place);
+    }
+    Made operator()(const scene::Morpher&) const {
+        return std::make_unique<SceneModifier>(Class_ID(0x17bb6854, 0xa5cba2a3));
+    }
+    Made operator()(const scene::OtherModifier& other) const {
+        return std::make_unique<SceneModifier>(Class_ID(other.classId[0], other.classId[1]));
     }
 
-    Class_ID ClassID() override { return classId_; }
-
-  private:
-    Class_ID classId_;
+    const StackPlace& place;
 };
+
+std::unique_ptr<SceneModifier> MakeModifier(const scene::Modifier& description,
+                                            const StackPlace& place) {
+    std::unique_ptr<SceneModifier> modifier = std::visit(ModifierMaker{place}, description.kind);
+    if (!description.enabled) {
+        modifier->SetAFlag(A_MOD_DISABLED);
+    }
+    return modifier;
+}
 
 class DerivedObject final : public IDerivedObject, public SceneObject {
   public:
-    DerivedObject(const std::vector<scene::Modifier>& modifiers, Object* below) : below_(below) {
+    DerivedObject(const std::vector<scene::Modifier>& modifiers, Object* below,
+                  const StackPlace& place)
+        : below_(below) {
         modifiers_.reserve(modifiers.size());
         for (const scene::Modifier& modifier : modifiers) {
-            modifiers_.push_back(std::make_unique<SceneModifier>(modifier));
+            modifiers_.push_back(MakeModifier(modifier, place));
         }
     }
 
@@ -59,8 +66,8 @@ class DerivedObject final : public IDerivedObject, public SceneObject {
 }  // namespace
 
 std::unique_ptr<SceneObject> MakeDerivedObject(const std::vector<scene::Modifier>& modifiers,
-                                               Object* below) {
-    return std::make_unique<DerivedObject>(modifiers, below);
+                                               Object* below, const StackPlace& place) {
+    return std::make_unique<DerivedObject>(modifiers, below, place);
 }
 
 }  // namespace maxhost

@@ -1,6 +1,7 @@
 // Modifier stacks.
 #pragma once
 
+#include <inode.h>
 #include <modstack.h>
 
 #include <memory>
@@ -10,8 +11,27 @@
 
 namespace maxhost {
 
-// A derived object with `modifiers`, top first, above `below`. Both must outlive it.
+// What the modifiers of a node see of the scene.
+struct StackPlace {
+    INode* node;                       // on whose stack they stand
+    const std::vector<INode*>& nodes;  // by position; complete once the scene is made
+};
+
+// A derived object with `modifiers`, top first, above `below`. All that is handed over must outlive
+// it.
 std::unique_ptr<SceneObject> MakeDerivedObject(const std::vector<scene::Modifier>& modifiers,
-                                               Object* below);
+                                               Object* below, const StackPlace& place);
+
+// A modifier of the scene, enabled unless A_MOD_DISABLED is set.
+class SceneModifier : public Modifier {
+  public:
+    explicit SceneModifier(Class_ID classId) : classId_(classId) {}
+    ~SceneModifier() override = default;
+
+    Class_ID ClassID() override { return classId_; }
+
+  private:
+    Class_ID classId_;
+};
 
 }  // namespace maxhost

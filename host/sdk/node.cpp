@@ -25,7 +25,8 @@ void TransformMemory::Add(SceneNode* node) {
     ++count_;
 }
 
-SceneNode::SceneNode(const scene::Node& description, Mtl* material, TransformMemory& memory)
+SceneNode::SceneNode(const scene::Node& description, Mtl* material, TransformMemory& memory,
+                     const std::vector<INode*>& nodes)
     : TreeNode(description.name), description_(description), material_(material), memory_(memory) {
     if (description.transform) {
         transform_ = MakeTransformControl(*description.transform);
@@ -33,7 +34,7 @@ SceneNode::SceneNode(const scene::Node& description, Mtl* material, TransformMem
     stack_.push_back(MakeObject(description.object ? &*description.object : nullptr));
     for (const auto* modifiers : {&description.modifiers, &description.referenceModifiers}) {
         if (!modifiers->empty()) {
-            stack_.push_back(MakeDerivedObject(*modifiers, stack_.back()->Get()));
+            stack_.push_back(MakeDerivedObject(*modifiers, stack_.back()->Get(), {this, nodes}));
         }
     }
     state_.obj = stack_.front()->Get();

@@ -82,8 +82,10 @@ class TransformMemory {
 
 class SceneNode final : public TreeNode {
   public:
-    // The description and the memory must outlive the node; `material` may be null.
-    SceneNode(const scene::Node& description, Mtl* material, TransformMemory& memory);
+    // The description, the memory and the scene's nodes must outlive the node; `material` may be
+    // null.
+    SceneNode(const scene::Node& description, Mtl* material, TransformMemory& memory,
+              const std::vector<INode*>& nodes);
 
     // Makes this node a child of `parent`, or of `root` where that is null.
     void Attach(SceneNode* parent, RootNode* root);

@@ -35,6 +35,8 @@ class Animatable {
     // An interface that goes beyond the class, null where the object has none of that id. It lives
     // as long as the object.
     virtual void* GetInterface(ULONG) { return NULL; }
+    // Gives back what GetInterface gave, where the interface asks for that.
+    virtual void ReleaseInterface(ULONG, void*) {}
 
     virtual int NumParamBlocks() { return 0; }
     virtual IParamBlock2* GetParamBlock(int) { return NULL; }
