@@ -30,7 +30,7 @@ class PointerList {
             return known;
         }
         const Int32 position = entries.Count();
-        if (!entries.Add(entry)) {
+        if (!entries.AddAmortized(entry)) {
             return -1;
         }
         if (!index.Set(entry, position)) {

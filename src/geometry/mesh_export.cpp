@@ -306,4 +306,5 @@ void KTAExp::ExportMesh(INode* node, bool isCollision) {
     const float ratio = static_cast<float>(header.numVertices) /
                         static_cast<float>(header.numOriginalVertices) * 100.0f;
     Plinth::Log("    + Vertex ratio factor = %.1f%%", ratio);
+    OpenSkinOf(node);
 }

@@ -119,6 +119,11 @@ bool IsTaggedCollisionMesh(INode* node) {
 }  // namespace
 
 void KTAExp::ExportNode(INode* node) {
+    BeginNode(node);
+    ExportOpenSkins();
+}
+
+void KTAExp::BeginNode(INode* node) {
     if (exportedNodes.Find(node) >= 0) {
         return;
     }
@@ -146,9 +151,16 @@ void KTAExp::ExportNode(INode* node) {
 
     WriteChunk(kChunkNode, sizeof(record), &record, FindChunkType(kChunkNode)->version);
     exportedNodes.Add(node);
+    const Plinth::Int32 skins = openSkins.Count();
     if (IsGeometricNode(node)) {
         ExportMeshOfNode(node);
     }
+    if (openSkins.Count() == skins) {
+        FinishNode(node);
+    }
+}
+
+void KTAExp::FinishNode(INode*) {
 }
 
 void KTAExp::ExportMeshOfNode(INode* node) {

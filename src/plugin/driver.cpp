@@ -248,6 +248,7 @@ void KTAExp::ResetExportState() {
     nodeTotal = 0;
     nodeDone = 0;
     exportedNodes.Clear();
+    openSkins.Clear();
     sceneMaterials.Clear();
     defaultMaterials.Clear();
     materialTable.Clear();

@@ -14,6 +14,7 @@
 #include "core/pointer_list.h"
 #include "geometry/default_materials.h"
 #include "geometry/material_table.h"
+#include "geometry/skin_export.h"
 #include "motion/transform_samples.h"
 #include "plugin/export_options.h"
 
@@ -100,7 +101,7 @@ class KTAExp : public SceneExport {
 
     // ------------------------------------------------ meshes
 
-    // Writes the mesh of a geometric node that has been written.
+    // Writes the mesh of a geometric node that has been written, and opens its skin.
     void ExportMesh(INode* node, bool isCollision);
 
     // ------------------------------------------------ motion
@@ -119,6 +120,13 @@ class KTAExp : public SceneExport {
     // What of the node is animated: by its samples, or by its keys. False when nothing is.
     bool DetectAnimation(INode* node, bool& position, bool& rotation, bool& scale);
 
+    // ------------------------------------------------ skins
+
+    // Begins with the bones of a node that has a Physique or Skin modifier.
+    void OpenSkinOf(INode* node);
+    // Writes bones and weights of the open skins, and what follows them at their nodes.
+    void ExportOpenSkins();
+
   protected:
     ExportOptions exportOptions;
     Interface* ip;
@@ -135,6 +143,7 @@ class KTAExp : public SceneExport {
     float indexOfRefraction;                   // of the next standard material
     Plinth::UInt8 layerType;                   // of the layer written last
     TransformSamples transformSamples;         // of the node whose motion is being written
+    SkinStack openSkins;
 
   private:
     KTAExp(const KTAExp&);
@@ -152,7 +161,14 @@ class KTAExp : public SceneExport {
     void WriteVisibleNode(INode* node);
     void UpdateProgress();
 
+    // The node chunk and the mesh; then, unless the mesh has a skin, what follows them.
+    void BeginNode(INode* node);
+    // What stands behind a node's mesh and its skin's weights.
+    void FinishNode(INode* node);
     void ExportMeshOfNode(INode* node);
+
+    void ExportWeights(OpenSkin& skin);
+    void WriteVertexWeights(WeightReader& reader, BoneWeights& buffer);
 
     void FillMaterial(KTAMaterial& record, Mtl* material);
     void WriteMaterial(const KTAMaterial& record);

@@ -529,11 +529,14 @@ void ExpectObjectSpace(const Chunk& chunk) {
     EXPECT_EQ(PositionOf(chunk, 2), (Vec3{0, 0, 1}));
 }
 
+// Knows all vertices of the triangle, but no bones.
+const scene::Modifier kPhysique = {
+    true, scene::Physique{decltype(scene::Physique::vertices)(3, scene::PhysiqueBlended{})}};
+
 TEST(SkinnedMesh, StandsInWorldSpace) {
     ExpectWorldSpace(ExportSlanted({{true, scene::Skin{}}}));
-    ExpectWorldSpace(ExportSlanted({{true, scene::Physique{}}}));
-    ExpectWorldSpace(
-        ExportSlanted({{true, scene::OtherModifier{{1, 2}}}, {true, scene::Physique{}}}));
+    ExpectWorldSpace(ExportSlanted({kPhysique}));
+    ExpectWorldSpace(ExportSlanted({{true, scene::OtherModifier{{1, 2}}}, kPhysique}));
     ExpectWorldSpace(
         ExportSlanted({{true, scene::Skin{}}}, {{false, scene::OtherModifier{{1, 2}}}}));
     ExpectWorldSpace(ExportSlanted({}, {{true, scene::Skin{}}}));
