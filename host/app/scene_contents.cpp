@@ -14,7 +14,7 @@ struct Overloaded : Visitors... {
 };
 
 struct Contents {
-    bool skins = false, morphs = false, jointLimits = false;
+    bool morphs = false, jointLimits = false;
     bool wires = false, ikChains = false;
 };
 
@@ -56,8 +56,6 @@ void Add(const scene::Transform& transform, Contents& contents) {
 
 void Add(const std::vector<scene::Modifier>& modifiers, Contents& contents) {
     for (const scene::Modifier& modifier : modifiers) {
-        contents.skins |= std::holds_alternative<scene::Skin>(modifier.kind) ||
-                          std::holds_alternative<scene::Physique>(modifier.kind);
         contents.morphs |= std::holds_alternative<scene::Morpher>(modifier.kind);
     }
 }
@@ -129,8 +127,7 @@ std::uint64_t CountMaterials(const scene::Scene& scene) {
 
 std::vector<std::string> NotExported(const scene::Scene& scene) {
     const Contents contents = ContentsOf(scene);
-    const std::pair<bool, const char*> parts[] = {{contents.skins, "skinning"},
-                                                  {contents.morphs, "morph targets"},
+    const std::pair<bool, const char*> parts[] = {{contents.morphs, "morph targets"},
                                                   {contents.jointLimits, "joint limits"},
                                                   {contents.wires, "wired parameters"},
                                                   {contents.ikChains, "IK chains"}};

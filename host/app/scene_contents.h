@@ -9,8 +9,8 @@
 
 namespace maxhost::app {
 
-// What of the scene this version does not export: those of skinning, morph targets, joint limits,
-// wired parameters and IK chains that it has, in this order. For a checked scene; linear.
+// What of the scene this version does not export: those of morph targets, joint limits, wired
+// parameters and IK chains that it has, in this order. For a checked scene; linear.
 std::vector<std::string> NotExported(const scene::Scene& scene);
 
 // An export of more materials is refused: a few that refer to each other may stand for more than a

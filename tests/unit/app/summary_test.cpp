@@ -27,14 +27,14 @@ TEST_F(SummaryTest, CountsFilesChunksAndNodes) {
     Write("x.hdotemp2", support::FileHeader(false));
     files.Verify();
     const std::vector<std::string> lines =
-        Summarize(files.Files(), {3, 0, {"skinning", "IK chains"}, Path("l.log")});
+        Summarize(files.Files(), {3, 0, {"morph targets", "IK chains"}, Path("l.log")});
     ASSERT_EQ(lines.size(), 5u);
     EXPECT_EQ(lines[0],
               Path("x.hdotemp1").string() + ": actor file, 1295 bytes, 2 chunks (2 node)");
     EXPECT_EQ(lines[1], Path("x.hdotemp2").string() + ": motion file, 7 bytes, 0 chunks");
     EXPECT_EQ(lines[2], Path("l.log").string() + ": log");
     EXPECT_EQ(lines[3], "exported 2 of 3 nodes");
-    EXPECT_EQ(lines[4], "not exported by this version yet: skinning, IK chains");
+    EXPECT_EQ(lines[4], "not exported by this version yet: morph targets, IK chains");
 }
 
 TEST_F(SummaryTest, WarningsAreCountedAndMissingThingsLeftOut) {
