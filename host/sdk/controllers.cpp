@@ -1,5 +1,7 @@
 #include "host/sdk/controllers.h"
 
+#include <interpik.h>
+#include <iparamwire.h>
 #include <istdplug.h>
 
 #include <cmath>
@@ -62,15 +64,40 @@ class KeyControl final : public IKeyControl {
 
 // ---------------------------------------------------------------- floats
 
-class BezierFloatControl final : public FloatControl {
+// A float controller of the class `Base`.
+template <class Base>
+class FloatControlOf : public Base, public FloatControl {
+  public:
+    Control* Get() override { return this; }
+
+    SClass_ID SuperClassID() override { return CTRL_FLOAT_CLASS_ID; }
+    Class_ID ClassID() override { return classId_; }
+    void GetValue(TimeValue t, void* val, Interval& valid, GetSetMethod method) override {
+        float& result = *static_cast<float*>(val);
+        const double value = Value(t, valid);
+        result = static_cast<float>(method == CTRL_RELATIVE ? result + value : value);
+    }
+
+    using Base::GetInterface;
+
+  protected:
+    explicit FloatControlOf(Class_ID classId) : classId_(classId) {}
+
+  private:
+    Class_ID classId_;
+};
+
+class BezierFloatControl final : public FloatControlOf<Control> {
   public:
     BezierFloatControl(const scene::BezierFloat& description, Class_ID classId)
-        : FloatControl(classId), description_(description), keyControl_(description.keys) {}
+        : FloatControlOf(classId), description_(description), keyControl_(description.keys) {}
 
     double Value(TimeValue t, Interval& valid) const override {
         return description_.keys.empty() ? description_.value
                                          : EvaluateKeys(description_.keys, t, valid);
     }
+
+    using FloatControlOf::GetInterface;
     void* GetInterface(ULONG id) override {
         return id == I_KEYCONTROL ? static_cast<IKeyControl*>(&keyControl_) : nullptr;
     }
@@ -80,12 +107,12 @@ class BezierFloatControl final : public FloatControl {
     KeyControl<scene::Key> keyControl_;
 };
 
-class FloatListControl final : public FloatControl {
+class FloatListControl final : public FloatControlOf<IListControl> {
   public:
-    FloatListControl(const scene::FloatList& description, Class_ID classId)
-        : FloatControl(classId) {
+    FloatListControl(const scene::FloatList& description, Class_ID classId, SceneLinks& links)
+        : FloatControlOf(classId) {
         for (const scene::FloatListItem& item : description.items) {
-            items_.push_back({item.weight, MakeFloatControl(*item.controller)});
+            items_.push_back({item.weight, MakeFloatControl(*item.controller, links)});
         }
     }
 
@@ -97,17 +124,69 @@ class FloatListControl final : public FloatControl {
         return sum;
     }
 
+    using FloatControlOf::GetInterface;
+    BaseInterface* GetInterface(Interface_ID id) override {
+        return id == LIST_CONTROLLER_INTERFACE ? this : nullptr;
+    }
+    int GetListCount() override { return static_cast<int>(items_.size()); }
+    Control* GetSubCtrl(int i) const override {
+        return Has(i) ? items_[i].control->Get() : nullptr;
+    }
+    float GetSubCtrlWeight(int i, TimeValue) const override {
+        return Has(i) ? items_[i].weight : 0.0f;
+    }
+
   private:
     struct Item {
-        double weight;
+        float weight;
         std::unique_ptr<FloatControl> control;
     };
+
+    bool Has(int i) const { return i >= 0 && i < static_cast<int>(items_.size()); }
+
     std::vector<Item> items_;
 };
 
-class ConstantFloatControl final : public FloatControl {
+class WireFloatControl final : public FloatControlOf<IBaseWireControl> {
   public:
-    ConstantFloatControl(float value, Class_ID classId) : FloatControl(classId), value_(value) {}
+    WireFloatControl(const scene::WireFloat& description, Class_ID classId, const SceneLinks& links)
+        : FloatControlOf(classId), description_(description), links_(links) {
+        for (const scene::Wire& wire : description.wires) {
+            expressions_.push_back(wire.expression);
+        }
+    }
+
+    double Value(TimeValue, Interval&) const override { return description_.value; }
+
+    using FloatControlOf::GetInterface;
+    BaseInterface* GetInterface(Interface_ID id) override {
+        return id == WIRE_CONTROLLER_INTERFACE ? this : nullptr;
+    }
+    int get_num_wires() override { return static_cast<int>(description_.wires.size()); }
+    Animatable* get_wire_parent(int i) override {
+        return Has(i) ? links_.FindControl(description_.wires[i].parent) : nullptr;
+    }
+    int get_wire_subnum(int i) override { return Has(i) ? description_.wires[i].subnum : 0; }
+    Control* get_co_controller(int i) override {
+        return Has(i) ? links_.FindControl(description_.wires[i].coController) : nullptr;
+    }
+    MCHAR* get_expr_text(int i) override { return Has(i) ? expressions_[i].data() : nullptr; }
+    bool is_master() override { return description_.master; }
+    bool is_slave() override { return description_.slave; }
+    bool is_two_way() override { return description_.twoWay; }
+
+  private:
+    bool Has(int i) { return i >= 0 && i < get_num_wires(); }
+
+    const scene::WireFloat& description_;
+    const SceneLinks& links_;
+    std::vector<std::string> expressions_;  // handed out as texts that may be written to
+};
+
+class OtherFloatControl final : public FloatControlOf<Control> {
+  public:
+    OtherFloatControl(const scene::OtherFloat& description, Class_ID classId)
+        : FloatControlOf(classId), value_(description.value) {}
 
     double Value(TimeValue, Interval&) const override { return value_; }
 
@@ -117,6 +196,7 @@ class ConstantFloatControl final : public FloatControl {
 
 struct FloatControlMaker {
     const std::optional<scene::ClassId>& classId;
+    SceneLinks& links;
 
     std::unique_ptr<FloatControl> operator()(const scene::BezierFloat& kind) const {
         return std::make_unique<BezierFloatControl>(
@@ -124,19 +204,38 @@ struct FloatControlMaker {
     }
     std::unique_ptr<FloatControl> operator()(const scene::FloatList& kind) const {
         return std::make_unique<FloatListControl>(
-            kind, ChooseClassId(classId, Class_ID(FLOATLIST_CONTROL_CLASS_ID, 0)));
+            kind, ChooseClassId(classId, Class_ID(FLOATLIST_CONTROL_CLASS_ID, 0)), links);
     }
     std::unique_ptr<FloatControl> operator()(const scene::WireFloat& kind) const {
-        return std::make_unique<ConstantFloatControl>(kind.value,
-                                                      ChooseClassId(classId, kWireFloatClassId));
+        return std::make_unique<WireFloatControl>(kind, ChooseClassId(classId, kWireFloatClassId),
+                                                  links);
     }
     std::unique_ptr<FloatControl> operator()(const scene::OtherFloat& kind) const {
-        return std::make_unique<ConstantFloatControl>(kind.value,
-                                                      ChooseClassId(classId, Class_ID()));
+        return std::make_unique<OtherFloatControl>(kind, ChooseClassId(classId, Class_ID()));
     }
 };
 
 // ---------------------------------------------------------------- positions, rotations, scales
+
+class DescribedJointParams final : public JointParams {
+  public:
+    explicit DescribedJointParams(const scene::JointParams& description)
+        : JointParams(description.flags, description.dofs),
+          isDefault_(description.isDefault),
+          min_(description.min),
+          max_(description.max) {
+        min = min_.data();
+        max = max_.data();
+    }
+    DescribedJointParams(const DescribedJointParams&) = delete;
+    DescribedJointParams& operator=(const DescribedJointParams&) = delete;
+
+    BOOL IsDefault() override { return isDefault_; }
+
+  private:
+    const bool isDefault_;
+    std::array<float, 6> min_, max_;
+};
 
 // What the three kinds share: up to three float controllers, or the keys of a Bezier scale, or
 // constants.
@@ -145,23 +244,32 @@ class ThreeAxisControl : public MatrixControl {
     SClass_ID SuperClassID() override { return superClassId_; }
     Class_ID ClassID() override { return classId_; }
 
-    Control* GetXController() override { return axes_[0].get(); }
-    Control* GetYController() override { return axes_[1].get(); }
-    Control* GetZController() override { return axes_[2].get(); }
+    Control* GetXController() override { return Axis(0); }
+    Control* GetYController() override { return Axis(1); }
+    Control* GetZController() override { return Axis(2); }
 
+    using MatrixControl::GetInterface;
     void* GetInterface(ULONG id) override {
         return id == I_KEYCONTROL && keyControl_ ? static_cast<IKeyControl*>(&*keyControl_)
                                                  : nullptr;
     }
+    void* GetProperty(ULONG id) override {
+        return id == PROPID_JOINTPARAMS && jointParams_ ? static_cast<JointParams*>(&*jointParams_)
+                                                        : nullptr;
+    }
 
   protected:
     ThreeAxisControl(const scene::ThreeAxisController& description, SClass_ID superClassId,
-                     Class_ID xyzClassId)
+                     Class_ID xyzClassId, SceneLinks& links)
         : description_(description), superClassId_(superClassId) {
+        links.AddControl(description.id, this);
+        if (description.jointParams) {
+            jointParams_.emplace(*description.jointParams);
+        }
         Class_ID own;
         if (const auto* three = std::get_if<scene::ThreeAxes>(&description.kind)) {
             own = xyzClassId;
-            MakeAxes(*three);
+            MakeAxes(*three, links);
         } else if (const auto* scale = std::get_if<scene::BezierScale>(&description.kind)) {
             own = Class_ID(HYBRIDINTERP_SCALE_CLASS_ID, 0);
             keyControl_.emplace(scale->keys);
@@ -191,10 +299,12 @@ class ThreeAxisControl : public MatrixControl {
   private:
     static Double3 ToDouble(const scene::Vec3& v) { return {v[0], v[1], v[2]}; }
 
-    void MakeAxes(const scene::ThreeAxes& three) {
+    Control* Axis(int i) const { return axes_[i] ? axes_[i]->Get() : nullptr; }
+
+    void MakeAxes(const scene::ThreeAxes& three, SceneLinks& links) {
         for (int i = 0; i < 3; ++i) {
             if (three.axes[i]) {
-                axes_[i] = MakeFloatControl(*three.axes[i]);
+                axes_[i] = MakeFloatControl(*three.axes[i], links);
             }
         }
     }
@@ -204,12 +314,13 @@ class ThreeAxisControl : public MatrixControl {
     Class_ID classId_;
     std::array<std::unique_ptr<FloatControl>, 3> axes_;
     std::optional<KeyControl<scene::Key3>> keyControl_;
+    std::optional<DescribedJointParams> jointParams_;
 };
 
 class PositionControl final : public ThreeAxisControl {
   public:
-    explicit PositionControl(const scene::ThreeAxisController& description)
-        : ThreeAxisControl(description, CTRL_POSITION_CLASS_ID, kPositionXyzClassId) {}
+    PositionControl(const scene::ThreeAxisController& description, SceneLinks& links)
+        : ThreeAxisControl(description, CTRL_POSITION_CLASS_ID, kPositionXyzClassId, links) {}
 
     Affine Local(TimeValue t, Interval& valid) const override {
         Affine result;
@@ -226,8 +337,8 @@ class PositionControl final : public ThreeAxisControl {
 
 class ScaleControl final : public ThreeAxisControl {
   public:
-    explicit ScaleControl(const scene::ThreeAxisController& description)
-        : ThreeAxisControl(description, CTRL_SCALE_CLASS_ID, kScaleXyzClassId) {}
+    ScaleControl(const scene::ThreeAxisController& description, SceneLinks& links)
+        : ThreeAxisControl(description, CTRL_SCALE_CLASS_ID, kScaleXyzClassId, links) {}
 
     Affine Local(TimeValue t, Interval& valid) const override {
         const Double3 factors = Values(t, 1, valid);
@@ -279,9 +390,9 @@ Affine QuaternionMatrix(const std::array<float, 4>& q) {
 
 class RotationControl final : public ThreeAxisControl {
   public:
-    explicit RotationControl(const scene::ThreeAxisController& description)
-        : ThreeAxisControl(description, CTRL_ROTATION_CLASS_ID,
-                           Class_ID(EULER_CONTROL_CLASS_ID, 0)) {}
+    RotationControl(const scene::ThreeAxisController& description, SceneLinks& links)
+        : ThreeAxisControl(description, CTRL_ROTATION_CLASS_ID, Class_ID(EULER_CONTROL_CLASS_ID, 0),
+                           links) {}
 
     Affine Local(TimeValue t, Interval& valid) const override {
         if (const auto* other = std::get_if<scene::OtherThree>(&Description().kind)) {
@@ -302,12 +413,6 @@ Class_ID ChooseClassId(const std::optional<scene::ClassId>& given, Class_ID own)
     return given ? Class_ID((*given)[0], (*given)[1]) : own;
 }
 
-void FloatControl::GetValue(TimeValue t, void* val, Interval& valid, GetSetMethod method) {
-    float& result = *static_cast<float*>(val);
-    const double value = Value(t, valid);
-    result = static_cast<float>(method == CTRL_RELATIVE ? result + value : value);
-}
-
 void MatrixControl::GetValue(TimeValue t, void* val, Interval& valid, GetSetMethod method) {
     if (method == CTRL_ABSOLUTE) {
         StoreAbsolute(t, val, valid);
@@ -317,20 +422,27 @@ void MatrixControl::GetValue(TimeValue t, void* val, Interval& valid, GetSetMeth
     matrix = ToMatrix3(Local(t, valid) * ToAffine(matrix));
 }
 
-std::unique_ptr<FloatControl> MakeFloatControl(const scene::FloatController& description) {
-    return std::visit(FloatControlMaker{description.classId}, description.kind);
+std::unique_ptr<FloatControl> MakeFloatControl(const scene::FloatController& description,
+                                               SceneLinks& links) {
+    std::unique_ptr<FloatControl> control =
+        std::visit(FloatControlMaker{description.classId, links}, description.kind);
+    links.AddControl(description.id, control->Get());
+    return control;
 }
 
-std::unique_ptr<MatrixControl> MakePositionControl(const scene::ThreeAxisController& description) {
-    return std::make_unique<PositionControl>(description);
+std::unique_ptr<MatrixControl> MakePositionControl(const scene::ThreeAxisController& description,
+                                                   SceneLinks& links) {
+    return std::make_unique<PositionControl>(description, links);
 }
 
-std::unique_ptr<MatrixControl> MakeRotationControl(const scene::ThreeAxisController& description) {
-    return std::make_unique<RotationControl>(description);
+std::unique_ptr<MatrixControl> MakeRotationControl(const scene::ThreeAxisController& description,
+                                                   SceneLinks& links) {
+    return std::make_unique<RotationControl>(description, links);
 }
 
-std::unique_ptr<MatrixControl> MakeScaleControl(const scene::ThreeAxisController& description) {
-    return std::make_unique<ScaleControl>(description);
+std::unique_ptr<MatrixControl> MakeScaleControl(const scene::ThreeAxisController& description,
+                                                SceneLinks& links) {
+    return std::make_unique<ScaleControl>(description, links);
 }
 
 }  // namespace maxhost

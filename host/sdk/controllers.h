@@ -1,5 +1,6 @@
 // The controllers below a transform: floats, positions, rotations, scales. All of them read the
-// scene description that they are made of; it must outlive them.
+// scene description that they are made of, and add themselves to the links of the scene; both must
+// outlive them.
 #pragma once
 
 #include <control.h>
@@ -9,31 +10,25 @@
 
 #include "host/sdk/affine.h"
 #include "host/sdk/scene_desc.h"
+#include "host/sdk/scene_links.h"
 
 namespace maxhost {
 
 // `given` where there is one, else `own`.
 Class_ID ChooseClassId(const std::optional<scene::ClassId>& given, Class_ID own);
 
-class FloatControl : public Control {
+// A float controller of whatever class the SDK has for its kind.
+class FloatControl {
   public:
-    ~FloatControl() override = default;
+    virtual ~FloatControl() = default;
 
+    virtual Control* Get() = 0;
     // The value before rounding; `valid` as in Control::GetValue.
     virtual double Value(TimeValue t, Interval& valid) const = 0;
-
-    SClass_ID SuperClassID() override { return CTRL_FLOAT_CLASS_ID; }
-    Class_ID ClassID() override { return classId_; }
-    void GetValue(TimeValue t, void* val, Interval& valid, GetSetMethod method) override;
-
-  protected:
-    explicit FloatControl(Class_ID classId) : classId_(classId) {}
-
-  private:
-    Class_ID classId_;
 };
 
-std::unique_ptr<FloatControl> MakeFloatControl(const scene::FloatController& description);
+std::unique_ptr<FloatControl> MakeFloatControl(const scene::FloatController& description,
+                                               SceneLinks& links);
 
 // A controller that gives a matrix to be applied before the one it is handed.
 class MatrixControl : public Control {
@@ -50,8 +45,11 @@ class MatrixControl : public Control {
     virtual void StoreAbsolute(TimeValue, void*, Interval&) const {}
 };
 
-std::unique_ptr<MatrixControl> MakePositionControl(const scene::ThreeAxisController& description);
-std::unique_ptr<MatrixControl> MakeRotationControl(const scene::ThreeAxisController& description);
-std::unique_ptr<MatrixControl> MakeScaleControl(const scene::ThreeAxisController& description);
+std::unique_ptr<MatrixControl> MakePositionControl(const scene::ThreeAxisController& description,
+                                                   SceneLinks& links);
+std::unique_ptr<MatrixControl> MakeRotationControl(const scene::ThreeAxisController& description,
+                                                   SceneLinks& links);
+std::unique_ptr<MatrixControl> MakeScaleControl(const scene::ThreeAxisController& description,
+                                                SceneLinks& links);
 
 }  // namespace maxhost

@@ -1,5 +1,6 @@
 #include "host/sdk/modifiers.h"
 
+#include "host/sdk/morpher_modifier.h"
 #include "host/sdk/physique_modifier.h"
 #include "host/sdk/skin_modifier.h"
 
@@ -15,9 +16,7 @@ struct ModifierMaker {
     Made operator()(const scene::Physique& physique) const {
         return MakePhysiqueModifier(physique, place);
     }
-    Made operator()(const scene::Morpher&) const {
-        return std::make_unique<SceneModifier>(Class_ID(0x17bb6854, 0xa5cba2a3));
-    }
+    Made operator()(const scene::Morpher& morpher) const { return MakeMorpherModifier(morpher); }
     Made operator()(const scene::OtherModifier& other) const {
         return std::make_unique<SceneModifier>(Class_ID(other.classId[0], other.classId[1]));
     }

@@ -8,13 +8,14 @@
 #include <vector>
 
 #include "host/sdk/objects.h"
+#include "host/sdk/scene_links.h"
 
 namespace maxhost {
 
 // What the modifiers of a node see of the scene.
 struct StackPlace {
-    INode* node;                       // on whose stack they stand
-    const std::vector<INode*>& nodes;  // by position; complete once the scene is made
+    INode* node;              // on whose stack they stand
+    const SceneLinks& links;  // complete once the scene is made
 };
 
 // A derived object with `modifiers`, top first, above `below`. All that is handed over must outlive

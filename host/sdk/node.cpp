@@ -26,15 +26,15 @@ void TransformMemory::Add(SceneNode* node) {
 }
 
 SceneNode::SceneNode(const scene::Node& description, Mtl* material, TransformMemory& memory,
-                     const std::vector<INode*>& nodes)
+                     SceneLinks& links)
     : TreeNode(description.name), description_(description), material_(material), memory_(memory) {
     if (description.transform) {
-        transform_ = MakeTransformControl(*description.transform);
+        transform_ = MakeTransformControl(*description.transform, links);
     }
     stack_.push_back(MakeObject(description.object ? &*description.object : nullptr));
     for (const auto* modifiers : {&description.modifiers, &description.referenceModifiers}) {
         if (!modifiers->empty()) {
-            stack_.push_back(MakeDerivedObject(*modifiers, stack_.back()->Get(), {this, nodes}));
+            stack_.push_back(MakeDerivedObject(*modifiers, stack_.back()->Get(), {this, links}));
         }
     }
     state_.obj = stack_.front()->Get();

@@ -82,10 +82,9 @@ class TransformMemory {
 
 class SceneNode final : public TreeNode {
   public:
-    // The description, the memory and the scene's nodes must outlive the node; `material` may be
-    // null.
+    // The description, the memory and the links must outlive the node; `material` may be null.
     SceneNode(const scene::Node& description, Mtl* material, TransformMemory& memory,
-              const std::vector<INode*>& nodes);
+              SceneLinks& links);
 
     // Makes this node a child of `parent`, or of `root` where that is null.
     void Attach(SceneNode* parent, RootNode* root);

@@ -22,13 +22,13 @@ class RigidVertex final : public IPhyRigidVertex {
 
 class BlendedVertex final : public IPhyBlendedRigidVertex {
   public:
-    BlendedVertex(const scene::PhysiqueBlended& description, const std::vector<INode*>& nodes)
-        : description_(description), nodes_(nodes) {}
+    BlendedVertex(const scene::PhysiqueBlended& description, const SceneLinks& links)
+        : description_(description), links_(links) {}
 
     int GetVertexType() override { return RIGID_BLENDED_TYPE; }
     int GetNumberNodes() override { return static_cast<int>(description_.nodes.size()); }
     INode* GetNode(int i) override {
-        return IsThere(i) ? nodes_[description_.nodes[i].first] : nullptr;
+        return IsThere(i) ? links_.NodeAt(description_.nodes[i].first) : nullptr;
     }
     float GetWeight(int i) override { return IsThere(i) ? description_.nodes[i].second : 0.0f; }
 
@@ -36,15 +36,15 @@ class BlendedVertex final : public IPhyBlendedRigidVertex {
     bool IsThere(int i) { return i >= 0 && i < GetNumberNodes(); }
 
     const scene::PhysiqueBlended& description_;
-    const std::vector<INode*>& nodes_;
+    const SceneLinks& links_;
 };
 
 // The node of the greatest weight, the first of equal ones; null where there is none.
-INode* Heaviest(const scene::PhysiqueBlended& vertex, const std::vector<INode*>& nodes) {
+INode* Heaviest(const scene::PhysiqueBlended& vertex, const SceneLinks& links) {
     const auto heaviest =
         std::max_element(vertex.nodes.begin(), vertex.nodes.end(),
                          [](const auto& a, const auto& b) { return a.second < b.second; });
-    return heaviest == vertex.nodes.end() ? nullptr : nodes[heaviest->first];
+    return heaviest == vertex.nodes.end() ? nullptr : links.NodeAt(heaviest->first);
 }
 
 // Owns what it lends; what is not taken back is destroyed with it.
@@ -70,8 +70,8 @@ class Lender {
 
 class PhysiqueContext final : public IPhyContextExport {
   public:
-    PhysiqueContext(const scene::Physique& description, const std::vector<INode*>& nodes)
-        : description_(description), nodes_(nodes) {}
+    PhysiqueContext(const scene::Physique& description, const SceneLinks& links)
+        : description_(description), links_(links) {}
 
     void ConvertToRigid(BOOL convert) override { convert_ = convert; }
     void AllowBlending(BOOL allow) override { blend_ = allow; }
@@ -88,20 +88,20 @@ class PhysiqueContext final : public IPhyContextExport {
             return nullptr;
         }
         if (const auto* rigid = std::get_if<scene::PhysiqueRigid>(&description_.vertices[i])) {
-            return std::make_unique<RigidVertex>(nodes_[rigid->node]);
+            return std::make_unique<RigidVertex>(links_.NodeAt(rigid->node));
         }
         const auto* blended = std::get_if<scene::PhysiqueBlended>(&description_.vertices[i]);
         if (blended == nullptr || !convert_) {
             return nullptr;
         }
         if (!blend_) {
-            return std::make_unique<RigidVertex>(Heaviest(*blended, nodes_));
+            return std::make_unique<RigidVertex>(Heaviest(*blended, links_));
         }
-        return std::make_unique<BlendedVertex>(*blended, nodes_);
+        return std::make_unique<BlendedVertex>(*blended, links_);
     }
 
     const scene::Physique& description_;
-    const std::vector<INode*>& nodes_;
+    const SceneLinks& links_;
     bool convert_ = false;
     bool blend_ = true;
     Lender<IPhyVertexExport> vertices_;
@@ -128,7 +128,7 @@ class PhysiqueModifier final : public SceneModifier, public IPhysiqueExport {
 
     IPhyContextExport* GetContextInterface(INode* node) override {
         return node == place_.node
-                   ? contexts_.Lend(std::make_unique<PhysiqueContext>(description_, place_.nodes))
+                   ? contexts_.Lend(std::make_unique<PhysiqueContext>(description_, place_.links))
                    : nullptr;
     }
     void ReleaseContextInterface(IPhyContextExport* context) override {

@@ -13,7 +13,7 @@ void SceneGraph::MakeNodes() {
     nodes_.reserve(description_.nodes.size());
     for (const scene::Node& node : description_.nodes) {
         sceneNodes_.push_back(
-            std::make_unique<SceneNode>(node, materials_.Get(node.material), memory_, nodes_));
+            std::make_unique<SceneNode>(node, materials_.Get(node.material), memory_, links_));
         nodes_.push_back(sceneNodes_.back().get());
     }
     // A parent may stand behind its children.

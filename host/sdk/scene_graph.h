@@ -30,9 +30,10 @@ class SceneGraph {
     const scene::Scene description_;
     MaterialLibrary materials_;
     TransformMemory memory_;
+    std::vector<INode*> nodes_;
+    SceneLinks links_{nodes_};
     RootNode root_;
     std::vector<std::unique_ptr<SceneNode>> sceneNodes_;
-    std::vector<INode*> nodes_;
     std::vector<INode*> selection_;
 };
 

@@ -46,7 +46,7 @@ class SkinModifier final : public SceneModifier, public ISkin {
 
     INode* GetBone(int slot) override {
         const auto& bones = description_.bones;
-        return slot >= 0 && slot < static_cast<int>(bones.size()) ? place_.nodes[bones[slot]]
+        return slot >= 0 && slot < static_cast<int>(bones.size()) ? place_.links.NodeAt(bones[slot])
                                                                   : nullptr;
     }
     ISkinContextData* GetContextInterface(INode* node) override {

@@ -1,5 +1,7 @@
 #include "host/sdk/transforms.h"
 
+#include <iiksys.h>
+
 #include <algorithm>
 
 namespace maxhost {
@@ -23,16 +25,16 @@ class TransformControl : public MatrixControl {
 
 class PrsControl final : public TransformControl {
   public:
-    PrsControl(const scene::PrsTransform& description, Class_ID classId)
+    PrsControl(const scene::PrsTransform& description, Class_ID classId, SceneLinks& links)
         : TransformControl(classId) {
         if (description.position) {
-            position_ = MakePositionControl(*description.position);
+            position_ = MakePositionControl(*description.position, links);
         }
         if (description.rotation) {
-            rotation_ = MakeRotationControl(*description.rotation);
+            rotation_ = MakeRotationControl(*description.rotation, links);
         }
         if (description.scale) {
-            scale_ = MakeScaleControl(*description.scale);
+            scale_ = MakeScaleControl(*description.scale, links);
         }
     }
 
@@ -54,7 +56,7 @@ class PrsControl final : public TransformControl {
     std::unique_ptr<MatrixControl> position_, rotation_, scale_;
 };
 
-class ConstantControl final : public TransformControl {
+class ConstantControl : public TransformControl {
   public:
     ConstantControl(const scene::Matrix& matrix, Class_ID classId)
         : TransformControl(classId), matrix_(ToAffine(matrix)) {}
@@ -63,6 +65,24 @@ class ConstantControl final : public TransformControl {
 
   private:
     Affine matrix_;
+};
+
+class IkChainControl final : public ConstantControl, public IIKChainControl {
+  public:
+    IkChainControl(const scene::IkChainTransform& description, Class_ID classId,
+                   const SceneLinks& links)
+        : ConstantControl(description.matrix, classId), description_(description), links_(links) {}
+
+    using ConstantControl::GetInterface;
+    void* GetInterface(ULONG id) override {
+        return id == I_IKCHAINCONTROL ? static_cast<IIKChainControl*>(this) : nullptr;
+    }
+    INode* StartJoint() const override { return links_.NodeAt(description_.startJoint); }
+    INode* EndJoint() const override { return links_.NodeAt(description_.endJoint); }
+
+  private:
+    const scene::IkChainTransform& description_;
+    const SceneLinks& links_;
 };
 
 // Element by element; `s` from 0 to 1.
@@ -110,9 +130,10 @@ class SampledControl final : public TransformControl {
 
 struct TransformControlMaker {
     const std::optional<scene::ClassId>& classId;
+    SceneLinks& links;
 
     std::unique_ptr<MatrixControl> operator()(const scene::PrsTransform& kind) const {
-        return std::make_unique<PrsControl>(kind, Choose(Class_ID(PRS_CONTROL_CLASS_ID, 0)));
+        return std::make_unique<PrsControl>(kind, Choose(Class_ID(PRS_CONTROL_CLASS_ID, 0)), links);
     }
     std::unique_ptr<MatrixControl> operator()(const scene::MatrixTransform& kind) const {
         return Constant(kind.matrix, Class_ID(PRS_CONTROL_CLASS_ID, 0));
@@ -124,7 +145,7 @@ struct TransformControlMaker {
         return Constant(kind.matrix, kFootprintClassId);
     }
     std::unique_ptr<MatrixControl> operator()(const scene::IkChainTransform& kind) const {
-        return Constant(kind.matrix, kIkChainClassId);
+        return std::make_unique<IkChainControl>(kind, Choose(kIkChainClassId), links);
     }
 
     std::unique_ptr<MatrixControl> Constant(const scene::Matrix& matrix, Class_ID own) const {
@@ -135,8 +156,12 @@ struct TransformControlMaker {
 
 }  // namespace
 
-std::unique_ptr<MatrixControl> MakeTransformControl(const scene::Transform& description) {
-    return std::visit(TransformControlMaker{description.classId}, description.kind);
+std::unique_ptr<MatrixControl> MakeTransformControl(const scene::Transform& description,
+                                                    SceneLinks& links) {
+    std::unique_ptr<MatrixControl> control =
+        std::visit(TransformControlMaker{description.classId, links}, description.kind);
+    links.AddControl(description.id, control.get());
+    return control;
 }
 
 }  // namespace maxhost

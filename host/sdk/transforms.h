@@ -7,8 +7,9 @@
 
 namespace maxhost {
 
-// Local() gives the node's matrix relative to its parent. The description must outlive the
-// controller.
-std::unique_ptr<MatrixControl> MakeTransformControl(const scene::Transform& description);
+// Local() gives the node's matrix relative to its parent. The description, and the links to which
+// the controller is added, must outlive it.
+std::unique_ptr<MatrixControl> MakeTransformControl(const scene::Transform& description,
+                                                    SceneLinks& links);
 
 }  // namespace maxhost

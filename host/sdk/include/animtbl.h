@@ -7,6 +7,7 @@
 #include <strclass.h>
 #include <windows.h>
 
+class BaseInterface;
 class IParamBlock2;
 
 // Flags of an Animatable. Bits 5 to 11 mean something else for every kind of object.
@@ -18,10 +19,21 @@ class IParamBlock2;
 #define A_MOD_DISABLED_INRENDER (1 << 9)
 
 // Ids for Animatable::GetInterface.
+#define I_IKCHAINCONTROL 0x00001030
 #define I_KEYCONTROL 0x00001100
+
+// Ids for Animatable::GetProperty from here on.
+#define PROPID_USER 0x0000FFFF
 
 // The keys of a controller; null where it exposes none.
 #define GetKeyControlInterface(anim) ((IKeyControl*)(anim)->GetInterface(I_KEYCONTROL))
+
+// What is attached to an object under an id.
+class AnimProperty {
+  public:
+    virtual ~AnimProperty() {}
+    virtual DWORD ID() = 0;
+};
 
 class Animatable {
   public:
@@ -37,6 +49,12 @@ class Animatable {
     virtual void* GetInterface(ULONG) { return NULL; }
     // Gives back what GetInterface gave, where the interface asks for that.
     virtual void ReleaseInterface(ULONG, void*) {}
+    // The same by the other kind of id.
+    virtual BaseInterface* GetInterface(Interface_ID) { return NULL; }
+
+    // A property that has been attached to the object, null where there is none of that id. It
+    // lives as long as the object.
+    virtual void* GetProperty(ULONG) { return NULL; }
 
     virtual int NumParamBlocks() { return 0; }
     virtual IParamBlock2* GetParamBlock(int) { return NULL; }

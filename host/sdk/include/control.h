@@ -47,4 +47,10 @@ class Control : public ReferenceTarget {
     virtual ~Control() {}
 };
 
+// What controllers with interfaces of their own derive from.
+class StdControl : public Control {
+  protected:
+    virtual ~StdControl() {}
+};
+
 #endif  // HOST_SDK_INCLUDE_CONTROL_H

@@ -1,8 +1,9 @@
-// The built-in controllers' keys.
+// The built-in controllers' keys, and list controllers.
 #ifndef HOST_SDK_INCLUDE_ISTDPLUG_H
 #define HOST_SDK_INCLUDE_ISTDPLUG_H
 
 #include <control.h>
+#include <ifnpub.h>
 
 // Tangent types.
 #define BEZKEY_SMOOTH 0
@@ -58,6 +59,21 @@ class IKeyControl {
 
   protected:
     ~IKeyControl() {}
+};
+
+// A controller that sums the weighted values of others.
+#define LIST_CONTROLLER_INTERFACE Interface_ID(0x444e7687, 0x722e6e36)
+#define GetIListControlInterface(cd) ((IListControl*)(cd)->GetInterface(LIST_CONTROLLER_INTERFACE))
+
+class IListControl : public Control, public FPMixinInterface {
+  public:
+    virtual int GetListCount() = 0;
+    // Entries count from 0; null, and weight 0, for one that does not exist.
+    virtual Control* GetSubCtrl(int i) const = 0;
+    virtual float GetSubCtrlWeight(int i, TimeValue t) const = 0;
+
+  protected:
+    virtual ~IListControl() {}
 };
 
 #endif  // HOST_SDK_INCLUDE_ISTDPLUG_H

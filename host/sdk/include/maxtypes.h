@@ -37,4 +37,20 @@ class Class_ID {
     ULONG a_, b_;
 };
 
+// Names an interface that goes beyond a class.
+class Interface_ID {
+  public:
+    Interface_ID() : a_(0), b_(0) {}
+    Interface_ID(ULONG partA, ULONG partB) : a_(partA), b_(partB) {}
+
+    ULONG PartA() const { return a_; }
+    ULONG PartB() const { return b_; }
+
+    int operator==(const Interface_ID& other) const { return a_ == other.a_ && b_ == other.b_; }
+    int operator!=(const Interface_ID& other) const { return !(*this == other); }
+
+  private:
+    ULONG a_, b_;
+};
+
 #endif  // HOST_SDK_INCLUDE_MAXTYPES_H
