@@ -1,5 +1,6 @@
 #include "geometry/modifier_stack.h"
 
+const Class_ID kMorpherModifierClassId(0x17bb6854, 0xa5cba2a3);
 const Class_ID kPhysiqueModifierClassId(0x100, 0);
 const Class_ID kSkinModifierClassId(9815843, 87654);
 

@@ -14,7 +14,8 @@ struct ModifierLookup {
 // reference down. Disabled modifiers are passed over.
 ModifierLookup FindModifier(INode* node, const Class_ID& classId);
 
-// The classes of 3ds Max's Physique and Skin modifiers.
+// The classes of 3ds Max's Morpher, Physique and Skin modifiers.
+extern const Class_ID kMorpherModifierClassId;
 extern const Class_ID kPhysiqueModifierClassId;
 extern const Class_ID kSkinModifierClassId;
 

@@ -160,7 +160,13 @@ void KTAExp::BeginNode(INode* node) {
     }
 }
 
-void KTAExp::FinishNode(INode*) {
+void KTAExp::FinishNode(INode* node) {
+    ExportJointLimits(node);
+    ExportIKChain(node);
+    ExportWires(node);
+    if (exportOptions.morphers) {
+        ExportMorphTargets(node);
+    }
 }
 
 void KTAExp::ExportMeshOfNode(INode* node) {

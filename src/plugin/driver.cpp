@@ -157,6 +157,7 @@ bool KTAExp::RunWritingPass(int pass, const char* name, const NodeList& roots) {
     Plinth::Log("Closing file");
     file = NULL;
     stream.Reset(NULL);
+    pendingWires.Clear();
     if (g_motionPass) {
         g_converter.writeKTMotionFile(path.Data());
     } else {

@@ -14,6 +14,7 @@
 #include "core/pointer_list.h"
 #include "geometry/default_materials.h"
 #include "geometry/material_table.h"
+#include "geometry/pending_wires.h"
 #include "geometry/skin_export.h"
 #include "motion/transform_samples.h"
 #include "plugin/export_options.h"
@@ -127,6 +128,18 @@ class KTAExp : public SceneExport {
     // Writes bones and weights of the open skins, and what follows them at their nodes.
     void ExportOpenSkins();
 
+    // ------------------------------------------------ what else hangs from a node
+
+    // Writes the IK joint limits of a node that has been written, where it has any.
+    void ExportJointLimits(INode* node);
+    // Writes the chain of a node whose transform is an IK chain controller.
+    void ExportIKChain(INode* node);
+    // Writes the wires whose second end is a channel of the node, and notes its other channels as
+    // first ends.
+    void ExportWires(INode* node);
+    // Writes the channels of the node's Morpher that have points.
+    void ExportMorphTargets(INode* node);
+
   protected:
     ExportOptions exportOptions;
     Interface* ip;
@@ -144,6 +157,7 @@ class KTAExp : public SceneExport {
     Plinth::UInt8 layerType;                   // of the layer written last
     TransformSamples transformSamples;         // of the node whose motion is being written
     SkinStack openSkins;
+    PendingWires pendingWires;  // whose second end has not been met yet
 
   private:
     KTAExp(const KTAExp&);

@@ -46,14 +46,31 @@ inline std::size_t MeshLength(const std::string& bytes, std::size_t offset, int 
     return at - offset;
 }
 
+// The length of the morph body at an offset, with what stands behind the announced 292 bytes.
+inline std::size_t MorphLength(const std::string& bytes, std::size_t offset) {
+    return 292 + 276 + std::size_t{U32At(bytes, offset + 292 + 260)} * (6 + 3 + 4);
+}
+
+// The length of a chunk's body at an offset; see MeshLength.
+inline std::size_t BodyLength(const Chunk& chunk, const std::string& bytes, std::size_t offset,
+                              int emptyChannels) {
+    switch (chunk.id) {
+        case 3:
+            return MeshLength(bytes, offset, emptyChannels);
+        case 10:
+            return MorphLength(bytes, offset);
+        default:
+            return chunk.size;
+    }
+}
+
 // All chunks of a file, in order.
 inline std::vector<Chunk> Chunks(const std::string& bytes, int emptyChannels = 0) {
     std::vector<Chunk> chunks;
     for (std::size_t at = 7; at < bytes.size();) {
         Chunk chunk{U32At(bytes, at), U32At(bytes, at + 4), U32At(bytes, at + 8), ""};
         at += 12;
-        const std::size_t length =
-            chunk.id == 3 ? MeshLength(bytes, at, emptyChannels) : chunk.size;
+        const std::size_t length = BodyLength(chunk, bytes, at, emptyChannels);
         if (length > bytes.size() - at) {
             throw std::runtime_error("a chunk ends behind the file");
         }

@@ -104,10 +104,12 @@ void RunPlugIn(const ExportChoices& choices, const fs::path& exportFile,
     {
         ChoosingUser user(choices);
         RecordingProgress progress(run);
-        run.result = exporter->DoExport(
-            exportFile.string().c_str(), nullptr, maxhost::Host::Instance().GetInterface(),
-            choices.suppressPrompts ? TRUE : FALSE,
-            (choices.selectedOnly ? SCENE_EXPORT_SELECTED : 0) | choices.otherOptions);
+        for (int i = 0; i < choices.exports; ++i) {
+            run.result = exporter->DoExport(
+                exportFile.string().c_str(), nullptr, maxhost::Host::Instance().GetInterface(),
+                choices.suppressPrompts ? TRUE : FALSE,
+                (choices.selectedOnly ? SCENE_EXPORT_SELECTED : 0) | choices.otherOptions);
+        }
         run.dialogs = std::move(user.titles);
         run.messageBoxes = std::move(user.boxes);
     }

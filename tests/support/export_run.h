@@ -29,6 +29,7 @@ struct ExportChoices {
     bool selectedOnly = false;
     unsigned otherOptions = 0;  // bits of DoExport's options beside that of the selection
     bool suppressPrompts = false;
+    int exports = 1;  // how many times the one exporter exports, to the same file
     bool cancelDialog = false;
     int cancelAtUpdate = 0;
     std::string fileName = "out.hdo";     // relative to the directory of the run
