@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <initializer_list>
+#include <ctime>
 #include <limits>
 #include <vector>
 
@@ -25,6 +24,7 @@ void PrintTo(const Left& left, std::ostream* stream) {
 std::vector<Left> Optimized(const std::vector<float>& values, float threshold, int most) {
     static char nodes[400];
     BoneWeights weights;
+    weights.Reserve(static_cast<int>(values.size()));
     for (std::size_t i = 0; i < values.size(); ++i) {
         weights.Add({reinterpret_cast<INode*>(nodes + i % 400), values[i], 0});
     }
@@ -112,11 +112,10 @@ TEST(BoneWeights, ManyAtOneVertexTakeTheirTimeOnly) {
     for (int i = 0; i < 100000; ++i) {
         many.push_back(static_cast<float>(i * 7919 % 100003) / 100003);
     }
-    const auto begin = std::chrono::steady_clock::now();
+    const std::clock_t begin = std::clock();
     EXPECT_EQ(Optimized(many, 0.5f, 4).size(), 4u);
     EXPECT_EQ(Optimized(many, 0, kAny).size(), 100000u);
-    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begin;
-    EXPECT_LT(taken.count(), 5.0);
+    EXPECT_LT(static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC, 5.0);
 }
 
 }  // namespace
