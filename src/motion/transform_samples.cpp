@@ -10,9 +10,6 @@ using Plinth::Int64;
 
 namespace {
 
-// 160 MB of samples.
-const Int64 kMostKept = 4000000;
-
 TransformSample Evaluate(INode* node, TimeValue time) {
     AffineParts parts;
     DecomposeTransform(GetLocalTransform(node, time), parts);
@@ -22,7 +19,8 @@ TransformSample Evaluate(INode* node, TimeValue time) {
 
 }  // namespace
 
-TransformSamples::TransformSamples() : node(NULL), start(0), end(0), step(1), gridCount(0) {
+TransformSamples::TransformSamples(Int32 most)
+    : mostKept(most), node(NULL), start(0), end(0), step(1), gridCount(0) {
 }
 
 void TransformSamples::Choose(INode* newNode, const Interval& range, Int64 newStep) {
@@ -38,7 +36,7 @@ void TransformSamples::Choose(INode* newNode, const Interval& range, Int64 newSt
     end = range.End();
     step = newStep;
     gridCount = start > end ? 0 : (static_cast<Int64>(end) - start) / step + 1;
-    kept.Reserve(static_cast<Int32>(KeyCount() < kMostKept ? KeyCount() : kMostKept));
+    kept.Reserve(KeyCount() < mostKept ? static_cast<Int32>(KeyCount()) : mostKept);
 }
 
 void TransformSamples::Clear() {

@@ -23,7 +23,9 @@ struct TransformSample {
 // at the end itself, also where the last grid time is the end already.
 class TransformSamples {
   public:
-    TransformSamples();
+    enum { kMostKept = 4000000 };  // 160 MB
+
+    explicit TransformSamples(Plinth::Int32 mostKept = kMostKept);
 
     // Chooses node, range and step, all in ticks; a step below 1 counts as 1. A range that ends
     // before it starts has no grid times. What is kept of the same choice stays.
@@ -34,14 +36,15 @@ class TransformSamples {
     Plinth::Int64 GridCount() const { return gridCount; }
     Plinth::Int64 KeyCount() const { return gridCount + 1; }
     TimeValue KeyTime(Plinth::Int64 key) const;
-    // Lives until the next call. Samples that do not fit into memory, and those of more than some
-    // million keys, are evaluated anew at each call.
+    // Lives until the next call. Samples that do not fit into memory, and those behind the most
+    // that are kept, are evaluated anew at each call.
     const TransformSample& KeySample(Plinth::Int64 key);
 
   private:
     TransformSamples(const TransformSamples&);
     TransformSamples& operator=(const TransformSamples&);
 
+    const Plinth::Int32 mostKept;
     INode* node;
     TimeValue start;
     TimeValue end;

@@ -322,6 +322,22 @@ TEST(MotionCost, ANodeThatStandsStillIsLookedAtOnceAGridTime) {
     EXPECT_EQ(counted.Transforms(), once);
 }
 
+TEST(MotionCost, SamplesAreNotKeptFromOneExportToTheNext) {
+    Write(NodeScene(Dancer(), EvenTime(32, 96)), 1, [](KTAExp& exporter, const auto& nodes) {
+        CountingNode whole(nodes[0]), tracks(nodes[0]);
+        for (int i = 1; i <= 2; ++i) {
+            exporter.ExportMotionPart(&whole);
+            EXPECT_EQ(whole.Transforms().at(64), i);
+        }
+        for (int i = 1; i <= 2; ++i) {
+            exporter.WriteSampledTrack(&tracks, 'P');
+            exporter.WriteSampledTrack(&tracks, 'S');
+            EXPECT_EQ(tracks.Transforms().at(64), i);
+            exporter.ResetExportState();
+        }
+    });
+}
+
 TEST(MotionCost, KeyframesNeedThePoseAlone) {
     const auto keyed = Axes(Ramp(0, 0, 100000, 1), Constant(0), Constant(0));
     const CountingNode counted =

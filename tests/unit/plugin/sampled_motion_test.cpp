@@ -76,8 +76,13 @@ TEST(SampledMotion, ARangeThatEndsBeforeItStartsIsOneKeyAtItsEnd) {
     EXPECT_EQ(written.bytes, SampledHead(24, 1, 'P') + Key(0.06f, {60, 0, 0}));
     EXPECT_THAT(written.log,
                 ElementsAre("    + NrKeys = 1", "    + Type   = P", "    + Size   = 24 bytes"));
-    // Nothing is animated there.
+    // Nothing is animated there, however far back the end lies.
     EXPECT_EQ(WriteMotion(backwards, 1).bytes, "");
+    for (const int start : {61, 99, 101, 1000, INT_MAX}) {
+        EXPECT_EQ(Track(NodeScene(Runner(), {25, 40, start, 60}), 'P').bytes,
+                  SampledHead(24, 1, 'P') + Key(0.06f, {60, 0, 0}))
+            << start;
+    }
 }
 
 TEST(SampledMotion, ARangeOfOneTickIsThatTickTwice) {
@@ -245,6 +250,23 @@ TEST(SampledMotion, SamplesAreGivenBackAfterEachNode) {
     });
     EXPECT_GE(peaks[0], 1001 * 40u);
     EXPECT_EQ(peaks[1], peaks[0]);
+}
+
+TEST(SampledMotion, NoMoreSamplesAreKeptThanAreAllowed) {
+    maxhost::Host& host = maxhost::Host::Instance();
+    host.OpenScene(NodeScene(Runner()));
+    const ArrayStorage storage;
+    TransformSamples samples(3);
+    samples.Choose(host.Nodes()[0], Interval(0, 100), 10);
+    EXPECT_EQ(samples.KeyCount(), 12);
+    for (int round = 0; round < 2; ++round) {
+        for (int i = 0; i < 12; ++i) {
+            const float expected = i < 11 ? 10.0f * static_cast<float>(i) : 100;
+            EXPECT_EQ(samples.KeySample(i).translation.x, expected) << i;
+        }
+    }
+    EXPECT_EQ(storage.Peak(), 3 * sizeof(TransformSample));
+    host.CloseScene();
 }
 
 // ---------------------------------------------------------------- what is taken for animation
