@@ -13,6 +13,10 @@ namespace kta {
 constexpr std::uint32_t kNodeSize = 632;
 constexpr std::uint32_t kMaterialSize = 108;
 constexpr std::uint32_t kMaterialLayerSize = 288;
+constexpr std::uint32_t kMotionPartSize = 300;
+constexpr std::uint32_t kJointLimitsSize = 88;
+constexpr std::uint32_t kWireSize = 1116;
+constexpr std::uint32_t kIkChainSize = 1064;
 
 void ReadNodeBody(Cursor& cursor, Chunk& chunk);
 void ReadMeshBody(Cursor& cursor, Chunk& chunk);

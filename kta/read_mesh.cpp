@@ -190,10 +190,10 @@ constexpr SizeRange kSizes[] = {{kChunkNode, kNodeSize, kNodeSize},
                                 {kChunkWeights, 4, ~0u},
                                 {kChunkMaterial, kMaterialSize, kMaterialSize},
                                 {kChunkMaterialLayer, kMaterialLayerSize, kMaterialLayerSize},
-                                {kChunkJointLimits, 88, 88},
-                                {kChunkMorph, 292, 292},
-                                {kChunkWire, 1116, 1116},
-                                {kChunkIKChain, 1064, 1064}};
+                                {kChunkJointLimits, kJointLimitsSize, kJointLimitsSize},
+                                {kChunkMorph, kMorphRecordSize, kMorphRecordSize},
+                                {kChunkWire, kWireSize, kWireSize},
+                                {kChunkIKChain, kIkChainSize, kIkChainSize}};
 
 // How far the sub-meshes are in order with one number of texture coordinates a vertex.
 struct Trial {

@@ -235,19 +235,19 @@ void ReadMaterialLayerBody(Cursor& cursor, Chunk& chunk) {
 }
 
 void ReadJointLimitsBody(Cursor& cursor, Chunk& chunk) {
-    ReadRecord(cursor, chunk, 88, ReadJointLimits);
+    ReadRecord(cursor, chunk, kJointLimitsSize, ReadJointLimits);
 }
 
 void ReadWireBody(Cursor& cursor, Chunk& chunk) {
-    ReadRecord(cursor, chunk, 1116, ReadWire);
+    ReadRecord(cursor, chunk, kWireSize, ReadWire);
 }
 
 void ReadIkChainBody(Cursor& cursor, Chunk& chunk) {
-    ReadRecord(cursor, chunk, 1064, ReadIkChain);
+    ReadRecord(cursor, chunk, kIkChainSize, ReadIkChain);
 }
 
 void ReadMotionPartBody(Cursor& cursor, Chunk& chunk) {
-    ReadRecord(cursor, chunk, 300, ReadMotionPart);
+    ReadRecord(cursor, chunk, kMotionPartSize, ReadMotionPart);
 }
 
 }  // namespace kta
