@@ -75,12 +75,6 @@ void MakeConfigDirectory(const fs::path& directory, Console& console) {
     }
 }
 
-void WarnOfIdleOptions(const Options& options, Console& console) {
-    if (options.animation) {
-        console.Warn("--animation", "without effect, this version imports no motion yet");
-    }
-}
-
 void CheckMaterials(const std::string& file, const scene::Scene& scene) {
     if (CountMaterials(scene) > kMostMaterials) {
         throw Failure(kExitRefused, file,
@@ -182,7 +176,6 @@ void WarnOfNames(const std::string& scene, const std::vector<std::string>& warni
 
 int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files, Console& console,
                 bool showsProgress) {
-    WarnOfIdleOptions(options, console);
     CheckMaterials(options.scene, loaded.scene);
     const std::string exportFile = files.ExportFile().string();
     const fs::path configDirectory = ConfigDirectory(options);

@@ -33,7 +33,7 @@ void PrintList(const LoadedScene& loaded, Console& console) {
 }
 
 LoadedScene Load(const Options& options, Console& console) {
-    LoadedScene loaded = LoadScene(options.scene);
+    LoadedScene loaded = LoadScene(options.scene, {options.animation, options.frameRate});
     for (const std::string& warning : loaded.warnings) {
         console.Warn(options.scene, warning);
     }

@@ -1,10 +1,10 @@
 #include "host/app/scene_choices.h"
 
 #include <algorithm>
-#include <charconv>
 #include <unordered_map>
 
 #include "host/app/exit_status.h"
+#include "host/import/animation_choice.h"
 #include "host/import/scale.h"
 #include "host/import/scene_error.h"
 #include "kta/text.h"
@@ -14,13 +14,32 @@ namespace {
 
 constexpr int kTicksPerSecond = 4800;
 
+// As in: 0 "walk", 1 "run".
+std::string NumberedNames(const std::vector<Animation>& animations) {
+    constexpr std::size_t kMost = 20;
+    std::string text;
+    for (std::size_t i = 0; i < std::min(animations.size(), kMost); ++i) {
+        text += (i > 0 ? ", " : "") + std::to_string(i) + " \"" + kta::Escaped(animations[i].name) +
+                "\"";
+    }
+    return animations.size() > kMost ? text + ", ... (--list shows all)" : text;
+}
+
 void CheckAnimation(const std::string& wanted, const std::vector<Animation>& animations) {
-    if (FindAnimation(wanted, animations)) {
+    std::vector<std::string> names;
+    for (const Animation& animation : animations) {
+        names.push_back(animation.name);
+    }
+    if (import::FindAnimation(wanted, names)) {
         return;
     }
-    throw Failure(kExitRefused, "--animation",
-                  "\"" + wanted + "\", expected a name or number of the scene's " +
-                      kta::Counted(animations.size(), "animation") + " (--list shows them)");
+    throw Failure(
+        kExitRefused, "--animation",
+        "\"" + kta::Escaped(wanted) +
+            (names.empty()
+                 ? "\", expected none, the scene has no animations to choose from"
+                 : "\", expected a name or number of the scene's " +
+                       kta::Counted(names.size(), "animation") + ": " + NumberedNames(animations)));
 }
 
 void Scale(float factor, scene::Scene& scene) {
@@ -71,20 +90,6 @@ void Select(const std::vector<std::string>& names, scene::Scene& scene) {
 }
 
 }  // namespace
-
-std::optional<std::size_t> FindAnimation(const std::string& wanted,
-                                         const std::vector<Animation>& animations) {
-    for (std::size_t i = 0; i < animations.size(); ++i) {
-        if (animations[i].name == wanted) {
-            return i;
-        }
-    }
-    std::size_t number = 0;
-    const char* const end = wanted.data() + wanted.size();
-    const auto [stop, error] = std::from_chars(wanted.data(), end, number);
-    const bool isNumber = error == std::errc() && stop == end;
-    return isNumber && number < animations.size() ? std::optional(number) : std::nullopt;
-}
 
 void ApplyChoices(const Options& options, LoadedScene& loaded) {
     if (options.animation) {

@@ -57,14 +57,15 @@ LoadedScene LoadDescription(const std::string& path) {
 }
 
 #ifdef _WIN32
-LoadedScene LoadModel(const std::string&) {
+LoadedScene LoadModel(const std::string&, const LoadChoices&) {
     throw std::runtime_error(
         "not a scene description, and model files are not read on Windows, expected a scene "
         "description (hdo-export --save-scene writes one elsewhere)");
 }
 #else
-LoadedScene LoadModel(const std::string& path) {
-    import::ImportedScene imported = import::ImportWithAssimp(path);
+LoadedScene LoadModel(const std::string& path, const LoadChoices& choices) {
+    import::ImportedScene imported =
+        import::ImportWithAssimp(path, {choices.animation, choices.frameRate});
     LoadedScene loaded;
     loaded.scene = std::move(imported.scene);
     scene::Check(loaded.scene);
@@ -94,10 +95,10 @@ bool IsSceneDescription(const std::string& path) {
            beginning.find("\"maxscene\"") != std::string::npos;
 }
 
-LoadedScene LoadScene(const std::string& path) {
+LoadedScene LoadScene(const std::string& path, const LoadChoices& choices) {
     CheckReadable(path);
     try {
-        return IsSceneDescription(path) ? LoadDescription(path) : LoadModel(path);
+        return IsSceneDescription(path) ? LoadDescription(path) : LoadModel(path, choices);
     } catch (const std::bad_alloc&) {
         throw Failure(kExitRefused, path, "needs more memory than there is");
     } catch (const std::exception& error) {

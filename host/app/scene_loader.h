@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,7 +26,14 @@ struct LoadedScene {
 // beginning speaks of a "maxscene". False for a file that cannot be opened.
 bool IsSceneDescription(const std::string& path);
 
-// Throws Failure(kExitRefused) that names the file, with what is wrong with it.
-LoadedScene LoadScene(const std::string& path);
+// What loading a model takes from the command line; a scene description says all that itself.
+struct LoadChoices {
+    std::optional<std::string> animation;
+    std::optional<int> frameRate;
+};
+
+// Throws Failure(kExitRefused) that names the file, with what is wrong with it. An animation that
+// is not there is not refused here; the first is loaded.
+LoadedScene LoadScene(const std::string& path, const LoadChoices& choices = {});
 
 }  // namespace maxhost::app

@@ -2,6 +2,10 @@
 
 if(NOT WIN32)
     target_sources(hdo_import PRIVATE
+        animated_chain.cpp
+        animation_curves.cpp
+        assimp_animation.cpp
+        assimp_channels.cpp
         assimp_import.cpp
         assimp_material.cpp
         assimp_mesh.cpp
@@ -10,8 +14,12 @@ if(NOT WIN32)
         assimp_text.cpp
         assimp_time.cpp
         assimp_tree.cpp
+        euler_angles.cpp
+        gltf_animation.cpp
+        gltf_file.cpp
         gltf_roots.cpp
         import_warnings.cpp
+        key_fit.cpp
         reader_process.cpp
         scene_blob.cpp
         smoothing_groups.cpp

@@ -146,10 +146,10 @@ const aiScene& LoadScene(Assimp::Importer& importer, const std::string& path) {
     return scene;
 }
 
-ImportedScene ReadHere(const std::string& path) {
+ImportedScene ReadHere(const std::string& path, const ImportChoices& choices) {
     Assimp::Importer importer;
     try {
-        return ConvertScene(LoadScene(importer, path), path);
+        return ConvertScene(LoadScene(importer, path), path, choices);
     } catch (const ImportError&) {
         throw;
     } catch (const std::exception& failure) {
@@ -157,9 +157,9 @@ ImportedScene ReadHere(const std::string& path) {
     }
 }
 
-ImportedScene ImportWithAssimp(const std::string& path) {
+ImportedScene ImportWithAssimp(const std::string& path, const ImportChoices& choices) {
     CheckFile(path);
-    return DecodeScene(RunInReaderProcess([&] { return EncodeScene(ReadHere(path)); },
+    return DecodeScene(RunInReaderProcess([&] { return EncodeScene(ReadHere(path, choices)); },
                                           LimitsFor(InputSize(path))));
 }
 

@@ -8,9 +8,11 @@
 #include <optional>
 #include <set>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 
+#include "host/import/animation_choice.h"
+#include "host/import/assimp_animation.h"
+#include "host/import/assimp_channels.h"
 #include "host/import/assimp_material.h"
 #include "host/import/assimp_mesh.h"
 #include "host/import/assimp_roles.h"
@@ -38,22 +40,6 @@ scene::ClassId ClassOf(aiLightSourceType type) {
     return type == aiLightSource_SPOT          ? kFreeSpot
            : type == aiLightSource_DIRECTIONAL ? kDirectionalLight
                                                : kOmniLight;
-}
-
-// ---------------------------------------------------------------- transforms
-
-// Rows for row vectors from columns for column vectors; what is not finite becomes 0.
-scene::Matrix RowMatrix(const Matrix4& m, std::size_t& notFinite) {
-    scene::Matrix rows;
-    for (int i = 0; i < 4; ++i) {
-        for (int k = 0; k < 3; ++k) {
-            const double number = m[k][i] + 0.0;  // never -0
-            const bool isFinite = std::abs(number) <= std::numeric_limits<float>::max();
-            rows[i][k] = isFinite ? static_cast<float>(number) : 0;
-            notFinite += isFinite ? 0 : 1;
-        }
-    }
-    return rows;
 }
 
 // ---------------------------------------------------------------- units
@@ -116,9 +102,10 @@ void NameTheUnnamed(std::vector<scene::Node>& nodes, ImportWarnings& warnings) {
 
 class Converter {
   public:
-    Converter(const aiScene& source, const std::string& path)
+    Converter(const aiScene& source, const std::string& path, const ImportChoices& choices)
         : source_(source),
           path_(path),
+          choices_(choices),
           format_(FormatOf(source)),
           tree_(FlattenTree(source, path)),
           meshes_(source, tree_.turn, warnings_),
@@ -131,9 +118,7 @@ class Converter {
         }
         NameTheUnnamed(result_.scene.nodes, warnings_);
         result_.coloredMeshes = meshes_.ColoredMeshes();
-        result_.animations = ClipsOf(source_, format_, warnings_);
-        result_.scene.time = TimeOf(source_, format_, result_.animations, warnings_);
-        warnings_.Add("animations left out", "", result_.animations.size());
+        ImportAnimation();
         materials_.WarnOfUnused();
         WarnOfFile();
         result_.warnings = warnings_.Lines();
@@ -144,6 +129,30 @@ class Converter {
     }
 
   private:
+    void ImportAnimation() {
+        result_.animations = ClipsOf(source_, format_, warnings_);
+        std::vector<std::string> names;
+        for (const AnimationClip& clip : result_.animations) {
+            names.push_back(clip.name);
+        }
+        const std::size_t chosen =
+            choices_.animation ? FindAnimation(*choices_.animation, names).value_or(0) : 0;
+        const bool hasClip = chosen < names.size();
+        result_.scene.time =
+            TimeOf(source_, format_, hasClip ? &result_.animations[chosen] : nullptr,
+                   choices_.frameRate, warnings_);
+        if (!hasClip) {
+            return;
+        }
+        const scene::Time& time = result_.scene.time;
+        const Channels channels =
+            ReadChannels(source_, chosen, format_, path_,
+                         static_cast<double>(time.frameRate) * time.ticksPerFrame, warnings_);
+        AnimateNodes(channels, tree_, frames_, time, result_.scene.nodes, warnings_);
+        warnings_.Add("animations left out beside the one imported (--animation chooses another)",
+                      "", names.size() - 1);
+    }
+
     void WarnOfFile() {
         warnings_.Add("nodes outside the scene that the file shows left out", "",
                       tree_.nodesOutside);
@@ -157,18 +166,14 @@ class Converter {
 
     // The node's matrix in the turned scene, with the frames of its and its parent's views.
     Matrix4 LocalOf(const SourceNode& source, const Role& role) {
-        Matrix4 local = tree_.turn.Conjugate(source.local);
-        const Role shown = ShownBeside(source, role);
+        NodeFrame frame;
         if (source.parent != scene::kNone) {
-            const auto above = views_.find(source.parent);
-            local = above == views_.end() ? local : Matrix4(above->second).Inverse() * local;
+            const Matrix4& above = frames_[static_cast<std::size_t>(source.parent)].after;
+            frame.before = above == Matrix4() ? above : Matrix4(above).Inverse();
         }
-        const Matrix4 view = ViewFrame(source, shown, tree_.turn, format_, warnings_);
-        if (view == Matrix4()) {
-            return local;
-        }
-        views_.emplace(static_cast<int>(result_.scene.nodes.size()), view);
-        return local * view;
+        frame.after = ViewFrame(source, ShownBeside(source, role), tree_.turn, format_, warnings_);
+        frames_.push_back(frame);
+        return frame.before * tree_.turn.Conjugate(source.local) * frame.after;
     }
 
     scene::Node NodeOf(const SourceNode& source, const Role& role) {
@@ -220,19 +225,21 @@ class Converter {
 
     const aiScene& source_;
     const std::string path_;
+    const ImportChoices& choices_;
     const SourceFormat format_;
     const SourceTree tree_;
     ImportWarnings warnings_;
     ImportedScene result_;
     MeshFactory meshes_;
     MaterialFactory materials_;
-    std::unordered_map<int, Matrix4> views_;  // by node
+    std::vector<NodeFrame> frames_;
 };
 
 }  // namespace
 
-ImportedScene ConvertScene(const aiScene& scene, const std::string& path) {
-    return Converter(scene, path).Convert();
+ImportedScene ConvertScene(const aiScene& scene, const std::string& path,
+                           const ImportChoices& choices) {
+    return Converter(scene, path, choices).Convert();
 }
 
 }  // namespace maxhost::import

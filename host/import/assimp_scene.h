@@ -18,10 +18,11 @@ const aiScene& LoadScene(Assimp::Importer& importer, const std::string& path);
 // `scene` is as Assimp's importers leave it, triangulated where that was possible; what is wrong
 // in it is left out with a warning. `path` is the file that it was read from. Throws ImportError
 // for a scene beyond the limits of ours.
-ImportedScene ConvertScene(const aiScene& scene, const std::string& path);
+ImportedScene ConvertScene(const aiScene& scene, const std::string& path,
+                           const ImportChoices& choices = {});
 
 // ImportWithAssimp() in this process, unprotected from what Assimp does on broken files: for the
 // process that ImportWithAssimp() makes, and for tests.
-ImportedScene ReadHere(const std::string& path);
+ImportedScene ReadHere(const std::string& path, const ImportChoices& choices = {});
 
 }  // namespace maxhost::import

@@ -15,13 +15,24 @@ namespace {
 
 constexpr int kTicksPerSecond = 4800;  // of a frame rate that divides it; else a little less
 
-// Keys of a clip per second; the formats that say nothing count frames.
-double TicksPerSecond(const aiAnimation& animation, SourceFormat format) {
-    constexpr double kAssimpDefault = 25;
-    constexpr double kFramesIn3ds = 30;
-    return animation.mTicksPerSecond > 0     ? animation.mTicksPerSecond
-           : format == SourceFormat::threeDs ? kFramesIn3ds
-                                             : kAssimpDefault;
+template <typename Key>
+double LastTime(const Key* keys, unsigned count) {
+    double last = 0;
+    for (unsigned i = 0; keys && i < count; ++i) {
+        last = std::isfinite(keys[i].mTime) ? std::max(last, keys[i].mTime) : last;
+    }
+    return last;
+}
+
+double LastTime(const aiAnimation& animation) {
+    double last = 0;
+    for (unsigned i = 0; i < animation.mNumChannels; ++i) {
+        const aiNodeAnim& channel = *animation.mChannels[i];
+        last = std::max({last, LastTime(channel.mPositionKeys, channel.mNumPositionKeys),
+                         LastTime(channel.mRotationKeys, channel.mNumRotationKeys),
+                         LastTime(channel.mScalingKeys, channel.mNumScalingKeys)});
+    }
+    return last;
 }
 
 // FBX numbers its frame rates (its "time modes"); 0 where the file states none.
@@ -83,12 +94,24 @@ int WholeRate(double rate, ImportWarnings& warnings) {
 
 }  // namespace
 
+double KeysPerSecond(const aiAnimation& animation, SourceFormat format) {
+    constexpr double kAssimpDefault = 25;
+    constexpr double kFramesIn3ds = 30;
+    const double stated = animation.mTicksPerSecond;
+    return stated > 0 && std::isfinite(stated) ? stated
+           : format == SourceFormat::threeDs   ? kFramesIn3ds
+                                               : kAssimpDefault;
+}
+
 std::vector<AnimationClip> ClipsOf(const aiScene& scene, SourceFormat format,
                                    ImportWarnings& warnings) {
     std::vector<AnimationClip> clips;
     for (unsigned i = 0; i < scene.mNumAnimations; ++i) {
         const aiAnimation& animation = *scene.mAnimations[i];
-        const double seconds = animation.mDuration / TicksPerSecond(animation, format);
+        const double keys = animation.mDuration > 0 && std::isfinite(animation.mDuration)
+                                ? animation.mDuration
+                                : LastTime(animation);
+        const double seconds = keys / KeysPerSecond(animation, format);
         AnimationClip clip;
         bool recoded = false;
         clip.name = TextOf(animation.mName, &recoded);
@@ -102,17 +125,19 @@ std::vector<AnimationClip> ClipsOf(const aiScene& scene, SourceFormat format,
     return clips;
 }
 
-scene::Time TimeOf(const aiScene& source, SourceFormat format,
-                   const std::vector<AnimationClip>& clips, ImportWarnings& warnings) {
+scene::Time TimeOf(const aiScene& source, SourceFormat format, const AnimationClip* clip,
+                   std::optional<int> chosenRate, ImportWarnings& warnings) {
     constexpr int kFrames = 100;
     scene::Time time;
-    if (const int rate = WholeRate(StatedFrameRate(source, format), warnings)) {
+    const int rate = chosenRate ? std::clamp(*chosenRate, 1, kTicksPerSecond)
+                                : WholeRate(StatedFrameRate(source, format), warnings);
+    if (rate > 0) {
         time.frameRate = rate;
         time.ticksPerFrame = kTicksPerSecond / rate;
         time.end = kFrames * time.ticksPerFrame;
     }
-    if (!clips.empty()) {
-        const double ticks = clips[0].seconds * time.frameRate * time.ticksPerFrame;
+    if (clip) {
+        const double ticks = clip->seconds * time.frameRate * time.ticksPerFrame;
         time.end = static_cast<int>(
             std::lround(std::min(ticks, static_cast<double>(std::numeric_limits<int>::max()))));
     }

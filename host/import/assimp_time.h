@@ -3,6 +3,7 @@
 
 #include <assimp/scene.h>
 
+#include <optional>
 #include <vector>
 
 #include "host/import/assimp_import.h"
@@ -12,12 +13,16 @@
 
 namespace maxhost::import {
 
+// The unit of a clip's key times.
+double KeysPerSecond(const aiAnimation& animation, SourceFormat format);
+
+// A clip that states no length lasts to its last key.
 std::vector<AnimationClip> ClipsOf(const aiScene& scene, SourceFormat format,
                                    ImportWarnings& warnings);
 
-// The file's frame rate, or 30, and the range of the first clip, or 100 frames, in the ticks of
-// that rate: a second has frame rate times ticks per frame of them.
-scene::Time TimeOf(const aiScene& source, SourceFormat format,
-                   const std::vector<AnimationClip>& clips, ImportWarnings& warnings);
+// The frame rate chosen, or the file's, or 30, and the range of the clip, or 100 frames where it is
+// null, in the ticks of that rate: a second has frame rate times ticks per frame of them.
+scene::Time TimeOf(const aiScene& source, SourceFormat format, const AnimationClip* clip,
+                   std::optional<int> chosenRate, ImportWarnings& warnings);
 
 }  // namespace maxhost::import

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
+#include <limits>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -168,7 +169,8 @@ double FbxUnit(const aiMetadata* settings) {
 struct Visit {
     const aiNode* node;
     int parent;
-    Matrix4 above;  // what folded nodes left for this one
+    Matrix4 above;                        // what folded nodes left for this one
+    std::vector<SourceNode::Link> links;  // these nodes
     std::optional<Matrix4> geometric;
     std::size_t notFinite;
 };
@@ -207,10 +209,12 @@ void Step(std::vector<Visit>& stack, std::vector<SourceNode>& nodes, bool foldPi
         visit.geometric = visit.geometric.value_or(Matrix4()) * local;
     } else if (fold != Fold::drop) {
         visit.above = visit.above * local;
+        visit.links.push_back({&node, local});
     }
     if (fold == Fold::none) {
-        nodes.push_back({&node, visit.parent, visit.above, visit.geometric, visit.notFinite});
-        visit = {nullptr, static_cast<int>(nodes.size()) - 1, Matrix4(), std::nullopt, 0};
+        nodes.push_back({&node, visit.parent, visit.above, std::move(visit.links), visit.geometric,
+                         visit.notFinite});
+        visit = {nullptr, static_cast<int>(nodes.size()) - 1, Matrix4(), {}, std::nullopt, 0};
     }
     PushChildren(stack, node, visit);
 }
@@ -231,6 +235,19 @@ bool IsImportersName(std::string_view name, const std::string& path) {
     return name.empty() || (name.front() == '<' && name.back() == '>') || name.front() == '$' ||
            name == path || name == std::filesystem::path(path).filename().string() ||
            std::find(std::begin(kKnown), std::end(kKnown), name) != std::end(kKnown);
+}
+
+scene::Matrix RowMatrix(const Matrix4& m, std::size_t& notFinite) {
+    scene::Matrix rows;
+    for (int i = 0; i < 4; ++i) {
+        for (int k = 0; k < 3; ++k) {
+            const double number = m[k][i] + 0.0;  // never -0
+            const bool isFinite = std::abs(number) <= std::numeric_limits<float>::max();
+            rows[i][k] = isFinite ? static_cast<float>(number) : 0;
+            notFinite += isFinite ? 0 : 1;
+        }
+    }
+    return rows;
 }
 
 SourceFormat FormatOf(const aiScene& scene) {
@@ -333,9 +350,9 @@ SourceTree FlattenTree(const aiScene& scene, const std::string& path) {
             above = Scaling(format == SourceFormat::collada ? 1 : scaledTurn->scale);
         }
         PushChildren(stack, InnermostWrapper(*scene.mRootNode, format),
-                     {nullptr, scene::kNone, above, std::nullopt, notFinite});
+                     {nullptr, scene::kNone, above, {{nullptr, above}}, std::nullopt, notFinite});
     } else {
-        stack.push_back({scene.mRootNode, scene::kNone, Matrix4(), std::nullopt, 0});
+        stack.push_back({scene.mRootNode, scene::kNone, Matrix4(), {}, std::nullopt, 0});
     }
     while (!stack.empty()) {
         Step(stack, tree.nodes, format == SourceFormat::fbx);

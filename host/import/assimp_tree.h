@@ -47,10 +47,21 @@ constexpr AxisTurn kYUpToZUp{{0, 2, 1}, {1, -1, 1}};
 // z up. FBX is y up by default; the handedness is never changed.
 AxisTurn FbxTurn(const aiMetadata* settings);
 
+// Rows for row vectors from columns for column vectors; what is not finite as f32 becomes 0 and is
+// counted.
+scene::Matrix RowMatrix(const Matrix4& m, std::size_t& notFinite);
+
 struct SourceNode {
+    // A node of Assimp's with its matrix, of which each animation may have another; null: of none.
+    struct Link {
+        const aiNode* node = nullptr;
+        Matrix4 matrix;
+    };
+
     const aiNode* node = nullptr;
     int parent = scene::kNone;         // position in the list
     Matrix4 local;                     // relative to the parent, before the turn
+    std::vector<Link> links;           // whose product `local` is, outermost first; last: `node`
     std::optional<Matrix4> geometric;  // from the meshes' space to the node's; not inherited
     std::size_t notFinite = 0;         // numbers of these matrices that were taken as 0
 };

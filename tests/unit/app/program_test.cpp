@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <variant>
 
 #include "host/app/exit_status.h"
+#include "host/app/scene_loader.h"
 #include "tests/unit/app/support.h"
 
 #ifndef _WIN32
@@ -216,6 +218,53 @@ TEST_F(ProgramTest, ChoicesCountInTheExportItself) {
     EXPECT_THAT(Lines(RunReal("--no-export-hidden s.maxscene.json").out),
                 testing::Contains("exported 2 of 3 nodes"));
 }
+
+#ifndef _WIN32
+// Two clips of a second that move node "a" by 1 and by 2.
+constexpr char kTwoClips[] =
+    R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],
+"nodes":[{"name":"a"}],"buffers":[{"byteLength":56,"uri":"data:application/octet-stream;base64,)"
+    "AAAAAAAAgD8AAAAAAAAAAAAAAAAAAIA/AAAAAAAAAAAAAAAAAAAAAAAAAAAAAABAAAAAAAAAAAA="
+    R"("}],
+"bufferViews":[{"buffer":0,"byteLength":8},{"buffer":0,"byteOffset":8,"byteLength":24},
+{"buffer":0,"byteOffset":32,"byteLength":24}],
+"accessors":[{"bufferView":0,"componentType":5126,"type":"SCALAR","count":2},
+{"bufferView":1,"componentType":5126,"type":"VEC3","count":2},
+{"bufferView":2,"componentType":5126,"type":"VEC3","count":2}],
+"animations":[{"name":"walk","samplers":[{"input":0,"output":1}],
+"channels":[{"sampler":0,"target":{"node":0,"path":"translation"}}]},
+{"name":"run","samplers":[{"input":0,"output":2}],
+"channels":[{"sampler":0,"target":{"node":0,"path":"translation"}}]}]})";
+
+TEST_F(ProgramTest, TheAnimationChosenIsSavedWithItsKeys) {
+    Write("m.gltf", kTwoClips);
+    ASSERT_EQ(RunReal("-q --animation run --frame-rate 29 --scale 3 --save-scene s.maxscene.json "
+                      "-o a.hdo m.gltf")
+                  .status,
+              kExitDone);
+    const scene::Scene saved = LoadScene("s.maxscene.json").scene;
+    EXPECT_EQ(saved.time.end, 29 * 165);
+    const auto& prs = std::get<scene::PrsTransform>(saved.nodes.at(0).transform.value().kind);
+    const auto& three = std::get<scene::ThreeAxes>(prs.position.value().kind);
+    const auto& keys = std::get<scene::BezierFloat>(three.axes[0].value().kind).keys;
+    ASSERT_EQ(keys.size(), 2u);
+    EXPECT_EQ(keys[1].time, 29 * 165);
+    EXPECT_EQ(keys[1].value, 6);
+    ASSERT_EQ(RunReal("-q -o b.hdo s.maxscene.json").status, kExitDone);
+    EXPECT_EQ(Read("a.hdotemp1"), Read("b.hdotemp1"));
+    EXPECT_EQ(Read("a.hdotemp2"), Read("b.hdotemp2"));
+}
+
+TEST_F(ProgramTest, AnAnimationThatIsNotThereIsStatus2) {
+    Write("m.gltf", kTwoClips);
+    const Outcome outcome = RunReal("--animation jump -o a.hdo m.gltf");
+    EXPECT_EQ(outcome.status, kExitRefused);
+    EXPECT_THAT(Lines(outcome.error),
+                testing::Contains("hdo-export: --animation: \"jump\", expected a name or number of "
+                                  "the scene's 2 animations: 0 \"walk\", 1 \"run\""));
+    EXPECT_FALSE(std::filesystem::exists("a.hdotemp1"));
+}
+#endif
 
 TEST_F(ProgramTest, ChoicesThatTheDialogRefusesAreStatus2) {
     ASSERT_EQ(RunReal("-q --sample-animation --sample-rate 3 -o a.hdo s.maxscene.json").status,

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "host/app/exit_status.h"
+#include "host/import/animation_choice.h"
 #include "tests/unit/app/support.h"
 
 namespace maxhost::app {
@@ -121,13 +122,13 @@ TEST(ApplyChoices, AnimationIsFoundByNameOrNumber) {
 }
 
 TEST(FindAnimation, NamesCountBeforeNumbers) {
-    const std::vector<Animation> animations = {{"walk", 1}, {"0", 1}, {"walk", 2}, {"2", 1}};
-    EXPECT_EQ(FindAnimation("walk", animations), 0u);
-    EXPECT_EQ(FindAnimation("0", animations), 1u);
-    EXPECT_EQ(FindAnimation("1", animations), 1u);
-    EXPECT_EQ(FindAnimation("2", animations), 3u);
+    const std::vector<std::string> names = {"walk", "0", "walk", "2"};
+    EXPECT_EQ(import::FindAnimation("walk", names), 0u);
+    EXPECT_EQ(import::FindAnimation("0", names), 1u);
+    EXPECT_EQ(import::FindAnimation("1", names), 1u);
+    EXPECT_EQ(import::FindAnimation("2", names), 3u);
     for (const char* const none : {"4", "-1", "1 ", "", "Walk", "99999999999999999999"}) {
-        EXPECT_EQ(FindAnimation(none, animations), std::nullopt) << none;
+        EXPECT_EQ(import::FindAnimation(none, names), std::nullopt) << none;
     }
 }
 
@@ -138,8 +139,20 @@ TEST(ApplyChoices, UnknownAnimationIsRefused) {
     const Thrown thrown = Catch([&] { ApplyChoices(options, loaded); });
     EXPECT_EQ(thrown.status, kExitRefused);
     EXPECT_EQ(thrown.line,
-              "--animation: \"2\", expected a name or number of the scene's 2 animations (--list "
-              "shows them)");
+              "--animation: \"2\", expected a name or number of the scene's 2 animations: 0 "
+              "\"walk\", 1 \"5\"");
+    loaded.animations.clear();
+    EXPECT_EQ(Catch([&] { ApplyChoices(options, loaded); }).line,
+              "--animation: \"2\", expected none, the scene has no animations to choose from");
+}
+
+TEST(ApplyChoices, OfManyAnimationsTheFirstTwentyAreNamed) {
+    LoadedScene loaded = Sample();
+    loaded.animations.assign(21, {"n", 1});
+    Options options;
+    options.animation = "21";
+    const std::string line = Catch([&] { ApplyChoices(options, loaded); }).line;
+    EXPECT_TRUE(line.ends_with(", 19 \"n\", ... (--list shows all)")) << line;
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "host/import/assimp_tree.h"
 #include "host/import/scene_check.h"
 #include "tests/unit/assimp_import/shown_normals.h"
+#include "tests/unit/assimp_import/source_motion.h"
 #include "tests/unit/assimp_import/source_scene.h"
 #include "tests/unit/scene_description/same_scene.h"
 
@@ -57,10 +58,11 @@ double Finite(double number) {
     return std::isfinite(number) ? number : 0;
 }
 
-// The corners of all triangles in the world, in the order of the nodes.
-void AddCorners(const aiScene& scene, const aiNode& node, const Matrix4& above,
-                std::vector<Point>& corners) {
-    const Matrix4 world = above * Matrix4(node.mTransformation);
+// The corners of all triangles in the world, in the order of the nodes, as the first animation
+// starts.
+void AddCorners(const aiScene& scene, const SourceMotion& motion, const aiNode& node,
+                const Matrix4& above, std::vector<Point>& corners) {
+    const Matrix4 world = above * motion.LocalAt(node, 0);
     for (unsigned i = 0; i < node.mNumMeshes; ++i) {
         const aiMesh& mesh = *scene.mMeshes[node.mMeshes[i]];
         for (unsigned k = 0; k < mesh.mNumFaces; ++k) {
@@ -73,7 +75,7 @@ void AddCorners(const aiScene& scene, const aiNode& node, const Matrix4& above,
         }
     }
     for (unsigned i = 0; i < node.mNumChildren; ++i) {
-        AddCorners(scene, *node.mChildren[i], world, corners);
+        AddCorners(scene, motion, *node.mChildren[i], world, corners);
     }
 }
 
@@ -81,7 +83,7 @@ void AddCorners(const aiScene& scene, const aiNode& node, const Matrix4& above,
 // alone and scales Collada's units.
 std::vector<Point> ExpectedCorners(const aiScene& scene) {
     std::vector<Point> corners;
-    AddCorners(scene, *scene.mRootNode, Matrix4(), corners);
+    AddCorners(scene, SourceMotion(scene, 0), *scene.mRootNode, Matrix4(), corners);
     std::int32_t up = 1;
     scene.mMetaData->Get("UpAxis", up);
     aiString format;
@@ -108,6 +110,10 @@ Point Moved(const Point& p, const Matrix& m) {
 
 std::vector<Point> Corners(const maxhost::scene::Scene& scene) {
     std::vector<Point> corners;
+    std::vector<Matrix> locals;
+    for (const auto& node : scene.nodes) {
+        locals.push_back(MatrixOf(node));
+    }
     for (const auto& node : scene.nodes) {
         if (!node.object || !node.object->mesh) {
             continue;
@@ -116,11 +122,9 @@ std::vector<Point> Corners(const maxhost::scene::Scene& scene) {
             for (const std::uint32_t v : face.v) {
                 const Vec3& vertex = node.object->mesh->vertices.at(v);
                 Point p{vertex[0], vertex[1], vertex[2]};
-                for (const auto* above = &node; above;
-                     above = above->parent < 0
-                                 ? nullptr
-                                 : &scene.nodes.at(static_cast<std::size_t>(above->parent))) {
-                    p = Moved(p, MatrixOf(*above));
+                for (int above = static_cast<int>(&node - scene.nodes.data()); above >= 0;
+                     above = scene.nodes[static_cast<std::size_t>(above)].parent) {
+                    p = Moved(p, locals[static_cast<std::size_t>(above)]);
                 }
                 corners.push_back(p);
             }

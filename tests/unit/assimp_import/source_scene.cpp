@@ -1,11 +1,14 @@
 #include "tests/unit/assimp_import/source_scene.h"
 
 #include <assimp/commonMetaData.h>
+#include <max.h>
 
 #include <algorithm>
+#include <utility>
 #include <variant>
 
 #include "host/import/assimp_scene.h"
+#include "host/sdk/host.h"
 
 namespace {
 
@@ -122,8 +125,28 @@ aiMatrix4x4 Moved(float x, float y, float z) {
     return aiMatrix4x4::Translation({x, y, z}, matrix);
 }
 
-const maxhost::scene::Matrix& MatrixOf(const maxhost::scene::Node& node) {
-    return std::get<maxhost::scene::MatrixTransform>(node.transform.value().kind).matrix;
+maxhost::scene::Matrix MatrixOf(const maxhost::scene::Node& node) {
+    const maxhost::scene::Transform& transform = node.transform.value();
+    if (const auto* constant = std::get_if<maxhost::scene::MatrixTransform>(&transform.kind)) {
+        return constant->matrix;
+    }
+    return MatrixAt(node, 0);
+}
+
+maxhost::scene::Matrix MatrixAt(const maxhost::scene::Node& node, int tick) {
+    maxhost::scene::Scene alone;
+    alone.nodes.emplace_back();
+    alone.nodes[0].name = "alone";
+    alone.nodes[0].transform = node.transform;
+    maxhost::Host::Instance().OpenScene(std::move(alone));
+    const Matrix3 local = maxhost::Host::Instance().Nodes()[0]->GetNodeTM(tick);
+    maxhost::Host::Instance().CloseScene();
+    maxhost::scene::Matrix rows;
+    for (int i = 0; i < 4; ++i) {
+        const Point3 row = local.GetRow(i);
+        rows[static_cast<std::size_t>(i)] = {row.x, row.y, row.z};
+    }
+    return rows;
 }
 
 std::vector<std::string> NamesOf(const maxhost::scene::Scene& scene) {

@@ -54,7 +54,10 @@ class SourceScene {
 // A translation, in Assimp's column form.
 aiMatrix4x4 Moved(float x, float y, float z);
 
-// The matrix of a node of a converted scene.
-const maxhost::scene::Matrix& MatrixOf(const maxhost::scene::Node& node);
+// The local matrix of a node of a converted scene, at tick 0 where it has keys.
+maxhost::scene::Matrix MatrixOf(const maxhost::scene::Node& node);
+
+// At any tick.
+maxhost::scene::Matrix MatrixAt(const maxhost::scene::Node& node, int tick);
 
 std::vector<std::string> NamesOf(const maxhost::scene::Scene& scene);

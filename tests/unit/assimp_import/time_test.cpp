@@ -39,9 +39,12 @@ TEST(Clips, AreListedInOrderWithTheirLengths) {
     EXPECT_EQ(imported.animations[1].seconds, 2.5);
     EXPECT_EQ(imported.animations[2].name, "r\xc3\xbcn");
     EXPECT_EQ(imported.animations[2].channels, 0);
-    EXPECT_EQ(imported.warnings, (std::vector<std::string>{
-                                     "animation 'r\xc3\xbcn': name was not UTF-8, read as Latin-1",
-                                     "animations left out (3)"}));
+    EXPECT_EQ(
+        imported.warnings,
+        (std::vector<std::string>{
+            "animation 'r\xc3\xbcn': name was not UTF-8, read as Latin-1",
+            "animation of nodes that are not there left out (2)",
+            "animations left out beside the one imported (--animation chooses another) (2)"}));
 }
 
 TEST(Clips, FormatsThatSayNothingCountFrames) {

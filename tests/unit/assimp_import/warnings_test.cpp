@@ -30,10 +30,6 @@ Lines WarningsOfRate(double rate) {
     return source.Convert().warnings;
 }
 
-Lines WithoutClip(const std::string& first) {
-    return first.empty() ? Lines{"animations left out"} : Lines{"animations left out", first};
-}
-
 }  // namespace
 
 TEST(WarningLines, OfOneKindAreOneLine) {
@@ -135,8 +131,7 @@ TEST(Recoded, EveryTextOfTheFile) {
               (Lines{"node 'Root': user properties were not UTF-8, read as Latin-1",
                      "material 'st\xc3\xa4hl': name was not UTF-8, read as Latin-1",
                      "material 'st\xc3\xa4hl': texture paths were not UTF-8, read as Latin-1",
-                     "animation 'l\xc3\xa4uft': name was not UTF-8, read as Latin-1",
-                     "animations left out"}));
+                     "animation 'l\xc3\xa4uft': name was not UTF-8, read as Latin-1"}));
 }
 
 TEST(Recoded, ValuesOfUserPropertiesAndTheNamesOfTexturesInTheFile) {
@@ -181,11 +176,11 @@ TEST(Renamed, TheNameOfALatin1FileIsRecoded) {
 }
 
 TEST(FrameRates, ThatAreRoundedAreSaid) {
-    const auto line = [](const std::string& text) { return Lines{text, "animations left out"}; };
+    const auto line = [](const std::string& text) { return Lines{text}; };
     EXPECT_EQ(WarningsOfRate(30000.0 / 1001), line("frame rate 29.97 rounded to 30"));
     EXPECT_EQ(WarningsOfRate(119.9904), line("frame rate 119.99 rounded to 120"));
-    EXPECT_EQ(WarningsOfRate(30), WithoutClip(""));
-    EXPECT_EQ(WarningsOfRate(1 / 0.033333), WithoutClip(""));  // as BVH files write 30
+    EXPECT_EQ(WarningsOfRate(30), Lines{});
+    EXPECT_EQ(WarningsOfRate(1 / 0.033333), Lines{});  // as BVH files write 30
     EXPECT_EQ(WarningsOfRate(9600),
               line("frame rate 9600 left out, it is not within 0.5 and 4800"));
     EXPECT_EQ(WarningsOfRate(0.25),

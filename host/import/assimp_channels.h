@@ -1,0 +1,27 @@
+// The channels of a clip of an Assimp scene.
+#pragma once
+
+#include <assimp/scene.h>
+
+#include <cstddef>
+#include <string>
+#include <unordered_map>
+
+#include "host/import/animation_curves.h"
+#include "host/import/assimp_tree.h"
+#include "host/import/import_warnings.h"
+
+namespace maxhost::import {
+
+// By the node that each moves: the node's own transform at each time, in ticks, before the turn to
+// z up. Rotations are of unit length, times ascend, and all is finite.
+using Channels = std::unordered_map<const aiNode*, Channel>;
+
+// The channels of clip `clip`, with `ticksPerSecond` ticks a second: of a glTF file as the file
+// itself has them (Assimp drops their interpolation), else Assimp's, whose keys are joined by
+// straight lines and great arcs. `path` is the file's. What is left out is a warning: keys that are
+// not finite or beyond the range of times, channels of no node, and what moves no node.
+Channels ReadChannels(const aiScene& scene, std::size_t clip, SourceFormat format,
+                      const std::string& path, double ticksPerSecond, ImportWarnings& warnings);
+
+}  // namespace maxhost::import

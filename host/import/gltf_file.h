@@ -1,0 +1,53 @@
+// A glTF file (.gltf or .glb) as its JSON and its buffers, for what Assimp does not tell of it.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace maxhost::import {
+
+class GltfFile {
+  public:
+    // None where the file cannot be read as glTF 1 or 2: no JSON object.
+    static std::optional<GltfFile> Read(const std::string& path);
+
+    const nlohmann::json& Document() const { return document_; }
+
+    // The scene that the file shows; null where there is none. glTF 1 names its scenes, glTF 2
+    // numbers them.
+    const nlohmann::json* ShownScene() const;
+
+    // The numbers of accessor `index` of a glTF 2 file, `components` an element; integers that
+    // stand for fractions are brought to 0 to 1 or -1 to 1. None where there is no such accessor of
+    // that many components, or where it or its buffers are not as the format wants them.
+    std::optional<std::vector<double>> Numbers(const nlohmann::json& index, std::size_t components);
+
+  private:
+    struct Range;
+
+    const std::string* Buffer(std::size_t index);
+    std::string ReadBuffer(const nlohmann::json& buffer) const;
+    std::optional<Range> RangeOf(const nlohmann::json& holder, std::size_t elementSize,
+                                 std::size_t count, bool isStrided);
+    bool ApplySparse(const nlohmann::json& accessor, std::size_t components,
+                     std::vector<double>& numbers);
+
+    std::filesystem::path folder_;
+    nlohmann::json document_;
+    std::string binary_;  // of a .glb file
+    std::map<std::size_t, std::string> buffers_;
+};
+
+// The item of `list` that `reference` names: in an array by number, in an object by key. Null where
+// there is none.
+const nlohmann::json* ItemAt(const nlohmann::json& list, const nlohmann::json& reference);
+
+// The member of that name; null where `object` has none or is no object.
+const nlohmann::json* Member(const nlohmann::json& object, const char* name);
+
+}  // namespace maxhost::import
