@@ -4,20 +4,15 @@
 // conversion, the exporter or the toolkit. An animated model is compared as its first animation
 // starts. Exit status: 0 equal, and a line of figures; 1 not, and
 // a line with the first difference; 2 bad usage.
-#include <assimp/commonMetaData.h>
 #include <assimp/scene.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <map>
 #include <set>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -26,213 +21,16 @@
 #include <assimp/Importer.hpp>
 
 #include "host/import/assimp_scene.h"
-#include "tests/unit/assimp_import/source_motion.h"
+#include "tests/corpus/actor_file.h"
+#include "tests/corpus/model.h"
 
 namespace {
 
-using Matrix = aiMatrix4x4t<double>;
-using Vector = aiVector3t<double>;
+using namespace corpus;
 
 constexpr double kPositionTolerance = 2e-5;  // of the largest coordinate of the mesh in the world
 constexpr double kNormalTolerance = 1;       // degrees
 constexpr double kFlat = 1e-7;  // a determinant below this share of its rows' lengths is none
-
-struct Difference : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
-[[noreturn]] void Differ(const std::string& what) {
-    throw Difference(what);
-}
-
-template <typename T>
-void ExpectEqual(const std::string& what, const T& found, const T& expected) {
-    if (!(found == expected)) {
-        if constexpr (std::is_arithmetic_v<T>) {
-            Differ(what + " is " + std::to_string(found) + ", expected " +
-                   std::to_string(expected));
-        } else {
-            Differ(what + " is \"" + found + "\", expected \"" + expected + "\"");
-        }
-    }
-}
-
-// ---------------------------------------------------------------- the actor file
-
-class Bytes {
-  public:
-    explicit Bytes(const std::string& path) {
-        std::ifstream stream(path, std::ios::binary);
-        text_.assign(std::istreambuf_iterator<char>(stream), {});
-    }
-
-    template <typename T>
-    T Take() {
-        T value;
-        Need(sizeof value);
-        std::memcpy(&value, text_.data() + at_, sizeof value);
-        at_ += sizeof value;
-        return value;
-    }
-    std::string TakeName(std::size_t size) {
-        Need(size);
-        const std::string name(text_.data() + at_, strnlen(text_.data() + at_, size));
-        at_ += size;
-        return name;
-    }
-    void Skip(std::size_t count) {
-        Need(count);
-        at_ += count;
-    }
-    bool AtEnd() const { return at_ == text_.size(); }
-
-  private:
-    void Need(std::size_t count) const {
-        if (text_.size() - at_ < count) {
-            Differ("the actor file ends at " + std::to_string(text_.size()));
-        }
-    }
-
-    std::string text_;
-    std::size_t at_ = 0;
-};
-
-struct ActorNode {
-    std::string name;
-    Matrix inverseWorld;  // column vectors, the file's axes
-};
-
-struct ActorMaterial {
-    std::string name;
-    std::array<float, 3> diffuse{};
-    float opacity = 0;
-    bool twoSided = false;
-    std::vector<std::pair<int, std::string>> layers;  // type and texture
-};
-
-struct ActorVertex {
-    std::int32_t original;
-    float position[3];
-    float normal[3];
-};
-
-struct ActorSubMesh {
-    int material = 0;
-    std::vector<ActorVertex> vertices;
-    std::vector<std::array<float, 2>> coordinates;  // of each vertex one a channel
-    std::vector<std::array<std::uint32_t, 3>> faces;
-};
-
-struct ActorMesh {
-    int node = 0;
-    int channels = 0;
-    std::vector<ActorSubMesh> subMeshes;
-};
-
-ActorNode TakeNode(Bytes& bytes) {
-    ActorNode node;
-    node.name = bytes.TakeName(260);
-    bytes.Skip(260 + 12 + 16 + 12);
-    for (int row = 0; row < 4; ++row) {
-        for (int column = 0; column < 3; ++column) {
-            node.inverseWorld[column][row] = bytes.Take<float>();
-        }
-        bytes.Skip(4);
-    }
-    bytes.Skip(8);
-    return node;
-}
-
-ActorMaterial TakeMaterial(Bytes& bytes) {
-    ActorMaterial material;
-    material.name = bytes.TakeName(40);
-    bytes.Skip(12);
-    material.diffuse = bytes.Take<std::array<float, 3>>();
-    bytes.Skip(32);
-    material.opacity = bytes.Take<float>();
-    bytes.Skip(4);
-    material.twoSided = bytes.Take<std::uint8_t>() != 0;
-    bytes.Skip(3);
-    return material;
-}
-
-ActorSubMesh TakeSubMesh(Bytes& bytes, int channels) {
-    ActorSubMesh subMesh;
-    subMesh.material = bytes.Take<std::uint8_t>();
-    bytes.Skip(3);
-    const auto indices = bytes.Take<std::int32_t>();
-    const auto vertices = bytes.Take<std::int32_t>();
-    if (subMesh.material == 255) {
-        subMesh.material = bytes.Take<std::int32_t>();
-    }
-    for (std::int32_t i = 0; i < vertices; ++i) {
-        subMesh.vertices.push_back(bytes.Take<ActorVertex>());
-        for (int channel = 0; channel < channels; ++channel) {
-            subMesh.coordinates.push_back(bytes.Take<std::array<float, 2>>());
-        }
-    }
-    for (std::int32_t i = 0; i < indices / 3; ++i) {
-        subMesh.faces.push_back(bytes.Take<std::array<std::uint32_t, 3>>());
-        for (const std::uint32_t index : subMesh.faces.back()) {
-            if (index >= subMesh.vertices.size()) {
-                Differ("a face has the vertex " + std::to_string(index) + " of " +
-                       std::to_string(vertices));
-            }
-        }
-    }
-    return subMesh;
-}
-
-// Imported channels are never empty, so that the header's count is that of the coordinates too.
-ActorMesh TakeMesh(Bytes& bytes) {
-    ActorMesh mesh;
-    mesh.node = bytes.Take<std::int32_t>();
-    bytes.Skip(12);
-    const auto subMeshes = bytes.Take<std::int32_t>();
-    mesh.channels = bytes.Take<std::int32_t>();
-    bytes.Skip(4);
-    for (std::int32_t i = 0; i < subMeshes; ++i) {
-        mesh.subMeshes.push_back(TakeSubMesh(bytes, mesh.channels));
-    }
-    return mesh;
-}
-
-struct Actor {
-    std::vector<ActorNode> nodes;
-    std::vector<ActorMaterial> materials;
-    std::vector<ActorMesh> meshes;
-};
-
-void TakeLayer(Bytes& bytes, Actor& actor) {
-    const std::string texture = bytes.TakeName(260);
-    const int type = bytes.Take<std::uint8_t>();
-    bytes.Skip(1);
-    const auto material = bytes.Take<std::int16_t>();
-    bytes.Skip(24);
-    actor.materials.at(material).layers.emplace_back(type, texture);
-}
-
-Actor ReadActor(const std::string& path) {
-    Bytes bytes(path);
-    bytes.Skip(7);
-    Actor actor;
-    while (!bytes.AtEnd()) {
-        const auto id = bytes.Take<std::uint32_t>();
-        bytes.Skip(8);
-        if (id == 0) {
-            actor.nodes.push_back(TakeNode(bytes));
-        } else if (id == 3) {
-            actor.meshes.push_back(TakeMesh(bytes));
-        } else if (id == 6) {
-            actor.materials.push_back(TakeMaterial(bytes));
-        } else if (id == 7) {
-            TakeLayer(bytes, actor);
-        } else {
-            Differ("a chunk has id " + std::to_string(id));
-        }
-    }
-    return actor;
-}
 
 // ---------------------------------------------------------------- the model
 
@@ -305,32 +103,21 @@ bool HasThreeVertices(const aiScene& scene, const aiNode& node) {
     return false;
 }
 
-// A Collada file's root carries the unit of length, which the importer leaves alone.
-double RootScale(const aiScene& scene) {
-    aiString importer;
-    if (!scene.mMetaData || !scene.mMetaData->Get(AI_METADATA_SOURCE_FORMAT, importer) ||
-        std::string_view(importer.C_Str()) != "Collada Importer") {
-        return 1;
-    }
-    const Matrix root(scene.mRootNode->mTransformation);
-    return std::cbrt(std::abs(root.Determinant()));
-}
-
 std::vector<ModelNode> NodesWithTriangles(const aiScene& scene) {
     std::vector<ModelNode> nodes;
     std::vector<ModelNode> stack;
     if (!scene.mRootNode) {
         return nodes;
     }
+    const Clip clip(scene, 0);  // exported meshes stand as at the clip's start
     Matrix unit;
     unit.a1 = unit.b2 = unit.c3 = 1 / RootScale(scene);
-    const SourceMotion motion(scene, 0);
     stack.push_back({scene.mRootNode, unit, false});
     while (!stack.empty()) {
         ModelNode at = stack.back();
         stack.pop_back();
         const std::string_view name(at.node->mName.C_Str());
-        const Matrix local = motion.LocalAt(*at.node, 0);
+        const Matrix local = clip.Local(*at.node, 0);
         at.world = at.world * local;
         const bool isGeometric = name.find("_$AssimpFbx$_Geometric") != std::string_view::npos;
         at.isTurnedOver =
@@ -346,27 +133,6 @@ std::vector<ModelNode> NodesWithTriangles(const aiScene& scene) {
         }
     }
     return nodes;
-}
-
-// The directions that the file calls right, up and away from the viewer.
-struct View {
-    Vector right{1, 0, 0}, up{0, 1, 0};
-
-    Vector InFile(const Vector& v) const { return {right * v, up * v, (up ^ right) * v}; }
-};
-
-View ViewOf(const aiScene& scene) {
-    View view;
-    std::int32_t up = 1, upSign = 1, right = 0, rightSign = 1;
-    if (scene.mMetaData && scene.mMetaData->Get("UpAxis", up) && up >= 0 && up < 3) {
-        scene.mMetaData->Get("UpAxisSign", upSign);
-        scene.mMetaData->Get("CoordAxis", right);
-        scene.mMetaData->Get("CoordAxisSign", rightSign);
-        view.up = view.right = Vector();
-        view.up[static_cast<unsigned>(up)] = upSign < 0 ? -1 : 1;
-        view.right[static_cast<unsigned>(right)] = rightSign < 0 ? -1 : 1;
-    }
-    return view;
 }
 
 // ---------------------------------------------------------------- the comparison

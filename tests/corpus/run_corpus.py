@@ -3,8 +3,9 @@
 
 A file that Assimp loads by itself must export twice with status 0 and the same bytes, and its
 actor file must hold one node chunk a node, in depth-first child order, with the names and parents
-that `hdo-export --list` gives, and the geometry that Assimp gives. A file that Assimp does not load must be refused with status 2 and
-one line that names it, and nothing may be written. So must one for which an import has not enough
+that `hdo-export --list` gives, and the geometry that Assimp gives. Of every clip, the poses rebuilt
+from sampled and from keyframed tracks must be those that Assimp gives. A file that Assimp does not
+load must be refused with status 2 and one line that names it, and nothing may be written. So must one for which an import has not enough
 memory, but only if Assimp by itself cannot load it either with as much memory and time.
 
 FBX, ASE, 3DS, Collada, BVH and glTF 2 files are run; with --all, every other file as well. Exit
@@ -52,13 +53,14 @@ class Row:
         self.nodes = "-"
         self.triangles = "-"
         self.geometry = "-"
+        self.poses = "-"
         self.exit = "-"
         self.result = ""
         self.passed = False
 
     def cells(self):
         return [self.name, self.kind or "other", str(self.nodes), str(self.triangles),
-                self.geometry, str(self.exit), self.result]
+                self.geometry, self.poses, str(self.exit), self.result]
 
 
 def run(command, folder):
@@ -137,6 +139,7 @@ class Corpus:
         self.kta = str(arguments.kta.resolve())
         self.oracle = str(arguments.oracle.resolve())
         self.compare = str(arguments.compare.resolve())
+        self.compare_poses = str(arguments.compare_poses.resolve())
         self.models = arguments.models.resolve()
 
     def check(self, path):
@@ -192,6 +195,7 @@ class Corpus:
             raise Failed("a second export gives other bytes")
         self.check_nodes(path, folder / "first", row)
         self.check_geometry(path, folder / "first", row)
+        self.check_poses(path, folder, row)
 
     @staticmethod
     def written(place, part):
@@ -225,6 +229,31 @@ class Corpus:
             raise Failed(f"geometry: {first_line(compared.stdout + compared.stderr)}")
         row.geometry = first_line(compared.stdout)
 
+    def check_poses(self, path, folder, row):
+        listing = run([self.hdo_export, "--list", str(path)], folder)
+        clips = sum(line.startswith(b"animation\t") for line in listing.stdout.split(b"\n"))
+        figures = [self.compare_clip(path, folder, clip, mode)
+                   for clip in range(clips) for mode in ("sampled", "keyframed")]
+        row.poses = "; ".join(figures) or "-"
+
+    def compare_clip(self, path, folder, clip, mode):
+        place = folder / f"{mode}_{clip}"
+        saved = place / "scene.maxscene.json"
+        tracks = (["--sample-animation", "--sample-rate", "1"] if mode == "sampled"
+                  else ["--no-sample-animation"])
+        done = self.export(path, place, "--export-hidden", "--motions-for-hidden", *tracks,
+                           "--animation", str(clip), "--save-scene", str(saved))
+        if done.returncode != 0:
+            raise Failed(f"clip {clip}: exit status {done.returncode}: {first_line(done.stderr)}")
+        rate = json.loads(saved.read_bytes())["time"]["frameRate"]
+        compared = run([self.compare_poses, str(path), str(place / "out.hdotemp1"),
+                        str(place / "out.hdotemp2"), str(clip), str(rate)], place)
+        figures = f"clip {clip}, {mode}: "
+        figures += first_line(compared.stdout + compared.stderr)
+        if compared.returncode != 0:
+            raise Failed(f"poses: {figures}")
+        return figures
+
     def check_refusal(self, path, folder, row):
         place = folder / "refused"
         done = self.export(path, place)
@@ -248,7 +277,7 @@ def first_line(text):
 
 
 def write_report(rows, report):
-    head = ["file", "format", "nodes", "triangles", "geometry", "exit", "result"]
+    head = ["file", "format", "nodes", "triangles", "geometry", "poses", "exit", "result"]
     table = [head] + [row.cells() for row in rows]
     widths = [max(len(cells[i]) for cells in table) for i in range(len(head) - 1)]
     with open(report, "w", encoding="utf-8") as out:
@@ -269,13 +298,17 @@ def parse_arguments():
                         help="assimp_loads (default: beside kta)")
     parser.add_argument("--compare", type=pathlib.Path,
                         help="compare_geometry (default: beside kta)")
+    parser.add_argument("--compare-poses", type=pathlib.Path,
+                        help="compare_poses (default: beside kta)")
     parser.add_argument("--all", action="store_true", help="run the files of other formats too")
     parser.add_argument("--jobs", type=int, default=len(os.sched_getaffinity(0)),
                         help="files at a time (default: a processor each)")
     arguments = parser.parse_args()
     arguments.oracle = arguments.oracle or arguments.kta.parent / "assimp_loads"
     arguments.compare = arguments.compare or arguments.kta.parent / "compare_geometry"
-    for program in (arguments.hdo_export, arguments.kta, arguments.oracle, arguments.compare):
+    arguments.compare_poses = arguments.compare_poses or arguments.kta.parent / "compare_poses"
+    for program in (arguments.hdo_export, arguments.kta, arguments.oracle, arguments.compare,
+                    arguments.compare_poses):
         if not program.is_file():
             parser.error(f"{program}: no such program")
     return arguments

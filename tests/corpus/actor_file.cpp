@@ -1,0 +1,109 @@
+#include "tests/corpus/actor_file.h"
+
+namespace corpus {
+namespace {
+
+ActorNode TakeNode(Bytes& bytes) {
+    ActorNode node;
+    node.name = bytes.TakeName(260);
+    bytes.Skip(260);
+    node.translation = bytes.Take<std::array<float, 3>>();
+    bytes.Skip(16 + 12);
+    for (int row = 0; row < 4; ++row) {
+        for (int column = 0; column < 3; ++column) {
+            node.inverseWorld[column][row] = bytes.Take<float>();
+        }
+        bytes.Skip(4);
+    }
+    bytes.Skip(8);
+    return node;
+}
+
+ActorMaterial TakeMaterial(Bytes& bytes) {
+    ActorMaterial material;
+    material.name = bytes.TakeName(40);
+    bytes.Skip(12);
+    material.diffuse = bytes.Take<std::array<float, 3>>();
+    bytes.Skip(32);
+    material.opacity = bytes.Take<float>();
+    bytes.Skip(4);
+    material.twoSided = bytes.Take<std::uint8_t>() != 0;
+    bytes.Skip(3);
+    return material;
+}
+
+ActorSubMesh TakeSubMesh(Bytes& bytes, int channels) {
+    ActorSubMesh subMesh;
+    subMesh.material = bytes.Take<std::uint8_t>();
+    bytes.Skip(3);
+    const auto indices = bytes.Take<std::int32_t>();
+    const auto vertices = bytes.Take<std::int32_t>();
+    if (subMesh.material == 255) {
+        subMesh.material = bytes.Take<std::int32_t>();
+    }
+    for (std::int32_t i = 0; i < vertices; ++i) {
+        subMesh.vertices.push_back(bytes.Take<ActorVertex>());
+        for (int channel = 0; channel < channels; ++channel) {
+            subMesh.coordinates.push_back(bytes.Take<std::array<float, 2>>());
+        }
+    }
+    for (std::int32_t i = 0; i < indices / 3; ++i) {
+        subMesh.faces.push_back(bytes.Take<std::array<std::uint32_t, 3>>());
+        for (const std::uint32_t index : subMesh.faces.back()) {
+            if (index >= subMesh.vertices.size()) {
+                Differ("a face has the vertex " + std::to_string(index) + " of " +
+                       std::to_string(vertices));
+            }
+        }
+    }
+    return subMesh;
+}
+
+// Imported channels are never empty, so that the header's count is that of the coordinates too.
+ActorMesh TakeMesh(Bytes& bytes) {
+    ActorMesh mesh;
+    mesh.node = bytes.Take<std::int32_t>();
+    bytes.Skip(12);
+    const auto subMeshes = bytes.Take<std::int32_t>();
+    mesh.channels = bytes.Take<std::int32_t>();
+    bytes.Skip(4);
+    for (std::int32_t i = 0; i < subMeshes; ++i) {
+        mesh.subMeshes.push_back(TakeSubMesh(bytes, mesh.channels));
+    }
+    return mesh;
+}
+
+void TakeLayer(Bytes& bytes, Actor& actor) {
+    const std::string texture = bytes.TakeName(260);
+    const int type = bytes.Take<std::uint8_t>();
+    bytes.Skip(1);
+    const auto material = bytes.Take<std::int16_t>();
+    bytes.Skip(24);
+    actor.materials.at(material).layers.emplace_back(type, texture);
+}
+
+}  // namespace
+
+Actor ReadActor(const std::string& path) {
+    Bytes bytes(path);
+    bytes.Skip(7);
+    Actor actor;
+    while (!bytes.AtEnd()) {
+        const auto id = bytes.Take<std::uint32_t>();
+        bytes.Skip(8);
+        if (id == 0) {
+            actor.nodes.push_back(TakeNode(bytes));
+        } else if (id == 3) {
+            actor.meshes.push_back(TakeMesh(bytes));
+        } else if (id == 6) {
+            actor.materials.push_back(TakeMaterial(bytes));
+        } else if (id == 7) {
+            TakeLayer(bytes, actor);
+        } else {
+            Differ("a chunk has id " + std::to_string(id));
+        }
+    }
+    return actor;
+}
+
+}  // namespace corpus

@@ -1,0 +1,56 @@
+// An exported actor file, read without the toolkit. Throws Difference on what it does not know.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tests/corpus/file_bytes.h"
+#include "tests/corpus/model.h"
+
+namespace corpus {
+
+struct ActorNode {
+    std::string name;
+    std::array<float, 3> translation{};  // as it stands in the file
+    Matrix inverseWorld;                 // column vectors, the file's axes
+};
+
+struct ActorMaterial {
+    std::string name;
+    std::array<float, 3> diffuse{};
+    float opacity = 0;
+    bool twoSided = false;
+    std::vector<std::pair<int, std::string>> layers;  // type and texture
+};
+
+struct ActorVertex {
+    std::int32_t original;
+    float position[3];
+    float normal[3];
+};
+
+struct ActorSubMesh {
+    int material = 0;
+    std::vector<ActorVertex> vertices;
+    std::vector<std::array<float, 2>> coordinates;  // of each vertex one a channel
+    std::vector<std::array<std::uint32_t, 3>> faces;
+};
+
+struct ActorMesh {
+    int node = 0;
+    int channels = 0;
+    std::vector<ActorSubMesh> subMeshes;
+};
+
+struct Actor {
+    std::vector<ActorNode> nodes;
+    std::vector<ActorMaterial> materials;
+    std::vector<ActorMesh> meshes;
+};
+
+Actor ReadActor(const std::string& path);
+
+}  // namespace corpus

@@ -1,0 +1,30 @@
+// Matrices for column vectors, in the comparisons with the models.
+#pragma once
+
+#include "tests/corpus/model.h"
+
+namespace corpus {
+
+inline Matrix Inverse(Matrix m) {
+    return m.Inverse();
+}
+
+inline Vector Column(const Matrix& m, unsigned i) {
+    return {m[0][i], m[1][i], m[2][i]};
+}
+
+// The determinant as a share of what the columns' lengths allow: 1 for a rotation with scales, -1
+// for a mirrored one.
+inline double Share(const Matrix& m) {
+    const double lengths = Column(m, 0).Length() * Column(m, 1).Length() * Column(m, 2).Length();
+    return lengths > 0 ? m.Determinant() / lengths : 0;
+}
+
+// Squeezed so far that nothing can be said of what stands in it.
+inline bool IsFlat(const Matrix& m) {
+    constexpr double kFlat = 1e-6;
+    const double share = Share(m);
+    return !(share > kFlat || share < -kFlat);
+}
+
+}  // namespace corpus
