@@ -11,8 +11,6 @@
 #include <cmath>
 #include <cstdint>
 #include <iostream>
-#include <map>
-#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -23,6 +21,7 @@
 #include "host/import/assimp_scene.h"
 #include "tests/corpus/actor_file.h"
 #include "tests/corpus/model.h"
+#include "tests/corpus/model_triangles.h"
 
 namespace {
 
@@ -31,109 +30,6 @@ using namespace corpus;
 constexpr double kPositionTolerance = 2e-5;  // of the largest coordinate of the mesh in the world
 constexpr double kNormalTolerance = 1;       // degrees
 constexpr double kFlat = 1e-7;  // a determinant below this share of its rows' lengths is none
-
-// ---------------------------------------------------------------- the model
-
-struct ModelNode {
-    const aiNode* node;
-    Matrix world;
-    bool isTurnedOver;  // a geometric transform mirrors its vertices
-};
-
-struct Triangle {
-    const aiMesh* piece;
-    const aiFace* face;
-};
-
-bool IsTriangle(const aiMesh& piece, const aiFace& face) {
-    return face.mNumIndices == 3 && face.mIndices &&
-           std::max({face.mIndices[0], face.mIndices[1], face.mIndices[2]}) < piece.mNumVertices;
-}
-
-// The node's triangles by material, materials in order of their first triangle's piece.
-std::vector<std::pair<unsigned, std::vector<Triangle>>> TrianglesOf(const aiScene& scene,
-                                                                    const aiNode& node) {
-    std::vector<std::pair<unsigned, std::vector<Triangle>>> groups;
-    std::map<unsigned, std::size_t> byMaterial;
-    for (unsigned i = 0; i < node.mNumMeshes; ++i) {
-        if (node.mMeshes[i] >= scene.mNumMeshes) {
-            continue;
-        }
-        const aiMesh& piece = *scene.mMeshes[node.mMeshes[i]];
-        for (unsigned k = 0; piece.mVertices && piece.mFaces && k < piece.mNumFaces; ++k) {
-            if (!IsTriangle(piece, piece.mFaces[k])) {
-                continue;
-            }
-            const auto [found, isNew] = byMaterial.try_emplace(piece.mMaterialIndex, groups.size());
-            if (isNew) {
-                groups.emplace_back(piece.mMaterialIndex, std::vector<Triangle>());
-            }
-            groups[found->second].second.push_back({&piece, &piece.mFaces[k]});
-        }
-    }
-    return groups;
-}
-
-// A mesh of fewer vertices than a triangle has is not exported.
-bool HasThreeVertices(const aiScene& scene, const aiNode& node) {
-    std::set<std::vector<float>> corners;
-    for (const auto& [material, triangles] : TrianglesOf(scene, node)) {
-        for (const Triangle& triangle : triangles) {
-            for (unsigned k = 0; k < 3; ++k) {
-                const unsigned index = triangle.face->mIndices[k];
-                std::vector<float> corner;
-                const auto add = [&corner, index](const aiVector3D* vectors) {
-                    if (vectors) {
-                        const aiVector3D& v = vectors[index];
-                        corner.insert(corner.end(), {v.x, v.y, v.z});
-                    }
-                };
-                add(triangle.piece->mVertices);
-                add(triangle.piece->mNormals);
-                for (const aiVector3D* const set : triangle.piece->mTextureCoords) {
-                    add(set);
-                }
-                corners.insert(std::move(corner));
-                if (corners.size() == 3) {
-                    return true;
-                }
-            }
-        }
-    }
-    return false;
-}
-
-std::vector<ModelNode> NodesWithTriangles(const aiScene& scene) {
-    std::vector<ModelNode> nodes;
-    std::vector<ModelNode> stack;
-    if (!scene.mRootNode) {
-        return nodes;
-    }
-    const Clip clip(scene, 0);  // exported meshes stand as at the clip's start
-    Matrix unit;
-    unit.a1 = unit.b2 = unit.c3 = 1 / RootScale(scene);
-    stack.push_back({scene.mRootNode, unit, false});
-    while (!stack.empty()) {
-        ModelNode at = stack.back();
-        stack.pop_back();
-        const std::string_view name(at.node->mName.C_Str());
-        const Matrix local = clip.Local(*at.node, 0);
-        at.world = at.world * local;
-        const bool isGeometric = name.find("_$AssimpFbx$_Geometric") != std::string_view::npos;
-        at.isTurnedOver =
-            isGeometric ? at.isTurnedOver != (local.Determinant() < 0) : at.isTurnedOver;
-        if (HasThreeVertices(scene, *at.node)) {
-            nodes.push_back(at);
-        }
-        at.isTurnedOver = isGeometric && at.isTurnedOver;
-        for (unsigned i = at.node->mNumChildren; i > 0; --i) {
-            if (at.node->mChildren[i - 1]) {
-                stack.push_back({at.node->mChildren[i - 1], at.world, at.isTurnedOver});
-            }
-        }
-    }
-    return nodes;
-}
 
 // ---------------------------------------------------------------- the comparison
 
@@ -172,7 +68,7 @@ class Comparison {
         : scene_(scene), actor_(actor), view_(ViewOf(scene)) {}
 
     void Run() {
-        const std::vector<ModelNode> nodes = NodesWithTriangles(scene_);
+        const std::vector<MeshNode> nodes = NodesWithTriangles(scene_);
         ExpectEqual("the number of meshes", actor_.meshes.size(), nodes.size());
         for (std::size_t i = 0; i < nodes.size(); ++i) {
             mesh_ = "mesh " + std::to_string(i) + " (" + nodes[i].node->mName.C_Str() + "): ";
@@ -187,7 +83,7 @@ class Comparison {
     }
 
   private:
-    void CompareMesh(const ModelNode& model, const ActorMesh& mesh) {
+    void CompareMesh(const MeshNode& model, const ActorMesh& mesh) {
         const auto groups = TrianglesOf(scene_, *model.node);
         ExpectEqual(mesh_ + "the number of sub-meshes", mesh.subMeshes.size(), groups.size());
         model_ = &model;
@@ -230,12 +126,11 @@ class Comparison {
     void CompareTriangles(const ActorSubMesh& found, const std::vector<Triangle>& expected) {
         ExpectEqual(mesh_ + "the number of triangles", found.faces.size(), expected.size());
         for (std::size_t i = 0; i < expected.size(); ++i) {
-            static constexpr unsigned kOver[3] = {0, 2, 1};
             for (unsigned k = 0; k < 3; ++k) {
                 triangle_ =
                     "triangle " + std::to_string(i) + ", corner " + std::to_string(k) + ": ";
                 CompareCorner(found, found.faces[i][k], *expected[i].piece,
-                              expected[i].face->mIndices[model_->isTurnedOver ? kOver[k] : k]);
+                              expected[i].face->mIndices[CornerOf(*model_, k)]);
             }
         }
         triangles_ += expected.size();
@@ -346,7 +241,7 @@ class Comparison {
     const Actor& actor_;
     const View view_;
     std::string mesh_, triangle_;  // what is compared, for messages
-    const ModelNode* model_ = nullptr;
+    const MeshNode* model_ = nullptr;
     Matrix modelInverse_, actorWorld_, actorInverse_;
     bool isFlat_ = false;  // squeezed so that its place cannot be told
     std::vector<unsigned> channels_;
