@@ -63,7 +63,8 @@ ActorSubMesh TakeSubMesh(Bytes& bytes, int channels) {
 ActorMesh TakeMesh(Bytes& bytes) {
     ActorMesh mesh;
     mesh.node = bytes.Take<std::int32_t>();
-    bytes.Skip(12);
+    mesh.numOriginals = bytes.Take<std::int32_t>();
+    bytes.Skip(8);
     const auto subMeshes = bytes.Take<std::int32_t>();
     mesh.channels = bytes.Take<std::int32_t>();
     bytes.Skip(4);
@@ -82,6 +83,31 @@ void TakeLayer(Bytes& bytes, Actor& actor) {
     actor.materials.at(material).layers.emplace_back(type, texture);
 }
 
+// Weights follow the mesh that they move.
+void TakeWeights(Bytes& bytes, Actor& actor) {
+    const auto node = bytes.Take<std::int32_t>();
+    if (actor.meshes.empty() || actor.meshes.back().node != node) {
+        Differ("weights of node " + std::to_string(node) + " follow no mesh of it");
+    }
+    ActorMesh& mesh = actor.meshes.back();
+    for (int i = 0; i < mesh.numOriginals; ++i) {
+        ActorWeights weights;
+        for (int count = bytes.Take<std::uint8_t>(); count > 0; --count) {
+            const auto bone = bytes.Take<std::int16_t>();
+            bytes.Skip(2);
+            weights.emplace_back(bone, bytes.Take<float>());
+        }
+        mesh.weights.push_back(std::move(weights));
+    }
+}
+
+void SkipMorph(Bytes& bytes) {
+    bytes.Skip(292 + 260);
+    const auto points = bytes.Take<std::int32_t>();
+    bytes.Skip(12);
+    bytes.Skip(static_cast<std::size_t>(points) * (6 + 3 + 4));
+}
+
 }  // namespace
 
 Actor ReadActor(const std::string& path) {
@@ -95,10 +121,16 @@ Actor ReadActor(const std::string& path) {
             actor.nodes.push_back(TakeNode(bytes));
         } else if (id == 3) {
             actor.meshes.push_back(TakeMesh(bytes));
+        } else if (id == 4) {
+            TakeWeights(bytes, actor);
         } else if (id == 6) {
             actor.materials.push_back(TakeMaterial(bytes));
         } else if (id == 7) {
             TakeLayer(bytes, actor);
+        } else if (id == 8) {
+            bytes.Skip(88);
+        } else if (id == 10) {
+            SkipMorph(bytes);
         } else {
             Differ("a chunk has id " + std::to_string(id));
         }

@@ -39,9 +39,16 @@ struct ActorSubMesh {
     std::vector<std::array<std::uint32_t, 3>> faces;
 };
 
+// Node number and share, of each bone that moves a vertex.
+using ActorWeights = std::vector<std::pair<int, float>>;
+
 struct ActorMesh {
     int node = 0;
+    int numOriginals = 0;
     int channels = 0;
+    // By original vertex; empty: not skinned. Positions and normals of a skinned mesh stand in the
+    // world, of any other in the node's own axes.
+    std::vector<ActorWeights> weights;
     std::vector<ActorSubMesh> subMeshes;
 };
 

@@ -12,7 +12,7 @@
 #include <cstdint>
 #include <iostream>
 #include <string>
-#include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -20,7 +20,9 @@
 
 #include "host/import/assimp_scene.h"
 #include "tests/corpus/actor_file.h"
+#include "tests/corpus/matrices.h"
 #include "tests/corpus/model.h"
+#include "tests/corpus/model_skin.h"
 #include "tests/corpus/model_triangles.h"
 
 namespace {
@@ -29,34 +31,8 @@ using namespace corpus;
 
 constexpr double kPositionTolerance = 2e-5;  // of the largest coordinate of the mesh in the world
 constexpr double kNormalTolerance = 1;       // degrees
-constexpr double kFlat = 1e-7;  // a determinant below this share of its rows' lengths is none
 
 // ---------------------------------------------------------------- the comparison
-
-double Share(const Matrix& m) {
-    double lengths = 1;
-    for (unsigned row = 0; row < 3; ++row) {
-        lengths *= Vector(m[row][0], m[row][1], m[row][2]).Length();
-    }
-    return lengths > 0 ? std::abs(m.Determinant()) / lengths : 0;
-}
-
-// What is not finite is imported as 0.
-Vector Finite(const aiVector3D& v) {
-    return {std::isfinite(v.x) ? v.x : 0, std::isfinite(v.y) ? v.y : 0,
-            std::isfinite(v.z) ? v.z : 0};
-}
-
-Matrix Inverse(Matrix m) {
-    return m.Inverse();
-}
-
-// Takes normals where the matrix takes positions.
-Vector TurnNormal(const Matrix& inverse, const Vector& n) {
-    return {inverse.a1 * n.x + inverse.b1 * n.y + inverse.c1 * n.z,
-            inverse.a2 * n.x + inverse.b2 * n.y + inverse.c2 * n.z,
-            inverse.a3 * n.x + inverse.b3 * n.y + inverse.c3 * n.z};
-}
 
 double Degrees(const Vector& a, const Vector& b) {
     return std::atan2((a ^ b).Length(), a * b) * 180 / 3.14159265358979323846;
@@ -65,7 +41,7 @@ double Degrees(const Vector& a, const Vector& b) {
 class Comparison {
   public:
     Comparison(const aiScene& scene, const Actor& actor)
-        : scene_(scene), actor_(actor), view_(ViewOf(scene)) {}
+        : scene_(scene), actor_(actor), view_(ViewOf(scene)), skin_(scene, 0) {}
 
     void Run() {
         const std::vector<MeshNode> nodes = NodesWithTriangles(scene_);
@@ -87,9 +63,11 @@ class Comparison {
         const auto groups = TrianglesOf(scene_, *model.node);
         ExpectEqual(mesh_ + "the number of sub-meshes", mesh.subMeshes.size(), groups.size());
         model_ = &model;
-        modelInverse_ = Inverse(model.world);
+        places_.clear();
+        isSkinned_ = !mesh.weights.empty();
         actorInverse_ = actor_.nodes.at(static_cast<std::size_t>(mesh.node)).inverseWorld;
-        isFlat_ = !(Share(model.world) > kFlat) || !(Share(actorInverse_) > kFlat);
+        isTurned_ = isSkinned_ && !ScalesEvenly(model.world);
+        isFlat_ = IsFlat(model.world) || IsFlat(actorInverse_);
         flat_ += isFlat_ ? 1 : 0;
         actorWorld_ = isFlat_ ? Matrix() : Inverse(actorInverse_);
         FindChannels(groups);
@@ -143,10 +121,9 @@ class Comparison {
         if (isFlat_) {
             return;
         }
-        const Vector v = Finite(piece.mVertices[index]);
-        const Vector position = view_.InFile(model_->world * v);
-        const Vector there =
-            actorWorld_ * Vector(vertex.position[0], vertex.position[1], vertex.position[2]);
+        const Vector position = view_.InFile(PlacesOf(piece).positions[index]);
+        const Vector stored(vertex.position[0], vertex.position[1], vertex.position[2]);
+        const Vector there = isSkinned_ ? stored : actorWorld_ * stored;
         const double size = std::max({std::abs(position.x), std::abs(position.y),
                                       std::abs(position.z), std::abs(actorWorld_.a4),
                                       std::abs(actorWorld_.b4), std::abs(actorWorld_.c4)});
@@ -159,17 +136,37 @@ class Comparison {
         CompareNormal(vertex, piece, index);
     }
 
+    struct Places {
+        std::vector<Vector> positions, normals;  // in the world, the model's axes
+    };
+
+    const Places& PlacesOf(const aiMesh& piece) {
+        const auto [found, isNew] = places_.try_emplace(&piece);
+        if (isNew) {
+            found->second = {skin_.Positions(*model_->node, piece),
+                             skin_.Normals(*model_->node, piece)};
+        }
+        return found->second;
+    }
+
+    // The file turns a skinned mesh's normals into the world without regard to its node's scales.
+    static bool ScalesEvenly(const Matrix& world) {
+        const double x = Column(world, 0).Length();
+        return std::abs(Column(world, 1).Length() - x) < 1e-3 * x &&
+               std::abs(Column(world, 2).Length() - x) < 1e-3 * x && Share(world) > 0.999;
+    }
+
     void CompareNormal(const ActorVertex& vertex, const aiMesh& piece, unsigned index) {
-        if (!piece.mNormals) {
+        const std::vector<Vector>& normals = PlacesOf(piece).normals;
+        if (normals.empty() || isTurned_) {
             return;
         }
-        const aiVector3D& n = piece.mNormals[index];
-        const Vector expected = view_.InFile(TurnNormal(modelInverse_, Vector(n.x, n.y, n.z)));
+        const Vector expected = view_.InFile(normals[index]);
         if (!(expected.Length() > 0) || !std::isfinite(expected.Length())) {
             return;  // the file gives none
         }
-        const Vector found =
-            TurnNormal(actorInverse_, Vector(vertex.normal[0], vertex.normal[1], vertex.normal[2]));
+        const Vector stored(vertex.normal[0], vertex.normal[1], vertex.normal[2]);
+        const Vector found = isSkinned_ ? stored : TurnNormal(actorInverse_, stored);
         const double degrees = Degrees(found, expected);
         if (!(degrees <= kNormalTolerance)) {
             Differ(mesh_ + triangle_ + "the normal is off by " + std::to_string(degrees) +
@@ -242,8 +239,12 @@ class Comparison {
     const View view_;
     std::string mesh_, triangle_;  // what is compared, for messages
     const MeshNode* model_ = nullptr;
-    Matrix modelInverse_, actorWorld_, actorInverse_;
-    bool isFlat_ = false;  // squeezed so that its place cannot be told
+    std::unordered_map<const aiMesh*, Places> places_;
+    ModelSkin skin_;
+    Matrix actorWorld_, actorInverse_;
+    bool isSkinned_ = false;
+    bool isTurned_ = false;  // its normals are not where they should be
+    bool isFlat_ = false;    // squeezed so that its place cannot be told
     std::vector<unsigned> channels_;
     std::size_t triangles_ = 0, flat_ = 0;
     double worstPosition_ = 0, worstNormal_ = 0;

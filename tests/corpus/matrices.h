@@ -13,6 +13,13 @@ inline Vector Column(const Matrix& m, unsigned i) {
     return {m[0][i], m[1][i], m[2][i]};
 }
 
+// Takes normals where the matrix with this inverse takes positions.
+inline Vector TurnNormal(const Matrix& inverse, const Vector& n) {
+    return {inverse.a1 * n.x + inverse.b1 * n.y + inverse.c1 * n.z,
+            inverse.a2 * n.x + inverse.b2 * n.y + inverse.c2 * n.z,
+            inverse.a3 * n.x + inverse.b3 * n.y + inverse.c3 * n.z};
+}
+
 // The determinant as a share of what the columns' lengths allow: 1 for a rotation with scales, -1
 // for a mirrored one.
 inline double Share(const Matrix& m) {

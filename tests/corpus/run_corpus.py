@@ -4,7 +4,8 @@
 A file that Assimp loads by itself must export twice with status 0 and the same bytes, and its
 actor file must hold one node chunk a node, in depth-first child order, with the names and parents
 that `hdo-export --list` gives, and the geometry that Assimp gives. Of every clip, the poses rebuilt
-from sampled and from keyframed tracks must be those that Assimp gives. A file that Assimp does not
+from sampled and from keyframed tracks must be those that Assimp gives, and so must the vertices of
+skinned meshes, deformed by the file's weights. A file that Assimp does not
 load must be refused with status 2 and one line that names it, and nothing may be written. So must one for which an import has not enough
 memory, but only if Assimp by itself cannot load it either with as much memory and time.
 
@@ -28,6 +29,7 @@ NAME_BYTES = 259  # the file's name fields hold a NUL too
 NODE_CHUNK = 0
 MESH_CHUNK = 3
 CHUNK_HEADER_SIZE = 12
+SKIN_TOLERANCE = "0.001"  # of the model's bounding diagonal
 MESH_INDEX_COUNT_OFFSET = 12  # in the chunk's body
 
 FORMATS = {
@@ -54,13 +56,14 @@ class Row:
         self.triangles = "-"
         self.geometry = "-"
         self.poses = "-"
+        self.skins = "-"
         self.exit = "-"
         self.result = ""
         self.passed = False
 
     def cells(self):
         return [self.name, self.kind or "other", str(self.nodes), str(self.triangles),
-                self.geometry, self.poses, str(self.exit), self.result]
+                self.geometry, self.poses, self.skins, str(self.exit), self.result]
 
 
 def run(command, folder):
@@ -140,6 +143,7 @@ class Corpus:
         self.oracle = str(arguments.oracle.resolve())
         self.compare = str(arguments.compare.resolve())
         self.compare_poses = str(arguments.compare_poses.resolve())
+        self.compare_skins = str(arguments.compare_skins.resolve())
         self.models = arguments.models.resolve()
 
     def check(self, path):
@@ -235,6 +239,8 @@ class Corpus:
         figures = [self.compare_clip(path, folder, clip, mode)
                    for clip in range(clips) for mode in ("sampled", "keyframed")]
         row.poses = "; ".join(figures) or "-"
+        skins = [self.compare_clip_skins(path, folder, clip) for clip in range(clips)]
+        row.skins = "; ".join(filter(None, skins)) or "-"
 
     def compare_clip(self, path, folder, clip, mode):
         place = folder / f"{mode}_{clip}"
@@ -242,7 +248,8 @@ class Corpus:
         tracks = (["--sample-animation", "--sample-rate", "1"] if mode == "sampled"
                   else ["--no-sample-animation"])
         done = self.export(path, place, "--export-hidden", "--motions-for-hidden", *tracks,
-                           "--animation", str(clip), "--save-scene", str(saved))
+                           "--no-optimize-skin", "--animation", str(clip),
+                           "--save-scene", str(saved))
         if done.returncode != 0:
             raise Failed(f"clip {clip}: exit status {done.returncode}: {first_line(done.stderr)}")
         rate = json.loads(saved.read_bytes())["time"]["frameRate"]
@@ -252,6 +259,27 @@ class Corpus:
         figures += first_line(compared.stdout + compared.stderr)
         if compared.returncode != 0:
             raise Failed(f"poses: {figures}")
+        return figures
+
+    def compare_clip_skins(self, path, folder, clip):
+        """Without optimisation as the model; with it, how far off."""
+        plain = self.skin_figures(path, folder / f"keyframed_{clip}", clip, SKIN_TOLERANCE)
+        if plain == "no skins":
+            return None
+        place = folder / f"optimized_{clip}"
+        done = self.export(path, place, "--export-hidden", "--no-sample-animation",
+                           "--optimize-skin", "--animation", str(clip))
+        if done.returncode != 0:
+            raise Failed(f"clip {clip}: exit status {done.returncode}: {first_line(done.stderr)}")
+        optimized = self.skin_figures(path, place, clip, "inf")
+        return f"clip {clip}: {plain}; optimised: {optimized}"
+
+    def skin_figures(self, path, place, clip, tolerance):
+        compared = run([self.compare_skins, str(path), str(place / "out.hdotemp1"),
+                        str(place / "out.hdotemp2"), str(clip), tolerance], place)
+        figures = first_line(compared.stdout + compared.stderr)
+        if compared.returncode != 0:
+            raise Failed(f"skins: clip {clip}: {figures}")
         return figures
 
     def check_refusal(self, path, folder, row):
@@ -277,7 +305,7 @@ def first_line(text):
 
 
 def write_report(rows, report):
-    head = ["file", "format", "nodes", "triangles", "geometry", "poses", "exit", "result"]
+    head = ["file", "format", "nodes", "triangles", "geometry", "poses", "skins", "exit", "result"]
     table = [head] + [row.cells() for row in rows]
     widths = [max(len(cells[i]) for cells in table) for i in range(len(head) - 1)]
     with open(report, "w", encoding="utf-8") as out:
@@ -300,6 +328,8 @@ def parse_arguments():
                         help="compare_geometry (default: beside kta)")
     parser.add_argument("--compare-poses", type=pathlib.Path,
                         help="compare_poses (default: beside kta)")
+    parser.add_argument("--compare-skins", type=pathlib.Path,
+                        help="compare_skins (default: beside kta)")
     parser.add_argument("--all", action="store_true", help="run the files of other formats too")
     parser.add_argument("--jobs", type=int, default=len(os.sched_getaffinity(0)),
                         help="files at a time (default: a processor each)")
@@ -307,8 +337,9 @@ def parse_arguments():
     arguments.oracle = arguments.oracle or arguments.kta.parent / "assimp_loads"
     arguments.compare = arguments.compare or arguments.kta.parent / "compare_geometry"
     arguments.compare_poses = arguments.compare_poses or arguments.kta.parent / "compare_poses"
+    arguments.compare_skins = arguments.compare_skins or arguments.kta.parent / "compare_skins"
     for program in (arguments.hdo_export, arguments.kta, arguments.oracle, arguments.compare,
-                    arguments.compare_poses):
+                    arguments.compare_poses, arguments.compare_skins):
         if not program.is_file():
             parser.error(f"{program}: no such program")
     return arguments
