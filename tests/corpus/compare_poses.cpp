@@ -167,6 +167,8 @@ class Comparison {
             }
             frame[row][3] = 0;
         }
+        frame.d1 = frame.d2 = frame.d3 = 0;
+        frame.d4 = 1;
         return used == std::array<int, 3>{1, 1, 1};
     }
 

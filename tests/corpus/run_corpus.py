@@ -29,6 +29,7 @@ NAME_BYTES = 259  # the file's name fields hold a NUL too
 NODE_CHUNK = 0
 MESH_CHUNK = 3
 CHUNK_HEADER_SIZE = 12
+DEFAULT_FRAME_RATE = 30  # of a scene description that states none
 SKIN_TOLERANCE = "0.001"  # of the model's bounding diagonal
 MESH_INDEX_COUNT_OFFSET = 12  # in the chunk's body
 
@@ -252,7 +253,7 @@ class Corpus:
                            "--save-scene", str(saved))
         if done.returncode != 0:
             raise Failed(f"clip {clip}: exit status {done.returncode}: {first_line(done.stderr)}")
-        rate = json.loads(saved.read_bytes())["time"]["frameRate"]
+        rate = json.loads(saved.read_bytes()).get("time", {}).get("frameRate", DEFAULT_FRAME_RATE)
         compared = run([self.compare_poses, str(path), str(place / "out.hdotemp1"),
                         str(place / "out.hdotemp2"), str(clip), str(rate)], place)
         figures = f"clip {clip}, {mode}: "
