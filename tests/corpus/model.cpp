@@ -64,6 +64,17 @@ Rotation At(const aiQuatKey* keys, unsigned count, double time) {
 
 }  // namespace
 
+Matrix Compose(const Vector& translation, const Rotation& rotation, const Vector& scale) {
+    Matrix matrix(rotation.GetMatrix());
+    for (unsigned row = 0; row < 3; ++row) {
+        for (unsigned column = 0; column < 3; ++column) {
+            matrix[row][column] *= scale[column];
+        }
+        matrix[row][3] = translation[row];
+    }
+    return matrix;
+}
+
 View ViewOf(const aiScene& scene) {
     View view;
     std::int32_t up = 1, upSign = 1, right = 0, rightSign = 1;
@@ -120,7 +131,7 @@ Matrix Clip::Local(const aiNode& node, double seconds) const {
     const Vector position =
         At(channel.mPositionKeys, channel.mNumPositionKeys, time, Vector(0, 0, 0));
     const Vector scale = At(channel.mScalingKeys, channel.mNumScalingKeys, time, Vector(1, 1, 1));
-    return Matrix(scale, rotation, position);
+    return Compose(position, rotation, scale);
 }
 
 }  // namespace corpus

@@ -15,6 +15,9 @@ using Matrix = aiMatrix4x4t<double>;
 using Vector = aiVector3t<double>;
 using Rotation = aiQuaterniont<double>;
 
+// Scales first, then turns, then moves. (Assimp's constructor of these three scales last.)
+Matrix Compose(const Vector& translation, const Rotation& rotation, const Vector& scale);
+
 // The directions that the file calls right and up.
 struct View {
     Vector right{1, 0, 0}, up{0, 1, 0};

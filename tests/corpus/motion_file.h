@@ -17,7 +17,7 @@ struct Pose {
     Vector translation, scale{1, 1, 1};
     Rotation rotation;
 
-    Matrix ToMatrix() const { return Matrix(scale, rotation, translation); }
+    Matrix ToMatrix() const { return Compose(translation, rotation, scale); }
 };
 
 struct SampledTrack {
