@@ -193,11 +193,8 @@ int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files, 
         console.Report(SettingsFile(configDirectory).string(), "settings file");
     }
     WarnOfNames(options.scene, NameWarnings(loaded.scene), console);
-    ExportOutcome outcome{loaded.scene.nodes.size(),
-                          loaded.warnings.size(),
-                          NotExported(loaded.scene),
-                          {},
-                          loaded.coloredMeshes};
+    ExportOutcome outcome{
+        loaded.scene.nodes.size(), loaded.warnings.size(), {}, loaded.coloredMeshes};
     host.OpenScene(std::move(loaded.scene));
     const FileMark log(fs::current_path() / kLogName);
     DialogUser user(console, exportFile, options.choices, options.cancelDialog);

@@ -1,17 +1,11 @@
-// What a scene holds, by the words of the closing line.
+// What a scene holds that bounds an export.
 #pragma once
 
 #include <cstdint>
-#include <string>
-#include <vector>
 
 #include "host/sdk/scene_desc.h"
 
 namespace maxhost::app {
-
-// What of the scene this version does not export: those of morph targets, joint limits, wired
-// parameters and IK chains that it has, in this order. For a checked scene; linear.
-std::vector<std::string> NotExported(const scene::Scene& scene);
 
 // An export of more materials is refused: a few that refer to each other may stand for more than a
 // disk holds.

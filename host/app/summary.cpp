@@ -38,9 +38,6 @@ std::vector<std::string> Summarize(const std::vector<OutputFile>& files,
     if (outcome.warnings > 0) {
         lines.push_back(kta::Counted(outcome.warnings, "warning") + " from reading the scene");
     }
-    if (!outcome.notExported.empty()) {
-        lines.push_back("not exported by this version yet: " + kta::Joined(outcome.notExported));
-    }
     if (outcome.coloredMeshes > 0) {
         lines.push_back("not exported: vertex colours of " +
                         kta::Counted(outcome.coloredMeshes, "mesh"));

@@ -12,9 +12,8 @@ namespace maxhost::app {
 struct ExportOutcome {
     std::size_t sceneNodes = 0;
     std::size_t warnings = 0;
-    std::vector<std::string> notExported;  // see NotExported()
-    std::filesystem::path log;             // empty: this export wrote none
-    std::size_t coloredMeshes = 0;         // whose vertex colours are lost
+    std::filesystem::path log;      // empty: this export wrote none
+    std::size_t coloredMeshes = 0;  // whose vertex colours are lost
 };
 
 // The lines of the summary of files that were verified.

@@ -317,16 +317,6 @@ TEST_F(RunTest, NamesThatTheFilesCannotTellAreWarnedOf) {
               "parents by name: \"a\" (2 nodes)\n");
 }
 
-TEST_F(RunTest, WhatTheSceneHasAndIsNotExportedIsSaid) {
-    Write("s.maxscene.json",
-          R"({"maxscene": 1, "materials": [{"class": "standard", "name": "m"}],
-              "nodes": [{"name": "a", "object": {"class": "mesh", "vertices": [], "faces": []},
-                         "transform": {"class": "ikChain"},
-                         "modifiers": [{"class": "morpher"}]}]})");
-    EXPECT_THAT(Lines(Export().out),
-                testing::Contains("not exported by this version yet: morph targets, IK chains"));
-}
-
 TEST_F(RunTest, MaterialsWithoutEndAreRefused) {
     std::string materials;
     for (int i = 1; i < 64; ++i) {

@@ -1,96 +1,11 @@
 #include "host/app/scene_contents.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/unit/app/support.h"
 
 namespace maxhost::app {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
-
-// A scene whose second node is as `change` makes it.
-template <class Change>
-std::vector<std::string> NotExportedAfter(Change change) {
-    scene::Scene scene;
-    scene.nodes = {NamedNode("a"), NamedNode("b", 0)};
-    change(scene.nodes[1]);
-    return NotExported(scene);
-}
-
-std::vector<std::string> NotExportedWith(const scene::PrsTransform& transform) {
-    return NotExportedAfter([&](scene::Node& node) {
-        node.transform = scene::Transform{"", {}, transform};
-    });
-}
-
-scene::ThreeAxisController WithAxis(scene::FloatController axis) {
-    scene::ThreeAxes axes;
-    axes.axes[2] = std::move(axis);
-    return {"", {}, {}, axes};
-}
-
-scene::FloatController Keyed() {
-    return {"", {}, scene::BezierFloat{{scene::Key{}}, 0}};
-}
-
-TEST(NotExported, OfNodesAloneIsNothing) {
-    EXPECT_THAT(NotExported({}), IsEmpty());
-    EXPECT_THAT(NotExportedAfter([](scene::Node&) {}), IsEmpty());
-    EXPECT_THAT(NotExportedAfter([](scene::Node& node) { node.transform.reset(); }), IsEmpty());
-    EXPECT_THAT(NotExportedAfter([](scene::Node& node) {
-                    node.object = scene::Object{0x40, scene::ClassId{1, 2}, 1.0f, nullptr};
-                    node.modifiers = {{true, scene::OtherModifier{}}};
-                }),
-                IsEmpty());
-    EXPECT_THAT(NotExportedAfter([](scene::Node& node) {
-                    node.object = scene::Object{{}, {}, {}, std::make_shared<scene::Mesh>()};
-                    node.modifiers = {{true, scene::Skin{}}};
-                    node.referenceModifiers = {{true, scene::Physique{}}};
-                }),
-                IsEmpty());
-}
-
-TEST(NotExported, TellsWhatNodesHave) {
-    EXPECT_THAT(NotExportedAfter([](scene::Node& node) {
-                    node.modifiers = {{true, scene::Morpher{}}};
-                }),
-                ElementsAre("morph targets"));
-    EXPECT_THAT(NotExportedAfter([](scene::Node& node) {
-                    node.transform = scene::Transform{"", {}, scene::IkChainTransform{}};
-                }),
-                ElementsAre("IK chains"));
-}
-
-TEST(NotExported, MotionIsExported) {
-    scene::PrsTransform transform;
-    transform.position = WithAxis(Keyed());
-    transform.scale =
-        scene::ThreeAxisController{"", {}, {}, scene::BezierScale{{scene::Key3{}}, {1, 1, 1}}};
-    EXPECT_THAT(NotExportedWith(transform), IsEmpty());
-    EXPECT_THAT(NotExportedAfter([](scene::Node& node) {
-                    node.transform = scene::Transform{
-                        "", {}, scene::SampledTransform{{{0, scene::kIdentity}, {1, {}}}}};
-                }),
-                IsEmpty());
-}
-
-TEST(NotExported, LooksIntoListsAndTellsLimitsAndWires) {
-    scene::FloatList list;
-    list.items = {{1, std::make_shared<scene::FloatController>(Keyed())},
-                  {1, std::make_shared<scene::FloatController>(
-                          scene::FloatController{"", {}, scene::WireFloat{}})}};
-    scene::PrsTransform transform;
-    transform.rotation = WithAxis({"", {}, list});
-    EXPECT_THAT(NotExportedWith(transform), ElementsAre("wired parameters"));
-    transform.rotation->jointParams = scene::JointParams{};
-    transform.rotation->jointParams->isDefault = true;
-    EXPECT_THAT(NotExportedWith(transform), ElementsAre("wired parameters"));
-    transform.rotation->jointParams->isDefault = false;
-    EXPECT_THAT(NotExportedWith(transform), ElementsAre("joint limits", "wired parameters"));
-}
 
 // Each material but the last holds the next one twice.
 scene::Scene DoublingMaterials(int count) {

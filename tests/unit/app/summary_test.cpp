@@ -26,21 +26,19 @@ TEST_F(SummaryTest, CountsFilesChunksAndNodes) {
     Write("x.hdotemp1", support::FileHeader(true) + NodeChunk("a") + NodeChunk("b"));
     Write("x.hdotemp2", support::FileHeader(false));
     files.Verify();
-    const std::vector<std::string> lines =
-        Summarize(files.Files(), {3, 0, {"morph targets", "IK chains"}, Path("l.log")});
-    ASSERT_EQ(lines.size(), 5u);
+    const std::vector<std::string> lines = Summarize(files.Files(), {3, 0, Path("l.log")});
+    ASSERT_EQ(lines.size(), 4u);
     EXPECT_EQ(lines[0],
               Path("x.hdotemp1").string() + ": actor file, 1295 bytes, 2 chunks (2 node)");
     EXPECT_EQ(lines[1], Path("x.hdotemp2").string() + ": motion file, 7 bytes, 0 chunks");
     EXPECT_EQ(lines[2], Path("l.log").string() + ": log");
     EXPECT_EQ(lines[3], "exported 2 of 3 nodes");
-    EXPECT_EQ(lines[4], "not exported by this version yet: morph targets, IK chains");
 }
 
 TEST_F(SummaryTest, WarningsAreCountedAndMissingThingsLeftOut) {
     ExportFiles files(Path("x.hdo"));
     files.Verify();
-    const std::vector<std::string> lines = Summarize(files.Files(), {1, 2, {}, {}});
+    const std::vector<std::string> lines = Summarize(files.Files(), {1, 2, {}});
     ASSERT_EQ(lines.size(), 2u);
     EXPECT_EQ(lines[0], "exported 0 of 1 node");
     EXPECT_EQ(lines[1], "2 warnings from reading the scene");
@@ -49,9 +47,9 @@ TEST_F(SummaryTest, WarningsAreCountedAndMissingThingsLeftOut) {
 TEST_F(SummaryTest, LostVertexColoursAreSaid) {
     ExportFiles files(Path("x.hdo"));
     files.Verify();
-    EXPECT_EQ(Summarize(files.Files(), {1, 0, {}, {}, 1}).back(),
+    EXPECT_EQ(Summarize(files.Files(), {1, 0, {}, 1}).back(),
               "not exported: vertex colours of 1 mesh");
-    EXPECT_EQ(Summarize(files.Files(), {1, 0, {"motion"}, {}, 3}).back(),
+    EXPECT_EQ(Summarize(files.Files(), {1, 0, {}, 3}).back(),
               "not exported: vertex colours of 3 meshes");
 }
 
