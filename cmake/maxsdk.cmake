@@ -1,11 +1,17 @@
-# The plug-in alone, against the 3ds Max SDK as it is installed: MAXSDK_DIR holds include/ and
-# x64/lib/. Meant for Visual C++ 2008, whose dialect and run-time library 3ds Max 2012 asks for.
+# The plug-in alone, against the 3ds Max SDK as it is installed: MAXSDK_DIR holds include/, x64/lib/
+# and, for the Morpher's channels, samples/modifiers/morpher/include/. Meant for Visual C++ 2008,
+# whose dialect and run-time library 3ds Max 2012 asks for.
 
 set(maxsdk_library_dir ${MAXSDK_DIR}/x64/lib)
-set(maxsdk_libraries core maxutil geom mesh paramblk2 bmm)
+set(maxsdk_libraries core maxutil geom mesh paramblk2 bmm Morpher)
+set(maxsdk_morpher_dir ${MAXSDK_DIR}/samples/modifiers/morpher/include)
 
 if(NOT EXISTS ${MAXSDK_DIR}/include/max.h)
     message(FATAL_ERROR "MAXSDK_DIR: no ${MAXSDK_DIR}/include/max.h, expected the 3ds Max SDK's folder")
+endif()
+if(NOT EXISTS ${maxsdk_morpher_dir}/MorpherApi.h)
+    message(FATAL_ERROR "MAXSDK_DIR: no ${maxsdk_morpher_dir}/MorpherApi.h, expected the SDK's "
+                        "samples there")
 endif()
 foreach(library IN LISTS maxsdk_libraries)
     if(NOT EXISTS ${maxsdk_library_dir}/${library}.lib)
@@ -20,7 +26,7 @@ set(CMAKE_MSVC_RUNTIME_LIBRARY MultiThreadedDLL)
 
 # The names that src/ links to.
 add_library(maxsdk INTERFACE)
-target_include_directories(maxsdk SYSTEM INTERFACE ${MAXSDK_DIR}/include)
+target_include_directories(maxsdk SYSTEM INTERFACE ${MAXSDK_DIR}/include ${maxsdk_morpher_dir})
 add_library(maxhost INTERFACE)
 foreach(library IN LISTS maxsdk_libraries)
     target_link_libraries(maxhost INTERFACE ${maxsdk_library_dir}/${library}.lib)

@@ -14,11 +14,15 @@ import sys
 
 import export_table
 
-LIBRARIES = ("core", "maxutil", "geom", "mesh", "paramblk2", "bmm")
+LIBRARIES = ("core", "maxutil", "geom", "mesh", "paramblk2", "bmm", "Morpher")
 
 
 def arrange(sdk, source, host_library):
     shutil.copytree(source / "host/sdk/include", sdk / "include")
+    morpher = sdk / "samples/modifiers/morpher/include"
+    morpher.mkdir(parents=True)
+    for header in sorted((sdk / "include").glob("Morpher*.h")):
+        header.rename(morpher / header.name)
     libraries = sdk / "x64/lib"
     libraries.mkdir(parents=True)
     for name in LIBRARIES:
@@ -83,6 +87,7 @@ def main():
     builds(arguments, sdk, arguments.work / "build")
     refuses(arguments, sdk, arguments.work, "include/max.h")
     refuses(arguments, sdk, arguments.work, "x64/lib/mesh.lib")
+    refuses(arguments, sdk, arguments.work, "samples/modifiers/morpher/include/MorpherApi.h")
     return 0
 
 
