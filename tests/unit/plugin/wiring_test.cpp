@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 #include <max.h>
 
+#include "array_storage.h"
+#include "host/sdk/host.h"
 #include "tests/support/kta_bytes.h"
 #include "tests/unit/plugin/rig_scene.h"
+#include "tests/unit/plugin/streamed_exporter.h"
 
 namespace {
 
@@ -445,6 +448,63 @@ TEST(Wiring, StandsBehindTheNodesMeshAndIsNoPartOfTheMotionFile) {
     const ExportRun run = Export(SceneOf({XNode("D", Named("d")), follower}));
     EXPECT_EQ(support::ChunkIds(run), (std::vector<std::uint32_t>{0, 0, 3, 8, 14, 10}));
     EXPECT_EQ(run.motion.value().find("X_Position"), std::string::npos);
+}
+
+// ---------------------------------------------------------------- cost
+
+class WireExporter : public support::StreamedExporter {
+  public:
+    // Of all nodes of the open scene.
+    void ExportAll() {
+        for (INode* node : maxhost::Host::Instance().Nodes()) {
+            ExportWires(node);
+        }
+    }
+    PendingWires& Pending() { return pendingWires; }
+};
+
+constexpr int kNodes = 10000;
+constexpr long kRecordSize = 12 + 1116;
+
+TEST(WiringCost, ChannelsOfAllNodesAreKeptInLittleMemoryAndSearchedNowhere) {
+    const scene::ThreeAxisController axes = Axes(1, 2, 3);
+    Node node = MakeNode("n");
+    node.transform = Prs(axes, axes, axes);
+    maxhost::Host::Instance().OpenScene(SceneOf(std::vector<Node>(kNodes, node)));
+    WireExporter exporter;
+    const ArrayStorage storage;
+    exporter.ExportAll();
+    EXPECT_EQ(exporter.Pending().Count(), 9 * kNodes);
+    EXPECT_EQ(exporter.Pending().NumVisited(), 0u);
+    EXPECT_LT(storage.Peak(), 100u * 9 * kNodes);
+    EXPECT_EQ(exporter.Size(), 0);
+    exporter.Pending().Clear();
+    maxhost::Host::Instance().CloseScene();
+}
+
+TEST(WiringCost, LookUpsGrowWithTheWires) {
+    // A chain whose nodes follow the next one, a driver with followers behind it and before it.
+    std::vector<Node> chain, before, behind;
+    behind.push_back(XNode("d", Named("d")));
+    for (int i = 0; i < kNodes; ++i) {
+        const std::string id = std::to_string(i);
+        chain.push_back(XNode("n", Follow(std::to_string((i + 1) % kNodes), "e", id)));
+        before.push_back(XNode("n", Follow("d", "e", id)));
+        behind.push_back(before.back());
+    }
+    before.push_back(XNode("d", Named("d")));
+    const struct {
+        const std::vector<Node>& nodes;
+        int records;
+    } rows[] = {{chain, kNodes}, {before, kNodes}, {behind, 1}};
+    for (const auto& row : rows) {
+        maxhost::Host::Instance().OpenScene(SceneOf(row.nodes));
+        WireExporter exporter;
+        exporter.ExportAll();
+        EXPECT_EQ(exporter.Size(), row.records * kRecordSize);
+        EXPECT_LE(exporter.Pending().NumVisited(), 6u * kNodes);
+        maxhost::Host::Instance().CloseScene();
+    }
 }
 
 }  // namespace
