@@ -198,7 +198,7 @@ void AnimatedChain::Append(const Matrix4& fixed) {
 
 void AnimatedChain::Append(const Channel& channel, double stillness) {
     if (IsStill(channel, stillness)) {
-        Append(channel.At(channel.position.keys.front().time));
+        Append(channel.At(0));
     } else {
         moving_.push_back(channel);
         fixed_.emplace_back();

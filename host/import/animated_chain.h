@@ -20,8 +20,8 @@ struct Pose {
 class AnimatedChain {
   public:
     // The product goes on, on the right, with a fixed transform or with one that moves (or does
-    // not: a channel that stands still counts as fixed). A tolerance for the position of the
-    // latter; lengths below it are no motion.
+    // not: a channel that stands still counts as fixed where it is at time 0). A tolerance for the
+    // position of the latter; lengths below it are no motion.
     void Append(const Matrix4& fixed);
     void Append(const Channel& channel, double stillness);
 

@@ -5,15 +5,20 @@ if(NOT WIN32)
         animated_chain.cpp
         animation_curves.cpp
         assimp_animation.cpp
+        assimp_bones.cpp
         assimp_channels.cpp
         assimp_import.cpp
         assimp_material.cpp
         assimp_mesh.cpp
+        assimp_morph.cpp
+        assimp_pose.cpp
         assimp_roles.cpp
         assimp_scene.cpp
+        assimp_skin.cpp
         assimp_text.cpp
         assimp_time.cpp
         assimp_tree.cpp
+        assimp_vertices.cpp
         euler_angles.cpp
         gltf_animation.cpp
         gltf_file.cpp

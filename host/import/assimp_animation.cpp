@@ -80,10 +80,6 @@ class SceneWriter {
         return {{}, {}, std::move(prs)};
     }
 
-    scene::Transform TransformOf(const Matrix4& matrix) {
-        return {{}, {}, scene::MatrixTransform{RowMatrix(matrix, notFinite_)}};
-    }
-
   private:
     float Rounded(double number) {
         const bool isFinite = std::abs(number) <= std::numeric_limits<float>::max();
@@ -227,7 +223,7 @@ Matrix4 ColumnMatrix(const scene::Matrix& rows) {
     return m;
 }
 
-const scene::Matrix& RestOf(const scene::Node& node) {
+const scene::Matrix& StartOf(const scene::Node& node) {
     return std::get<scene::MatrixTransform>(node.transform->kind).matrix;
 }
 
@@ -239,7 +235,7 @@ Vector ToVector(const scene::Vec3& v) {
     return {v[0], v[1], v[2]};
 }
 
-// Of the nodes' places and vertices at rest.
+// Of the nodes' places and vertices at tick 0.
 double DiagonalOf(const std::vector<scene::Node>& nodes) {
     constexpr double kNone = std::numeric_limits<double>::infinity();
     Vector least(kNone), most(-kNone);
@@ -249,7 +245,7 @@ double DiagonalOf(const std::vector<scene::Node>& nodes) {
     };
     std::vector<Matrix4> worlds;
     for (const scene::Node& node : nodes) {
-        const Matrix4 local = ColumnMatrix(RestOf(node));
+        const Matrix4 local = ColumnMatrix(StartOf(node));
         worlds.push_back(node.parent == scene::kNone
                              ? local
                              : worlds[static_cast<std::size_t>(node.parent)] * local);
@@ -286,8 +282,6 @@ class Animator {
         for (std::size_t i = 0; i < chains_.size(); ++i) {
             if (chains_[i].Moves()) {
                 Animate(i, writer);
-            } else if (HasChannel(tree_.nodes[i])) {
-                nodes_[i].transform = writer.TransformOf(chains_[i].At(0));
             }
         }
         warnings_.Add("numbers of animations beyond what a float holds replaced by 0", "",
@@ -302,24 +296,11 @@ class Animator {
         int below = 0;     // on the longest way down, the node's not counted
     };
 
-    bool HasChannel(const SourceNode& node) const {
-        return std::any_of(node.links.begin(), node.links.end(), [&](const auto& link) {
-            return link.node && channels_.contains(link.node);
-        });
-    }
-
     AnimatedChain ChainOf(std::size_t i) const {
         constexpr double kStillness = 1e-6;  // of the scene's diagonal
         AnimatedChain chain;
         chain.Append(frames_[i].before);
-        for (const SourceNode::Link& link : tree_.nodes[i].links) {
-            const auto channel = channels_.find(link.node);
-            if (channel == channels_.end()) {
-                chain.Append(tree_.turn.Conjugate(link.matrix));
-            } else {
-                chain.Append(Turned(channel->second, tree_.turn), kStillness * diagonal_);
-            }
-        }
+        AppendLocal(chain, tree_.nodes[i], channels_, tree_.turn, kStillness * diagonal_);
         chain.Append(frames_[i].after);
         return chain;
     }

@@ -237,4 +237,27 @@ Channels ReadChannels(const aiScene& scene, std::size_t clip, SourceFormat forma
     return ChannelReader(scene, format, ticksPerSecond, warnings).Read(clip, path);
 }
 
+void AppendLocal(AnimatedChain& chain, const SourceNode& node, const Channels& channels,
+                 const AxisTurn& turn, double stillness) {
+    for (const SourceNode::Link& link : node.links) {
+        const auto channel = channels.find(link.node);
+        if (channel == channels.end()) {
+            chain.Append(turn.Conjugate(link.matrix));
+        } else {
+            chain.Append(Turned(channel->second, turn), stillness);
+        }
+    }
+}
+
+std::vector<Matrix4> LocalsAtStart(const SourceTree& tree, const Channels& channels) {
+    std::vector<Matrix4> locals;
+    locals.reserve(tree.nodes.size());
+    for (const SourceNode& node : tree.nodes) {
+        AnimatedChain chain;
+        AppendLocal(chain, node, channels, AxisTurn(), 0);
+        locals.push_back(chain.At(0));
+    }
+    return locals;
+}
+
 }  // namespace maxhost::import

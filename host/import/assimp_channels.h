@@ -6,7 +6,9 @@
 #include <cstddef>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
+#include "host/import/animated_chain.h"
 #include "host/import/animation_curves.h"
 #include "host/import/assimp_tree.h"
 #include "host/import/import_warnings.h"
@@ -23,5 +25,13 @@ using Channels = std::unordered_map<const aiNode*, Channel>;
 // not finite or beyond the range of times, channels of no node, and what moves no node.
 Channels ReadChannels(const aiScene& scene, std::size_t clip, SourceFormat format,
                       const std::string& path, double ticksPerSecond, ImportWarnings& warnings);
+
+// Appends the node's local matrix over time, after the turn, to the chain. `stillness` as there.
+void AppendLocal(AnimatedChain& chain, const SourceNode& node, const Channels& channels,
+                 const AxisTurn& turn, double stillness);
+
+// The matrices of the tree's nodes at tick 0, relative to their parents and before the turn: where
+// their channels put them, else as the file has them at rest.
+std::vector<Matrix4> LocalsAtStart(const SourceTree& tree, const Channels& channels);
 
 }  // namespace maxhost::import

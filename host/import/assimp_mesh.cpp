@@ -2,11 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <optional>
 #include <string>
 #include <utility>
 
@@ -20,29 +18,6 @@ namespace maxhost::import {
 namespace {
 
 // ---------------------------------------------------------------- parts of a mesh
-
-// Takes normals where the matrix takes positions, up to their length.
-struct NormalTurn {
-    explicit NormalTurn(const Matrix4& m) {
-        const double side = m.Determinant() < 0 ? -1 : 1;
-        for (int row = 0; row < 3; ++row) {
-            for (int column = 0; column < 3; ++column) {
-                const int r1 = (row + 1) % 3, r2 = (row + 2) % 3;
-                const int c1 = (column + 1) % 3, c2 = (column + 2) % 3;
-                cofactors[row][column] = side * (m[r1][c1] * m[r2][c2] - m[r1][c2] * m[r2][c1]);
-            }
-        }
-    }
-
-    aiVector3t<double> Apply(const aiVector3t<double>& n) const {
-        const auto row = [&](std::size_t i) {
-            return cofactors[i][0] * n.x + cofactors[i][1] * n.y + cofactors[i][2] * n.z;
-        };
-        return {row(0), row(1), row(2)};
-    }
-
-    std::array<std::array<double, 3>, 3> cofactors;
-};
 
 // A map channel in the making: pairs that are bit for bit the same become one map vertex.
 class ChannelBuilder {
@@ -83,57 +58,51 @@ bool HasThirdCoordinate(const aiMesh& piece, int uv) {
 
 class MeshBuilder {
   public:
-    // `geometric` moves the vertices before the turn; both must outlive the builder.
-    MeshBuilder(const AxisTurn& turn, const std::optional<Matrix4>& geometric,
-                ImportWarnings& warnings)
-        : turn_(turn), geometric_(geometric), warnings_(warnings) {
-        if (geometric_) {
-            normalTurn_.emplace(*geometric_);
-        }
-    }
+    MeshBuilder(const MeshSource& source, std::size_t node)
+        : warnings_(source.warnings), vertices_(source, node) {}
 
     // The piece's triangles, with their places among the source vertices, if the piece comes next;
     // warns of all that the piece has beside them. `name` is the piece's for messages.
     std::vector<scene::Face> TrianglesOf(const aiMesh& piece, const std::string& name);
 
     // Appends the piece with these triangles and this material id.
-    void Append(const aiMesh& piece, const std::string& name,
-                const std::vector<scene::Face>& triangles, std::uint16_t material);
+    void Append(const aiMesh& piece, const std::string& name, std::vector<scene::Face> triangles,
+                std::uint16_t material);
 
-    std::shared_ptr<const scene::Mesh> Finish();
+    // The mesh with its modifiers.
+    NodeMesh Finish();
 
   private:
-    float Finite(double number) {
-        if (std::abs(number) <= std::numeric_limits<float>::max()) {
-            return static_cast<float>(number);
-        }
-        ++notFinite_;
-        return 0;
-    }
+    void AddChannel(const aiMesh& piece, int uv, const std::vector<scene::Face>& triangles,
+                    std::size_t& notFinite);
+    std::vector<std::uint32_t> JoinVertices(const SourceVertices& source, bool byNormal,
+                                            scene::Mesh& mesh) const;
 
-    void AddPositions(const aiMesh& piece);
-    void AddNormals(const aiMesh& piece, const std::string& name);
-    void AddChannel(const aiMesh& piece, int uv, const std::vector<scene::Face>& triangles);
-    std::optional<scene::Vec3> NormalOf(const aiVector3D& n) const;
-    void JoinVertices(scene::Mesh& mesh, bool byNormal) const;
-
-    const AxisTurn& turn_;
-    const std::optional<Matrix4>& geometric_;
-    std::optional<NormalTurn> normalTurn_;
     ImportWarnings& warnings_;
-    SourceVertices source_;
+    NodeVertices vertices_;
     std::vector<scene::Face> faces_;  // of source vertices
     std::map<int, ChannelBuilder> channels_;
-    std::size_t notFinite_ = 0;
 };
 
+// A mirroring that the vertices take on turns the faces over; one that stays in a node's matrix
+// does not.
+void TurnOver(std::vector<scene::Face>& triangles, const std::vector<bool>& mirrored,
+              std::size_t first) {
+    for (scene::Face& triangle : triangles) {
+        if (!mirrored.empty() && mirrored[triangle.v[0] - first]) {
+            std::swap(triangle.v[1], triangle.v[2]);
+        }
+    }
+}
+
 void MeshBuilder::Append(const aiMesh& piece, const std::string& name,
-                         const std::vector<scene::Face>& triangles, std::uint16_t material) {
-    notFinite_ = 0;
-    std::size_t cutSets = 0;
+                         std::vector<scene::Face> triangles, std::uint16_t material) {
+    std::size_t notFinite = 0, cutSets = 0;
+    const std::size_t first = vertices_.Count();
+    TurnOver(triangles, vertices_.Append(piece, name, notFinite), first);
     for (int uv = 0; uv < AI_MAX_NUMBER_OF_TEXTURECOORDS; ++uv) {
         if (piece.mTextureCoords[uv]) {
-            AddChannel(piece, uv, triangles);
+            AddChannel(piece, uv, triangles, notFinite);
             cutSets += HasThirdCoordinate(piece, uv) ? 1 : 0;
         }
     }
@@ -141,120 +110,70 @@ void MeshBuilder::Append(const aiMesh& piece, const std::string& name,
     for (const scene::Face& triangle : triangles) {
         faces_.push_back({triangle.v, 0, material});
     }
-    source_.marks.Append(piece, source_.positions.size());
-    AddPositions(piece);
-    AddNormals(piece, name);
-    warnings_.Add("numbers that are not finite replaced by 0", "mesh " + name, notFinite_);
+    warnings_.Add("numbers that are not finite replaced by 0", "mesh " + name, notFinite);
 }
 
-void MeshBuilder::AddPositions(const aiMesh& piece) {
-    for (unsigned i = 0; i < piece.mNumVertices; ++i) {
-        const aiVector3D& v = piece.mVertices[i];
-        scene::Vec3 finite{Finite(v.x), Finite(v.y), Finite(v.z)};
-        if (geometric_) {
-            const auto moved = *geometric_ * aiVector3t<double>(finite[0], finite[1], finite[2]);
-            finite = {Finite(moved.x), Finite(moved.y), Finite(moved.z)};
-        }
-        source_.positions.push_back(turn_.Apply(finite));
-    }
-}
-
-// None where the numbers have no direction.
-std::optional<scene::Vec3> MeshBuilder::NormalOf(const aiVector3D& n) const {
-    aiVector3t<double> normal(n.x, n.y, n.z);
-    if (normalTurn_) {
-        normal = normalTurn_->Apply(normal);
-    }
-    const double length = std::hypot(normal.x, normal.y, normal.z);
-    if (!(length > 0) || !std::isfinite(length)) {
-        return std::nullopt;
-    }
-    return turn_.Apply({static_cast<float>(normal.x / length),
-                        static_cast<float>(normal.y / length),
-                        static_cast<float>(normal.z / length)});
-}
-
-// The piece's positions are there already.
-void MeshBuilder::AddNormals(const aiMesh& piece, const std::string& name) {
-    const std::size_t end = source_.positions.size();
-    if (piece.mNormals) {
-        source_.normals.resize(end - piece.mNumVertices);
-        std::size_t without = 0;
-        for (unsigned i = 0; i < piece.mNumVertices; ++i) {
-            const std::optional<scene::Vec3> normal = NormalOf(piece.mNormals[i]);
-            without += normal ? 0 : 1;
-            source_.normals.push_back(normal.value_or(scene::Vec3{}));
-        }
-        warnings_.AddOf("normals without a direction left out", "mesh", name, without);
-    } else if (!source_.normals.empty()) {
-        source_.normals.resize(end);
-    }
-}
-
-// The map faces of the piece, whose triangles come next.
-void MeshBuilder::AddChannel(const aiMesh& piece, int uv,
-                             const std::vector<scene::Face>& triangles) {
+// The map faces of the piece, whose vertices are there already and whose triangles come next.
+void MeshBuilder::AddChannel(const aiMesh& piece, int uv, const std::vector<scene::Face>& triangles,
+                             std::size_t& notFinite) {
     ChannelBuilder& channel = channels_[uv + 1];
     channel.FillUp(faces_.size());
     std::vector<std::uint32_t> ids(piece.mNumVertices);
     for (unsigned i = 0; i < piece.mNumVertices; ++i) {
         const aiVector3D& coordinate = piece.mTextureCoords[uv][i];
-        ids[i] = channel.VertexOf({Finite(coordinate.x), Finite(coordinate.y)});
+        ids[i] = channel.VertexOf(
+            {FiniteFloat(coordinate.x, notFinite), FiniteFloat(coordinate.y, notFinite)});
     }
-    const std::size_t first = source_.positions.size();
+    const std::size_t first = vertices_.Count() - piece.mNumVertices;
     for (const scene::Face& triangle : triangles) {
         channel.AddFace(
             {ids[triangle.v[0] - first], ids[triangle.v[1] - first], ids[triangle.v[2] - first]});
     }
 }
 
-void MeshBuilder::JoinVertices(scene::Mesh& mesh, bool byNormal) const {
-    const JoinedVertices joined = Join(source_, byNormal);
+// Returns the source vertex of each vertex.
+std::vector<std::uint32_t> MeshBuilder::JoinVertices(const SourceVertices& source, bool byNormal,
+                                                     scene::Mesh& mesh) const {
+    JoinedVertices joined = Join(source, byNormal);
     mesh.vertices.clear();
     mesh.vertices.reserve(joined.firstOf.size());
     for (const std::uint32_t first : joined.firstOf) {
         const auto id = static_cast<std::uint32_t>(mesh.vertices.size());
-        mesh.vertices.push_back(source_.positions[first]);
-        if (byNormal && source_.normals[first] != scene::Vec3{}) {
-            mesh.normals.emplace_hint(mesh.normals.end(), id, source_.normals[first]);
+        mesh.vertices.push_back(source.positions[first]);
+        if (byNormal && source.normals[first] != scene::Vec3{}) {
+            mesh.normals.emplace_hint(mesh.normals.end(), id, source.normals[first]);
         }
     }
     mesh.faces = faces_;
     for (scene::Face& face : mesh.faces) {
         face.v = {joined.idOf[face.v[0]], joined.idOf[face.v[1]], joined.idOf[face.v[2]]};
     }
+    return std::move(joined.firstOf);
 }
 
-std::shared_ptr<const scene::Mesh> MeshBuilder::Finish() {
+NodeMesh MeshBuilder::Finish() {
+    NodeMesh made;
     const auto mesh = std::make_shared<scene::Mesh>();
     for (auto& [number, channel] : channels_) {
         channel.FillUp(faces_.size());
         mesh->channels.emplace(number, channel.Take());
     }
     channels_.clear();
-    JoinVertices(*mesh, false);
-    if (!source_.normals.empty() && !FindSmoothingGroups(*mesh, source_.normals, faces_)) {
-        JoinVertices(*mesh, true);
+    const SourceVertices& source = vertices_.Finish();
+    std::vector<std::uint32_t> vertices = JoinVertices(source, false, *mesh);
+    if (!source.normals.empty() && !FindSmoothingGroups(*mesh, source.normals, faces_)) {
+        vertices = JoinVertices(source, true, *mesh);
     }
-    return mesh;
-}
-
-std::size_t CountWeights(const aiMesh& piece) {
-    std::size_t count = 0;
-    for (unsigned i = 0; i < piece.mNumBones; ++i) {
-        count += piece.mBones[i]->mNumWeights;
-    }
-    return count;
+    made.modifiers = vertices_.ModifiersFor(vertices);
+    made.mesh = mesh;
+    return made;
 }
 
 std::vector<scene::Face> MeshBuilder::TrianglesOf(const aiMesh& piece, const std::string& name) {
     const std::string subject = "mesh " + name;
     std::size_t pointsAndLines = 0, polygons = 0, outOfRange = 0;
     const unsigned vertices = piece.mVertices ? piece.mNumVertices : 0;
-    const auto first = static_cast<std::uint32_t>(source_.positions.size());
-    // A mirroring that the vertices take on turns the faces over; one that stays in a node's
-    // matrix does not.
-    const int second = geometric_ && geometric_->Determinant() < 0 ? 2 : 1;
+    const auto first = static_cast<std::uint32_t>(vertices_.Count());
     std::vector<scene::Face> triangles;
     triangles.reserve(piece.mFaces ? piece.mNumFaces : 0);
     for (unsigned i = 0; piece.mFaces && i < piece.mNumFaces; ++i) {
@@ -265,7 +184,7 @@ std::vector<scene::Face> MeshBuilder::TrianglesOf(const aiMesh& piece, const std
         } else if (std::max({v[0], v[1], v[2]}) >= vertices) {
             ++outOfRange;
         } else {
-            triangles.push_back({{first + v[0], first + v[second], first + v[3 - second]}, 0, 0});
+            triangles.push_back({{first + v[0], first + v[1], first + v[2]}, 0, 0});
         }
     }
     warnings_.AddOf("vertices without faces left out", "mesh", name,
@@ -274,8 +193,6 @@ std::vector<scene::Face> MeshBuilder::TrianglesOf(const aiMesh& piece, const std
     warnings_.Add("polygons that could not be cut into triangles left out", subject, polygons);
     warnings_.Add("faces with a vertex number out of range left out", subject, outOfRange);
     warnings_.Add("vertex colour sets left out", subject, piece.GetNumColorChannels());
-    warnings_.Add("bone weights left out", subject, CountWeights(piece));
-    warnings_.Add("morph targets left out", subject, piece.mNumAnimMeshes);
     return triangles;
 }
 
@@ -301,46 +218,62 @@ std::string ShownName(const aiMesh& mesh, unsigned index) {
 
 }  // namespace
 
-const NodeMesh& MeshFactory::Of(const SourceNode& node) {
+NodeMesh MeshFactory::Of(std::size_t index) {
+    const SourceNode& node = source_.tree.nodes[index];
+    const aiNode& shown = *node.node;
     Key key;
-    key.first.assign(node.node->mMeshes, node.node->mMeshes + node.node->mNumMeshes);
+    key.first.assign(shown.mMeshes, shown.mMeshes + shown.mNumMeshes);
     if (node.geometric) {
         key.second.assign((*node.geometric)[0], (*node.geometric)[0] + 16);
     }
+    for (const unsigned piece : key.first) {
+        if (piece < source_.scene.mNumMeshes) {
+            const aiMesh& mesh = *source_.scene.mMeshes[piece];
+            if (mesh.mNumBones > 0) {
+                return Build(index);
+            }
+            const std::vector<double> weights = source_.pose.MorphWeightsOf(index, mesh).values;
+            key.second.insert(key.second.end(), weights.begin(), weights.end());
+        }
+    }
     const auto found = made_.find(key);
     return found != made_.end() ? found->second
-                                : made_.emplace(std::move(key), Build(node)).first->second;
+                                : made_.emplace(std::move(key), Build(index)).first->second;
 }
 
-NodeMesh MeshFactory::Build(const SourceNode& node) {
-    NodeMesh made;
-    MeshBuilder builder(turn_, node.geometric, warnings_);
+NodeMesh MeshFactory::Build(std::size_t index) {
+    const aiScene& scene = source_.scene;
+    const aiNode& node = *source_.tree.nodes[index].node;
+    MeshBuilder builder(source_, index);
+    std::vector<unsigned> materials;
     std::map<unsigned, std::uint16_t> ids;
     constexpr std::size_t kMostVertices = std::numeric_limits<std::uint32_t>::max();
     std::size_t vertices = 0, faces = 0;
     bool isColored = false;
-    for (unsigned i = 0; i < node.node->mNumMeshes; ++i) {
-        const unsigned index = node.node->mMeshes[i];
-        if (index >= scene_.mNumMeshes) {
-            warnings_.Add("references to meshes that do not exist left out",
-                          "node " + Quoted(TextOf(node.node->mName)));
+    for (unsigned i = 0; i < node.mNumMeshes; ++i) {
+        const unsigned number = node.mMeshes[i];
+        if (number >= scene.mNumMeshes) {
+            source_.warnings.Add("references to meshes that do not exist left out",
+                                 "node " + Quoted(TextOf(node.mName)));
             continue;
         }
-        const aiMesh& piece = *scene_.mMeshes[index];
+        const aiMesh& piece = *scene.mMeshes[number];
         vertices += piece.mNumVertices;
         faces += piece.mNumFaces;
         if (vertices > kMostVertices || faces > kMostVertices / 3) {
             throw ImportError("a node has more than 4294967295 vertices or 1431655765 faces");
         }
         isColored = isColored || piece.GetNumColorChannels() > 0;
-        const std::string name = ShownName(piece, index);
-        const std::vector<scene::Face> triangles = builder.TrianglesOf(piece, name);
+        const std::string name = ShownName(piece, number);
+        std::vector<scene::Face> triangles = builder.TrianglesOf(piece, name);
         if (!triangles.empty()) {
-            builder.Append(piece, name, triangles, IdOf(piece.mMaterialIndex, made.materials, ids));
+            builder.Append(piece, name, std::move(triangles),
+                           IdOf(piece.mMaterialIndex, materials, ids));
         }
     }
     coloredMeshes_ += isColored ? 1 : 0;
-    made.mesh = builder.Finish();
+    NodeMesh made = builder.Finish();
+    made.materials = std::move(materials);
     return made;
 }
 

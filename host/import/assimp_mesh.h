@@ -1,16 +1,13 @@
 // Triangle meshes out of the pieces that Assimp splits a node's mesh into, one a material.
 #pragma once
 
-#include <assimp/scene.h>
-
 #include <cstddef>
 #include <map>
 #include <memory>
 #include <utility>
 #include <vector>
 
-#include "host/import/assimp_tree.h"
-#include "host/import/import_warnings.h"
+#include "host/import/assimp_vertices.h"
 #include "host/sdk/scene_desc.h"
 
 namespace maxhost::import {
@@ -18,20 +15,23 @@ namespace maxhost::import {
 struct NodeMesh {
     std::shared_ptr<const scene::Mesh> mesh;
     std::vector<unsigned> materials;  // of the Assimp scene; a face's material id points in here
+    std::vector<scene::Modifier> modifiers;
 };
 
-// Nodes that show the same pieces share one mesh. Keeps references to what it is made with.
+// Nodes that show the same pieces share one mesh, unless bones move it.
 class MeshFactory {
   public:
-    MeshFactory(const aiScene& scene, const AxisTurn& turn, ImportWarnings& warnings)
-        : scene_(scene), turn_(turn), warnings_(warnings) {}
+    explicit MeshFactory(const MeshSource& source) : source_(source) {}
 
-    // The node must have meshes. Vertices of its pieces that are one (see source_vertices.h) are
-    // joined. Normals that the file gives come back within 1 degree, in its own unit of length: by
-    // smoothing groups or, where none do that, by a vertex for each place and normal with that as
-    // its specified normal. Faces without normals in the file have no smoothing group and show
-    // their own. Map channel i + 1 holds set i of the texture coordinates.
-    const NodeMesh& Of(const SourceNode& node);
+    // The node must have meshes. Vertices are where they are at tick 0, moved by bones and morph
+    // targets, in the node's space; so are the points of morph channels, each with its target alone
+    // at full weight. Faces that lie in a mirrored part are turned over. Vertices of its pieces
+    // that are one (see source_vertices.h) are joined. Normals that the file gives come back within
+    // 1 degree, in its own unit of length: by smoothing groups or, where none do that, by a vertex
+    // for each place and normal with that as its specified normal. Faces without normals in the
+    // file have no smoothing group and show their own. Map channel i + 1 holds set i of the texture
+    // coordinates.
+    NodeMesh Of(std::size_t node);
 
     // How many of the meshes so far have vertex colours in the file.
     std::size_t ColoredMeshes() const { return coloredMeshes_; }
@@ -39,11 +39,9 @@ class MeshFactory {
   private:
     using Key = std::pair<std::vector<unsigned>, std::vector<double>>;
 
-    NodeMesh Build(const SourceNode& node);
+    NodeMesh Build(std::size_t node);
 
-    const aiScene& scene_;
-    const AxisTurn turn_;
-    ImportWarnings& warnings_;
+    const MeshSource source_;
     std::map<Key, NodeMesh> made_;
     std::size_t coloredMeshes_ = 0;
 };

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -25,10 +24,9 @@ class RoleFinder {
         }
     }
 
-    std::vector<Role> Find(const aiScene& scene, SourceFormat format) {
-        FindBones(scene);
-        for (Role& role : roles_) {
-            role.isBone = role.isBone || format == SourceFormat::bvh;
+    std::vector<Role> Find(const aiScene& scene, SourceFormat format, const BoneNodes& bones) {
+        for (std::size_t i = 0; i < roles_.size(); ++i) {
+            roles_[i].isBone = bones.IsBone(i) || format == SourceFormat::bvh;
         }
         for (unsigned i = 0; i < scene.mNumCameras; ++i) {
             Place(scene.mCameras[i], &Role::camera, "camera");
@@ -40,39 +38,6 @@ class RoleFinder {
     }
 
   private:
-    void FindBones(const aiScene& scene) {
-        std::set<std::string_view> known;
-        for (unsigned i = 0; i < scene.mNumMeshes; ++i) {
-            for (unsigned k = 0; k < scene.mMeshes[i]->mNumBones; ++k) {
-                const aiString& name = scene.mMeshes[i]->mBones[k]->mName;
-                if (known.insert(name.C_Str()).second) {
-                    FindBone(name);
-                }
-            }
-        }
-    }
-
-    void FindBone(const aiString& name) {
-        const auto found = byName_.find(name.C_Str());
-        const std::string subject = "bone " + Quoted(TextOf(name));
-        if (found == byName_.end()) {
-            warnings_.Add("left out, there is no such node", subject);
-            return;
-        }
-        const auto& nodes = found->second;
-        const auto bare = std::find_if(nodes.begin(), nodes.end(), [&](std::size_t i) {
-            return tree_.nodes[i].node->mNumMeshes == 0;
-        });
-        const bool hasBare = bare != nodes.end();
-        if (nodes.size() > 1) {
-            warnings_.Add(hasBare
-                              ? "several nodes have this name, the first without a mesh is taken"
-                              : "several nodes have this name, the first is taken",
-                          subject);
-        }
-        roles_[hasBare ? *bare : nodes.front()].isBone = true;
-    }
-
     // Ties the item to the first node of its name that has none of its kind yet; like-named cameras
     // stand at like-named nodes.
     template <typename Item>
@@ -165,8 +130,8 @@ bool IsPlacedByNode(const SourceNode& node, SourceFormat format) {
 }  // namespace
 
 std::vector<Role> FindRoles(const aiScene& scene, const SourceTree& tree, SourceFormat format,
-                            ImportWarnings& warnings) {
-    return RoleFinder(tree, warnings).Find(scene, format);
+                            const BoneNodes& bones, ImportWarnings& warnings) {
+    return RoleFinder(tree, warnings).Find(scene, format, bones);
 }
 
 Role ShownBeside(const SourceNode& node, const Role& role) {

@@ -7,6 +7,7 @@
 
 #include <vector>
 
+#include "host/import/assimp_bones.h"
 #include "host/import/assimp_tree.h"
 #include "host/import/import_warnings.h"
 
@@ -20,10 +21,10 @@ struct Role {
     const aiLight* light = nullptr;
 };
 
-// Ties the bones, cameras and lights of the scene, which Assimp names after their nodes, to the
-// nodes of the tree; one role for each.
+// Ties the cameras and lights of the scene, which Assimp names after their nodes, to the nodes of
+// the tree; one role for each, which says of a bone that it is one.
 std::vector<Role> FindRoles(const aiScene& scene, const SourceTree& tree, SourceFormat format,
-                            ImportWarnings& warnings);
+                            const BoneNodes& bones, ImportWarnings& warnings);
 
 // The camera or light that the node shows, with the other null; both null where it shows neither.
 Role ShownBeside(const SourceNode& node, const Role& role);

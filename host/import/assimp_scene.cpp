@@ -12,9 +12,11 @@
 
 #include "host/import/animation_choice.h"
 #include "host/import/assimp_animation.h"
+#include "host/import/assimp_bones.h"
 #include "host/import/assimp_channels.h"
 #include "host/import/assimp_material.h"
 #include "host/import/assimp_mesh.h"
+#include "host/import/assimp_pose.h"
 #include "host/import/assimp_roles.h"
 #include "host/import/assimp_text.h"
 #include "host/import/assimp_time.h"
@@ -108,17 +110,21 @@ class Converter {
           choices_(choices),
           format_(FormatOf(source)),
           tree_(FlattenTree(source, path)),
-          meshes_(source, tree_.turn, warnings_),
+          clip_(ChooseClip()),
+          pose_(tree_, format_, LocalsAtStart(tree_, clip_.channels), clip_.animation),
+          bones_(source, tree_, pose_, warnings_),
+          meshes_({source, tree_, format_, pose_, bones_, warnings_}),
           materials_(source, format_, result_.scene, warnings_) {}
 
     ImportedScene Convert() {
-        const std::vector<Role> roles = FindRoles(source_, tree_, format_, warnings_);
+        const std::vector<Role> roles = FindRoles(source_, tree_, format_, bones_, warnings_);
         for (std::size_t i = 0; i < tree_.nodes.size(); ++i) {
-            result_.scene.nodes.push_back(NodeOf(tree_.nodes[i], roles[i]));
+            result_.scene.nodes.push_back(NodeOf(i, roles[i]));
         }
         NameTheUnnamed(result_.scene.nodes, warnings_);
         result_.coloredMeshes = meshes_.ColoredMeshes();
-        ImportAnimation();
+        AnimateNodes(clip_.channels, tree_, frames_, result_.scene.time, result_.scene.nodes,
+                     warnings_);
         materials_.WarnOfUnused();
         WarnOfFile();
         result_.warnings = warnings_.Lines();
@@ -129,7 +135,13 @@ class Converter {
     }
 
   private:
-    void ImportAnimation() {
+    struct Clip {
+        const aiAnimation* animation = nullptr;  // null: none
+        Channels channels;
+    };
+
+    // Lists the file's clips, sets the scene's time and reads the clip that is imported.
+    Clip ChooseClip() {
         result_.animations = ClipsOf(source_, format_, warnings_);
         std::vector<std::string> names;
         for (const AnimationClip& clip : result_.animations) {
@@ -138,19 +150,17 @@ class Converter {
         const std::size_t chosen =
             choices_.animation ? FindAnimation(*choices_.animation, names).value_or(0) : 0;
         const bool hasClip = chosen < names.size();
-        result_.scene.time =
-            TimeOf(source_, format_, hasClip ? &result_.animations[chosen] : nullptr,
-                   choices_.frameRate, warnings_);
+        scene::Time& time = result_.scene.time;
+        time = TimeOf(source_, format_, hasClip ? &result_.animations[chosen] : nullptr,
+                      choices_.frameRate, warnings_);
         if (!hasClip) {
-            return;
+            return {};
         }
-        const scene::Time& time = result_.scene.time;
-        const Channels channels =
-            ReadChannels(source_, chosen, format_, path_,
-                         static_cast<double>(time.frameRate) * time.ticksPerFrame, warnings_);
-        AnimateNodes(channels, tree_, frames_, time, result_.scene.nodes, warnings_);
         warnings_.Add("animations left out beside the one imported (--animation chooses another)",
                       "", names.size() - 1);
+        return {source_.mAnimations[chosen],
+                ReadChannels(source_, chosen, format_, path_,
+                             static_cast<double>(time.frameRate) * time.ticksPerFrame, warnings_)};
     }
 
     void WarnOfFile() {
@@ -164,8 +174,10 @@ class Converter {
         }
     }
 
-    // The node's matrix in the turned scene, with the frames of its and its parent's views.
-    Matrix4 LocalOf(const SourceNode& source, const Role& role) {
+    // The node's matrix at tick 0 in the turned scene, with the frames of its and its parent's
+    // views.
+    Matrix4 LocalOf(std::size_t index, const Role& role) {
+        const SourceNode& source = tree_.nodes[index];
         NodeFrame frame;
         if (source.parent != scene::kNone) {
             const Matrix4& above = frames_[static_cast<std::size_t>(source.parent)].after;
@@ -173,10 +185,11 @@ class Converter {
         }
         frame.after = ViewFrame(source, ShownBeside(source, role), tree_.turn, format_, warnings_);
         frames_.push_back(frame);
-        return frame.before * tree_.turn.Conjugate(source.local) * frame.after;
+        return frame.before * tree_.turn.Conjugate(pose_.LocalOf(index)) * frame.after;
     }
 
-    scene::Node NodeOf(const SourceNode& source, const Role& role) {
+    scene::Node NodeOf(std::size_t index, const Role& role) {
+        const SourceNode& source = tree_.nodes[index];
         scene::Node node;
         const bool isUnnamedRoot =
             source.node == source_.mRootNode && IsImportersName(source.node->mName.C_Str(), path_);
@@ -186,7 +199,7 @@ class Converter {
         const std::string subject = "node " + Quoted(node.name);
         std::size_t notFinite = source.notFinite;
         node.transform = scene::Transform{
-            {}, {}, scene::MatrixTransform{RowMatrix(LocalOf(source, role), notFinite)}};
+            {}, {}, scene::MatrixTransform{RowMatrix(LocalOf(index, role), notFinite)}};
         warnings_.Add("numbers that are not finite replaced by 0", subject, notFinite);
         if (const aiMetadata* metadata = source.node->mMetaData) {
             bool recoded = false;
@@ -206,8 +219,9 @@ class Converter {
                    const std::string& subject) {
         const bool hasMesh = source.node->mNumMeshes > 0;
         if (hasMesh) {
-            const NodeMesh& mesh = meshes_.Of(source);
+            NodeMesh mesh = meshes_.Of(result_.scene.nodes.size());
             node.object = scene::Object{std::nullopt, std::nullopt, std::nullopt, mesh.mesh};
+            node.modifiers = std::move(mesh.modifiers);
             node.material = materials_.For(mesh.materials, node.name);
         }
         const Role shown = ShownBeside(source, role);
@@ -230,6 +244,9 @@ class Converter {
     const SourceTree tree_;
     ImportWarnings warnings_;
     ImportedScene result_;
+    const Clip clip_;
+    const StartPose pose_;
+    const BoneNodes bones_;
     MeshFactory meshes_;
     MaterialFactory materials_;
     std::vector<NodeFrame> frames_;

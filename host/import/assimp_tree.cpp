@@ -175,20 +175,6 @@ struct Visit {
     std::size_t notFinite;
 };
 
-// The node's own matrix, with 0 for what is not finite, which is counted.
-Matrix4 FiniteMatrix(const aiNode& node, std::size_t& notFinite) {
-    Matrix4 matrix(node.mTransformation);
-    for (int row = 0; row < 4; ++row) {
-        for (int column = 0; column < 4; ++column) {
-            if (!std::isfinite(matrix[row][column])) {
-                matrix[row][column] = 0;
-                ++notFinite;
-            }
-        }
-    }
-    return matrix;
-}
-
 void PushChildren(std::vector<Visit>& stack, const aiNode& node, Visit model) {
     for (unsigned i = node.mNumChildren; i > 0; --i) {
         model.node = node.mChildren[i - 1];
@@ -204,7 +190,7 @@ void Step(std::vector<Visit>& stack, std::vector<SourceNode>& nodes, bool foldPi
     stack.pop_back();
     const aiNode& node = *visit.node;
     const Fold fold = foldPivots ? FoldOf(node) : Fold::none;
-    const Matrix4 local = FiniteMatrix(node, visit.notFinite);
+    const Matrix4 local = FiniteMatrix(node.mTransformation, visit.notFinite);
     if (fold == Fold::intoMeshes) {
         visit.geometric = visit.geometric.value_or(Matrix4()) * local;
     } else if (fold != Fold::drop) {
@@ -248,6 +234,19 @@ scene::Matrix RowMatrix(const Matrix4& m, std::size_t& notFinite) {
         }
     }
     return rows;
+}
+
+Matrix4 FiniteMatrix(const aiMatrix4x4& source, std::size_t& notFinite) {
+    Matrix4 matrix(source);
+    for (int row = 0; row < 4; ++row) {
+        for (int column = 0; column < 4; ++column) {
+            if (!std::isfinite(matrix[row][column])) {
+                matrix[row][column] = 0;
+                ++notFinite;
+            }
+        }
+    }
+    return matrix;
 }
 
 SourceFormat FormatOf(const aiScene& scene) {
@@ -341,7 +340,7 @@ SourceTree FlattenTree(const aiScene& scene, const std::string& path) {
     std::vector<Visit> stack;
     if (IsWrapper(scene, format, path, facts)) {
         std::size_t notFinite = 0;
-        Matrix4 above = FiniteMatrix(*scene.mRootNode, notFinite);
+        Matrix4 above = FiniteMatrix(scene.mRootNode->mTransformation, notFinite);
         if (const auto scaledTurn = AsScaledTurn(above)) {
             tree.turn = tree.turn.After(scaledTurn->turn);
             if (format == SourceFormat::collada) {

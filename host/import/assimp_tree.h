@@ -19,6 +19,9 @@ namespace maxhost::import {
 // Column vectors, as Assimp's own, in double so that folding a chain of nodes costs no precision.
 using Matrix4 = aiMatrix4x4t<double>;
 
+// With 0 for what is not finite, which is counted.
+Matrix4 FiniteMatrix(const aiMatrix4x4& source, std::size_t& notFinite);
+
 // Whether importers give such a name to roots of their own, or it stands for the whole file in its
 // format. Some importers name the root after the file, whose path is `path`.
 bool IsImportersName(std::string_view name, const std::string& path);

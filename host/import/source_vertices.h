@@ -2,45 +2,39 @@
 // importers repeat a vertex for each normal and texture coordinate that meets there.
 #pragma once
 
-#include <assimp/mesh.h>
-
 #include <cstddef>
 #include <cstdint>
-#include <map>
-#include <string>
+#include <span>
 #include <vector>
 
 #include "host/sdk/scene_desc.h"
 
 namespace maxhost::import {
 
-// What keeps vertices apart that stand in one place: the skin weights that are not 0, by the bones'
-// names, and where morph targets move the vertex to.
-class VertexMarks {
+// Lists of skin weights, one a vertex.
+class VertexWeights {
   public:
-    // Those of the piece, whose first vertex is vertex `first` of the whole mesh. Pieces come in
-    // ascending order.
-    void Append(const aiMesh& piece, std::size_t first);
+    // Begins the list of this vertex, which comes behind all that have one.
+    void Begin(std::size_t vertex) { ends_.resize(vertex + 1, weights_.size()); }
+    // Adds to the list begun last.
+    void Add(const scene::SkinWeight& weight) {
+        weights_.push_back(weight);
+        ++ends_.back();
+    }
 
-    // For any vertices of the mesh.
-    bool AreSame(std::size_t a, std::size_t b) const;
-    std::uint64_t HashOf(std::size_t vertex) const;
+    std::span<const scene::SkinWeight> Of(std::size_t vertex) const {
+        const std::size_t begin = vertex > 0 ? EndOf(vertex - 1) : 0;
+        return std::span(weights_).subspan(begin, EndOf(vertex) - begin);
+    }
+    bool IsEmpty() const { return weights_.empty(); }
 
   private:
-    struct Weight {
-        std::uint32_t vertex, bone, bits;
-    };
-
-    std::vector<Weight> WeightsOf(const aiMesh& piece);
-    void AppendMorphs(const aiMesh& piece, unsigned vertex);
     std::size_t EndOf(std::size_t vertex) const {
-        return vertex < ends_.size() ? ends_[vertex] : words_.size();
+        return vertex < ends_.size() ? ends_[vertex] : weights_.size();
     }
-    std::size_t BeginOf(std::size_t vertex) const { return vertex > 0 ? EndOf(vertex - 1) : 0; }
 
-    std::map<std::string, std::uint32_t> bones_;
-    std::vector<std::uint32_t> words_;  // of a weight the bone and the number's bits, ...
-    std::vector<std::size_t> ends_;     // of each vertex's words; none for the last without any
+    std::vector<scene::SkinWeight> weights_;
+    std::vector<std::size_t> ends_;  // of each vertex's list; none behind the last that was begun
 };
 
 // All pieces' vertices, one piece behind the other, in the node's space.
@@ -48,7 +42,8 @@ struct SourceVertices {
     std::vector<scene::Vec3> positions;
     // Of unit length; (0, 0, 0) where the source gives none. Empty where no piece has normals.
     std::vector<scene::Vec3> normals;
-    VertexMarks marks;
+    VertexWeights weights;
+    std::vector<scene::MorphChannel> channels;  // each with a point for every vertex
 };
 
 struct JoinedVertices {
@@ -56,8 +51,8 @@ struct JoinedVertices {
     std::vector<std::uint32_t> firstOf;  // of each joined vertex its first source vertex, ascending
 };
 
-// Source vertices are one where their positions are bit for bit the same, their marks too, and with
-// `byNormal` their normals.
+// Source vertices are one where their positions are bit for bit the same, their weights and points
+// of morph channels too, and with `byNormal` their normals.
 JoinedVertices Join(const SourceVertices& source, bool byNormal);
 
 }  // namespace maxhost::import

@@ -8,6 +8,7 @@
 #include <assimp/Importer.hpp>
 #include <cmath>
 #include <filesystem>
+#include <map>
 
 #include "host/import/assimp_scene.h"
 #include "host/import/assimp_tree.h"
@@ -58,24 +59,28 @@ double Finite(double number) {
     return std::isfinite(number) ? number : 0;
 }
 
-// The corners of all triangles in the world, in the order of the nodes, as the first animation
-// starts.
-void AddCorners(const aiScene& scene, const SourceMotion& motion, const aiNode& node,
-                const Matrix4& above, std::vector<Point>& corners) {
-    const Matrix4 world = above * motion.LocalAt(node, 0);
+// The corners of all triangles in the world, in the order of the nodes, as the pose has them. Faces
+// that bones mirror against their node are turned over.
+void AddCorners(const aiScene& scene, const aiNode& node, const SourcePose& pose,
+                std::vector<Point>& corners) {
     for (unsigned i = 0; i < node.mNumMeshes; ++i) {
         const aiMesh& mesh = *scene.mMeshes[node.mMeshes[i]];
+        const std::vector<Matrix4> ways = pose.Ways(node, mesh);
         for (unsigned k = 0; k < mesh.mNumFaces; ++k) {
             const aiFace& face = mesh.mFaces[k];
+            const bool isMirrored =
+                face.mNumIndices == 3 &&
+                pose.WorldOf(node).Determinant() * ways[face.mIndices[0]].Determinant() < 0;
             for (unsigned c = 0; face.mNumIndices == 3 && c < 3; ++c) {
-                const aiVector3D& v = mesh.mVertices[face.mIndices[c]];
-                const auto p = world * aiVector3t<double>(Finite(v.x), Finite(v.y), Finite(v.z));
+                const unsigned corner = face.mIndices[isMirrored ? (3 - c) % 3 : c];
+                const aiVector3D& v = mesh.mVertices[corner];
+                const auto p = ways[corner] * Vector3(Finite(v.x), Finite(v.y), Finite(v.z));
                 corners.push_back({p.x, p.y, p.z});
             }
         }
     }
     for (unsigned i = 0; i < node.mNumChildren; ++i) {
-        AddCorners(scene, motion, *node.mChildren[i], world, corners);
+        AddCorners(scene, *node.mChildren[i], pose, corners);
     }
 }
 
@@ -83,7 +88,7 @@ void AddCorners(const aiScene& scene, const SourceMotion& motion, const aiNode& 
 // alone and scales Collada's units.
 std::vector<Point> ExpectedCorners(const aiScene& scene) {
     std::vector<Point> corners;
-    AddCorners(scene, SourceMotion(scene, 0), *scene.mRootNode, Matrix4(), corners);
+    AddCorners(scene, *scene.mRootNode, SourcePose(scene, 0, 0), corners);
     std::int32_t up = 1;
     scene.mMetaData->Get("UpAxis", up);
     aiString format;
@@ -145,23 +150,32 @@ double WorstError(const std::vector<Point>& left, const std::vector<Point>& righ
     return error / size;
 }
 
+// Takes normals where the matrix takes positions.
+Vector3 TurnedNormal(Matrix4 matrix, const Vector3& normal) {
+    matrix.Inverse().Transpose();
+    matrix[0][3] = matrix[1][3] = matrix[2][3] = 0;
+    return matrix * normal;
+}
+
 // What the file states for the corners of the mesh of a node, in the node's turned space; zero
 // where it states nothing.
 std::vector<Vector3> StatedNormals(const aiScene& scene, const SourceNode& node,
                                    const maxhost::import::AxisTurn& turn) {
-    Matrix4 inverse = node.geometric.value_or(Matrix4());
-    const bool isMirrored = inverse.Determinant() < 0;
-    inverse.Inverse().Transpose();
-    inverse[0][3] = inverse[1][3] = inverse[2][3] = 0;
-    inverse = turn.Turn(inverse);
+    const SourcePose pose(scene, 0, 0);
+    const Matrix4 fromWorld =
+        node.geometric.value_or(Matrix4()) * Matrix4(pose.WorldOf(*node.node)).Inverse();
     std::vector<Vector3> normals;
     for (unsigned i = 0; i < node.node->mNumMeshes; ++i) {
         const aiMesh& mesh = *scene.mMeshes[node.node->mMeshes[i]];
+        const std::vector<Matrix4> ways = pose.Ways(*node.node, mesh);
         for (unsigned k = 0; k < mesh.mNumFaces; ++k) {
             const aiFace& face = mesh.mFaces[k];
+            const bool isMirrored =
+                face.mNumIndices == 3 && (fromWorld * ways[face.mIndices[0]]).Determinant() < 0;
             for (unsigned c = 0; face.mNumIndices == 3 && c < 3; ++c) {
                 const unsigned corner = face.mIndices[isMirrored ? (3 - c) % 3 : c];
-                normals.push_back(mesh.mNormals ? inverse * Vector3(mesh.mNormals[corner])
+                const Matrix4 way = turn.Turn(fromWorld * ways[corner]);
+                normals.push_back(mesh.mNormals ? TurnedNormal(way, Vector3(mesh.mNormals[corner]))
                                                 : Vector3());
             }
         }
@@ -276,7 +290,9 @@ INSTANTIATE_TEST_SUITE_P(
     Installed, Models,
     testing::Values(Family{"FBX", {".fbx"}, 15, 40}, Family{"ASE", {".ase"}, 10, 30},
                     Family{"3DS", {".3ds"}, 9, 15}, Family{"Collada", {".dae", ".zae"}, 20, 60},
-                    Family{"BVH", {".bvh"}, 3, 0}, Family{"glTF2", {".gltf", ".glb"}, 25, 60}),
+                    Family{"BVH", {".bvh"}, 3, 0}, Family{"glTF2", {".gltf", ".glb"}, 25, 60},
+                    Family{"X", {".x"}, 5, 5}, Family{"MD5", {".md5mesh"}, 1, 1},
+                    Family{"MDL", {".mdl"}, 10, 20}, Family{"SMD", {".smd"}, 3, 3}),
     [](const auto& family) {
         return (family.param.folder[0] == '3' ? "Studio" : "") + family.param.folder;
     });

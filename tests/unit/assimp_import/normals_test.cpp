@@ -540,10 +540,9 @@ TEST(SpecifiedNormals, KeepSkinWeightsApart) {
     }
     SourceScene source(kFbx, "RootNode");
     const unsigned mesh = cube.PutInto(source);
-    source.AddBone(mesh, "bone");
-    source.Mesh(mesh).mBones[0]->mNumWeights = 1;
-    source.Mesh(mesh).mBones[0]->mWeights = new aiVertexWeight[1]{{0, 1.0f}};
+    source.AddBone(mesh, "bone", {{0, 1.0f}});
     SourceScene::Show(source.AddNode(source.Root(), "Node"), {mesh});
+    source.AddNode(source.Root(), "bone");
     const Mesh made = *source.Convert().scene.nodes.at(0).object.value().mesh;
     EXPECT_EQ(made.vertices.size(), 9u);
     EXPECT_EQ(made.normals.size(), 9u);

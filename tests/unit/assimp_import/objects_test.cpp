@@ -99,8 +99,10 @@ TEST(Objects, ABoneNameOfSeveralNodesMeansTheFirstWithoutAMesh) {
 TEST(Objects, ABoneNameOfNodesThatAllHaveMeshesMeansTheFirst) {
     SourceScene source("Some Importer");
     const unsigned mesh = source.AddTriangle("m");
-    SourceScene::Show(source.AddNode(source.Root(), "Arm"), {mesh});
-    SourceScene::Show(source.AddNode(source.Root(), "Arm"), {mesh});
+    for (int i = 0; i < 2; ++i) {
+        SourceScene::Show(source.AddNode(source.Root(), "Arm"), {source.AddTriangle("other")});
+    }
+    SourceScene::Show(source.AddNode(source.Root(), "Skin"), {mesh});
     source.AddBone(mesh, "Arm");
     const ImportedScene imported = source.Convert();
     EXPECT_EQ(ObjectAt(imported, 1).classId, kBone);

@@ -6,6 +6,9 @@
 #include <cmath>
 #include <limits>
 
+#include "host/import/assimp_bones.h"
+#include "host/import/assimp_channels.h"
+#include "host/import/assimp_pose.h"
 #include "host/import/assimp_roles.h"
 #include "host/import/assimp_time.h"
 #include "host/sdk/host.h"
@@ -87,7 +90,10 @@ PoseError WorstPose(const aiScene& source, const std::string& path, std::size_t 
     ImportWarnings ignored;
     const SourceFormat format = maxhost::import::FormatOf(source);
     const SourceTree tree = maxhost::import::FlattenTree(source, path);
-    const auto roles = maxhost::import::FindRoles(source, tree, format, ignored);
+    const maxhost::import::StartPose pose(tree, format, maxhost::import::LocalsAtStart(tree, {}),
+                                          nullptr);
+    const maxhost::import::BoneNodes bones(source, tree, pose, ignored);
+    const auto roles = maxhost::import::FindRoles(source, tree, format, bones, ignored);
     const aiAnimation& animation = *source.mAnimations[clip];
     const SourceMotion motion(source, clip);
     const maxhost::scene::Time& time = imported.scene.time;

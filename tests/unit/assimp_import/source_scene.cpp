@@ -66,10 +66,27 @@ void SourceScene::Show(aiNode* node, const std::vector<unsigned>& meshes) {
     std::copy(meshes.begin(), meshes.end(), node->mMeshes);
 }
 
-void SourceScene::AddBone(unsigned mesh, const std::string& name) {
+void SourceScene::AddBone(unsigned mesh, const std::string& name,
+                          const std::vector<aiVertexWeight>& weights, const aiMatrix4x4& offset) {
     aiBone* const bone = new aiBone;
     bone->mName = name;
+    bone->mOffsetMatrix = offset;
+    bone->mNumWeights = static_cast<unsigned>(weights.size());
+    bone->mWeights = new aiVertexWeight[weights.size()];
+    std::copy(weights.begin(), weights.end(), bone->mWeights);
     Append(Mesh(mesh).mBones, Mesh(mesh).mNumBones, bone);
+}
+
+aiAnimMesh& SourceScene::AddMorphTarget(unsigned mesh, const std::string& name,
+                                        const std::vector<aiVector3D>& vertices, float weight) {
+    aiAnimMesh* const target = new aiAnimMesh;
+    target->mName = name;
+    target->mWeight = weight;
+    target->mNumVertices = static_cast<unsigned>(vertices.size());
+    target->mVertices = new aiVector3D[vertices.size()];
+    std::copy(vertices.begin(), vertices.end(), target->mVertices);
+    Append(Mesh(mesh).mAnimMeshes, Mesh(mesh).mNumAnimMeshes, target);
+    return *target;
 }
 
 void SourceScene::AddTextureCoordinates(unsigned mesh, unsigned set,

@@ -30,7 +30,11 @@ class SourceScene {
     unsigned AddTriangle(const std::string& name, unsigned material = 0);
     aiMesh& Mesh(unsigned index) { return *scene_->mMeshes[index]; }
     static void Show(aiNode* node, const std::vector<unsigned>& meshes);
-    void AddBone(unsigned mesh, const std::string& name);
+    void AddBone(unsigned mesh, const std::string& name,
+                 const std::vector<aiVertexWeight>& weights = {},
+                 const aiMatrix4x4& offset = aiMatrix4x4());
+    aiAnimMesh& AddMorphTarget(unsigned mesh, const std::string& name,
+                               const std::vector<aiVector3D>& vertices, float weight = 0);
     void AddTextureCoordinates(unsigned mesh, unsigned set, const std::vector<aiVector3D>& values);
 
     aiMaterial& AddMaterial(const std::string& name);

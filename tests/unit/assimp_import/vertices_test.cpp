@@ -14,11 +14,14 @@ using Corners = std::array<std::uint32_t, 3>;
 
 namespace {
 
-// A z-up scene with one node, whose mesh is made of the pieces.
+// A z-up scene with one node, whose mesh is made of the pieces, and three bones.
 struct OneNode {
     OneNode() : source(kFbx, "RootNode") {
         source.Set("UpAxis", 2);
         node = source.AddNode(source.Root(), "Node");
+        for (const char* const bone : {"a", "b", "c"}) {
+            source.AddNode(source.Root(), bone);
+        }
     }
 
     Mesh Convert() {
@@ -37,28 +40,6 @@ unsigned AddTwice(SourceScene& source) {
     return source.AddMesh("twice",
                           {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 0}, {1, 0, 0}, {0, 1, 0}},
                           {{0, 1, 2}, {5, 4, 3}});
-}
-
-void SetWeights(SourceScene& source, unsigned mesh, const std::string& bone,
-                const std::vector<aiVertexWeight>& weights) {
-    source.AddBone(mesh, bone);
-    aiBone& added = *source.Mesh(mesh).mBones[source.Mesh(mesh).mNumBones - 1];
-    added.mNumWeights = static_cast<unsigned>(weights.size());
-    added.mWeights = new aiVertexWeight[weights.size()];
-    std::copy(weights.begin(), weights.end(), added.mWeights);
-}
-
-void SetMorphTargets(SourceScene& source, unsigned mesh,
-                     const std::vector<std::vector<aiVector3D>>& targets) {
-    source.Mesh(mesh).mNumAnimMeshes = static_cast<unsigned>(targets.size());
-    source.Mesh(mesh).mAnimMeshes = new aiAnimMesh*[targets.size()];
-    for (std::size_t i = 0; i < targets.size(); ++i) {
-        aiAnimMesh* const target = new aiAnimMesh;
-        target->mNumVertices = static_cast<unsigned>(targets[i].size());
-        target->mVertices = new aiVector3D[targets[i].size()];
-        std::copy(targets[i].begin(), targets[i].end(), target->mVertices);
-        source.Mesh(mesh).mAnimMeshes[i] = target;
-    }
 }
 
 }  // namespace
@@ -108,9 +89,9 @@ TEST(JoinedVertices, AreOneAcrossPieces) {
 TEST(JoinedVertices, HaveTheSameSkinWeights) {
     OneNode scene;
     const unsigned m = AddTwice(scene.source);
-    SetWeights(scene.source, m, "a", {{0, 1.0f}, {3, 0.5f}, {1, 0.25f}, {4, 0.25f}, {2, 1}});
-    SetWeights(scene.source, m, "b", {{3, 0.5f}, {4, 0.75f}, {1, 0.75f}, {5, 0}, {99, 1}});
-    SetWeights(scene.source, m, "c", {{5, 1}, {4, 0}});
+    scene.source.AddBone(m, "a", {{0, 1.0f}, {3, 0.5f}, {1, 0.25f}, {4, 0.25f}, {2, 1}});
+    scene.source.AddBone(m, "b", {{3, 0.5f}, {4, 0.75f}, {1, 0.75f}, {5, 0}, {99, 1}});
+    scene.source.AddBone(m, "c", {{5, 1}, {4, 0}});
     scene.pieces = {m};
     const Mesh mesh = scene.Convert();
     // The pairs at (0, 0, 0) and (0, 1, 0) differ, the one at (1, 0, 0) does not.
@@ -125,10 +106,10 @@ TEST(JoinedVertices, HaveWeightsOfBonesByNameAcrossPieces) {
     const unsigned first = scene.source.AddTriangle("first");
     const unsigned second = scene.source.AddTriangle("second");
     const unsigned last = scene.source.AddTriangle("last");
-    SetWeights(scene.source, first, "a", {{0, 0.5f}, {1, 1}});
-    SetWeights(scene.source, first, "b", {{0, 0.5f}});
-    SetWeights(scene.source, second, "b", {{0, 0.5f}, {1, 1}});
-    SetWeights(scene.source, second, "a", {{0, 0.5f}});
+    scene.source.AddBone(first, "a", {{0, 0.5f}, {1, 1}});
+    scene.source.AddBone(first, "b", {{0, 0.5f}});
+    scene.source.AddBone(second, "b", {{0, 0.5f}, {1, 1}});
+    scene.source.AddBone(second, "a", {{0, 0.5f}});
     scene.pieces = {plain, first, second, last};
     const Mesh mesh = scene.Convert();
     EXPECT_EQ(mesh.faces[0].v, (Corners{0, 1, 2}));
@@ -140,9 +121,9 @@ TEST(JoinedVertices, HaveWeightsOfBonesByNameAcrossPieces) {
 TEST(JoinedVertices, AreMovedAlikeByMorphTargets) {
     OneNode scene;
     const unsigned m = AddTwice(scene.source);
-    SetMorphTargets(scene.source, m,
-                    {{{0, 0, 5}, {1, 0, 5}, {0, 1, 0}, {0, 0, 5}, {1, 0, 6}, {0, 1, 0}},
-                     {{0, 0, 0}, {1, 0, 0}, {0, 1, 7}, {0, 0, 0}, {1, 0, 0}}});
+    scene.source.AddMorphTarget(m, "x",
+                                {{0, 0, 5}, {1, 0, 5}, {0, 1, 0}, {0, 0, 5}, {1, 0, 6}, {0, 1, 0}});
+    scene.source.AddMorphTarget(m, "y", {{0, 0, 0}, {1, 0, 0}, {0, 1, 7}, {0, 0, 0}, {1, 0, 0}});
     const unsigned unmoved = scene.source.AddTriangle("unmoved");
     scene.pieces = {m, unmoved};
     const Mesh mesh = scene.Convert();
