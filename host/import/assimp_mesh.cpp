@@ -59,15 +59,17 @@ bool HasThirdCoordinate(const aiMesh& piece, int uv) {
 class MeshBuilder {
   public:
     MeshBuilder(const MeshSource& source, std::size_t node)
-        : warnings_(source.warnings), vertices_(source, node) {}
+        : warnings_(source.warnings),
+          isMirrored_(source.tree.nodes[node].geometric.value_or(Matrix4()).Determinant() < 0),
+          vertices_(source, node) {}
 
     // The piece's triangles, with their places among the source vertices, if the piece comes next;
     // warns of all that the piece has beside them. `name` is the piece's for messages.
     std::vector<scene::Face> TrianglesOf(const aiMesh& piece, const std::string& name);
 
     // Appends the piece with these triangles and this material id.
-    void Append(const aiMesh& piece, const std::string& name, std::vector<scene::Face> triangles,
-                std::uint16_t material);
+    void Append(const aiMesh& piece, const std::string& name,
+                const std::vector<scene::Face>& triangles, std::uint16_t material);
 
     // The mesh with its modifiers.
     NodeMesh Finish();
@@ -79,27 +81,16 @@ class MeshBuilder {
                                             scene::Mesh& mesh) const;
 
     ImportWarnings& warnings_;
+    const bool isMirrored_;
     NodeVertices vertices_;
     std::vector<scene::Face> faces_;  // of source vertices
     std::map<int, ChannelBuilder> channels_;
 };
 
-// A mirroring that the vertices take on turns the faces over; one that stays in a node's matrix
-// does not.
-void TurnOver(std::vector<scene::Face>& triangles, const std::vector<bool>& mirrored,
-              std::size_t first) {
-    for (scene::Face& triangle : triangles) {
-        if (!mirrored.empty() && mirrored[triangle.v[0] - first]) {
-            std::swap(triangle.v[1], triangle.v[2]);
-        }
-    }
-}
-
 void MeshBuilder::Append(const aiMesh& piece, const std::string& name,
-                         std::vector<scene::Face> triangles, std::uint16_t material) {
+                         const std::vector<scene::Face>& triangles, std::uint16_t material) {
     std::size_t notFinite = 0, cutSets = 0;
-    const std::size_t first = vertices_.Count();
-    TurnOver(triangles, vertices_.Append(piece, name, notFinite), first);
+    vertices_.Append(piece, name, notFinite);
     for (int uv = 0; uv < AI_MAX_NUMBER_OF_TEXTURECOORDS; ++uv) {
         if (piece.mTextureCoords[uv]) {
             AddChannel(piece, uv, triangles, notFinite);
@@ -174,6 +165,9 @@ std::vector<scene::Face> MeshBuilder::TrianglesOf(const aiMesh& piece, const std
     std::size_t pointsAndLines = 0, polygons = 0, outOfRange = 0;
     const unsigned vertices = piece.mVertices ? piece.mNumVertices : 0;
     const auto first = static_cast<std::uint32_t>(vertices_.Count());
+    // A geometric transform that mirrors turns the faces over. What a node's matrix or the bones
+    // mirror does not, so that an exported skin, which is in the world, winds as the file's.
+    const int second = isMirrored_ ? 2 : 1;
     std::vector<scene::Face> triangles;
     triangles.reserve(piece.mFaces ? piece.mNumFaces : 0);
     for (unsigned i = 0; piece.mFaces && i < piece.mNumFaces; ++i) {
@@ -184,7 +178,7 @@ std::vector<scene::Face> MeshBuilder::TrianglesOf(const aiMesh& piece, const std
         } else if (std::max({v[0], v[1], v[2]}) >= vertices) {
             ++outOfRange;
         } else {
-            triangles.push_back({{first + v[0], first + v[1], first + v[2]}, 0, 0});
+            triangles.push_back({{first + v[0], first + v[second], first + v[3 - second]}, 0, 0});
         }
     }
     warnings_.AddOf("vertices without faces left out", "mesh", name,
@@ -265,10 +259,9 @@ NodeMesh MeshFactory::Build(std::size_t index) {
         }
         isColored = isColored || piece.GetNumColorChannels() > 0;
         const std::string name = ShownName(piece, number);
-        std::vector<scene::Face> triangles = builder.TrianglesOf(piece, name);
+        const std::vector<scene::Face> triangles = builder.TrianglesOf(piece, name);
         if (!triangles.empty()) {
-            builder.Append(piece, name, std::move(triangles),
-                           IdOf(piece.mMaterialIndex, materials, ids));
+            builder.Append(piece, name, triangles, IdOf(piece.mMaterialIndex, materials, ids));
         }
     }
     coloredMeshes_ += isColored ? 1 : 0;

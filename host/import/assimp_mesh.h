@@ -24,13 +24,13 @@ class MeshFactory {
     explicit MeshFactory(const MeshSource& source) : source_(source) {}
 
     // The node must have meshes. Vertices are where they are at tick 0, moved by bones and morph
-    // targets, in the node's space; so are the points of morph channels, each with its target alone
-    // at full weight. Faces that lie in a mirrored part are turned over. Vertices of its pieces
-    // that are one (see source_vertices.h) are joined. Normals that the file gives come back within
-    // 1 degree, in its own unit of length: by smoothing groups or, where none do that, by a vertex
-    // for each place and normal with that as its specified normal. Faces without normals in the
-    // file have no smoothing group and show their own. Map channel i + 1 holds set i of the texture
-    // coordinates.
+    // targets, in the node's space. The points of a morph channel are where its target alone would
+    // take them at full weight, moved by the same bones: in the space of the vertices. Vertices of
+    // its pieces that are one (see source_vertices.h) are joined. Normals that the file gives come
+    // back within 1 degree, in its own unit of length: by smoothing groups or, where none do that,
+    // by a vertex for each place and normal with that as its specified normal. Faces without
+    // normals in the file have no smoothing group and show their own. Map channel i + 1 holds set i
+    // of the texture coordinates.
     NodeMesh Of(std::size_t node);
 
     // How many of the meshes so far have vertex colours in the file.

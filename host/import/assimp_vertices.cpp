@@ -54,7 +54,6 @@ struct NodeVertices::Piece {
     std::vector<std::size_t> channels;  // of each target
     std::optional<PieceSkin> skin;
     std::vector<double> strays = {};  // of each vertex of a skin
-    std::vector<bool> mirrored = {};
     std::size_t withoutNormal = 0;
 };
 
@@ -70,8 +69,7 @@ NodeVertices::Piece NodeVertices::Prepare(const aiMesh& piece, const std::string
     return prepared;
 }
 
-std::vector<bool> NodeVertices::Append(const aiMesh& mesh, const std::string& name,
-                                       std::size_t& notFinite) {
+void NodeVertices::Append(const aiMesh& mesh, const std::string& name, std::size_t& notFinite) {
     Piece piece = Prepare(mesh, name);
     if (piece.morph.Targets() > 0) {
         CatchUpRest();
@@ -88,7 +86,6 @@ std::vector<bool> NodeVertices::Append(const aiMesh& mesh, const std::string& na
     source_.warnings.AddOf("normals without a direction left out", "mesh", name,
                            piece.withoutNormal);
     WarnOfPose(piece);
-    return std::move(piece.mirrored);
 }
 
 void NodeVertices::AppendVertex(Piece& piece, unsigned vertex, std::size_t& notFinite) {
@@ -110,10 +107,6 @@ void NodeVertices::AppendVertex(Piece& piece, unsigned vertex, std::size_t& notF
     }
     if (bones) {
         piece.strays.push_back(piece.skin->StrayAt(vertex, v, *matrix * v));
-    }
-    if (matrix && matrix->Determinant() < 0) {
-        piece.mirrored.resize(piece.mesh.mNumVertices);
-        piece.mirrored[vertex] = true;
     }
 }
 

@@ -42,9 +42,8 @@ class NodeVertices {
           skin_(source.tree, node, source.pose, source.bones, source.warnings) {}
 
     // Appends those of the piece and counts the numbers that were taken as 0. `name` is the piece's
-    // for messages. Returns which vertices the way from the piece's space to the node's mirrors;
-    // nothing where it mirrors none.
-    std::vector<bool> Append(const aiMesh& piece, const std::string& name, std::size_t& notFinite);
+    // for messages.
+    void Append(const aiMesh& piece, const std::string& name, std::size_t& notFinite);
 
     // What all pieces make; nothing can be appended any more.
     const SourceVertices& Finish();

@@ -59,8 +59,7 @@ double Finite(double number) {
     return std::isfinite(number) ? number : 0;
 }
 
-// The corners of all triangles in the world, in the order of the nodes, as the pose has them. Faces
-// that bones mirror against their node are turned over.
+// The corners of all triangles in the world, in the order of the nodes, as the pose has them.
 void AddCorners(const aiScene& scene, const aiNode& node, const SourcePose& pose,
                 std::vector<Point>& corners) {
     for (unsigned i = 0; i < node.mNumMeshes; ++i) {
@@ -68,11 +67,8 @@ void AddCorners(const aiScene& scene, const aiNode& node, const SourcePose& pose
         const std::vector<Matrix4> ways = pose.Ways(node, mesh);
         for (unsigned k = 0; k < mesh.mNumFaces; ++k) {
             const aiFace& face = mesh.mFaces[k];
-            const bool isMirrored =
-                face.mNumIndices == 3 &&
-                pose.WorldOf(node).Determinant() * ways[face.mIndices[0]].Determinant() < 0;
             for (unsigned c = 0; face.mNumIndices == 3 && c < 3; ++c) {
-                const unsigned corner = face.mIndices[isMirrored ? (3 - c) % 3 : c];
+                const unsigned corner = face.mIndices[c];
                 const aiVector3D& v = mesh.mVertices[corner];
                 const auto p = ways[corner] * Vector3(Finite(v.x), Finite(v.y), Finite(v.z));
                 corners.push_back({p.x, p.y, p.z});
@@ -162,6 +158,7 @@ Vector3 TurnedNormal(Matrix4 matrix, const Vector3& normal) {
 std::vector<Vector3> StatedNormals(const aiScene& scene, const SourceNode& node,
                                    const maxhost::import::AxisTurn& turn) {
     const SourcePose pose(scene, 0, 0);
+    const bool isMirrored = node.geometric && node.geometric->Determinant() < 0;
     const Matrix4 fromWorld =
         node.geometric.value_or(Matrix4()) * Matrix4(pose.WorldOf(*node.node)).Inverse();
     std::vector<Vector3> normals;
@@ -170,8 +167,6 @@ std::vector<Vector3> StatedNormals(const aiScene& scene, const SourceNode& node,
         const std::vector<Matrix4> ways = pose.Ways(*node.node, mesh);
         for (unsigned k = 0; k < mesh.mNumFaces; ++k) {
             const aiFace& face = mesh.mFaces[k];
-            const bool isMirrored =
-                face.mNumIndices == 3 && (fromWorld * ways[face.mIndices[0]]).Determinant() < 0;
             for (unsigned c = 0; face.mNumIndices == 3 && c < 3; ++c) {
                 const unsigned corner = face.mIndices[isMirrored ? (3 - c) % 3 : c];
                 const Matrix4 way = turn.Turn(fromWorld * ways[corner]);
