@@ -156,11 +156,13 @@ class Converter {
         if (!hasClip) {
             return {};
         }
+        Clip clip{
+            source_.mAnimations[chosen],
+            ReadChannels(source_, chosen, format_, path_,
+                         static_cast<double>(time.frameRate) * time.ticksPerFrame, warnings_)};
         warnings_.Add("animations left out beside the one imported (--animation chooses another)",
                       "", names.size() - 1);
-        return {source_.mAnimations[chosen],
-                ReadChannels(source_, chosen, format_, path_,
-                             static_cast<double>(time.frameRate) * time.ticksPerFrame, warnings_)};
+        return clip;
     }
 
     void WarnOfFile() {

@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <limits>
 
+#include "host/import/assimp_channels.h"
+#include "host/import/assimp_mesh.h"
 #include "host/import/assimp_pose.h"
 #include "host/import/scale.h"
 #include "tests/unit/assimp_import/shown_normals.h"
@@ -342,6 +344,25 @@ TEST(MorphWeightsAtStart, AreLostInFbxUnlessAClipTellsThem) {
     const auto clip = ClipOf("Node*0", {{0, {{0, 0.25}}}});
     EXPECT_FALSE(WeightsWith(clip.get(), SourceFormat::fbx).areLost);
     EXPECT_EQ(WeightsWith(clip.get(), SourceFormat::fbx).values, (Numbers{0.25, 0}));
+}
+
+TEST(MorphWeightsAtStart, MakeAMeshOfItsOwnWhereTheyDiffer) {
+    OneMorph scene;
+    scene.source.AddMorphTarget(scene.mesh, "x", {{4, 0, 0}, {1, 0, 0}, {0, 1, 0}}, 0.5f);
+    for (const char* const name : {"Second", "Third"}) {
+        SourceScene::Show(scene.source.AddNode(scene.source.Root(), name), {scene.mesh});
+    }
+    const auto clip = ClipOf("Second", {{0, {{0, 0.25}}}});
+    const SourceTree tree = maxhost::import::FlattenTree(scene.source.Scene(), "a.x");
+    const StartPose pose(tree, SourceFormat::other, maxhost::import::LocalsAtStart(tree, {}),
+                         clip.get());
+    maxhost::import::ImportWarnings warnings;
+    const maxhost::import::BoneNodes bones(scene.source.Scene(), tree, pose, warnings);
+    maxhost::import::MeshFactory meshes(
+        {scene.source.Scene(), tree, SourceFormat::other, pose, bones, warnings});
+    EXPECT_EQ(meshes.Of(1).mesh->vertices.at(0), (Vec3{2, 0, 0}));
+    EXPECT_EQ(meshes.Of(2).mesh->vertices.at(0), (Vec3{1, 0, 0}));
+    EXPECT_EQ(meshes.Of(3).mesh, meshes.Of(1).mesh);
 }
 
 // ---------------------------------------------------------------- a file

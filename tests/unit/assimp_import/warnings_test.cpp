@@ -128,10 +128,10 @@ TEST(Recoded, EveryTextOfTheFile) {
               "gr\xc3\xb6\xc3\x9f"
               "e = 1\r\n");
     EXPECT_EQ(imported.warnings,
-              (Lines{"node 'Root': user properties were not UTF-8, read as Latin-1",
+              (Lines{"animation 'l\xc3\xa4uft': name was not UTF-8, read as Latin-1",
+                     "node 'Root': user properties were not UTF-8, read as Latin-1",
                      "material 'st\xc3\xa4hl': name was not UTF-8, read as Latin-1",
-                     "material 'st\xc3\xa4hl': texture paths were not UTF-8, read as Latin-1",
-                     "animation 'l\xc3\xa4uft': name was not UTF-8, read as Latin-1"}));
+                     "material 'st\xc3\xa4hl': texture paths were not UTF-8, read as Latin-1"}));
 }
 
 TEST(Recoded, ValuesOfUserPropertiesAndTheNamesOfTexturesInTheFile) {
