@@ -62,6 +62,7 @@ unsigned SourceScene::AddTriangle(const std::string& name, unsigned material) {
 
 void SourceScene::Show(aiNode* node, const std::vector<unsigned>& meshes) {
     node->mNumMeshes = static_cast<unsigned>(meshes.size());
+    delete[] node->mMeshes;
     node->mMeshes = new unsigned[meshes.size()];
     std::copy(meshes.begin(), meshes.end(), node->mMeshes);
 }
