@@ -10,6 +10,8 @@
 #include <limits>
 #include <set>
 #include <string_view>
+#include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 #include "host/import/gltf_roots.h"
@@ -175,17 +177,44 @@ struct Visit {
     std::size_t notFinite;
 };
 
-void PushChildren(std::vector<Visit>& stack, const aiNode& node, Visit model) {
-    for (unsigned i = node.mNumChildren; i > 0; --i) {
-        model.node = node.mChildren[i - 1];
-        if (model.node) {
-            stack.push_back(model);
+// The children of nodes. Assimp's reader of MDL lists all bones below one node, each of which names
+// another of them, earlier in the list, as its parent.
+class Children {
+  public:
+    explicit Children(const aiNode& root) {
+        std::vector<const aiNode*> waiting{&root};
+        while (!waiting.empty()) {
+            const aiNode& node = *waiting.back();
+            waiting.pop_back();
+            std::unordered_set<const aiNode*> earlier;
+            for (unsigned i = 0; i < node.mNumChildren; ++i) {
+                if (const aiNode* const child = node.mChildren[i]) {
+                    const bool isSiblings = earlier.contains(child->mParent);
+                    of_[isSiblings ? child->mParent : &node].push_back(child);
+                    earlier.insert(child);
+                    waiting.push_back(child);
+                }
+            }
         }
     }
-}
+
+    void Push(std::vector<Visit>& stack, const aiNode& node, Visit model) const {
+        const auto found = of_.find(&node);
+        if (found != of_.end()) {
+            for (auto child = found->second.rbegin(); child != found->second.rend(); ++child) {
+                model.node = *child;
+                stack.push_back(model);
+            }
+        }
+    }
+
+  private:
+    std::unordered_map<const aiNode*, std::vector<const aiNode*>> of_;
+};
 
 // Visits a node of the stack: either folds it into those below or appends it to `nodes`.
-void Step(std::vector<Visit>& stack, std::vector<SourceNode>& nodes, bool foldPivots) {
+void Step(std::vector<Visit>& stack, std::vector<SourceNode>& nodes, const Children& children,
+          bool foldPivots) {
     Visit visit = std::move(stack.back());
     stack.pop_back();
     const aiNode& node = *visit.node;
@@ -202,7 +231,7 @@ void Step(std::vector<Visit>& stack, std::vector<SourceNode>& nodes, bool foldPi
                          visit.notFinite});
         visit = {nullptr, static_cast<int>(nodes.size()) - 1, Matrix4(), {}, std::nullopt, 0};
     }
-    PushChildren(stack, node, visit);
+    children.Push(stack, node, std::move(visit));
 }
 
 // ASE's root holds one unnamed node more, which holds the file's.
@@ -337,6 +366,7 @@ SourceTree FlattenTree(const aiScene& scene, const std::string& path) {
     }
     const auto facts = format == SourceFormat::gltf ? ReadGltfSceneFacts(path) : std::nullopt;
     tree.nodesOutside = facts ? facts->nodesOutside : 0;
+    const Children children(*scene.mRootNode);
     std::vector<Visit> stack;
     if (IsWrapper(scene, format, path, facts)) {
         std::size_t notFinite = 0;
@@ -348,13 +378,13 @@ SourceTree FlattenTree(const aiScene& scene, const std::string& path) {
             }
             above = Scaling(format == SourceFormat::collada ? 1 : scaledTurn->scale);
         }
-        PushChildren(stack, InnermostWrapper(*scene.mRootNode, format),
-                     {nullptr, scene::kNone, above, {{nullptr, above}}, std::nullopt, notFinite});
+        children.Push(stack, InnermostWrapper(*scene.mRootNode, format),
+                      {nullptr, scene::kNone, above, {{nullptr, above}}, std::nullopt, notFinite});
     } else {
         stack.push_back({scene.mRootNode, scene::kNone, Matrix4(), {}, std::nullopt, 0});
     }
     while (!stack.empty()) {
-        Step(stack, tree.nodes, format == SourceFormat::fbx);
+        Step(stack, tree.nodes, children, format == SourceFormat::fbx);
     }
     return tree;
 }

@@ -1,5 +1,6 @@
 // The nodes of an Assimp scene that become nodes of ours: in depth-first child order, without the
-// nodes that a format or its importer made, and with the turn that brings z up.
+// nodes that a format or its importer made, and with the turn that brings z up. A node that names
+// as its parent another child of the node that holds both, one before it, is that one's child.
 #pragma once
 
 #include <assimp/matrix4x4.h>

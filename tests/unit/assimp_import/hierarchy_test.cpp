@@ -53,6 +53,33 @@ TEST(Hierarchy, NodesStandDepthFirstInChildOrder) {
     EXPECT_TRUE(imported.warnings.empty());
 }
 
+TEST(Hierarchy, NodesHangFromTheSiblingThatTheyNameAsTheirParent) {
+    SourceScene source("Some Importer");
+    aiNode* const hip = source.AddNode(source.Root(), "hip");
+    aiNode* const knee = source.AddNode(source.Root(), "knee");
+    aiNode* const neck = source.AddNode(source.Root(), "neck");
+    aiNode* const foot = source.AddNode(source.Root(), "foot");
+    source.AddNode(foot, "toe");
+    knee->mParent = neck->mParent = hip;
+    foot->mParent = knee;
+    const ImportedScene imported = source.Convert();
+    EXPECT_EQ(NamesOf(imported.scene), (Names{"Root", "hip", "knee", "foot", "toe", "neck"}));
+    EXPECT_EQ(ParentsOf(imported.scene), (std::vector<int>{kNone, 0, 1, 2, 3, 1}));
+}
+
+TEST(Hierarchy, NodesThatNameAnyOtherParentStayWhereTheyAre) {
+    SourceScene source("Some Importer");
+    aiNode* const a = source.AddNode(source.Root(), "a");
+    aiNode* const b = source.AddNode(source.Root(), "b");
+    aiNode* const inner = source.AddNode(a, "inner");
+    a->mParent = b;  // which comes later
+    b->mParent = nullptr;
+    inner->mParent = source.Root();
+    const ImportedScene imported = source.Convert();
+    EXPECT_EQ(NamesOf(imported.scene), (Names{"Root", "a", "inner", "b"}));
+    EXPECT_EQ(ParentsOf(imported.scene), (std::vector<int>{kNone, 0, 1, 0}));
+}
+
 TEST(Hierarchy, ASceneWithoutNodesIsEmptyAndSaysSo) {
     SourceScene source("Some Importer");
     delete source.Scene().mRootNode;

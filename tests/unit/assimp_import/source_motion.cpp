@@ -86,15 +86,16 @@ Matrix4 SourceMotion::LocalAt(const aiNode& node, double time) const {
 }
 
 SourcePose::SourcePose(const aiScene& scene, std::size_t clip, double time) {
-    Add(SourceMotion(scene, clip), *scene.mRootNode, time, Matrix4());
+    Add(SourceMotion(scene, clip), *scene.mRootNode, time);
 }
 
-void SourcePose::Add(const SourceMotion& motion, const aiNode& node, double time,
-                     const Matrix4& above) {
+// A parent is the one that the node names.
+void SourcePose::Add(const SourceMotion& motion, const aiNode& node, double time) {
+    const Matrix4 above = node.mParent ? WorldOf(*node.mParent) : Matrix4();
     const Matrix4& world = byNode_[&node] = above * motion.LocalAt(node, time);
     byName_.try_emplace(node.mName.C_Str(), &world);
     for (unsigned i = 0; i < node.mNumChildren; ++i) {
-        Add(motion, *node.mChildren[i], time, world);
+        Add(motion, *node.mChildren[i], time);
     }
 }
 

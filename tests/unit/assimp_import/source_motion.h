@@ -33,8 +33,7 @@ class SourcePose {
     std::vector<aiMatrix4x4t<double>> Ways(const aiNode& node, const aiMesh& mesh) const;
 
   private:
-    void Add(const SourceMotion& motion, const aiNode& node, double time,
-             const aiMatrix4x4t<double>& above);
+    void Add(const SourceMotion& motion, const aiNode& node, double time);
 
     std::map<const aiNode*, aiMatrix4x4t<double>> byNode_;
     std::map<std::string, const aiMatrix4x4t<double>*> byName_;
