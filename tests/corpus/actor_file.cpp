@@ -1,5 +1,7 @@
 #include "tests/corpus/actor_file.h"
 
+#include <algorithm>
+
 namespace corpus {
 namespace {
 
@@ -83,13 +85,19 @@ void TakeLayer(Bytes& bytes, Actor& actor) {
     actor.materials.at(material).layers.emplace_back(type, texture);
 }
 
-// Weights follow the mesh that they move.
+// Weights follow the mesh that they move. In between stand the nodes of bones that were not there
+// yet, with their own meshes and weights.
 void TakeWeights(Bytes& bytes, Actor& actor) {
     const auto node = bytes.Take<std::int32_t>();
-    if (actor.meshes.empty() || actor.meshes.back().node != node) {
+    const auto found = std::find_if(actor.meshes.rbegin(), actor.meshes.rend(),
+                                    [node](const ActorMesh& mesh) { return mesh.node == node; });
+    if (found == actor.meshes.rend() || !found->weights.empty()) {
         Differ("weights of node " + std::to_string(node) + " follow no mesh of it");
     }
-    ActorMesh& mesh = actor.meshes.back();
+    ActorMesh& mesh = *found;
+    for (std::size_t i = mesh.nodesBefore; i < actor.nodes.size(); ++i) {
+        actor.nodes[i].isAhead = true;
+    }
     for (int i = 0; i < mesh.numOriginals; ++i) {
         ActorWeights weights;
         for (int count = bytes.Take<std::uint8_t>(); count > 0; --count) {
@@ -121,6 +129,7 @@ Actor ReadActor(const std::string& path) {
             actor.nodes.push_back(TakeNode(bytes));
         } else if (id == 3) {
             actor.meshes.push_back(TakeMesh(bytes));
+            actor.meshes.back().nodesBefore = actor.nodes.size();
         } else if (id == 4) {
             TakeWeights(bytes, actor);
         } else if (id == 6) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -16,6 +17,7 @@ struct ActorNode {
     std::string name;
     std::array<float, 3> translation{};  // as it stands in the file
     Matrix inverseWorld;                 // column vectors, the file's axes
+    bool isAhead = false;                // stands between a mesh and its weights, as its bone
 };
 
 struct ActorMaterial {
@@ -44,6 +46,7 @@ using ActorWeights = std::vector<std::pair<int, float>>;
 
 struct ActorMesh {
     int node = 0;
+    std::size_t nodesBefore = 0;  // in the file
     int numOriginals = 0;
     int channels = 0;
     // By original vertex; empty: not skinned. Positions and normals of a skinned mesh stand in the

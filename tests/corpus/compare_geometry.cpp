@@ -22,8 +22,10 @@
 #include "tests/corpus/actor_file.h"
 #include "tests/corpus/matrices.h"
 #include "tests/corpus/model.h"
+#include "tests/corpus/model_nodes.h"
 #include "tests/corpus/model_skin.h"
 #include "tests/corpus/model_triangles.h"
+#include "tests/corpus/rebuilt_scene.h"
 
 namespace {
 
@@ -41,7 +43,7 @@ double Degrees(const Vector& a, const Vector& b) {
 class Comparison {
   public:
     Comparison(const aiScene& scene, const Actor& actor)
-        : scene_(scene), actor_(actor), view_(ViewOf(scene)), skin_(scene, 0) {}
+        : scene_(scene), actor_(InOrder(scene, actor)), view_(ViewOf(scene)), skin_(scene, 0) {}
 
     void Run() {
         const std::vector<MeshNode> nodes = NodesWithTriangles(scene_);
@@ -59,6 +61,14 @@ class Comparison {
     }
 
   private:
+    static Actor InOrder(const aiScene& scene, const Actor& actor) {
+        const bool isInOrder = std::none_of(actor.nodes.begin(), actor.nodes.end(),
+                                            [](const ActorNode& node) { return node.isAhead; });
+        return isInOrder
+                   ? actor
+                   : InOrderOf(ModelPoses(scene, MatchNodes(scene, actor.nodes.size()), 0), actor);
+    }
+
     void CompareMesh(const MeshNode& model, const ActorMesh& mesh) {
         const auto groups = TrianglesOf(scene_, *model.node);
         ExpectEqual(mesh_ + "the number of sub-meshes", mesh.subMeshes.size(), groups.size());
@@ -235,7 +245,7 @@ class Comparison {
     }
 
     const aiScene& scene_;
-    const Actor& actor_;
+    const Actor actor_;
     const View view_;
     std::string mesh_, triangle_;  // what is compared, for messages
     const MeshNode* model_ = nullptr;

@@ -109,7 +109,7 @@ class Comparison {
                const Settings& settings)
         : settings_(settings),
           model_(scene, MatchNodes(scene, actor.nodes.size()), settings.clip),
-          rebuilt_(actor, std::move(parts), model_.Nodes()),
+          rebuilt_(InOrderOf(model_, actor), std::move(parts), model_.Nodes()),
           diagonal_(model_.BoundingDiagonal()) {
         FindFrames(scene);
     }

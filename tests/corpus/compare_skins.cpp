@@ -1,6 +1,7 @@
 // Whether the vertices of skinned meshes, deformed by what an actor file and its motion file say,
-// stand where the model's do: at the clip's start, end and times in between, in world space. Shares
-// no code with the importer's conversion, the exporter or the toolkit.
+// stand where the model's do: at the clip's start, end and times in between (of sampled tracks: of
+// their keys), in world space. Shares no code with the importer's conversion, the exporter or the
+// toolkit.
 //
 // The files say where a vertex stands at tick 0 and which bones move it from there. Where its bones
 // do not agree on that place, since the model was bound in another pose, no such file can say how
@@ -33,7 +34,7 @@ namespace {
 using namespace corpus;
 
 constexpr double kAgreement = 1e-5;  // of the bounding diagonal, among the bones of a vertex
-constexpr int kTimes = 8;
+constexpr std::size_t kTimes = 8;
 
 // ---------------------------------------------------------------- the comparison
 
@@ -42,10 +43,10 @@ class Comparison {
     Comparison(const aiScene& scene, const Actor& actor, std::vector<MotionPart> parts,
                unsigned clip)
         : scene_(scene),
-          actor_(actor),
           view_(ViewOf(scene)),
           model_(scene, MatchNodes(scene, actor.nodes.size()), clip),
-          rebuilt_(actor, std::move(parts), model_.Nodes()),
+          actor_(InOrderOf(model_, actor)),
+          rebuilt_(actor_, std::move(parts), model_.Nodes()),
           skin_(scene, clip),
           diagonal_(model_.BoundingDiagonal()) {}
 
@@ -99,10 +100,26 @@ class Comparison {
                 }
             }
         }
-        const double seconds = model_.TheClip().Seconds();
-        for (int time = 0; time <= (seconds > 0 ? kTimes : 0); ++time) {
-            ComparePose(node, mesh, groups, disagreement, seconds * time / kTimes);
+        for (const double seconds : Times()) {
+            ComparePose(node, mesh, groups, disagreement, seconds);
         }
+    }
+
+    // Between sampled keys the file does not say where things are.
+    std::vector<double> Times() const {
+        const std::vector<float>* sampled = nullptr;
+        for (const MotionPart& part : rebuilt_.Parts()) {
+            for (const Tracks* tracks : {&part.position, &part.rotation, &part.scale}) {
+                sampled = tracks->sampled ? &tracks->sampled->times : sampled;
+            }
+        }
+        const double end = model_.TheClip().Seconds();
+        std::vector<double> times{0};
+        for (std::size_t i = 1; i <= kTimes && end > 0; ++i) {
+            times.push_back(sampled ? sampled->at((sampled->size() - 1) * i / kTimes)
+                                    : end * static_cast<double>(i) / kTimes);
+        }
+        return times;
     }
 
     template <typename Groups, typename Disagreements>
@@ -180,9 +197,9 @@ class Comparison {
     }
 
     const aiScene& scene_;
-    const Actor& actor_;
     const View view_;
     const ModelPoses model_;
+    const Actor actor_;
     const RebuiltScene rebuilt_;
     ModelSkin skin_;
     const double diagonal_;

@@ -25,15 +25,40 @@ bool IsGeometric(const aiNode& node) {
                                 std::string_view::npos;
 }
 
+bool IsListed(const aiNode& parent, const aiNode* child) {
+    const aiNode* const* const begin = parent.mChildren;
+    const aiNode* const* const end = begin + parent.mNumChildren;
+    return child && std::find(begin, end, child) != end;
+}
+
+// What hangs below the node, which stands in `list`, null for the root: Assimp lists the bones of
+// MDL files below one node, each of which names one before it as its parent.
+std::vector<const aiNode*> ChildrenOf(const aiNode& node, const aiNode* list) {
+    std::vector<const aiNode*> children;
+    for (unsigned i = 0; i < node.mNumChildren; ++i) {
+        const aiNode* const child = node.mChildren[i];
+        if (child && (child->mParent == &node || !IsListed(node, child->mParent))) {
+            children.push_back(child);
+        }
+    }
+    for (unsigned i = 0; list && i < list->mNumChildren; ++i) {
+        if (list->mChildren[i] && list->mChildren[i]->mParent == &node) {
+            children.push_back(list->mChildren[i]);
+        }
+    }
+    return children;
+}
+
 // The nodes in depth-first order without the first `wrappers` and without pivots.
 std::vector<ModelNode> Flatten(const aiScene& scene, std::size_t wrappers) {
     struct Visit {
         const aiNode* node;
+        const aiNode* list;  // the node that has it among its children
         int parent;
         std::vector<const aiNode*> above;
     };
     std::vector<ModelNode> nodes;
-    std::vector<Visit> stack{{scene.mRootNode, -1, {}}};
+    std::vector<Visit> stack{{scene.mRootNode, nullptr, -1, {}}};
     while (!stack.empty()) {
         Visit visit = std::move(stack.back());
         stack.pop_back();
@@ -47,10 +72,11 @@ std::vector<ModelNode> Flatten(const aiScene& scene, std::size_t wrappers) {
             visit.parent = static_cast<int>(nodes.size()) - 1;
             visit.above.clear();
         }
-        for (unsigned i = visit.node->mNumChildren; i > 0; --i) {
-            if (visit.node->mChildren[i - 1]) {
-                stack.push_back({visit.node->mChildren[i - 1], visit.parent, visit.above});
-            }
+        const std::vector<const aiNode*> children = ChildrenOf(*visit.node, visit.list);
+        for (auto child = children.rbegin(); child != children.rend(); ++child) {
+            const bool isSibling = !IsListed(*visit.node, *child);
+            stack.push_back(
+                {*child, isSibling ? visit.list : visit.node, visit.parent, visit.above});
         }
     }
     return nodes;

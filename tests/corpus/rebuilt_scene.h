@@ -10,6 +10,11 @@
 
 namespace corpus {
 
+// The actor with its nodes, and what hangs from them, in the order of the model's nodes: a file has
+// the bones of a skin ahead, right behind the first mesh that they move. Of nodes of one name the
+// nearest is meant. Throws Difference where a bone is no node of the model.
+Actor InOrderOf(const ModelPoses& model, Actor actor);
+
 // World matrices in z up; a node's vertices stand in its own axes.
 class RebuiltScene {
   public:
