@@ -346,6 +346,17 @@ TEST(MorphWeightsAtStart, AreLostInFbxUnlessAClipTellsThem) {
     EXPECT_EQ(WeightsWith(clip.get(), SourceFormat::fbx).values, (Numbers{0.25, 0}));
 }
 
+TEST(MorphWeightsAtStart, OfTheClipThatIsImportedMoveTheVertices) {
+    OneMorph scene;
+    scene.source.AddMorphTarget(scene.mesh, "x", {{4, 0, 0}, {1, 0, 0}, {0, 1, 0}}, 0.5f);
+    EXPECT_EQ(MeshOf(scene.Convert()).vertices.at(0), (Vec3{2, 0, 0}));
+    aiAnimation& clip = scene.source.AddAnimation("wink", 9, 1);
+    const auto moved = ClipOf("Node", {{0, {{0, 0.25}}}, {9, {{0, 1}}}});
+    std::swap(clip.mMorphMeshChannels, moved->mMorphMeshChannels);
+    std::swap(clip.mNumMorphMeshChannels, moved->mNumMorphMeshChannels);
+    EXPECT_EQ(MeshOf(scene.Convert()).vertices.at(0), (Vec3{1, 0, 0}));
+}
+
 TEST(MorphWeightsAtStart, MakeAMeshOfItsOwnWhereTheyDiffer) {
     OneMorph scene;
     scene.source.AddMorphTarget(scene.mesh, "x", {{4, 0, 0}, {1, 0, 0}, {0, 1, 0}}, 0.5f);

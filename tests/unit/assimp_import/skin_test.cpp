@@ -5,8 +5,10 @@
 #include <limits>
 #include <sstream>
 
+#include "host/import/assimp_scene.h"
 #include "host/import/scene_blob.h"
 #include "host/import/scene_description.h"
+#include "tests/unit/assimp_import/moving_node.h"
 #include "tests/unit/assimp_import/shown_normals.h"
 #include "tests/unit/assimp_import/source_scene.h"
 #include "tests/unit/scene_description/same_scene.h"
@@ -285,6 +287,63 @@ TEST(SkinnedVertices, OfBonesThatAreNotFinite) {
     EXPECT_EQ(scene.imported.warnings,
               (Lines{"mesh 'm': numbers of bones' matrices that are not finite replaced by 0",
                      "mesh 'm': numbers that are not finite replaced by 0"}));
+}
+
+// ---------------------------------------------------------------- in the pose of a clip
+
+namespace {
+
+// The node and the bone "a" rest elsewhere than the clip holds them, and move on.
+struct MovingSkin : OneSkin {
+    MovingSkin() {
+        node->mTransformation = Moved(1, 0, 0);
+        a->mTransformation = Moved(0, 0, 1);
+        b->mTransformation = Moved(0, 2, 0);
+        source.AddBone(mesh, "a", {{0, 1}, {1, 0.5f}}, Moved(0, 0, -1));
+        source.AddBone(mesh, "b", {{1, 0.5f}});
+    }
+
+    void AddClip(const std::string& name, const PositionKeys& ofNode, const PositionKeys& ofBone) {
+        aiAnimation& clip = source.AddAnimation(name, 2, 1, {"Node", "a"});
+        SetKeys(*clip.mChannels[0], ofNode);
+        SetKeys(*clip.mChannels[1], ofBone);
+    }
+};
+
+Vec3 PlaceOf(const Node& node) {
+    return MatrixOf(node)[3];
+}
+
+}  // namespace
+
+TEST(SkinnedVertices, AreInThePoseThatTheClipHasAtTheStart) {
+    MovingSkin scene;
+    scene.AddClip("walk", {{0, {10, 0, 0}}, {2, {20, 0, 0}}}, {{0, {5, 0, 0}}, {2, {5, 0, 9}}});
+    const Node node = scene.Convert();
+    // Bone "a" moves by (5, 0, -1) and "b" by (0, 2, 0); the node's own place is (10, 0, 0).
+    EXPECT_EQ(MeshOf(node).vertices,
+              (std::vector<Vec3>{{-5, 0, -1}, {-6.5f, 1, -0.5f}, {0, 1, 0}}));
+    EXPECT_EQ(PlaceOf(node), (Vec3{10, 0, 0}));
+    EXPECT_EQ(PlaceOf(scene.imported.scene.nodes[1]), (Vec3{5, 0, 0}));
+    EXPECT_EQ(PlaceOf(scene.imported.scene.nodes[2]), (Vec3{0, 2, 0}));
+}
+
+TEST(SkinnedVertices, AreInThePoseBetweenTheKeysAroundTheStart) {
+    MovingSkin scene;
+    scene.AddClip("walk", {{1, {3, 0, 0}}}, {{-1, {0, 0, 0}}, {3, {16, 0, 0}}});
+    const Node node = scene.Convert();
+    EXPECT_EQ(MeshOf(node).vertices.at(0), (Vec3{1, 0, -1}));
+    EXPECT_EQ(PlaceOf(node), (Vec3{3, 0, 0}));
+    EXPECT_EQ(PlaceOf(scene.imported.scene.nodes[1]), (Vec3{4, 0, 0}));
+}
+
+TEST(SkinnedVertices, AreInThePoseOfTheClipThatIsChosen) {
+    MovingSkin scene;
+    scene.AddClip("walk", {{0, {10, 0, 0}}}, {{0, {5, 0, 0}}});
+    scene.AddClip("run", {{0, {0, 0, 0}}}, {{0, {7, 0, 0}}, {2, {8, 0, 0}}});
+    const auto imported =
+        maxhost::import::ConvertScene(scene.source.Scene(), "no/such/file.x", {"run", {}});
+    EXPECT_EQ(MeshOf(imported.scene.nodes[0]).vertices.at(0), (Vec3{7, 0, -1}));
 }
 
 // ---------------------------------------------------------------- normals and faces
