@@ -1,7 +1,7 @@
 // Whether the vertices of skinned meshes, deformed by what an actor file and its motion file say,
-// stand where the model's do: at the clip's start, end and times in between (of sampled tracks: of
-// their keys), in world space. Shares no code with the importer's conversion, the exporter or the
-// toolkit.
+// stand where the model's do, in world space: at the clip's start, at its end, and at frames and
+// halfway between two in between, of sampled tracks at some of their keys. Shares no code with the
+// importer's conversion, the exporter or the toolkit.
 //
 // The files say where a vertex stands at tick 0 and which bones move it from there. Where its bones
 // do not agree on that place, since the model was bound in another pose, no such file can say how
@@ -41,8 +41,9 @@ constexpr std::size_t kTimes = 8;
 class Comparison {
   public:
     Comparison(const aiScene& scene, const Actor& actor, std::vector<MotionPart> parts,
-               unsigned clip)
+               unsigned clip, int frameRate)
         : scene_(scene),
+          frameRate_(frameRate),
           view_(ViewOf(scene)),
           model_(scene, MatchNodes(scene, actor.nodes.size()), clip),
           actor_(InOrderOf(model_, actor)),
@@ -105,7 +106,8 @@ class Comparison {
         }
     }
 
-    // Between sampled keys the file does not say where things are.
+    // Between sampled keys the file does not say where things are. Of keyframed tracks the frames
+    // and what is halfway between them count.
     std::vector<double> Times() const {
         const std::vector<float>* sampled = nullptr;
         for (const MotionPart& part : rebuilt_.Parts()) {
@@ -116,8 +118,11 @@ class Comparison {
         const double end = model_.TheClip().Seconds();
         std::vector<double> times{0};
         for (std::size_t i = 1; i <= kTimes && end > 0; ++i) {
-            times.push_back(sampled ? sampled->at((sampled->size() - 1) * i / kTimes)
-                                    : end * static_cast<double>(i) / kTimes);
+            const double even = end * static_cast<double>(i) / kTimes;
+            const double onFrames = std::round(even * 2 * frameRate_) / (2 * frameRate_);
+            times.push_back(sampled       ? sampled->at((sampled->size() - 1) * i / kTimes)
+                            : i == kTimes ? end
+                                          : onFrames);
         }
         return times;
     }
@@ -197,6 +202,7 @@ class Comparison {
     }
 
     const aiScene& scene_;
+    const int frameRate_;
     const View view_;
     const ModelPoses model_;
     const Actor actor_;
@@ -210,18 +216,19 @@ class Comparison {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 6) {
-        std::cerr << "usage: compare_skins MODEL ACTOR MOTION CLIP MOST_ERROR\n";
+    if (argc != 7) {
+        std::cerr << "usage: compare_skins MODEL ACTOR MOTION CLIP FRAME_RATE MOST_ERROR\n";
         return 2;
     }
     try {
         Assimp::Importer importer;
         const Actor actor = ReadActor(argv[2]);
         Comparison comparison(maxhost::import::LoadScene(importer, argv[1]), actor,
-                              ReadMotion(argv[3]), static_cast<unsigned>(std::stoul(argv[4])));
+                              ReadMotion(argv[3]), static_cast<unsigned>(std::stoul(argv[4])),
+                              std::stoi(argv[5]));
         comparison.Run();
         comparison.Print();
-        return comparison.Worst() <= std::stod(argv[5]) ? 0 : 1;
+        return comparison.Worst() <= std::stod(argv[6]) ? 0 : 1;
     } catch (const std::exception& failure) {
         std::cout << failure.what() << '\n';
         return 1;

@@ -105,14 +105,17 @@ std::vector<Vector> ModelSkin::Normals(const aiNode& node, const aiMesh& piece) 
     if (sums.empty()) {
         return sums;
     }
-    std::vector<bool> isMoved(sums.size());
+    std::vector<Matrix> means(sums.size(), Matrix() * 0.0);
+    std::vector<double> weights(sums.size());
     ForWeights(piece, [&](unsigned vertex, double weight, const Matrix& matrix) {
-        sums[vertex] += TurnNormal(Inverse(matrix), ToDouble(piece.mNormals[vertex])) * weight;
-        isMoved[vertex] = isMoved[vertex] || weight != 0;
+        means[vertex] = means[vertex] + matrix * weight;
+        weights[vertex] += weight;
     });
     const Matrix inverse = Inverse(World(node));
     for (unsigned i = 0; i < sums.size(); ++i) {
-        sums[i] = isMoved[i] ? sums[i] : TurnNormal(inverse, ToDouble(piece.mNormals[i]));
+        const bool isMoved = weights[i] != 0;
+        sums[i] = TurnNormal(isMoved ? Inverse(means[i] * (1 / weights[i])) : inverse,
+                             ToDouble(piece.mNormals[i]));
     }
     return sums;
 }
