@@ -166,10 +166,10 @@ TEST(MotionExport, PoseIsTurnedAndScaledInTheFilesAxes) {
         return values;
     };
     EXPECT_THAT(floats(260, 3), ElementsAre(1, 3, 2));
-    const auto near = [](float value) { return testing::FloatNear(value, 1e-6f); };
+    const auto close = [](float value) { return testing::FloatNear(value, 1e-6f); };
     EXPECT_THAT(floats(272, 4),
-                ElementsAre(near(0), near(-0.70710678f), near(0), near(0.70710678f)));
-    EXPECT_THAT(floats(288, 3), ElementsAre(near(2), near(8), near(4)));
+                ElementsAre(close(0), close(-0.70710678f), close(0), close(0.70710678f)));
+    EXPECT_THAT(floats(288, 3), ElementsAre(close(2), close(8), close(4)));
 }
 
 TEST(MotionExport, LongNamesAreCutAndShortOnesZeroFilled) {
