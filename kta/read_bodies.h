@@ -2,12 +2,15 @@
 // which the cursor stands, or stops the cursor.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "kta/cursor.h"
 #include "kta/reader.h"
 
 namespace kta {
+
+constexpr std::size_t kNameSize = 260;  // of the fields for names, but those of materials
 
 // The sizes of bodies that are one record.
 constexpr std::uint32_t kNodeSize = 632;

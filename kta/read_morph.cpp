@@ -10,7 +10,6 @@
 namespace kta {
 namespace {
 
-constexpr std::size_t kNameSize = 260;
 constexpr std::uint32_t kPointSize = kPackedPointSize + 3 + 4;  // with its zeros and number
 
 // Offsets in the body: 0 channel name[260], 260 f32, 264 f32, 268 i32, 272 u8, 273 padding[3],

@@ -7,7 +7,6 @@
 namespace kta {
 namespace {
 
-constexpr std::size_t kNameSize = 260;
 constexpr std::size_t kVariableSize = 20;
 constexpr std::size_t kMaterialNameSize = 40;
 constexpr int kNumLayerTypes = 12;

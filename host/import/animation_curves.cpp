@@ -26,14 +26,6 @@ Quaternion Straight(const Quaternion& a, const Quaternion& b, double s) {
     return Slerp(a, b, s);
 }
 
-Vector OnCurve(const Vector& v) {
-    return v;
-}
-
-Quaternion OnCurve(const Quaternion& q) {
-    return Unit(q);
-}
-
 template <typename T>
 T Hermite(const CurveKey<T>& from, const CurveKey<T>& to, double s) {
     const double duration = to.time - from.time;
@@ -43,6 +35,14 @@ T Hermite(const CurveKey<T>& from, const CurveKey<T>& to, double s) {
 }
 
 }  // namespace
+
+Vector OnCurve(const Vector& v) {
+    return v;
+}
+
+Quaternion OnCurve(const Quaternion& q) {
+    return Unit(q);
+}
 
 template <typename T>
 T Curve<T>::At(double time) const {

@@ -45,6 +45,10 @@ double DistanceBetween(const Vector& a, const Vector& b);
 // Of unit length; zero stays zero.
 Quaternion Unit(const Quaternion& q);
 
+// A value as a curve shows it: a rotation is of unit length.
+Vector OnCurve(const Vector& v);
+Quaternion OnCurve(const Quaternion& q);
+
 Quaternion operator+(const Quaternion& a, const Quaternion& b);
 Quaternion operator*(double factor, const Quaternion& q);
 

@@ -19,30 +19,22 @@ namespace {
 
 constexpr double kLatestTick = 1e9;
 
-bool IsFinite(const Vector& v) {
+bool FitsFloat(const Vector& v) {
     constexpr double kGreatest = std::numeric_limits<float>::max();
     return std::abs(v.x) <= kGreatest && std::abs(v.y) <= kGreatest && std::abs(v.z) <= kGreatest;
 }
 
-bool IsFinite(const Quaternion& q) {
-    return IsFinite(Vector(q.x, q.y, q.z)) && IsFinite(Vector(q.w, 0, 0));
+bool FitsFloat(const Quaternion& q) {
+    return FitsFloat(Vector(q.x, q.y, q.z)) && FitsFloat(Vector(q.w, 0, 0));
 }
 
 bool IsValue(const Vector& v) {
-    return IsFinite(v);
+    return FitsFloat(v);
 }
 
 // A rotation has a direction.
 bool IsValue(const Quaternion& q) {
-    return IsFinite(q) && Unit(q) != Quaternion(0, 0, 0, 0);
-}
-
-Vector OnCurve(const Vector& v) {
-    return v;
-}
-
-Quaternion OnCurve(const Quaternion& q) {
-    return Unit(q);
+    return FitsFloat(q) && Unit(q) != Quaternion(0, 0, 0, 0);
 }
 
 class ChannelReader {
@@ -176,7 +168,7 @@ class ChannelReader {
         const bool isCubic = curve.interpolation == Interpolation::cubic;
         const auto isBad = [isCubic](const CurveKey<T>& key) {
             return !(std::abs(key.time) <= kLatestTick) || !IsValue(key.value) ||
-                   (isCubic && !(IsFinite(key.inSlope) && IsFinite(key.outSlope)));
+                   (isCubic && !(FitsFloat(key.inSlope) && FitsFloat(key.outSlope)));
         };
         for (CurveKey<T>& key : curve.keys) {
             key.time *= ticksPerKey;

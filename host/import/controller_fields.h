@@ -213,7 +213,7 @@ struct ThreeNumbers : Row<float, 3> {
 
 // A quaternion of unit length stays as it is to the bit, so that what was saved is what is read.
 // A zero quaternion stays too; the scene's check refuses it.
-struct Quaternion : Row<float, 4> {
+struct QuaternionValue : Row<float, 4> {
     static void Read(JsonValue value, std::array<float, 4>& result) {
         ReadTo(value, result.data());
         double square = 0;
@@ -236,7 +236,7 @@ struct Quaternion : Row<float, 4> {
 template <class Io, Is<scene::OtherThree> O>
 void Describe(Io& io, O& controller, AxisRole role) {
     if (role == AxisRole::rotation) {
-        io.Required("value", controller.value, Quaternion());
+        io.Required("value", controller.value, QuaternionValue());
     } else {
         io.Required("value", controller.value, ThreeNumbers());
     }

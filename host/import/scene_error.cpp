@@ -9,7 +9,7 @@ namespace maxhost::import {
 namespace {
 
 constexpr std::size_t kLongestName = 100;
-constexpr std::size_t kLongestText = 60;
+constexpr std::size_t kLongestShown = 60;
 
 // The longest prefix of at most `limit` bytes that does not end within a UTF-8 character.
 std::string_view Cut(std::string_view text, std::size_t limit) {
@@ -62,7 +62,7 @@ void AppendStep(std::string& pointer, std::size_t index) {
 
 std::string Shown(std::string_view text) {
     std::string line = "\"";
-    const std::string_view shown = Cut(text, kLongestText);
+    const std::string_view shown = Cut(text, kLongestShown);
     const bool isUtf8 = IsUtf8(shown);
     for (const char c : shown) {
         if (isUtf8 || static_cast<unsigned char>(c) < 0x80) {

@@ -10,13 +10,13 @@ namespace {
 
 enum { kMessageSize = 4096 };
 
-InstanceManager<LogManager>* managerHolder = NULL;
+InstanceManager<LogManager>* logManagerHolder = NULL;
 
 }  // namespace
 
 template <>
 InstanceManager<LogManager>*& InstanceManager<LogManager>::HolderPointer() {
-    return managerHolder;
+    return logManagerHolder;
 }
 
 // ---------------------------------------------------------------- the file sink

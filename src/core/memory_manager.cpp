@@ -91,13 +91,13 @@ void PrintLeak(int number, const AllocationRecord& record) {
                static_cast<int>(record.category), preview);
 }
 
-InstanceManager<MemoryManager>* managerHolder = NULL;
+InstanceManager<MemoryManager>* memoryManagerHolder = NULL;
 
 }  // namespace
 
 template <>
 InstanceManager<MemoryManager>*& InstanceManager<MemoryManager>::HolderPointer() {
-    return managerHolder;
+    return memoryManagerHolder;
 }
 
 MemoryManager& GetMemoryManager() {

@@ -12,6 +12,7 @@
 #include "format/chunk_ids.h"
 #include "format/records.h"
 #include "geometry/pending_wires.h"
+#include "motion/bezier_keys.h"
 #include "motion/motion_variables.h"
 #include "plugin/kta_exp.h"
 
@@ -24,7 +25,6 @@ namespace {
 const Class_ID kPrsClassId(PRS_CONTROL_CLASS_ID, 0);
 const Class_ID kWireFloatClassId(0x498702e7, 0x71f11549);
 const Class_ID kFloatListClassId(FLOATLIST_CONTROL_CLASS_ID, 0);
-const Class_ID kBezierFloatClassId(HYBRIDINTERP_FLOAT_CLASS_ID, 0);
 
 enum { kNumParts = 3, kNumComponents = 3 };
 
@@ -143,7 +143,7 @@ void ChannelWires::LinkList(Control* channel) {
     ReadList(channel, entries);
     Float32 bezierWeight = 0.0f;
     for (Int32 i = 0; i < entries.Count(); ++i) {
-        if (entries[i].control->ClassID() == kBezierFloatClassId) {
+        if (IsBezierFloat(entries[i].control)) {
             bezierWeight = entries[i].weight;
         }
     }

@@ -14,6 +14,10 @@ IKeyControl* KeysOf(Control* controller, const Class_ID& classId) {
 
 }  // namespace
 
+bool IsBezierFloat(Control* controller) {
+    return controller != NULL && controller->ClassID() == kBezierFloatClassId;
+}
+
 IKeyControl* BezierFloatKeys(Control* controller) {
     return KeysOf(controller, kBezierFloatClassId);
 }

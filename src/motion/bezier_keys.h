@@ -6,6 +6,9 @@
 
 #include <istdplug.h>
 
+// False for null.
+bool IsBezierFloat(Control* controller);
+
 // The keys of a Bezier float controller (they are IBezFloatKey) and of a Bezier scale controller
 // (IBezScaleKey); null for any other controller and for none.
 IKeyControl* BezierFloatKeys(Control* controller);
