@@ -91,7 +91,7 @@ struct MaterialLayer {
 // counts it: the body is then shorter than declared, and tells not which vertices they are.
 struct Weights {
     struct Entry {
-        std::int16_t bone = -1;  // position among the file's node chunks, cut to 16 bits; -1: none
+        std::int16_t bone = -1;  // position among the file's node chunks; -1: none, or above 32767
         float weight = 0;
     };
 

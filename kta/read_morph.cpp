@@ -109,7 +109,7 @@ std::array<float, 3> MorphPosition(const Morph& morph, std::size_t point) {
         return {all, all, all};
     }
     const double scale = range < 1 ? 1 / double{range} : 1;
-    const double steps = std::trunc(65535 / std::max(1.0, double{range}));
+    const float steps = std::trunc(65535.0f / std::max(1.0f, range));  // in f32, as packed
     if (!(range > 0) || steps == 0) {
         return {kNone, kNone, kNone};
     }

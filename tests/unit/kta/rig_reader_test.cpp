@@ -297,10 +297,12 @@ TEST(MorphReaderTest, PositionsOfOddRanges) {
             ReadExact(MorphFile({"c", "n", minimum, maximum, {{0, 0, packed}}}));
         return kta::MorphPosition(BodyOf<kta::Morph>(reading), 0)[2];
     };
-    EXPECT_EQ(position(150, 150, 0), 1.5f);          // all coordinates are alike
-    EXPECT_EQ(position(100, 101, 65535), 1.01f);     // a range of 1 is not stretched
-    EXPECT_EQ(position(0, 65535, 200), 2);           // one step a hundredth of a unit
-    EXPECT_EQ(position(0, 30000, 5), 0.025f);        // 2.18 steps are cut to 2
+    EXPECT_EQ(position(150, 150, 0), 1.5f);       // all coordinates are alike
+    EXPECT_EQ(position(100, 101, 65535), 1.01f);  // a range of 1 is not stretched
+    EXPECT_EQ(position(0, 65535, 200), 2);        // one step a hundredth of a unit
+    EXPECT_EQ(position(0, 30000, 5), 0.025f);     // 2.18 steps are cut to 2
+    // 1309.9999... steps, but 1310 in f32.
+    EXPECT_EQ(position(0, 50.02671813964844f, 65500), 0.5f);
     EXPECT_TRUE(std::isnan(position(0, 65536, 0)));  // no step: nothing is told
     EXPECT_TRUE(std::isnan(position(5, 4, 0)));
     EXPECT_TRUE(std::isnan(position(0, kInfinity, 0)));
