@@ -305,9 +305,10 @@ Vector SpectralDecomposition(Matrix33 a, Matrix33& axes) {
         if (fabs(a.m[0][1]) + fabs(a.m[0][2]) + fabs(a.m[1][2]) == 0.0) {
             break;
         }
-        RotatePlane(a, axes, 1, 2);
-        RotatePlane(a, axes, 0, 2);
+        // The published order of the planes: it decides where two factors tie.
         RotatePlane(a, axes, 0, 1);
+        RotatePlane(a, axes, 2, 0);
+        RotatePlane(a, axes, 1, 2);
     }
     return MakeVector(a.m[0][0], a.m[1][1], a.m[2][2]);
 }
@@ -395,27 +396,32 @@ Quaternion SnuggleAroundAxis(const Quaternion& u, float k[3], int single) {
     return Multiply(toZ, Conjugate(p));
 }
 
+// Of equal ones the published choice, which decides the order of stretch factors.
+void FindLargestTwo(const double a[4], int& high, int& low) {
+    low = a[0] > a[1] ? 0 : 1;
+    high = a[2] > a[3] ? 2 : 3;
+    if (a[low] > a[high]) {
+        const int first = low;
+        low = a[first ^ 1] > a[high] ? first ^ 1 : high;
+        high = first;
+    } else if (a[high ^ 1] > a[low]) {
+        low = high ^ 1;
+    }
+}
+
 // Three different factors: one of the 24 rotations that take axes to axes. The nearest one has the
 // largest scalar product with u, which is one of: the largest component alone, the two largest
 // times sqrt(1/2), or half the sum of all four.
 Quaternion SnuggleDistinct(const Quaternion& u, float k[3]) {
     double a[4], sign[4];
     bool odd = false;
-    int high = 0;
     for (int i = 0; i < 4; ++i) {
         a[i] = fabs(u.q[i]);
         sign[i] = u.q[i] < 0.0 ? -1.0 : 1.0;
         odd = odd != (u.q[i] < 0.0);
-        if (a[i] > a[high]) {
-            high = i;
-        }
     }
-    int low = high == 0 ? 1 : 0;
-    for (int i = 0; i < 4; ++i) {
-        if (i != high && a[i] > a[low]) {
-            low = i;
-        }
-    }
+    int high, low;
+    FindLargestTwo(a, high, low);
     const double all = (a[0] + a[1] + a[2] + a[3]) * 0.5;
     const double two = (a[high] + a[low]) * kSqrtHalf;
     const double big = a[high];

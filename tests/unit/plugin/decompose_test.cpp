@@ -287,4 +287,16 @@ TEST(Decompose, StretchAlongADiagonalIsTurnedByItsAngle) {
     ExpectMultipliesBack(Inverse(turn) * ScaleMatrix(P(4, 2, 1)) * turn);
 }
 
+// Stretched by 3 and 1 along the diagonals of the xz plane, which lie equally near to both axes:
+// the factor for z is the one that the published order of Jacobi rotations puts there.
+TEST(Decompose, StretchHalfwayBetweenTwoAxes) {
+    const Matrix3 matrix(P(2, 0, 1), P(0, 5, 0), P(1, 0, 2), P(0, 0, 0));
+    AffineParts parts;
+    DecomposeTransform(matrix, parts);
+    EXPECT_NEAR(parts.k.x, 1, 1e-5);
+    EXPECT_NEAR(parts.k.y, 5, 1e-5);
+    EXPECT_NEAR(parts.k.z, 3, 1e-5);
+    ExpectMultipliesBack(matrix);
+}
+
 }  // namespace
