@@ -7,6 +7,7 @@
 #include <ctime>
 #include <filesystem>
 
+#include "tests/support/chunks.h"
 #include "tests/support/export_run.h"
 #include "tests/support/kta_bytes.h"
 
@@ -55,6 +56,13 @@ std::string DefaultSettings() {
 std::string SettingsWithHiddenObjects() {
     std::string settings = DefaultSettings();
     settings[1] = 1;
+    return settings;
+}
+
+std::string SettingsWithSamples() {
+    std::string settings = DefaultSettings();
+    settings[17] = 1;
+    settings[20] = 1;
     return settings;
 }
 
@@ -359,6 +367,29 @@ TEST(Driver, CancelDuringTheActorPassStillClosesAndConvertsBothFiles) {
     EXPECT_EQ(run.motion, support::FileHeader(false));
     EXPECT_EQ(run.progress.size(), 2u);
     EXPECT_EQ(run.converterCalls, CompleteCalls(directory.Path(), 7 + 4 * 120 + 644, 7));
+    EXPECT_EQ(run.progressEnds, 2);
+}
+
+TEST(Driver, CancelDuringTheMotionPassKeepsWhatIsWrittenAndConvertsIt) {
+    Scene scene;
+    scene.nodes = {MakeNode("A"), MakeNode("A1", 0), MakeNode("B")};
+    for (auto& node : scene.nodes) {
+        maxhost::scene::SampledTransform samples;
+        samples.samples.resize(2);
+        samples.samples[1].time = 1600;
+        samples.samples[1].matrix[3] = {1, 2, 3};
+        node.transform = maxhost::scene::Transform{"", {}, samples};
+    }
+    ExportChoices choices;
+    choices.settings = SettingsWithSamples();
+    choices.cancelAtUpdate = 5;
+    const ExportRun run = Export(scene, choices);
+    EXPECT_EQ(run.result, 1);
+    EXPECT_EQ(NodeNames(run), (Names{"A", "A1", "B"}));
+    const std::vector<support::Chunk> parts = support::ChunksOf(run.motion.value(), 1);
+    ASSERT_EQ(parts.size(), 1u);
+    EXPECT_EQ(parts[0].body.substr(0, 2), std::string("A\0", 2));
+    EXPECT_EQ(run.converterCalls.size(), 5u);
     EXPECT_EQ(run.progressEnds, 2);
 }
 

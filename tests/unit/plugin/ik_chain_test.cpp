@@ -49,6 +49,18 @@ TEST(IKChain, LongNamesAreCutToTheirFields) {
               Body(std::string(259, 'j'), std::string(259, 'j')));
 }
 
+// A transform with controllers of its own under the chain's class id.
+TEST(IKChain, StandsBetweenJointLimitsAndWires) {
+    Node goal = support::XNode("Goal", support::Follow("d", "e"));
+    goal.transform->classId = {0x78724378, 0x8a4fd9};
+    scene::JointParams limits;
+    limits.flags = 0x80000009;
+    std::get<scene::PrsTransform>(goal.transform->kind).position->jointParams = limits;
+    goal.modifiers = {{true, scene::Morpher{{{"m", {{1, 2, 3}}}}}}};
+    EXPECT_EQ(support::ChunkIds(Export(SceneOf({support::XNode("D", support::Named("d")), goal}))),
+              (std::vector<std::uint32_t>{0, 0, 8, 15, 14, 10}));
+}
+
 TEST(IKChain, OnlyTheChainsClassIsOne) {
     Node other = Goal(0, 0), lookalike = MakeNode("Goal"), none = MakeNode("none");
     other.transform->classId = {0x78724378, 0};

@@ -192,7 +192,12 @@ TEST(JointLimits, TheLaterOfTwoSetsOfAKindCounts) {
     later.dofs = 1;
     later.min[0] = 7;
     later.max[0] = 8;
-    const std::string body = BodyOf(Joint(Params(kPosition | kX | kY), later));
+    const ExportRun run = Export(SceneOf({Joint(Params(kPosition | kX | kY), later)}));
+    EXPECT_EQ(support::CountLines(
+                  run, "*** Warning: Joint limit has not 3 position DOFS, but 1 DOFS ***"),
+              1)
+        << "by the set's flags, not by its controller";
+    const std::string body = Limits(run).at(0).body;
     // It has but one value, and all of the limited bytes.
     EXPECT_EQ(body.substr(4, 24), Bytes().F32({7, -3, -2, 8, 3, 2}).Str());
     EXPECT_EQ(body.substr(76, 6), Limited(0, 1, 0) + kNothing);

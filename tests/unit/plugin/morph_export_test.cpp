@@ -121,6 +121,8 @@ TEST(MorphExport, RangeOfOneIsNotWidened) {
 TEST(MorphExport, RangeOfZeroStoresZeros) {
     EXPECT_EQ(PointsOf({{2, 2, 2}, {2, 2, 2}}), Points("Face", 200, 200, {0, 0, 0, 0, 0, 0}));
     EXPECT_EQ(PointsOf({{0, 0, 0}}), Points("Face", 0, 0, {0, 0, 0}));
+    // f32 makes it 66558 steps, of which 16 bits are kept.
+    EXPECT_EQ(PointsOf({{2, 2, 2.00001f}}), Points("Face", 200, 2.00001f * 100.0f, {0, 1022, 0}));
 }
 
 TEST(MorphExport, RangeAboveTheIntegersHasNoSteps) {

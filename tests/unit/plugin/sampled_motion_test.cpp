@@ -4,6 +4,7 @@
 
 #include <climits>
 
+#include "tests/support/chunks.h"
 #include "tests/unit/plugin/array_storage.h"
 #include "tests/unit/plugin/motion_file.h"
 
@@ -393,6 +394,27 @@ TEST(SampledDetection, ANodeWithoutControllerStandsStill) {
         scene, 1, [](KTAExp& exporter, const auto& nodes) { exporter.ExportMotionPart(nodes[1]); });
     EXPECT_EQ(written.bytes, "");
     EXPECT_THAT(written.log, ElementsAre("- Exporting motionpart 'Still'"));
+}
+
+// A scale is that of the stretch alone; what mirrors has no place in the file.
+TEST(SampledMotion, MirroringShowsInNoScale) {
+    scene::SampledTransform samples;
+    samples.samples.resize(2);
+    samples.samples[1].time = 1024;
+    for (int i = 0; i < 2; ++i) {
+        const float size = static_cast<float>(i + 1);
+        samples.samples[i].matrix = {scene::Vec3{-size, 0, 0}, scene::Vec3{0, 2 * size, 0},
+                                     scene::Vec3{0, 0, 3 * size}, scene::Vec3{}};
+    }
+    const scene::Scene scene = NodeScene({"", {}, samples}, EvenTime(0, 1024));
+    const std::string bytes = WriteMotion(scene, 1).bytes;
+    EXPECT_NEAR(support::F32At(bytes, 12 + 288), 1, 1e-6);
+    EXPECT_NEAR(support::F32At(bytes, 12 + 292), 3, 1e-6);
+    EXPECT_NEAR(support::F32At(bytes, 12 + 296), 2, 1e-6);
+    EXPECT_EQ(bytes[12 + 300 + 12 + 5], 'S') << "nothing else moves";
+    EXPECT_NEAR(support::F32At(bytes, bytes.size() - 12), 2, 1e-6);
+    EXPECT_NEAR(support::F32At(bytes, bytes.size() - 8), 6, 1e-6);
+    EXPECT_NEAR(support::F32At(bytes, bytes.size() - 4), 4, 1e-6);
 }
 
 }  // namespace

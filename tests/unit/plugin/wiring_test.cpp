@@ -450,6 +450,21 @@ TEST(Wiring, StandsBehindTheNodesMeshAndIsNoPartOfTheMotionFile) {
     EXPECT_EQ(run.motion.value().find("X_Position"), std::string::npos);
 }
 
+TEST(Wiring, StandsBehindTheWeightsOfASkinnedNode) {
+    scene::Mesh mesh;
+    mesh.vertices = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
+    mesh.faces = {{{0, 1, 2}}};
+    Node follower = XNode("F", Follow("d", "e"));
+    follower.object.emplace().mesh = std::make_shared<const scene::Mesh>(mesh);
+    scene::JointParams limits;
+    limits.flags = 0x80000009;
+    std::get<scene::PrsTransform>(follower.transform->kind).position->jointParams = limits;
+    follower.modifiers = {{true, scene::Skin{{2}, {{{0, 1}}, {{0, 1}}, {{0, 1}}}, true}},
+                          {true, scene::Morpher{{{"m", {{1, 2, 3}}}}}}};
+    const ExportRun run = Export(SceneOf({XNode("D", Named("d")), follower, MakeNode("Bone")}));
+    EXPECT_EQ(support::ChunkIds(run), (std::vector<std::uint32_t>{0, 0, 3, 0, 4, 8, 14, 10}));
+}
+
 // ---------------------------------------------------------------- cost
 
 class WireExporter : public support::StreamedExporter {
