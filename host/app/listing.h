@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "host/app/scene_loader.h"
-#include "host/sdk/scene_desc.h"
+#include "host/scene/scene_desc.h"
 
 namespace maxhost::app {
 

@@ -4,9 +4,9 @@
 #include <unordered_map>
 
 #include "host/app/exit_status.h"
-#include "host/import/animation_choice.h"
-#include "host/import/scale.h"
-#include "host/import/scene_error.h"
+#include "host/assimp/motion/animation_choice.h"
+#include "host/scene/scale.h"
+#include "host/scene/scene_error.h"
 #include "kta/text.h"
 
 namespace maxhost::app {

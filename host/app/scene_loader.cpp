@@ -8,11 +8,11 @@
 
 #include "host/app/exit_status.h"
 #include "host/app/places.h"
-#include "host/import/scene_description.h"
+#include "host/scene_file/scene_description.h"
 #include "kta/text.h"
 #ifndef _WIN32
-#include "host/import/assimp_import.h"
-#include "host/import/scene_check.h"
+#include "host/assimp/assimp_import.h"
+#include "host/scene/scene_check.h"
 #endif
 
 namespace maxhost::app {

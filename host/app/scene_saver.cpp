@@ -5,7 +5,7 @@
 
 #include "host/app/exit_status.h"
 #include "host/app/private_directory.h"
-#include "host/import/scene_description.h"
+#include "host/scene_file/scene_description.h"
 
 namespace maxhost::app {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "host/sdk/scene_desc.h"
+#include "host/scene/scene_desc.h"
 
 namespace maxhost::app {
 

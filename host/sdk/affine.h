@@ -5,7 +5,7 @@
 
 #include <array>
 
-#include "host/sdk/scene_desc.h"
+#include "host/scene/scene_desc.h"
 
 namespace maxhost {
 

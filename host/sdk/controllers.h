@@ -8,8 +8,8 @@
 
 #include <memory>
 
+#include "host/scene/scene_desc.h"
 #include "host/sdk/affine.h"
-#include "host/sdk/scene_desc.h"
 #include "host/sdk/scene_links.h"
 
 namespace maxhost {

@@ -5,8 +5,8 @@
 
 #include <vector>
 
+#include "host/scene/scene_desc.h"
 #include "host/sdk/affine.h"
-#include "host/sdk/scene_desc.h"
 
 namespace maxhost {
 

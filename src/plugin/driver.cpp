@@ -5,14 +5,14 @@
 
 #include "core/holder.h"
 #include "core/string.h"
-#include "geometry/modifier_stack.h"
-#include "geometry/node_walk.h"
 #include "plugin/converter.h"
 #include "plugin/kta_exp.h"
 #include "plugin/module.h"
 #include "plugin/motion_pass.h"
 #include "plugin/options_dialog.h"
 #include "resources/resource.h"
+#include "scene/modifier_stack.h"
+#include "scene/node_walk.h"
 
 Plinth::UInt8 g_motionPass = 0;
 

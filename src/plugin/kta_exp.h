@@ -1,6 +1,6 @@
 // The exporter: 3ds Max makes one object of this class for each export, calls DoExport and deletes
 // it. Its operations are implemented beside what they export: the format's write primitives in
-// format/, nodes in geometry/, the driver and the descriptive answers here.
+// format/, nodes in export/, the driver and the descriptive answers here.
 #ifndef PLUGIN_KTA_EXP_H
 #define PLUGIN_KTA_EXP_H
 
@@ -12,12 +12,12 @@
 
 #include "core/log.h"
 #include "core/pointer_list.h"
-#include "geometry/default_materials.h"
-#include "geometry/material_table.h"
-#include "geometry/pending_wires.h"
-#include "geometry/skin_export.h"
-#include "motion/transform_samples.h"
+#include "export/default_materials.h"
+#include "export/material_table.h"
+#include "export/skin_export.h"
 #include "plugin/export_options.h"
+#include "scene/pending_wires.h"
+#include "scene/transform_samples.h"
 
 class BitmapTex;
 struct KTAMaterial;

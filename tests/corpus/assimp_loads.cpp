@@ -14,7 +14,7 @@
 
 #include <assimp/Importer.hpp>
 
-#include "host/import/reader_process.h"
+#include "host/assimp/process/reader_process.h"
 
 namespace {
 

@@ -3,10 +3,10 @@
 
 #include <cmath>
 
-#include "host/import/animated_chain.h"
-#include "host/import/animation_curves.h"
-#include "host/import/euler_angles.h"
-#include "host/import/key_fit.h"
+#include "host/assimp/motion/animated_chain.h"
+#include "host/assimp/motion/animation_curves.h"
+#include "host/assimp/motion/euler_angles.h"
+#include "host/assimp/motion/key_fit.h"
 
 using namespace maxhost::import;
 using maxhost::scene::Tangent;

@@ -6,10 +6,10 @@
 #include <limits>
 #include <sstream>
 
-#include "host/import/assimp_scene.h"
-#include "host/import/scale.h"
-#include "host/import/scene_check.h"
-#include "host/import/scene_description.h"
+#include "host/assimp/scene.h"
+#include "host/scene/scale.h"
+#include "host/scene/scene_check.h"
+#include "host/scene_file/scene_description.h"
 #include "tests/unit/assimp_import/moving_node.h"
 #include "tests/unit/assimp_import/posed_scene.h"
 #include "tests/unit/assimp_import/source_scene.h"

@@ -5,8 +5,8 @@
 #include <assimp/Importer.hpp>
 #include <filesystem>
 
-#include "host/import/assimp_scene.h"
-#include "host/import/scene_check.h"
+#include "host/assimp/scene.h"
+#include "host/scene/scene_check.h"
 #include "tests/unit/assimp_import/moving_node.h"
 #include "tests/unit/assimp_import/posed_scene.h"
 #include "tests/unit/assimp_import/temporary_files.h"

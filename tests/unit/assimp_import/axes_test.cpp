@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-#include "host/import/assimp_tree.h"
+#include "host/assimp/tree/tree.h"
 #include "tests/unit/assimp_import/source_scene.h"
 
 using maxhost::import::AxisTurn;

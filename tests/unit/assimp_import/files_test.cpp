@@ -6,8 +6,8 @@
 #include <fstream>
 #include <random>
 
-#include "host/import/assimp_import.h"
-#include "host/import/scene_check.h"
+#include "host/assimp/assimp_import.h"
+#include "host/scene/scene_check.h"
 #include "tests/unit/assimp_import/source_scene.h"
 #include "tests/unit/assimp_import/temporary_files.h"
 

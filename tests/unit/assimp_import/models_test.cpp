@@ -10,9 +10,9 @@
 #include <filesystem>
 #include <map>
 
-#include "host/import/assimp_scene.h"
-#include "host/import/assimp_tree.h"
-#include "host/import/scene_check.h"
+#include "host/assimp/scene.h"
+#include "host/assimp/tree/tree.h"
+#include "host/scene/scene_check.h"
 #include "tests/unit/assimp_import/shown_normals.h"
 #include "tests/unit/assimp_import/source_motion.h"
 #include "tests/unit/assimp_import/source_scene.h"

@@ -5,10 +5,10 @@
 #include <filesystem>
 #include <limits>
 
-#include "host/import/assimp_channels.h"
-#include "host/import/assimp_mesh.h"
-#include "host/import/assimp_pose.h"
-#include "host/import/scale.h"
+#include "host/assimp/mesh/mesh.h"
+#include "host/assimp/mesh/pose.h"
+#include "host/assimp/motion/channels.h"
+#include "host/scene/scale.h"
 #include "tests/unit/assimp_import/shown_normals.h"
 #include "tests/unit/assimp_import/source_scene.h"
 

@@ -6,11 +6,11 @@
 #include <cmath>
 #include <limits>
 
-#include "host/import/assimp_bones.h"
-#include "host/import/assimp_channels.h"
-#include "host/import/assimp_pose.h"
-#include "host/import/assimp_roles.h"
-#include "host/import/assimp_time.h"
+#include "host/assimp/mesh/bones.h"
+#include "host/assimp/mesh/pose.h"
+#include "host/assimp/motion/channels.h"
+#include "host/assimp/motion/time.h"
+#include "host/assimp/tree/roles.h"
 #include "host/sdk/host.h"
 #include "tests/unit/assimp_import/source_motion.h"
 

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "host/import/assimp_import.h"
-#include "host/import/assimp_tree.h"
+#include "host/assimp/assimp_import.h"
+#include "host/assimp/tree/tree.h"
 
 // Of a node's pose in the world.
 struct PoseError {

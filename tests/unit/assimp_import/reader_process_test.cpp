@@ -1,5 +1,5 @@
 // Readers that crash, hang or fail.
-#include "host/import/reader_process.h"
+#include "host/assimp/process/reader_process.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -12,7 +12,7 @@
 #include <new>
 #include <stdexcept>
 
-#include "host/import/assimp_import.h"
+#include "host/assimp/assimp_import.h"
 
 using maxhost::import::ImportError;
 using maxhost::import::LimitsFor;

@@ -1,5 +1,5 @@
 // Imported scenes as bytes and back.
-#include "host/import/scene_blob.h"
+#include "host/assimp/process/scene_blob.h"
 
 #include <gtest/gtest.h>
 

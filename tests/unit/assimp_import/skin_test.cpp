@@ -5,9 +5,9 @@
 #include <limits>
 #include <sstream>
 
-#include "host/import/assimp_scene.h"
-#include "host/import/scene_blob.h"
-#include "host/import/scene_description.h"
+#include "host/assimp/process/scene_blob.h"
+#include "host/assimp/scene.h"
+#include "host/scene_file/scene_description.h"
 #include "tests/unit/assimp_import/moving_node.h"
 #include "tests/unit/assimp_import/shown_normals.h"
 #include "tests/unit/assimp_import/source_scene.h"

@@ -7,7 +7,7 @@
 #include <utility>
 #include <variant>
 
-#include "host/import/assimp_scene.h"
+#include "host/assimp/scene.h"
 #include "host/sdk/host.h"
 
 namespace {

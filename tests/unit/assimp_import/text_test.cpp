@@ -1,5 +1,5 @@
 // Names, quotations and user-property buffers.
-#include "host/import/assimp_text.h"
+#include "host/assimp/text.h"
 
 #include <assimp/scene.h>
 #include <gtest/gtest.h>

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <limits>
 
-#include "host/import/import_warnings.h"
-#include "host/import/scene_check.h"
+#include "host/assimp/import_warnings.h"
+#include "host/scene/scene_check.h"
 #include "tests/unit/assimp_import/source_scene.h"
 #include "tests/unit/assimp_import/temporary_files.h"
 

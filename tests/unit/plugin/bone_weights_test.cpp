@@ -1,4 +1,4 @@
-#include "geometry/bone_weights.h"
+#include "scene/bone_weights.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "motion/decompose.h"
+#include "scene/decompose.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "geometry/material_table.h"
+#include "export/material_table.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "motion/motion_variables.h"
+#include "scene/motion_variables.h"
 
 #include <gtest/gtest.h>
 

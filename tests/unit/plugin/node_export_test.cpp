@@ -9,8 +9,8 @@
 
 #include "core/log.h"
 #include "host/sdk/host.h"
-#include "motion/local_transform.h"
 #include "plugin/kta_exp.h"
+#include "scene/local_transform.h"
 #include "tests/support/export_run.h"
 #include "tests/support/kta_bytes.h"
 #include "tests/unit/plugin/streamed_exporter.h"

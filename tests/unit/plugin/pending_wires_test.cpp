@@ -1,4 +1,4 @@
-#include "geometry/pending_wires.h"
+#include "scene/pending_wires.h"
 
 #include <gtest/gtest.h>
 

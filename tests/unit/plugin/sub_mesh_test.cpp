@@ -1,4 +1,4 @@
-#include "geometry/sub_mesh.h"
+#include "scene/sub_mesh.h"
 
 #include <gtest/gtest.h>
 

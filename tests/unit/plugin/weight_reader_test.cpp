@@ -1,4 +1,4 @@
-#include "geometry/weight_reader.h"
+#include "scene/weight_reader.h"
 
 #include <CS/phyexp.h>
 #include <gtest/gtest.h>

@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "host/sdk/scene_desc.h"
+#include "host/scene/scene_desc.h"
 
 extern const std::string_view kEveryField;
 

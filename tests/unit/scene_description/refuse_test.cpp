@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/import/scene_description.h"
+#include "host/scene_file/scene_description.h"
 
 using maxhost::import::ReadSceneDescriptionFromText;
 using maxhost::import::SceneError;

@@ -1,5 +1,5 @@
 // Which numbers of a scene are lengths.
-#include "host/import/scale.h"
+#include "host/scene/scale.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "host/import/scene_error.h"
+#include "host/scene/scene_error.h"
 #include "tests/unit/scene_description/every_field.h"
 #include "tests/unit/scene_description/same_scene.h"
 

@@ -9,7 +9,7 @@
 #include <sstream>
 #include <string>
 
-#include "host/import/scene_description.h"
+#include "host/scene_file/scene_description.h"
 #include "tests/unit/scene_description/every_field.h"
 #include "tests/unit/scene_description/same_scene.h"
 

@@ -1,0 +1,273 @@
+#include "host/assimp/mesh/mesh.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <utility>
+
+#include "host/assimp/assimp_import.h"
+#include "host/assimp/mesh/id_table.h"
+#include "host/assimp/mesh/smoothing_groups.h"
+#include "host/assimp/mesh/source_vertices.h"
+#include "host/assimp/text.h"
+
+namespace maxhost::import {
+namespace {
+
+// ---------------------------------------------------------------- parts of a mesh
+
+// A map channel in the making: pairs that are bit for bit the same become one map vertex.
+class ChannelBuilder {
+  public:
+    std::uint32_t VertexOf(const scene::Vec2& pair) {
+        const auto next = static_cast<std::uint32_t>(channel_.vertices.size());
+        const std::uint32_t id = ids_.FindOrAdd(HashOf(pair), next, [&](std::uint32_t known) {
+            return BitsOf(channel_.vertices[known]) == BitsOf(pair);
+        });
+        if (id == next) {
+            channel_.vertices.push_back(pair);
+        }
+        return id;
+    }
+
+    // Faces of pieces without the channel get the coordinates (0, 0).
+    void FillUp(std::size_t faces) {
+        if (channel_.faces.size() < faces) {
+            const std::uint32_t zero = VertexOf({0, 0});
+            channel_.faces.resize(faces, {zero, zero, zero});
+        }
+    }
+
+    void AddFace(const std::array<std::uint32_t, 3>& corners) { channel_.faces.push_back(corners); }
+    scene::MapChannel Take() { return std::move(channel_); }
+
+  private:
+    scene::MapChannel channel_;
+    IdTable ids_;  // of map vertices
+};
+
+bool HasThirdCoordinate(const aiMesh& piece, int uv) {
+    const aiVector3D* const set = piece.mTextureCoords[uv];
+    return std::any_of(set, set + piece.mNumVertices, [](const aiVector3D& v) { return v.z != 0; });
+}
+
+// ---------------------------------------------------------------- the mesh
+
+class MeshBuilder {
+  public:
+    MeshBuilder(const MeshSource& source, std::size_t node)
+        : warnings_(source.warnings),
+          isMirrored_(source.tree.nodes[node].geometric.value_or(Matrix4()).Determinant() < 0),
+          vertices_(source, node) {}
+
+    // The piece's triangles, with their places among the source vertices, if the piece comes next;
+    // warns of all that the piece has beside them. `name` is the piece's for messages.
+    std::vector<scene::Face> TrianglesOf(const aiMesh& piece, const std::string& name);
+
+    // Appends the piece with these triangles and this material id.
+    void Append(const aiMesh& piece, const std::string& name,
+                const std::vector<scene::Face>& triangles, std::uint16_t material);
+
+    // The mesh with its modifiers.
+    NodeMesh Finish();
+
+  private:
+    void AddChannel(const aiMesh& piece, int uv, const std::vector<scene::Face>& triangles,
+                    std::size_t& notFinite);
+    std::vector<std::uint32_t> JoinVertices(const SourceVertices& source, bool byNormal,
+                                            scene::Mesh& mesh) const;
+
+    ImportWarnings& warnings_;
+    const bool isMirrored_;
+    NodeVertices vertices_;
+    std::vector<scene::Face> faces_;  // of source vertices
+    std::map<int, ChannelBuilder> channels_;
+};
+
+void MeshBuilder::Append(const aiMesh& piece, const std::string& name,
+                         const std::vector<scene::Face>& triangles, std::uint16_t material) {
+    std::size_t notFinite = 0, cutSets = 0;
+    vertices_.Append(piece, name, notFinite);
+    for (int uv = 0; uv < AI_MAX_NUMBER_OF_TEXTURECOORDS; ++uv) {
+        if (piece.mTextureCoords[uv]) {
+            AddChannel(piece, uv, triangles, notFinite);
+            cutSets += HasThirdCoordinate(piece, uv) ? 1 : 0;
+        }
+    }
+    warnings_.Add("third texture coordinates left out", "mesh " + name, cutSets);
+    for (const scene::Face& triangle : triangles) {
+        faces_.push_back({triangle.v, 0, material});
+    }
+    warnings_.Add("numbers that are not finite replaced by 0", "mesh " + name, notFinite);
+}
+
+// The map faces of the piece, whose vertices are there already and whose triangles come next.
+void MeshBuilder::AddChannel(const aiMesh& piece, int uv, const std::vector<scene::Face>& triangles,
+                             std::size_t& notFinite) {
+    ChannelBuilder& channel = channels_[uv + 1];
+    channel.FillUp(faces_.size());
+    std::vector<std::uint32_t> ids(piece.mNumVertices);
+    for (unsigned i = 0; i < piece.mNumVertices; ++i) {
+        const aiVector3D& coordinate = piece.mTextureCoords[uv][i];
+        ids[i] = channel.VertexOf(
+            {FiniteFloat(coordinate.x, notFinite), FiniteFloat(coordinate.y, notFinite)});
+    }
+    const std::size_t first = vertices_.Count() - piece.mNumVertices;
+    for (const scene::Face& triangle : triangles) {
+        channel.AddFace(
+            {ids[triangle.v[0] - first], ids[triangle.v[1] - first], ids[triangle.v[2] - first]});
+    }
+}
+
+// Returns the source vertex of each vertex.
+std::vector<std::uint32_t> MeshBuilder::JoinVertices(const SourceVertices& source, bool byNormal,
+                                                     scene::Mesh& mesh) const {
+    JoinedVertices joined = Join(source, byNormal);
+    mesh.vertices.clear();
+    mesh.vertices.reserve(joined.firstOf.size());
+    for (const std::uint32_t first : joined.firstOf) {
+        const auto id = static_cast<std::uint32_t>(mesh.vertices.size());
+        mesh.vertices.push_back(source.positions[first]);
+        if (byNormal && source.normals[first] != scene::Vec3{}) {
+            mesh.normals.emplace_hint(mesh.normals.end(), id, source.normals[first]);
+        }
+    }
+    mesh.faces = faces_;
+    for (scene::Face& face : mesh.faces) {
+        face.v = {joined.idOf[face.v[0]], joined.idOf[face.v[1]], joined.idOf[face.v[2]]};
+    }
+    return std::move(joined.firstOf);
+}
+
+NodeMesh MeshBuilder::Finish() {
+    NodeMesh made;
+    const auto mesh = std::make_shared<scene::Mesh>();
+    for (auto& [number, channel] : channels_) {
+        channel.FillUp(faces_.size());
+        mesh->channels.emplace(number, channel.Take());
+    }
+    channels_.clear();
+    const SourceVertices& source = vertices_.Finish();
+    std::vector<std::uint32_t> vertices = JoinVertices(source, false, *mesh);
+    if (!source.normals.empty() && !FindSmoothingGroups(*mesh, source.normals, faces_)) {
+        vertices = JoinVertices(source, true, *mesh);
+    }
+    made.modifiers = vertices_.ModifiersFor(vertices);
+    made.mesh = mesh;
+    return made;
+}
+
+std::vector<scene::Face> MeshBuilder::TrianglesOf(const aiMesh& piece, const std::string& name) {
+    const std::string subject = "mesh " + name;
+    std::size_t pointsAndLines = 0, polygons = 0, outOfRange = 0;
+    const unsigned vertices = piece.mVertices ? piece.mNumVertices : 0;
+    const auto first = static_cast<std::uint32_t>(vertices_.Count());
+    // A geometric transform that mirrors turns the faces over. What a node's matrix or the bones
+    // mirror does not, so that an exported skin, which is in the world, winds as the file's.
+    const int second = isMirrored_ ? 2 : 1;
+    std::vector<scene::Face> triangles;
+    triangles.reserve(piece.mFaces ? piece.mNumFaces : 0);
+    for (unsigned i = 0; piece.mFaces && i < piece.mNumFaces; ++i) {
+        const aiFace& face = piece.mFaces[i];
+        const unsigned* const v = face.mIndices;
+        if (face.mNumIndices != 3 || !v) {
+            ++(face.mNumIndices > 3 ? polygons : pointsAndLines);
+        } else if (std::max({v[0], v[1], v[2]}) >= vertices) {
+            ++outOfRange;
+        } else {
+            triangles.push_back({{first + v[0], first + v[second], first + v[3 - second]}, 0, 0});
+        }
+    }
+    warnings_.AddOf("vertices without faces left out", "mesh", name,
+                    piece.mFaces && piece.mNumFaces > 0 ? 0 : vertices);
+    warnings_.Add("points and lines left out", subject, pointsAndLines);
+    warnings_.Add("polygons that could not be cut into triangles left out", subject, polygons);
+    warnings_.Add("faces with a vertex number out of range left out", subject, outOfRange);
+    warnings_.Add("vertex colour sets left out", subject, piece.GetNumColorChannels());
+    return triangles;
+}
+
+// The material id of faces of `material`, the next free one at its first appearance.
+std::uint16_t IdOf(unsigned material, std::vector<unsigned>& materials,
+                   std::map<unsigned, std::uint16_t>& ids) {
+    const auto [found, isNew] =
+        ids.try_emplace(material, static_cast<std::uint16_t>(materials.size()));
+    if (isNew) {
+        if (materials.size() > std::numeric_limits<std::uint16_t>::max()) {
+            throw ImportError("a node uses more than 65536 materials");
+        }
+        materials.push_back(material);
+    }
+    return found->second;
+}
+
+// For messages; a mesh without a name goes by its position.
+std::string ShownName(const aiMesh& mesh, unsigned index) {
+    const std::string name = TextOf(mesh.mName);
+    return name.empty() ? std::to_string(index) : Quoted(name);
+}
+
+}  // namespace
+
+NodeMesh MeshFactory::Of(std::size_t index) {
+    const SourceNode& node = source_.tree.nodes[index];
+    const aiNode& shown = *node.node;
+    Key key;
+    key.first.assign(shown.mMeshes, shown.mMeshes + shown.mNumMeshes);
+    if (node.geometric) {
+        key.second.assign((*node.geometric)[0], (*node.geometric)[0] + 16);
+    }
+    for (const unsigned piece : key.first) {
+        if (piece < source_.scene.mNumMeshes) {
+            const aiMesh& mesh = *source_.scene.mMeshes[piece];
+            if (mesh.mNumBones > 0) {
+                return Build(index);
+            }
+            const std::vector<double> weights = source_.pose.MorphWeightsOf(index, mesh).values;
+            key.second.insert(key.second.end(), weights.begin(), weights.end());
+        }
+    }
+    const auto found = made_.find(key);
+    return found != made_.end() ? found->second
+                                : made_.emplace(std::move(key), Build(index)).first->second;
+}
+
+NodeMesh MeshFactory::Build(std::size_t index) {
+    const aiScene& scene = source_.scene;
+    const aiNode& node = *source_.tree.nodes[index].node;
+    MeshBuilder builder(source_, index);
+    std::vector<unsigned> materials;
+    std::map<unsigned, std::uint16_t> ids;
+    constexpr std::size_t kMostVertices = std::numeric_limits<std::uint32_t>::max();
+    std::size_t vertices = 0, faces = 0;
+    bool isColored = false;
+    for (unsigned i = 0; i < node.mNumMeshes; ++i) {
+        const unsigned number = node.mMeshes[i];
+        if (number >= scene.mNumMeshes) {
+            source_.warnings.Add("references to meshes that do not exist left out",
+                                 "node " + Quoted(TextOf(node.mName)));
+            continue;
+        }
+        const aiMesh& piece = *scene.mMeshes[number];
+        vertices += piece.mNumVertices;
+        faces += piece.mNumFaces;
+        if (vertices > kMostVertices || faces > kMostVertices / 3) {
+            throw ImportError("a node has more than 4294967295 vertices or 1431655765 faces");
+        }
+        isColored = isColored || piece.GetNumColorChannels() > 0;
+        const std::string name = ShownName(piece, number);
+        const std::vector<scene::Face> triangles = builder.TrianglesOf(piece, name);
+        if (!triangles.empty()) {
+            builder.Append(piece, name, triangles, IdOf(piece.mMaterialIndex, materials, ids));
+        }
+    }
+    coloredMeshes_ += isColored ? 1 : 0;
+    NodeMesh made = builder.Finish();
+    made.materials = std::move(materials);
+    return made;
+}
+
+}  // namespace maxhost::import

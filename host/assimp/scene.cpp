@@ -1,0 +1,264 @@
+#include "host/assimp/scene.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <filesystem>
+#include <limits>
+#include <optional>
+#include <set>
+#include <string_view>
+#include <utility>
+
+#include "host/assimp/import_warnings.h"
+#include "host/assimp/mesh/bones.h"
+#include "host/assimp/mesh/material.h"
+#include "host/assimp/mesh/mesh.h"
+#include "host/assimp/mesh/pose.h"
+#include "host/assimp/motion/animation.h"
+#include "host/assimp/motion/animation_choice.h"
+#include "host/assimp/motion/channels.h"
+#include "host/assimp/motion/time.h"
+#include "host/assimp/text.h"
+#include "host/assimp/tree/roles.h"
+#include "host/assimp/tree/tree.h"
+#include "host/scene/utf8.h"
+
+namespace maxhost::import {
+namespace {
+
+// ---------------------------------------------------------------- kinds of objects
+
+constexpr std::uint32_t kGeometry = 0x10;
+constexpr std::uint32_t kCamera = 0x20;
+constexpr std::uint32_t kLight = 0x30;
+constexpr scene::ClassId kBone = {0x28bf6e8d, 0x2ecca840};
+constexpr scene::ClassId kFreeCamera = {0x1001, 0};
+constexpr scene::ClassId kOmniLight = {0x1011, 0};
+constexpr scene::ClassId kDirectionalLight = {0x1013, 0};
+constexpr scene::ClassId kFreeSpot = {0x1014, 0};
+
+scene::ClassId ClassOf(aiLightSourceType type) {
+    return type == aiLightSource_SPOT          ? kFreeSpot
+           : type == aiLightSource_DIRECTIONAL ? kDirectionalLight
+                                               : kOmniLight;
+}
+
+// ---------------------------------------------------------------- units
+
+// The unit, in metres, that the scene's is where the file says no more.
+double OwnUnit(SourceFormat format) {
+    return format == SourceFormat::fbx ? 0.01 : 1;
+}
+
+std::string UpAxisOf(const AxisTurn& turn) {
+    return (turn.sign[2] < 0 ? "-" : "") + std::string(1, "xyz"[turn.from[2]]);
+}
+
+// ---------------------------------------------------------------- names
+
+constexpr char kRecodedName[] = "name was not UTF-8, read as Latin-1";
+
+// The name to show for the node. Collada's importer makes one up where the file gives an id alone.
+std::string NameOf(const aiNode& node, SourceFormat format, ImportWarnings& warnings) {
+    aiString id;
+    const bool hasIdAlone = format == SourceFormat::collada &&
+                            std::string_view(node.mName.C_Str()).starts_with("$Collada") &&
+                            node.mMetaData && node.mMetaData->Get("Collada_id", id);
+    bool recoded = false;
+    const std::string name = TextOf(hasIdAlone ? id : node.mName, &recoded);
+    warnings.AddOf(kRecodedName, "node", Quoted(name), recoded ? 1 : 0);
+    return name;
+}
+
+// What stands in for a root's name that no artist gave.
+std::string NameAfterFile(const std::string& path, ImportWarnings& warnings) {
+    bool recoded = false;
+    const std::string name = ToUtf8(std::filesystem::path(path).stem().string(), &recoded);
+    warnings.Add("given the file's name, the file gives its root none", "node " + Quoted(name));
+    warnings.AddOf(kRecodedName, "node", Quoted(name), recoded ? 1 : 0);
+    return name;
+}
+
+// 3ds Max has no nodes without a name, and the exported files tell the hierarchy by names.
+void NameTheUnnamed(std::vector<scene::Node>& nodes, ImportWarnings& warnings) {
+    std::set<std::string> used;
+    for (const scene::Node& node : nodes) {
+        used.insert(node.name);
+    }
+    int number = 0;
+    for (scene::Node& node : nodes) {
+        while (node.name.empty()) {
+            const std::string digits = std::to_string(++number);
+            std::string name =
+                "Node" + std::string(3 - std::min<std::size_t>(digits.size(), 3), '0') + digits;
+            if (used.insert(name).second) {
+                warnings.Add("given this name, the file has none", "node " + Quoted(name));
+                node.name = std::move(name);
+            }
+        }
+    }
+}
+
+// ---------------------------------------------------------------- the scene
+
+class Converter {
+  public:
+    Converter(const aiScene& source, const std::string& path, const ImportChoices& choices)
+        : source_(source),
+          path_(path),
+          choices_(choices),
+          format_(FormatOf(source)),
+          tree_(FlattenTree(source, path)),
+          clip_(ChooseClip()),
+          pose_(tree_, format_, LocalsAtStart(tree_, clip_.channels), clip_.animation),
+          bones_(source, tree_, pose_, warnings_),
+          meshes_({source, tree_, format_, pose_, bones_, warnings_}),
+          materials_(source, format_, result_.scene, warnings_) {}
+
+    ImportedScene Convert() {
+        const std::vector<Role> roles = FindRoles(source_, tree_, format_, bones_, warnings_);
+        for (std::size_t i = 0; i < tree_.nodes.size(); ++i) {
+            result_.scene.nodes.push_back(NodeOf(i, roles[i]));
+        }
+        NameTheUnnamed(result_.scene.nodes, warnings_);
+        result_.coloredMeshes = meshes_.ColoredMeshes();
+        AnimateNodes(clip_.channels, tree_, frames_, result_.scene.time, result_.scene.nodes,
+                     warnings_);
+        materials_.WarnOfUnused();
+        WarnOfFile();
+        result_.warnings = warnings_.Lines();
+        if (tree_.nodes.empty()) {
+            result_.warnings.push_back("no nodes in the file");
+        }
+        return std::move(result_);
+    }
+
+  private:
+    struct Clip {
+        const aiAnimation* animation = nullptr;  // null: none
+        Channels channels;
+    };
+
+    // Lists the file's clips, sets the scene's time and reads the clip that is imported.
+    Clip ChooseClip() {
+        result_.animations = ClipsOf(source_, format_, warnings_);
+        std::vector<std::string> names;
+        for (const AnimationClip& clip : result_.animations) {
+            names.push_back(clip.name);
+        }
+        const std::size_t chosen =
+            choices_.animation ? FindAnimation(*choices_.animation, names).value_or(0) : 0;
+        const bool hasClip = chosen < names.size();
+        scene::Time& time = result_.scene.time;
+        time = TimeOf(source_, format_, hasClip ? &result_.animations[chosen] : nullptr,
+                      choices_.frameRate, warnings_);
+        if (!hasClip) {
+            return {};
+        }
+        Clip clip{
+            source_.mAnimations[chosen],
+            ReadChannels(source_, chosen, format_, path_,
+                         static_cast<double>(time.frameRate) * time.ticksPerFrame, warnings_)};
+        warnings_.Add("animations left out beside the one imported (--animation chooses another)",
+                      "", names.size() - 1);
+        return clip;
+    }
+
+    void WarnOfFile() {
+        warnings_.Add("nodes outside the scene that the file shows left out", "",
+                      tree_.nodesOutside);
+        if (tree_.unit > 0 && std::abs(tree_.unit - OwnUnit(format_)) > 1e-6 * tree_.unit) {
+            warnings_.Add("the file's unit is " + NumberText(tree_.unit) + " m and its up axis " +
+                              UpAxisOf(tree_.turn) +
+                              "; lengths are left in that unit (--scale changes them)",
+                          "");
+        }
+    }
+
+    // The node's matrix at tick 0 in the turned scene, with the frames of its and its parent's
+    // views.
+    Matrix4 LocalOf(std::size_t index, const Role& role) {
+        const SourceNode& source = tree_.nodes[index];
+        NodeFrame frame;
+        if (source.parent != scene::kNone) {
+            const Matrix4& above = frames_[static_cast<std::size_t>(source.parent)].after;
+            frame.before = above == Matrix4() ? above : Matrix4(above).Inverse();
+        }
+        frame.after = ViewFrame(source, ShownBeside(source, role), tree_.turn, format_, warnings_);
+        frames_.push_back(frame);
+        return frame.before * tree_.turn.Conjugate(pose_.LocalOf(index)) * frame.after;
+    }
+
+    scene::Node NodeOf(std::size_t index, const Role& role) {
+        const SourceNode& source = tree_.nodes[index];
+        scene::Node node;
+        const bool isUnnamedRoot =
+            source.node == source_.mRootNode && IsImportersName(source.node->mName.C_Str(), path_);
+        node.name = isUnnamedRoot ? NameAfterFile(path_, warnings_)
+                                  : NameOf(*source.node, format_, warnings_);
+        node.parent = source.parent;
+        const std::string subject = "node " + Quoted(node.name);
+        std::size_t notFinite = source.notFinite;
+        node.transform = scene::Transform{
+            {}, {}, scene::MatrixTransform{RowMatrix(LocalOf(index, role), notFinite)}};
+        warnings_.Add("numbers that are not finite replaced by 0", subject, notFinite);
+        if (const aiMetadata* metadata = source.node->mMetaData) {
+            bool recoded = false;
+            node.userProperties = UserPropertiesOf(*metadata, &recoded);
+            warnings_.AddOf("user properties were not UTF-8, read as Latin-1", "node",
+                            Quoted(node.name), recoded ? 1 : 0);
+            bool isShown = true;
+            node.hidden =
+                format_ == SourceFormat::fbx && metadata->Get("Show", isShown) && !isShown;
+        }
+        SetObject(node, source, role, subject);
+        return node;
+    }
+
+    // A node has one object. A mesh comes first: it may be the mesh of a bone.
+    void SetObject(scene::Node& node, const SourceNode& source, const Role& role,
+                   const std::string& subject) {
+        const bool hasMesh = source.node->mNumMeshes > 0;
+        if (hasMesh) {
+            NodeMesh mesh = meshes_.Of(result_.scene.nodes.size());
+            node.object = scene::Object{std::nullopt, std::nullopt, std::nullopt, mesh.mesh};
+            node.modifiers = std::move(mesh.modifiers);
+            node.material = materials_.For(mesh.materials, node.name);
+        }
+        const Role shown = ShownBeside(source, role);
+        if (role.isBone) {
+            node.object = node.object.value_or(scene::Object{kGeometry, {}, {}, nullptr});
+            node.object->classId = kBone;
+        } else if (shown.camera) {
+            node.object = scene::Object{kCamera, kFreeCamera, std::nullopt, nullptr};
+        } else if (shown.light) {
+            node.object = scene::Object{kLight, ClassOf(shown.light->mType), std::nullopt, nullptr};
+        }
+        const std::size_t others = (role.camera != shown.camera) + (role.light != shown.light);
+        warnings_.Add("cameras and lights left out, the node has another object", subject, others);
+    }
+
+    const aiScene& source_;
+    const std::string path_;
+    const ImportChoices& choices_;
+    const SourceFormat format_;
+    const SourceTree tree_;
+    ImportWarnings warnings_;
+    ImportedScene result_;
+    const Clip clip_;
+    const StartPose pose_;
+    const BoneNodes bones_;
+    MeshFactory meshes_;
+    MaterialFactory materials_;
+    std::vector<NodeFrame> frames_;
+};
+
+}  // namespace
+
+ImportedScene ConvertScene(const aiScene& scene, const std::string& path,
+                           const ImportChoices& choices) {
+    return Converter(scene, path, choices).Convert();
+}
+
+}  // namespace maxhost::import

@@ -1,0 +1,352 @@
+#include "host/assimp/tree/gltf_file.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <string_view>
+#include <system_error>
+
+namespace maxhost::import {
+namespace {
+
+using nlohmann::json;
+
+// ---------------------------------------------------------------- the container
+
+std::uint32_t LittleEndian32(std::string_view bytes) {
+    std::uint32_t value = 0;
+    for (int i = 3; i >= 0; --i) {
+        value = value << 8 | static_cast<unsigned char>(bytes[static_cast<std::size_t>(i)]);
+    }
+    return value;
+}
+
+std::string ReadBytes(const std::filesystem::path& path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+struct Parts {
+    std::string_view text, binary;
+};
+
+// The JSON text in the bytes of a file, and what stands behind it. A binary one holds the text
+// behind its header: magic, version and length, then in version 2 the first chunk's length and
+// type, in version 1 the text's length and format. In version 2 a second chunk follows.
+Parts PartsOf(std::string_view file) {
+    constexpr std::size_t kHeaderSize = 20;
+    constexpr std::size_t kChunkHeaderSize = 8;
+    if (!file.starts_with("glTF")) {
+        return {file, {}};
+    }
+    if (file.size() < kHeaderSize) {
+        return {};
+    }
+    Parts parts;
+    parts.text = file.substr(kHeaderSize, LittleEndian32(file.substr(12, 4)));
+    const std::string_view rest = file.substr(kHeaderSize + parts.text.size());
+    if (rest.size() >= kChunkHeaderSize && rest.substr(4, 4) == std::string_view("BIN\0", 4)) {
+        parts.binary = rest.substr(kChunkHeaderSize, LittleEndian32(rest));
+    }
+    return parts;
+}
+
+// ---------------------------------------------------------------- buffers
+
+// None for what is not base64 throughout.
+std::optional<std::string> FromBase64(std::string_view text) {
+    constexpr std::string_view kDigits =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string bytes;
+    std::uint32_t bits = 0;
+    int count = 0;
+    while (text.ends_with('=')) {
+        text.remove_suffix(1);
+    }
+    for (const char c : text) {
+        const std::size_t digit = kDigits.find(c);
+        if (digit == std::string_view::npos) {
+            return std::nullopt;
+        }
+        bits = bits << 6 | static_cast<std::uint32_t>(digit);
+        count += 6;
+        if (count >= 8) {
+            count -= 8;
+            bytes += static_cast<char>(bits >> count & 0xff);
+        }
+    }
+    return bytes;
+}
+
+// ---------------------------------------------------------------- members
+
+// A whole number of at least 0 that no sum of a few overflows; `absent` where there is none, none
+// for anything else.
+std::optional<std::size_t> Size(const json& object, const char* name,
+                                std::optional<std::size_t> absent = std::nullopt) {
+    constexpr std::uint64_t kGreatest = std::uint64_t{1} << 40;
+    const json* const member = Member(object, name);
+    if (!member) {
+        return absent;
+    }
+    const bool isSize = member->is_number_unsigned() && member->get<std::uint64_t>() <= kGreatest;
+    return isSize ? std::optional(member->get<std::size_t>()) : std::nullopt;
+}
+
+enum ComponentType : std::size_t {
+    kByte = 5120,
+    kUnsignedByte = 5121,
+    kShort = 5122,
+    kUnsignedShort = 5123,
+    kUnsignedInt = 5125,
+    kFloat = 5126
+};
+
+std::size_t SizeOf(std::size_t type) {
+    switch (type) {
+        case kByte:
+        case kUnsignedByte:
+            return 1;
+        case kShort:
+        case kUnsignedShort:
+            return 2;
+        case kUnsignedInt:
+        case kFloat:
+            return 4;
+        default:
+            return 0;
+    }
+}
+
+// A little-endian number of the type; an integer as the fraction that it stands for where
+// `isNormalized`.
+double NumberAt(const char* bytes, std::size_t type, bool isNormalized) {
+    std::uint32_t bits = 0;
+    for (std::size_t i = SizeOf(type); i > 0; --i) {
+        bits = bits << 8 | static_cast<unsigned char>(bytes[i - 1]);
+    }
+    const auto fraction = [isNormalized](double number, double greatest) {
+        return isNormalized ? std::max(number / greatest, -1.0) : number;
+    };
+    switch (type) {
+        case kByte:
+            return fraction(static_cast<std::int8_t>(bits), 127);
+        case kUnsignedByte:
+            return fraction(bits, 255);
+        case kShort:
+            return fraction(static_cast<std::int16_t>(bits), 32767);
+        case kUnsignedShort:
+            return fraction(bits, 65535);
+        case kUnsignedInt:
+            return bits;
+        default: {
+            float number = 0;
+            std::memcpy(&number, &bits, sizeof number);
+            return number;
+        }
+    }
+}
+
+std::size_t ComponentsOf(const json& accessor) {
+    constexpr std::pair<std::string_view, std::size_t> kTypes[] = {
+        {"SCALAR", 1}, {"VEC2", 2}, {"VEC3", 3}, {"VEC4", 4}};
+    const json* const type = Member(accessor, "type");
+    if (type && type->is_string()) {
+        for (const auto& [name, components] : kTypes) {
+            if (type->get_ref<const std::string&>() == name) {
+                return components;
+            }
+        }
+    }
+    return 0;
+}
+
+bool IsNormalized(const json& accessor) {
+    const json* const normalized = Member(accessor, "normalized");
+    return normalized && normalized->is_boolean() && normalized->get<bool>();
+}
+
+}  // namespace
+
+const json* ItemAt(const json& list, const json& reference) {
+    if (list.is_array() && reference.is_number_unsigned()) {
+        const std::size_t index = reference.get<std::size_t>();
+        return index < list.size() ? &list[index] : nullptr;
+    }
+    if (list.is_object() && reference.is_string()) {
+        const auto found = list.find(reference.get_ref<const std::string&>());
+        return found != list.end() ? &*found : nullptr;
+    }
+    return nullptr;
+}
+
+const json* Member(const json& object, const char* name) {
+    if (!object.is_object()) {
+        return nullptr;
+    }
+    const auto found = object.find(name);
+    return found != object.end() ? &*found : nullptr;
+}
+
+// ---------------------------------------------------------------- the file
+
+// Where the elements of an accessor stand; their bytes are there.
+struct GltfFile::Range {
+    const char* first = nullptr;
+    std::size_t stride = 0;
+};
+
+std::optional<GltfFile> GltfFile::Read(const std::string& path) {
+    const std::string bytes = ReadBytes(path);
+    const Parts parts = PartsOf(bytes);
+    GltfFile file;
+    file.document_ = json::parse(parts.text, nullptr, false);
+    if (!file.document_.is_object()) {
+        return std::nullopt;
+    }
+    file.folder_ = std::filesystem::path(path).parent_path();
+    file.binary_ = parts.binary;
+    return file;
+}
+
+const json* GltfFile::ShownScene() const {
+    const json* const scenes = Member(document_, "scenes");
+    const json* const shown = Member(document_, "scene");
+    if (!scenes || scenes->empty()) {
+        return nullptr;
+    }
+    if (scenes->is_array()) {
+        return ItemAt(*scenes, shown && shown->is_number_unsigned() ? *shown : json(0u));
+    }
+    return shown && shown->is_string() ? ItemAt(*scenes, *shown)
+           : scenes->is_object()       ? &*scenes->begin()
+                                       : nullptr;
+}
+
+std::string GltfFile::ReadBuffer(const json& buffer) const {
+    constexpr std::string_view kBase64 = ";base64,";
+    const json* const uri = Member(buffer, "uri");
+    if (!uri) {
+        return binary_;
+    }
+    if (!uri->is_string()) {
+        return {};
+    }
+    const std::string& text = uri->get_ref<const std::string&>();
+    if (text.starts_with("data:")) {
+        const std::size_t mark = text.find(kBase64);
+        return mark == std::string::npos
+                   ? std::string()
+                   : FromBase64(std::string_view(text).substr(mark + kBase64.size())).value_or("");
+    }
+    // As Assimp takes it, which decodes no percent signs.
+    const std::filesystem::path path = folder_ / text;
+    std::error_code error;
+    return std::filesystem::is_regular_file(path, error) ? ReadBytes(path) : std::string();
+}
+
+const std::string* GltfFile::Buffer(std::size_t index) {
+    const json* const buffers = Member(document_, "buffers");
+    const json* const buffer = buffers ? ItemAt(*buffers, json(index)) : nullptr;
+    if (!buffer) {
+        return nullptr;
+    }
+    const auto [found, isNew] = buffers_.try_emplace(index);
+    if (isNew) {
+        found->second = ReadBuffer(*buffer);
+    }
+    return &found->second;
+}
+
+// `holder` names a buffer view and may have an offset into it. The elements of an accessor may
+// stand apart, those of a sparse one's indices and values do not.
+std::optional<GltfFile::Range> GltfFile::RangeOf(const json& holder, std::size_t elementSize,
+                                                 std::size_t count, bool isStrided) {
+    const json* const views = Member(document_, "bufferViews");
+    const json* const number = Member(holder, "bufferView");
+    const json* const view = views && number ? ItemAt(*views, *number) : nullptr;
+    if (!view || !view->is_object()) {
+        return std::nullopt;
+    }
+    const auto offset = Size(holder, "byteOffset", 0);
+    const auto buffer = Size(*view, "buffer");
+    const auto start = Size(*view, "byteOffset", 0);
+    const auto length = Size(*view, "byteLength");
+    const auto stride = isStrided ? Size(*view, "byteStride", elementSize) : elementSize;
+    const std::string* const bytes = buffer ? Buffer(*buffer) : nullptr;
+    if (!offset || !start || !length || !stride || !bytes || *start + *length > bytes->size() ||
+        *stride < elementSize || *offset > *length || elementSize > *length - *offset ||
+        count == 0 || count - 1 > (*length - *offset - elementSize) / *stride) {
+        return std::nullopt;
+    }
+    return Range{bytes->data() + *start + *offset, *stride};
+}
+
+bool GltfFile::ApplySparse(const json& accessor, std::size_t components,
+                           std::vector<double>& numbers) {
+    const json* const sparse = Member(accessor, "sparse");
+    if (!sparse) {
+        return true;
+    }
+    const json* const indices = Member(*sparse, "indices");
+    const json* const values = Member(*sparse, "values");
+    const auto count = Size(*sparse, "count");
+    const auto type = Size(accessor, "componentType");
+    if (!indices || !values || !count || !type) {
+        return false;
+    }
+    const std::size_t indexType = Size(*indices, "componentType", 0).value_or(0);
+    if (SizeOf(indexType) == 0 || indexType == kFloat) {
+        return false;
+    }
+    const std::size_t size = SizeOf(*type);
+    const auto places = RangeOf(*indices, SizeOf(indexType), *count, false);
+    const auto items = RangeOf(*values, size * components, *count, false);
+    if (!places || !items) {
+        return false;
+    }
+    for (std::size_t i = 0; i < *count; ++i) {
+        const double place = NumberAt(places->first + i * places->stride, indexType, false);
+        if (!(place >= 0 && place < static_cast<double>(numbers.size() / components))) {
+            return false;
+        }
+        for (std::size_t k = 0; k < components; ++k) {
+            numbers[static_cast<std::size_t>(place) * components + k] = NumberAt(
+                items->first + i * items->stride + k * size, *type, IsNormalized(accessor));
+        }
+    }
+    return true;
+}
+
+std::optional<std::vector<double>> GltfFile::Numbers(const json& index, std::size_t components) {
+    // An accessor without a view holds zeros, as many as it says.
+    constexpr std::size_t kMostZeros = 1 << 20;
+    const json* const accessors = Member(document_, "accessors");
+    const json* const accessor = accessors ? ItemAt(*accessors, index) : nullptr;
+    if (!accessor || ComponentsOf(*accessor) != components) {
+        return std::nullopt;
+    }
+    const auto type = Size(*accessor, "componentType");
+    const auto count = Size(*accessor, "count");
+    const std::size_t size = type ? SizeOf(*type) : 0;
+    if (size == 0 || !count) {
+        return std::nullopt;
+    }
+    std::vector<double> numbers;
+    if (Member(*accessor, "bufferView")) {
+        const auto range = RangeOf(*accessor, size * components, *count, true);
+        for (std::size_t i = 0; range && i < *count * components; ++i) {
+            numbers.push_back(
+                NumberAt(range->first + i / components * range->stride + i % components * size,
+                         *type, IsNormalized(*accessor)));
+        }
+    } else if (*count <= kMostZeros) {
+        numbers.resize(*count * components);
+    }
+    const bool isGood = !numbers.empty() && ApplySparse(*accessor, components, numbers);
+    return isGood ? std::optional(std::move(numbers)) : std::nullopt;
+}
+
+}  // namespace maxhost::import

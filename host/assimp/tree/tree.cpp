@@ -1,0 +1,392 @@
+#include "host/assimp/tree/tree.h"
+
+#include <assimp/commonMetaData.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <limits>
+#include <set>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+
+#include "host/assimp/tree/gltf_roots.h"
+
+namespace maxhost::import {
+namespace {
+
+std::string_view NameOf(const aiNode& node) {
+    return node.mName.C_Str();
+}
+
+// ---------------------------------------------------------------- FBX pivots
+
+constexpr std::string_view kPivotMarker = "_$AssimpFbx$_";
+constexpr std::string_view kGeometric = "Geometric";
+constexpr std::string_view kInverse = "Inverse";
+
+// What one of the nodes says into which Assimp's FBX importer splits a node with pivots:
+// "Box_$AssimpFbx$_RotationPivot". Empty: no such node.
+std::string_view PivotStep(const aiNode& node) {
+    const std::string_view name = NameOf(node);
+    const std::size_t marker = name.rfind(kPivotMarker);
+    return marker == std::string_view::npos ? std::string_view()
+                                            : name.substr(marker + kPivotMarker.size());
+}
+
+// The geometric steps stand above the node that they belong to, their inverses below it.
+enum class Fold { none, intoNode, intoMeshes, drop };
+
+Fold FoldOf(const aiNode& node) {
+    const std::string_view step = PivotStep(node);
+    if (step.empty() || node.mNumMeshes > 0) {
+        return Fold::none;
+    }
+    const bool isGeometric = step.starts_with(kGeometric);
+    if (isGeometric && step.ends_with(kInverse)) {
+        return Fold::drop;
+    }
+    // Any other step leads to exactly one node; anything else is a node that only bears such a
+    // name.
+    return node.mNumChildren != 1 ? Fold::none : isGeometric ? Fold::intoMeshes : Fold::intoNode;
+}
+
+// ---------------------------------------------------------------- wrapper roots
+
+// Names that something in the file goes by: bones, cameras, lights and animated nodes.
+std::set<std::string_view> NamesInUse(const aiScene& scene) {
+    std::set<std::string_view> names;
+    for (unsigned i = 0; i < scene.mNumMeshes; ++i) {
+        for (unsigned k = 0; k < scene.mMeshes[i]->mNumBones; ++k) {
+            names.insert(scene.mMeshes[i]->mBones[k]->mName.C_Str());
+        }
+    }
+    for (unsigned i = 0; i < scene.mNumCameras; ++i) {
+        names.insert(scene.mCameras[i]->mName.C_Str());
+    }
+    for (unsigned i = 0; i < scene.mNumLights; ++i) {
+        names.insert(scene.mLights[i]->mName.C_Str());
+    }
+    for (unsigned i = 0; i < scene.mNumAnimations; ++i) {
+        for (unsigned k = 0; k < scene.mAnimations[i]->mNumChannels; ++k) {
+            names.insert(scene.mAnimations[i]->mChannels[k]->mNodeName.C_Str());
+        }
+    }
+    return names;
+}
+
+// Assimp makes a root called ROOT for a glTF scene that has not exactly one root node.
+bool IsGltfWrapper(const aiNode& root, const std::optional<GltfSceneFacts>& facts) {
+    return NameOf(root) == "ROOT" && root.mNumChildren != 1 && root.mTransformation.IsIdentity() &&
+           !(facts && facts->roots == 1);
+}
+
+bool IsWrapper(const aiScene& scene, SourceFormat format, const std::string& path,
+               const std::optional<GltfSceneFacts>& facts) {
+    const aiNode& root = *scene.mRootNode;
+    if (root.mNumMeshes > 0) {
+        return false;
+    }
+    if (format == SourceFormat::fbx || format == SourceFormat::collada) {
+        return true;  // the importer's RootNode; the visual scene
+    }
+    const bool isNobodys = !NamesInUse(scene).contains(NameOf(root)) &&
+                           (!root.mMetaData || root.mMetaData->mNumProperties == 0);
+    if (!isNobodys || format == SourceFormat::bvh) {
+        return false;
+    }
+    return format == SourceFormat::gltf ? IsGltfWrapper(root, facts)
+                                        : IsImportersName(NameOf(root), path);
+}
+
+// ---------------------------------------------------------------- axes
+
+// The turn and the scale whose product `m` is, where it is one.
+struct ScaledTurn {
+    AxisTurn turn;
+    double scale = 1;
+};
+
+std::optional<ScaledTurn> AsScaledTurn(const Matrix4& m) {
+    ScaledTurn result;
+    std::array<bool, 3> used{};
+    for (int row = 0; row < 3; ++row) {
+        int column = scene::kNone;
+        for (int i = 0; i < 3; ++i) {
+            if (m[row][i] != 0) {
+                if (column != scene::kNone || used[i]) {
+                    return std::nullopt;
+                }
+                column = i;
+            }
+        }
+        if (column == scene::kNone || m[row][3] != 0) {
+            return std::nullopt;
+        }
+        used[column] = true;
+        const double value = m[row][column];
+        result.scale = row == 0 ? std::abs(value) : result.scale;
+        if (!std::isfinite(value) || std::abs(value) != result.scale) {
+            return std::nullopt;
+        }
+        result.turn.from[row] = column;
+        result.turn.sign[row] = value < 0 ? -1 : 1;
+    }
+    const bool isRotation = m.Determinant() > 0;
+    return isRotation ? std::optional(result) : std::nullopt;
+}
+
+Matrix4 Scaling(double factor) {
+    Matrix4 m;
+    m.a1 = m.b2 = m.c3 = factor;
+    return m;
+}
+
+std::optional<int> Setting(const aiMetadata* settings, const char* key) {
+    std::int32_t value = 0;
+    return settings && settings->Get(key, value) ? std::optional<int>(value) : std::nullopt;
+}
+
+int Sign(const aiMetadata* settings, const char* key) {
+    return Setting(settings, key).value_or(1) < 0 ? -1 : 1;
+}
+
+// In metres; the file counts in centimetres.
+double FbxUnit(const aiMetadata* settings) {
+    double factor = 0;
+    float single = 0;
+    if (settings && !settings->Get("UnitScaleFactor", factor) &&
+        settings->Get("UnitScaleFactor", single)) {
+        factor = single;
+    }
+    return std::isfinite(factor) && factor > 0 ? factor / 100 : 0;
+}
+
+// ---------------------------------------------------------------- the walk
+
+struct Visit {
+    const aiNode* node;
+    int parent;
+    Matrix4 above;                        // what folded nodes left for this one
+    std::vector<SourceNode::Link> links;  // these nodes
+    std::optional<Matrix4> geometric;
+    std::size_t notFinite;
+};
+
+// The children of nodes. Assimp's reader of MDL lists all bones below one node, each of which names
+// another of them, earlier in the list, as its parent.
+class Children {
+  public:
+    explicit Children(const aiNode& root) {
+        std::vector<const aiNode*> waiting{&root};
+        while (!waiting.empty()) {
+            const aiNode& node = *waiting.back();
+            waiting.pop_back();
+            std::unordered_set<const aiNode*> earlier;
+            for (unsigned i = 0; i < node.mNumChildren; ++i) {
+                if (const aiNode* const child = node.mChildren[i]) {
+                    const bool isSiblings = earlier.contains(child->mParent);
+                    of_[isSiblings ? child->mParent : &node].push_back(child);
+                    earlier.insert(child);
+                    waiting.push_back(child);
+                }
+            }
+        }
+    }
+
+    void Push(std::vector<Visit>& stack, const aiNode& node, Visit model) const {
+        const auto found = of_.find(&node);
+        if (found != of_.end()) {
+            for (auto child = found->second.rbegin(); child != found->second.rend(); ++child) {
+                model.node = *child;
+                stack.push_back(model);
+            }
+        }
+    }
+
+  private:
+    std::unordered_map<const aiNode*, std::vector<const aiNode*>> of_;
+};
+
+// Visits a node of the stack: either folds it into those below or appends it to `nodes`.
+void Step(std::vector<Visit>& stack, std::vector<SourceNode>& nodes, const Children& children,
+          bool foldPivots) {
+    Visit visit = std::move(stack.back());
+    stack.pop_back();
+    const aiNode& node = *visit.node;
+    const Fold fold = foldPivots ? FoldOf(node) : Fold::none;
+    const Matrix4 local = FiniteMatrix(node.mTransformation, visit.notFinite);
+    if (fold == Fold::intoMeshes) {
+        visit.geometric = visit.geometric.value_or(Matrix4()) * local;
+    } else if (fold != Fold::drop) {
+        visit.above = visit.above * local;
+        visit.links.push_back({&node, local});
+    }
+    if (fold == Fold::none) {
+        nodes.push_back({&node, visit.parent, visit.above, std::move(visit.links), visit.geometric,
+                         visit.notFinite});
+        visit = {nullptr, static_cast<int>(nodes.size()) - 1, Matrix4(), {}, std::nullopt, 0};
+    }
+    children.Push(stack, node, std::move(visit));
+}
+
+// ASE's root holds one unnamed node more, which holds the file's.
+const aiNode& InnermostWrapper(const aiNode& root, SourceFormat format) {
+    const bool hasSecond = format == SourceFormat::ase && root.mNumChildren == 1 &&
+                           root.mChildren[0] && NameOf(*root.mChildren[0]).empty() &&
+                           root.mChildren[0]->mNumMeshes == 0 &&
+                           root.mChildren[0]->mTransformation.IsIdentity();
+    return hasSecond ? *root.mChildren[0] : root;
+}
+
+}  // namespace
+
+bool IsImportersName(std::string_view name, const std::string& path) {
+    constexpr std::string_view kKnown[] = {"3MF", "WORLD", "ACWorld_0"};
+    return name.empty() || (name.front() == '<' && name.back() == '>') || name.front() == '$' ||
+           name == path || name == std::filesystem::path(path).filename().string() ||
+           std::find(std::begin(kKnown), std::end(kKnown), name) != std::end(kKnown);
+}
+
+scene::Matrix RowMatrix(const Matrix4& m, std::size_t& notFinite) {
+    scene::Matrix rows;
+    for (int i = 0; i < 4; ++i) {
+        for (int k = 0; k < 3; ++k) {
+            const double number = m[k][i] + 0.0;  // never -0
+            const bool isFinite = std::abs(number) <= std::numeric_limits<float>::max();
+            rows[i][k] = isFinite ? static_cast<float>(number) : 0;
+            notFinite += isFinite ? 0 : 1;
+        }
+    }
+    return rows;
+}
+
+Matrix4 FiniteMatrix(const aiMatrix4x4& source, std::size_t& notFinite) {
+    Matrix4 matrix(source);
+    for (int row = 0; row < 4; ++row) {
+        for (int column = 0; column < 4; ++column) {
+            if (!std::isfinite(matrix[row][column])) {
+                matrix[row][column] = 0;
+                ++notFinite;
+            }
+        }
+    }
+    return matrix;
+}
+
+SourceFormat FormatOf(const aiScene& scene) {
+    static constexpr std::pair<std::string_view, SourceFormat> kFormats[] = {
+        {"Autodesk FBX Importer", SourceFormat::fbx},
+        {"Collada Importer", SourceFormat::collada},
+        {"glTF Importer", SourceFormat::gltf},
+        {"glTF2 Importer", SourceFormat::gltf},
+        {"ASE Importer", SourceFormat::ase},
+        {"Discreet 3DS Importer", SourceFormat::threeDs},
+        {"BVH Importer (MoCap)", SourceFormat::bvh},
+        {"Open Game Engine Exchange", SourceFormat::openGex},
+    };
+    aiString importer;
+    if (scene.mMetaData && scene.mMetaData->Get(AI_METADATA_SOURCE_FORMAT, importer)) {
+        for (const auto& [name, format] : kFormats) {
+            if (name == importer.C_Str()) {
+                return format;
+            }
+        }
+    }
+    return SourceFormat::other;
+}
+
+scene::Vec3 AxisTurn::Apply(const scene::Vec3& v) const {
+    scene::Vec3 turned;
+    for (int i = 0; i < 3; ++i) {
+        turned[i] = static_cast<float>(sign[i]) * v[from[i]] + 0.0f;  // never -0
+    }
+    return turned;
+}
+
+Matrix4 AxisTurn::Turn(const Matrix4& m) const {
+    Matrix4 turned;
+    for (int row = 0; row < 3; ++row) {
+        for (int column = 0; column < 4; ++column) {
+            turned[row][column] = sign[row] * m[from[row]][column] + 0.0;
+        }
+    }
+    return turned;
+}
+
+Matrix4 AxisTurn::Conjugate(const Matrix4& m) const {
+    Matrix4 turned;
+    for (int row = 0; row < 3; ++row) {
+        for (int column = 0; column < 3; ++column) {
+            turned[row][column] = sign[row] * sign[column] * m[from[row]][from[column]] + 0.0;
+        }
+        turned[row][3] = sign[row] * m[from[row]][3] + 0.0;
+    }
+    return turned;
+}
+
+AxisTurn AxisTurn::After(const AxisTurn& first) const {
+    AxisTurn both;
+    for (int i = 0; i < 3; ++i) {
+        both.from[i] = first.from[from[i]];
+        both.sign[i] = sign[i] * first.sign[from[i]];
+    }
+    return both;
+}
+
+AxisTurn FbxTurn(const aiMetadata* settings) {
+    const int up = Setting(settings, "UpAxis").value_or(1);
+    int right = Setting(settings, "CoordAxis").value_or(0);
+    if (up < 0 || up > 2) {
+        return kYUpToZUp;
+    }
+    int rightSign = Sign(settings, "CoordAxisSign");
+    if (right < 0 || right > 2 || right == up) {
+        right = up == 0 ? 1 : 0;
+        rightSign = 1;
+    }
+    const int upSign = Sign(settings, "UpAxisSign");
+    // The third axis points away from the viewer: up x right.
+    const int away = 3 - up - right;
+    const int cyclic = (up + 1) % 3 == right ? 1 : -1;
+    return {{right, away, up}, {rightSign, cyclic * upSign * rightSign, upSign}};
+}
+
+SourceTree FlattenTree(const aiScene& scene, const std::string& path) {
+    const SourceFormat format = FormatOf(scene);
+    SourceTree tree;
+    tree.turn = format == SourceFormat::fbx ? FbxTurn(scene.mMetaData) : kYUpToZUp;
+    tree.unit = format == SourceFormat::fbx ? FbxUnit(scene.mMetaData) : 0;
+    if (!scene.mRootNode) {
+        return tree;
+    }
+    const auto facts = format == SourceFormat::gltf ? ReadGltfSceneFacts(path) : std::nullopt;
+    tree.nodesOutside = facts ? facts->nodesOutside : 0;
+    const Children children(*scene.mRootNode);
+    std::vector<Visit> stack;
+    if (IsWrapper(scene, format, path, facts)) {
+        std::size_t notFinite = 0;
+        Matrix4 above = FiniteMatrix(scene.mRootNode->mTransformation, notFinite);
+        if (const auto scaledTurn = AsScaledTurn(above)) {
+            tree.turn = tree.turn.After(scaledTurn->turn);
+            if (format == SourceFormat::collada) {
+                tree.unit = scaledTurn->scale;
+            }
+            above = Scaling(format == SourceFormat::collada ? 1 : scaledTurn->scale);
+        }
+        children.Push(stack, InnermostWrapper(*scene.mRootNode, format),
+                      {nullptr, scene::kNone, above, {{nullptr, above}}, std::nullopt, notFinite});
+    } else {
+        stack.push_back({scene.mRootNode, scene::kNone, Matrix4(), {}, std::nullopt, 0});
+    }
+    while (!stack.empty()) {
+        Step(stack, tree.nodes, children, format == SourceFormat::fbx);
+    }
+    return tree;
+}
+
+}  // namespace maxhost::import

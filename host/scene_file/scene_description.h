@@ -1,0 +1,25 @@
+// The scene description (.maxscene.json): a 3ds Max scene as JSON text, read and written.
+#pragma once
+
+#include <istream>
+#include <ostream>
+#include <string_view>
+
+#include "host/scene/scene_desc.h"
+#include "host/scene/scene_error.h"
+
+namespace maxhost::import {
+
+// Reads a whole description; what it returns has passed scene::Check(). Quaternions are normalised
+// unless they are of unit length already. Throws SceneError for the first fault, or when the stream
+// cannot be read or memory does not suffice.
+scene::Scene ReadSceneDescription(std::istream& in);
+scene::Scene ReadSceneDescriptionFromText(std::string_view text);
+
+// Writes the scene, leaving out what holds its default: the same scene gives the same text, and
+// reading it gives the same scene back, to the bit. `out` should be a binary stream; a failure to
+// write shows in its state. Throws SceneError, before anything is written, for a scene that does
+// not pass scene::Check().
+void WriteSceneDescription(const scene::Scene& scene, std::ostream& out);
+
+}  // namespace maxhost::import

@@ -1,0 +1,132 @@
+// Morph targets: the channels of a node's Morpher, their points packed as 16-bit integers.
+#include <string.h>
+
+#include <max.h>
+
+#include <MorpherApi.h>
+
+#include "core/copy_name.h"
+#include "format/axis_order.h"
+#include "format/chunk_ids.h"
+#include "format/records.h"
+#include "plugin/kta_exp.h"
+#include "scene/modifier_stack.h"
+
+using Plinth::Float32;
+using Plinth::Int32;
+using Plinth::Int64;
+using Plinth::UInt16;
+
+namespace {
+
+const Float32 kCoordinateScale = 100.0f;
+const Float32 kMostSteps = 65535.0f;
+
+// The coordinates of a point in the file's order and scale.
+void ScalePoint(const MaxMorphChannel& channel, int point, Float32 scaled[3]) {
+    StoreVector(scaled, channel.GetMorphPoint(point));
+    for (int i = 0; i < 3; ++i) {
+        scaled[i] *= kCoordinateScale;
+    }
+}
+
+void FindRange(const MaxMorphChannel& channel, Float32& minimum, Float32& maximum) {
+    minimum = 1e10f;
+    maximum = -1e10f;
+    const int count = channel.NumMorphPoints();
+    for (int i = 0; i < count; ++i) {
+        Float32 scaled[3];
+        ScalePoint(channel, i, scaled);
+        for (int k = 0; k < 3; ++k) {
+            minimum = scaled[k] < minimum ? scaled[k] : minimum;
+            maximum = scaled[k] > maximum ? scaled[k] : maximum;
+        }
+    }
+}
+
+// The low 16 bits of the value without its fraction; 0 for what no integer holds.
+UInt16 LowBits(Float32 value) {
+    const Float32 limit = 9.0e18f;
+    if (!(value > -limit && value < limit)) {
+        return 0;
+    }
+    return static_cast<UInt16>(static_cast<Int64>(value) & 0xffff);
+}
+
+// How the coordinates of a range become integers.
+class Packing {
+  public:
+    Packing(Float32 rangeMinimum, Float32 rangeMaximum);
+    UInt16 Pack(Float32 scaled) const { return LowBits((scaled * factor - minimum) * steps); }
+
+  private:
+    Float32 factor;
+    Float32 minimum;
+    Float32 steps;  // of a unit; 0 by design where the range is above 65535
+};
+
+Packing::Packing(Float32 rangeMinimum, Float32 rangeMaximum)
+    : factor(1.0f), minimum(rangeMinimum), steps(0.0f) {
+    Float32 range = rangeMaximum - rangeMinimum;
+    if (range == 0.0f) {
+        return;
+    }
+    if (range < 1.0f) {
+        factor = 1.0f / range;
+        minimum = rangeMinimum * factor;
+        range = 1.0f;
+    }
+    steps = static_cast<Float32>(LowBits(kMostSteps / range));
+}
+
+void WriteChannelRecord(KTAExp& exporter, const MaxMorphChannel& channel) {
+    KTAMorphChannel record;
+    memset(&record, 0, sizeof(record));
+    Plinth::CopyName(record.name, kNameSize, channel.GetName());
+    record.one = 1.0f;
+    record.oneBlock = 1;
+    // The size deliberately leaves out what follows the record.
+    exporter.WriteChunk(kChunkMorph, sizeof(record), &record, FindChunkType(kChunkMorph)->version);
+}
+
+void WritePoints(KTAExp& exporter, INode* node, const MaxMorphChannel& channel) {
+    KTAMorphPoints header;
+    memset(&header, 0, sizeof(header));
+    Plinth::CopyName(header.nodeName, kNameSize, node->GetName());
+    header.numPoints = channel.NumMorphPoints();
+    FindRange(channel, header.minimum, header.maximum);
+    exporter.WriteRaw(&header, sizeof(header));
+
+    const Packing packing(header.minimum, header.maximum);
+    for (Int32 i = 0; i < header.numPoints; ++i) {
+        Float32 scaled[3];
+        ScalePoint(channel, i, scaled);
+        const KTAMorphPoint point = {
+            {packing.Pack(scaled[0]), packing.Pack(scaled[1]), packing.Pack(scaled[2])}};
+        exporter.WriteRaw(&point, sizeof(point));
+    }
+    const char zeros[3] = {0, 0, 0};
+    for (Int32 i = 0; i < header.numPoints; ++i) {
+        exporter.WriteRaw(zeros, sizeof(zeros));
+    }
+    for (Int32 i = 0; i < header.numPoints; ++i) {
+        exporter.WriteRaw(&i, sizeof(i));
+    }
+}
+
+}  // namespace
+
+void KTAExp::ExportMorphTargets(INode* node) {
+    Modifier* const modifier = FindModifier(node, kMorpherModifierClassId).modifier;
+    if (modifier == NULL) {
+        return;
+    }
+    MaxMorphModifier morpher(modifier);
+    for (int i = 0; i < morpher.NumMorphChannels(); ++i) {
+        const MaxMorphChannel channel = morpher.GetMorphChannel(i);
+        if (channel.NumMorphPoints() > 0) {
+            WriteChannelRecord(*this, channel);
+            WritePoints(*this, node, channel);
+        }
+    }
+}

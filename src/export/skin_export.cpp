@@ -1,0 +1,248 @@
+#include "export/skin_export.h"
+
+#include <string.h>
+
+#include <new>
+
+#include "core/log.h"
+#include "format/chunk_ids.h"
+#include "format/records.h"
+#include "plugin/kta_exp.h"
+#include "scene/modifier_stack.h"
+
+using Plinth::Int32;
+using Plinth::UInt32;
+using Plinth::UInt64;
+using Plinth::UInt8;
+
+namespace {
+
+// What a vertex's count and a weight's bone number hold.
+enum { kMostWeights = 255, kHighestBoneNumber = 32767 };
+
+void Optimize(BoneWeights& weights, VertexWeightKind kind, const ExportOptions& options) {
+    if (options.optimizeSkin && kind == kWeightedVertex) {
+        OptimizeBoneWeights(weights, options.weightThreshold, options.maxWeightsPerVertex);
+    }
+}
+
+Int32 NumWritten(const BoneWeights& weights) {
+    return weights.Count() < kMostWeights ? weights.Count() : static_cast<Int32>(kMostWeights);
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------- bones
+
+OpenSkin::OpenSkin(INode* skinned, const SkinModifiers& found)
+    : node(skinned),
+      modifiers(found),
+      reader(MakeWeightReader(skinned, found)),
+      entryBytes(0),
+      memoryIsMissing(reader.Get() == NULL),
+      nextVertex(0),
+      nextWeight(0),
+      kind(kNoVertex) {
+    if (reader.Get() != NULL && !reader->BeginBones()) {
+        reader.Reset(NULL);
+    }
+}
+
+INode* OpenSkin::NextBone(const Plinth::PointerList<INode>& exported,
+                          const ExportOptions& options) {
+    while (reader.Get() != NULL) {
+        while (nextWeight < weights.Count()) {
+            INode* const bone = weights[nextWeight++].bone;
+            if (bone == NULL) {
+                continue;
+            }
+            bones.Add(bone);
+            if (exported.Find(bone) < 0) {
+                return bone;
+            }
+        }
+        if (!GatherNextVertex(options)) {
+            reader.Reset(NULL);
+        }
+    }
+    return NULL;
+}
+
+// Counts what is written of the vertex before.
+bool OpenSkin::GatherNextVertex(const ExportOptions& options) {
+    Optimize(weights, kind, options);
+    entryBytes += sizeof(KTAWeight) * static_cast<UInt64>(NumWritten(weights));
+    weights.Resize(0);
+    nextWeight = 0;
+    if (nextVertex >= reader->NumVertices()) {
+        return false;
+    }
+    kind = reader->Gather(nextVertex++, weights);
+    memoryIsMissing = kind == kNoVertexMemory;
+    return !memoryIsMissing;
+}
+
+void OpenSkin::LogBones() const {
+    if (bones.Count() == 0) {
+        return;
+    }
+    Plinth::Log("Bones influencing node '%s':", node->GetName());
+    for (Int32 i = 0; i < bones.Count(); ++i) {
+        Plinth::Log("#%d : %s", i + 1, bones[i]->GetName());
+    }
+}
+
+bool SkinStack::Push(INode* node, const SkinModifiers& modifiers) {
+    Plinth::ObjectHolder<OpenSkin> skin(new (std::nothrow) OpenSkin(node, modifiers));
+    if (skin.Get() == NULL || !skins.AddAmortized(skin.Get())) {
+        return false;
+    }
+    skin.Release();
+    return true;
+}
+
+void SkinStack::Pop() {
+    delete skins[skins.Count() - 1];
+    skins.Resize(skins.Count() - 1);
+}
+
+void SkinStack::Clear() {
+    while (!IsEmpty()) {
+        Pop();
+    }
+    skins.Clear();
+}
+
+void KTAExp::OpenSkinOf(INode* node) {
+    const SkinModifiers modifiers = {FindModifier(node, kPhysiqueModifierClassId).modifier,
+                                     FindModifier(node, kSkinModifierClassId).modifier};
+    if (modifiers.physique == NULL && modifiers.skin == NULL) {
+        return;
+    }
+    Plinth::Log("    + Exporting bones...");
+    if (!openSkins.Push(node, modifiers)) {
+        Plinth::Log("WARNING: The skin does not fit into memory and is left out");
+    }
+}
+
+void KTAExp::ExportOpenSkins() {
+    while (!openSkins.IsEmpty()) {
+        OpenSkin& skin = openSkins.Top();
+        INode* const bone = skin.NextBone(exportedNodes, exportOptions);
+        if (bone != NULL) {
+            BeginNode(bone);
+            continue;
+        }
+        skin.LogBones();
+        Plinth::Log("    + Exporting weights...");
+        ExportWeights(skin);
+        INode* const node = skin.Node();
+        openSkins.Pop();
+        FinishNode(node);
+    }
+}
+
+// ---------------------------------------------------------------- weights
+
+namespace {
+
+// Writes vertices' weights.
+class WeightWriter {
+  public:
+    WeightWriter(KTAExp& owner, const Plinth::PointerList<INode>& nodes)
+        : exporter(owner), exported(nodes), numLost(0) {}
+
+    void Write(Int32 vertex, const BoneWeights& weights);
+    // How many weights had a bone whose number does not fit.
+    Int32 NumLost() const { return numLost; }
+
+  private:
+    WeightWriter(const WeightWriter&);
+    WeightWriter& operator=(const WeightWriter&);
+
+    Plinth::Int16 BoneNumber(INode* bone);
+
+    KTAExp& exporter;
+    const Plinth::PointerList<INode>& exported;
+    Int32 numLost;
+};
+
+void WeightWriter::Write(Int32 vertex, const BoneWeights& weights) {
+    const Int32 count = NumWritten(weights);
+    if (count < weights.Count()) {
+        Plinth::Log("WARNING: Vertex %d has %d weights, of which the first %d are written", vertex,
+                    weights.Count(), count);
+    }
+    KTAWeight records[kMostWeights];
+    const size_t size = static_cast<size_t>(count) * sizeof(KTAWeight);
+    memset(records, 0, size);
+    for (Int32 i = 0; i < count; ++i) {
+        records[i].bone = BoneNumber(weights[i].bone);
+        records[i].weight = weights[i].weight;
+    }
+    const UInt8 countByte = static_cast<UInt8>(count);
+    exporter.WriteRaw(&countByte, sizeof(countByte));
+    if (count > 0) {
+        exporter.WriteRaw(records, size);
+    }
+}
+
+Plinth::Int16 WeightWriter::BoneNumber(INode* bone) {
+    const Int32 number = exported.Find(bone);
+    if (number > kHighestBoneNumber) {
+        ++numLost;
+        return -1;
+    }
+    return static_cast<Plinth::Int16>(number);
+}
+
+}  // namespace
+
+void KTAExp::ExportWeights(OpenSkin& skin) {
+    const Plinth::ObjectHolder<WeightReader> reader(
+        MakeWeightReader(skin.Node(), skin.Modifiers()));
+    if (reader.Get() == NULL || !skin.IsComplete()) {
+        Plinth::Log("WARNING: The weights do not fit into memory and are left out");
+        return;
+    }
+    if (!reader->MayWriteChunk()) {
+        return;
+    }
+    // Vertices that Physique does not know have no count byte, but are announced as if they had.
+    const Int32 node = exportedNodes.Find(skin.Node());
+    const UInt64 size =
+        skin.EntryBytes() + static_cast<UInt64>(reader->NumVertices()) + sizeof(node);
+    if (size > 0xffffffffu) {
+        Plinth::Log("WARNING: The weights are too large and are left out");
+        return;
+    }
+    WriteChunkHeader(kChunkWeights, static_cast<UInt32>(size),
+                     FindChunkType(kChunkWeights)->version);
+    WriteRaw(&node, sizeof(node));
+    if (reader->BeginWeights()) {
+        WriteVertexWeights(*reader.Get(), skin.Buffer());
+    }
+}
+
+void KTAExp::WriteVertexWeights(WeightReader& reader, BoneWeights& buffer) {
+    WeightWriter writer(*this, exportedNodes);
+    for (Int32 i = 0; i < reader.NumVertices(); ++i) {
+        const VertexWeightKind kind = reader.Gather(i, buffer);
+        if (kind == kNoVertex || kind == kNoVertexMemory) {
+            continue;
+        }
+        const Int32 gathered = buffer.Count();
+        Optimize(buffer, kind, exportOptions);
+        if (buffer.Count() != gathered) {
+            Plinth::Log("The weights of vertex %d have been optimized from %d into %d weight(s)", i,
+                        gathered, buffer.Count());
+        }
+        writer.Write(i, buffer);
+    }
+    if (writer.NumLost() > 0) {
+        Plinth::Log(
+            "WARNING: %d weight(s) are written without their bones, whose numbers do not "
+            "fit",
+            writer.NumLost());
+    }
+}

@@ -1,0 +1,50 @@
+// Reads the weights of a skinned mesh's vertices from its modifier.
+#ifndef SCENE_WEIGHT_READER_H
+#define SCENE_WEIGHT_READER_H
+
+#include <max.h>
+
+#include "scene/bone_weights.h"
+
+// The enabled modifiers of a node's stack that say what moves its vertices; null: there is none.
+// Physique counts where there are both.
+struct SkinModifiers {
+    Modifier* physique;
+    Modifier* skin;
+};
+
+enum VertexWeightKind {
+    kNoVertex,        // the modifier does not know the vertex
+    kRigidVertex,     // follows one bone, whole
+    kWeightedVertex,  // follows any number of bones
+    kNoVertexMemory   // memory is missing for its bones
+};
+
+// Holds the modifier's interfaces while it lives.
+class WeightReader {
+  public:
+    virtual ~WeightReader() {}
+
+    // To be called first when bones or weights are exported. They log what stands in the way, and
+    // are false then.
+    virtual bool BeginBones() = 0;
+    virtual bool BeginWeights() = 0;
+    // Whether a weights chunk is written at all, even an empty one; logs what stands in the way.
+    virtual bool MayWriteChunk() = 0;
+
+    virtual Plinth::Int32 NumVertices() const = 0;
+    // Replaces `weights` by those of a vertex, in the modifier's order.
+    virtual VertexWeightKind Gather(Plinth::Int32 vertex, BoneWeights& weights) = 0;
+
+  protected:
+    WeightReader() {}
+
+  private:
+    WeightReader(const WeightReader&);
+    WeightReader& operator=(const WeightReader&);
+};
+
+// The reader belongs to the caller. Null without modifiers, and where memory is missing.
+WeightReader* MakeWeightReader(INode* node, const SkinModifiers& modifiers);
+
+#endif
