@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "host/app/scene_loader.h"
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 
 namespace maxhost::app {
 

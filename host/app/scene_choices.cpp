@@ -5,8 +5,8 @@
 
 #include "host/app/exit_status.h"
 #include "host/assimp/motion/animation_choice.h"
+#include "host/scene/error.h"
 #include "host/scene/scale.h"
-#include "host/scene/scene_error.h"
 #include "kta/text.h"
 
 namespace maxhost::app {

@@ -12,7 +12,7 @@
 #include "kta/text.h"
 #ifndef _WIN32
 #include "host/assimp/assimp_import.h"
-#include "host/scene/scene_check.h"
+#include "host/scene/check.h"
 #endif
 
 namespace maxhost::app {

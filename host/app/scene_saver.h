@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 
 namespace maxhost::app {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 
 namespace maxhost::app {
 

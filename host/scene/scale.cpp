@@ -6,7 +6,7 @@
 #include <variant>
 #include <vector>
 
-#include "host/scene/scene_check.h"
+#include "host/scene/check.h"
 
 namespace maxhost::import {
 namespace {

@@ -1,7 +1,7 @@
 // One factor for all lengths of a scene, as for a change of units.
 #pragma once
 
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 
 namespace maxhost::import {
 

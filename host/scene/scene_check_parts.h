@@ -14,9 +14,9 @@
 #include <unordered_set>
 #include <vector>
 
-#include "host/scene/scene_check.h"
-#include "host/scene/scene_desc.h"
-#include "host/scene/scene_error.h"
+#include "host/scene/check.h"
+#include "host/scene/error.h"
+#include "host/scene/scene.h"
 #include "host/scene/utf8.h"
 
 namespace maxhost::scene {

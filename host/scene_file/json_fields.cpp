@@ -4,7 +4,7 @@
 #include <charconv>
 #include <limits>
 
-#include "host/scene/scene_error.h"
+#include "host/scene/error.h"
 
 namespace maxhost::import {
 namespace {

@@ -3,7 +3,7 @@
 #include <charconv>
 #include <nlohmann/json.hpp>
 
-#include "host/scene/scene_error.h"
+#include "host/scene/error.h"
 
 namespace maxhost::import {
 namespace {

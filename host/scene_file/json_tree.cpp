@@ -7,7 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include "host/scene/scene_error.h"
+#include "host/scene/error.h"
 #include "host/scene/utf8.h"
 
 namespace maxhost::import {

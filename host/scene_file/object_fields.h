@@ -2,7 +2,7 @@
 // scene description's reader and writer.
 #pragma once
 
-#include "host/scene/scene_error.h"
+#include "host/scene/error.h"
 #include "host/scene_file/scene_codec.h"
 
 namespace maxhost::import {

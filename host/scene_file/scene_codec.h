@@ -24,7 +24,7 @@
 #include <variant>
 #include <vector>
 
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 #include "host/scene_file/json_fields.h"
 #include "host/scene_file/json_out.h"
 

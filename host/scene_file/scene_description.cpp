@@ -3,7 +3,7 @@
 #include <new>
 #include <string>
 
-#include "host/scene/scene_check.h"
+#include "host/scene/check.h"
 #include "host/scene_file/scene_fields.h"
 
 namespace maxhost::import {

@@ -5,8 +5,8 @@
 #include <ostream>
 #include <string_view>
 
-#include "host/scene/scene_desc.h"
-#include "host/scene/scene_error.h"
+#include "host/scene/error.h"
+#include "host/scene/scene.h"
 
 namespace maxhost::import {
 

@@ -5,7 +5,7 @@
 
 #include <array>
 
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 
 namespace maxhost {
 

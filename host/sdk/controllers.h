@@ -8,7 +8,7 @@
 
 #include <memory>
 
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 #include "host/sdk/affine.h"
 #include "host/sdk/scene_links.h"
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 
 class INode;
 class Interface;

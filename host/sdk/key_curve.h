@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 #include "host/sdk/affine.h"
 
 namespace maxhost {

@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 
 namespace maxhost {
 

@@ -5,7 +5,7 @@
 
 #include <memory>
 
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 
 namespace maxhost {
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 #include "tests/support/played_user.h"
 
 namespace support {

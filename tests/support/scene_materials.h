@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 
 namespace support {
 

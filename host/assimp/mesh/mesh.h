@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "host/assimp/mesh/vertices.h"
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 
 namespace maxhost::import {
 

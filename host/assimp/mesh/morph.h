@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "host/assimp/tree/tree.h"
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 
 namespace maxhost::import {
 

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 
 namespace maxhost::import {
 

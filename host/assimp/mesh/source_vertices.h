@@ -7,7 +7,7 @@
 #include <span>
 #include <vector>
 
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 
 namespace maxhost::import {
 

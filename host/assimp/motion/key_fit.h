@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "host/assimp/motion/animation_curves.h"
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 
 namespace maxhost::import {
 

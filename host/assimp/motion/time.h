@@ -9,7 +9,7 @@
 #include "host/assimp/assimp_import.h"
 #include "host/assimp/import_warnings.h"
 #include "host/assimp/tree/tree.h"
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 
 namespace maxhost::import {
 

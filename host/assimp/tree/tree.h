@@ -13,7 +13,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 
 namespace maxhost::import {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "host/app/console.h"
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 #include "tests/unit/app/modules/fake_plugin.h"
 
 namespace maxhost::app {

@@ -7,8 +7,8 @@
 #include <sstream>
 
 #include "host/assimp/scene.h"
+#include "host/scene/check.h"
 #include "host/scene/scale.h"
-#include "host/scene/scene_check.h"
 #include "host/scene_file/scene_description.h"
 #include "tests/unit/assimp_import/moving_node.h"
 #include "tests/unit/assimp_import/posed_scene.h"

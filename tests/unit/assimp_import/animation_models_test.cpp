@@ -6,7 +6,7 @@
 #include <filesystem>
 
 #include "host/assimp/scene.h"
-#include "host/scene/scene_check.h"
+#include "host/scene/check.h"
 #include "tests/unit/assimp_import/moving_node.h"
 #include "tests/unit/assimp_import/posed_scene.h"
 #include "tests/unit/assimp_import/temporary_files.h"

@@ -7,7 +7,7 @@
 #include <random>
 
 #include "host/assimp/assimp_import.h"
-#include "host/scene/scene_check.h"
+#include "host/scene/check.h"
 #include "tests/unit/assimp_import/source_scene.h"
 #include "tests/unit/assimp_import/temporary_files.h"
 

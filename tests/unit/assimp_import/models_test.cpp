@@ -12,7 +12,7 @@
 
 #include "host/assimp/scene.h"
 #include "host/assimp/tree/tree.h"
-#include "host/scene/scene_check.h"
+#include "host/scene/check.h"
 #include "tests/unit/assimp_import/shown_normals.h"
 #include "tests/unit/assimp_import/source_motion.h"
 #include "tests/unit/assimp_import/source_scene.h"

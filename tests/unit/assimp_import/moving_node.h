@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 
 using PositionKeys = std::vector<std::pair<double, aiVector3D>>;
 using RotationKeys = std::vector<std::pair<double, aiQuaternion>>;

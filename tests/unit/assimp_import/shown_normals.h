@@ -4,7 +4,7 @@
 #include <array>
 #include <vector>
 
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 
 using CornerNormals = std::array<maxhost::scene::Vec3, 3>;
 

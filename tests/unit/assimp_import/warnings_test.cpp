@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "host/assimp/import_warnings.h"
-#include "host/scene/scene_check.h"
+#include "host/scene/check.h"
 #include "tests/unit/assimp_import/source_scene.h"
 #include "tests/unit/assimp_import/temporary_files.h"
 

@@ -1,5 +1,5 @@
 // The rules for plain data that no reader made, as an importer or a test may hand it over.
-#include "host/scene/scene_check.h"
+#include "host/scene/check.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-#include "host/scene/scene_error.h"
+#include "host/scene/error.h"
 #include "tests/unit/scene_description/every_field.h"
 
 using namespace maxhost::scene;

@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 
 extern const std::string_view kEveryField;
 

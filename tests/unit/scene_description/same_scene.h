@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 
 // Where the scenes differ first, as in ".nodes[3].transform.kind.position"; empty when they do not.
 std::string Difference(const maxhost::scene::Scene& a, const maxhost::scene::Scene& b);

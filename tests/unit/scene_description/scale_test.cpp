@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "host/scene/scene_error.h"
+#include "host/scene/error.h"
 #include "tests/unit/scene_description/every_field.h"
 #include "tests/unit/scene_description/same_scene.h"
 

@@ -1,4 +1,4 @@
-#include "host/scene/scene_check.h"
+#include "host/scene/check.h"
 
 #include <algorithm>
 #include <limits>

@@ -2,7 +2,7 @@
 // time or a number may be, so that whoever builds a scene may rely on them.
 #pragma once
 
-#include "host/scene/scene_desc.h"
+#include "host/scene/scene.h"
 
 namespace maxhost::scene {
 

@@ -1,4 +1,4 @@
-#include "host/scene/scene_error.h"
+#include "host/scene/error.h"
 
 #include <charconv>
 #include <cstdio>
