@@ -15,9 +15,9 @@
 #include <variant>
 #include <vector>
 
+#include "format/records.h"
 #include "kta/bodies.h"
 #include "kta/cursor.h"
-#include "src/format/chunk_ids.h"
 
 namespace kta {
 

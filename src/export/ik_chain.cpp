@@ -6,7 +6,6 @@
 #include <iiksys.h>
 
 #include "core/copy_name.h"
-#include "format/chunk_ids.h"
 #include "format/records.h"
 #include "plugin/kta_exp.h"
 
@@ -30,7 +29,7 @@ void KTAExp::ExportIKChain(INode* node) {
     // The fields behind the three names are not in use.
     KTAIKChain record;
     memset(&record, 0, sizeof(record));
-    Plinth::CopyName(record.name, kNameSize, node->GetName());
+    Plinth::CopyName(record.nodeName, kNameSize, node->GetName());
     const IIKChainControl* const chain =
         static_cast<IIKChainControl*>(transform->GetInterface(I_IKCHAINCONTROL));
     if (chain != NULL) {

@@ -5,7 +5,6 @@
 
 #include <interpik.h>
 
-#include "format/chunk_ids.h"
 #include "format/records.h"
 #include "plugin/kta_exp.h"
 
@@ -51,9 +50,9 @@ void StoreParams(KTAJointLimits& record, const JointParams& params) {
                     isPosition ? "position" : "rotation", params.dofs);
     }
     if (isPosition) {
-        StoreLimits(record.positionMin, record.positionMax, record.positionLimited, params);
+        StoreLimits(record.positionMinimum, record.positionMaximum, record.positionLimited, params);
     } else {
-        StoreLimits(record.rotationMin, record.rotationMax, record.rotationLimited, params);
+        StoreLimits(record.rotationMinimum, record.rotationMaximum, record.rotationLimited, params);
     }
 }
 
@@ -71,9 +70,9 @@ void KTAExp::ExportJointLimits(INode* node) {
     }
     KTAJointLimits record;
     memset(&record, 0, sizeof(record));
-    record.node = exportedNodes.Find(node);
+    record.nodeNumber = exportedNodes.Find(node);
     for (int i = 0; i < kNumOnes; ++i) {
-        record.ones[i] = 1.0f;
+        record.at52[i] = 1.0f;
     }
     if (position != NULL) {
         StoreParams(record, *position);

@@ -6,7 +6,6 @@
 
 #include <istdplug.h>
 
-#include "format/chunk_ids.h"
 #include "format/records.h"
 #include "plugin/kta_exp.h"
 #include "scene/bezier_keys.h"
@@ -25,7 +24,7 @@ const Float32 kMostLength = 2.99999f;
 const Float32 kLeastLength = 1e-5f;
 
 // One side of a key, and the other; in a record the three axes' in-tangents come first.
-enum { kIn = 0, kOut = 1, kNumSides = 2, kNumAxes = 3, kNumTangents = kNumSides * kNumAxes };
+enum { kIn = 0, kOut = 1, kNumSides = 2, kNumAxes = 3 };
 
 struct KeySide {
     UInt8 code;  // KTATangentCode
@@ -123,15 +122,15 @@ class KeyRecordWriter {
 
     void Write(const KeyRecord& record) {
         KTAKeyHead head = {Seconds(record.time), {0, 0, 0}, record.axes, {0, 0}};
-        UInt8 codes[kNumTangents];
+        UInt8 codes[kNumTangentCodes];
         for (int axis = 0; axis < kNumAxes; ++axis) {
-            head.value[axis] = record.value[axis] * scale;
+            head.values[axis] = record.value[axis] * scale;
             codes[axis] = record.side[kIn][axis].code;
             codes[kNumAxes + axis] = record.side[kOut][axis].code;
         }
         exporter.WriteRaw(&head, sizeof(head));
         exporter.WriteRaw(codes, sizeof(codes));
-        for (int i = 0; i < kNumTangents; ++i) {
+        for (int i = 0; i < kNumTangentCodes; ++i) {
             if (codes[i] == kTangentBezier) {
                 WriteTangent(record.side[i / kNumAxes][i % kNumAxes]);
             }
@@ -206,7 +205,7 @@ void KTAExp::WriteKeyframedTrack(INode* node, char track) {
             axes[i].Take(record, i);
         }
         writer.Write(record);
-        ++header.numKeys;
+        ++header.keyCount;
     }
     PatchChunk(position, kChunkKeyTrack, sizeof(header), kKeyTrackKeyframed, &header,
                sizeof(header));

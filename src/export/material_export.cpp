@@ -5,8 +5,7 @@
 #include <stdmat.h>
 
 #include "core/copy_name.h"
-#include "format/chunk_ids.h"
-#include "format/layer_types.h"
+#include "export/layer_labels.h"
 #include "format/records.h"
 #include "plugin/kta_exp.h"
 
@@ -85,16 +84,16 @@ void StoreCoordinates(KTAMaterialLayer& record, StdUVGen* generator) {
         record.vOffset = generator->GetVOffs(0);
         record.uTiling = generator->GetUScl(0);
         record.vTiling = generator->GetVScl(0);
-        record.angle = generator->GetWAng(0);
+        record.rotationAngle = generator->GetWAng(0);
     }
 }
 
 void LogLayer(const KTAMaterialLayer& record) {
     Plinth::Log("Writing material layer:");
-    Plinth::Log("  + Texture         = %s", record.texture);
-    Plinth::Log("  + Parent material = %d", record.material);
+    Plinth::Log("  + Texture         = %s", record.textureFileName);
+    Plinth::Log("  + Parent material = %d", record.parentMaterial);
     Plinth::Log("  + Amount          = %f", record.amount);
-    Plinth::Log("  + Layer type      = %d", record.type);
+    Plinth::Log("  + Layer type      = %d", record.layerType);
 }
 
 }  // namespace
@@ -102,7 +101,7 @@ void LogLayer(const KTAMaterialLayer& record) {
 void KTAExp::ExportMaterialList() {
     KTAMaterial extra;
     memset(&extra, 0, sizeof(extra));
-    Plinth::CopyName(extra.name, sizeof(extra.name), "Extra material");
+    Plinth::CopyName(extra.materialName, sizeof(extra.materialName), "Extra material");
     StoreColor(extra.diffuse, Color(0.75f, 0.75f, 0.75f));
     StoreColor(extra.specular, Color(1.0f, 1.0f, 1.0f));
     extra.opacity = 1.0f;
@@ -136,7 +135,7 @@ void KTAExp::ExportMaterial(Mtl* material, Plinth::Int32 listIndex, Plinth::Int3
 
 void KTAExp::FillMaterial(KTAMaterial& record, Mtl* material) {
     memset(&record, 0, sizeof(record));
-    Plinth::CopyName(record.name, sizeof(record.name), material->GetName().data());
+    Plinth::CopyName(record.materialName, sizeof(record.materialName), material->GetName().data());
     // Once for each material that is written: a parent's update need not reach it.
     Interval valid = FOREVER;
     material->Update(0, valid);
@@ -186,21 +185,21 @@ void KTAExp::ExportLayer(Texmap* map, const Class_ID& parent, int slot, float am
 // What is not covered here keeps the type of the layer before.
 void KTAExp::ChooseLayerType(const Class_ID& parent, int slot) {
     if (parent == kNoClassId) {
-        layerType = kEnvironmentLayerType.type;
+        layerType = kLayerEnvironment;
     } else if ((parent == kStandardClassId || parent == kMixClassId) && slot >= 0 &&
-               slot < kNumSlotLayerTypes) {
-        layerType = kSlotLayerTypes[slot].type;
+               slot < kNumSlotLayers) {
+        layerType = kSlotLayers[slot].type;
     }
 }
 
 void KTAExp::WriteLayer(BitmapTex* bitmap, float amount) {
     KTAMaterialLayer record;
     memset(&record, 0, sizeof(record));
-    Plinth::CopyName(record.texture, sizeof(record.texture),
+    Plinth::CopyName(record.textureFileName, sizeof(record.textureFileName),
                      TextureName(TextOrEmpty(bitmap->GetMapName())));
-    record.type = layerType;
-    record.material = static_cast<Plinth::Int16>(numMaterials - 1);
-    record.amount = layerType == kBumpLayerType ? amount * kBumpScale : amount;
+    record.layerType = layerType;
+    record.parentMaterial = static_cast<Plinth::Int16>(numMaterials - 1);
+    record.amount = layerType == kLayerBump ? amount * kBumpScale : amount;
     StoreCoordinates(record, bitmap->GetUVGen());
     LogLayer(record);
     WriteChunk(kChunkMaterialLayer, sizeof(record), &record,

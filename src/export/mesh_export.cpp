@@ -4,7 +4,6 @@
 #include <max.h>
 
 #include "format/axis_order.h"
-#include "format/chunk_ids.h"
 #include "format/records.h"
 #include "plugin/kta_exp.h"
 #include "scene/local_transform.h"
@@ -21,7 +20,6 @@ namespace {
 
 // 3ds Max's last channel, 99, has no part in the format.
 enum { kFirstChannel = 1, kLastChannel = 98, kNumChannels = kLastChannel - kFirstChannel + 1 };
-enum { kFullMaterialNumber = 255, kFirstFullMaterialNumber = 128 };
 
 // Reads the corners of a mesh's faces as they stand in the file.
 class CornerReader {
@@ -205,20 +203,20 @@ bool DescribeMesh(KTAMesh& header, INode* node) {
     }
     for (int i = kFirstChannel; i <= kLastChannel; ++i) {
         if (mesh->mapSupport(i) && mesh->getNumMapVerts(i) > 0) {
-            ++header.numMapChannels;
+            ++header.mapChannelCount;
         }
     }
-    header.numOriginalVertices = mesh->getNumVerts();
-    Plinth::Log("    + Texture map channels = %d", header.numMapChannels);
-    Plinth::Log("    + Original mesh vertices = %d", header.numOriginalVertices);
+    header.originalVertexCount = mesh->getNumVerts();
+    Plinth::Log("    + Texture map channels = %d", header.mapChannelCount);
+    Plinth::Log("    + Original mesh vertices = %d", header.originalVertexCount);
     return true;
 }
 
 void CountElements(KTAMesh& header, const SubMeshList& subMeshes) {
-    header.numSubMeshes = subMeshes.Count();
+    header.subMeshCount = subMeshes.Count();
     for (Int32 i = 0; i < subMeshes.Count(); ++i) {
-        header.numVertices += subMeshes[i].numVertices;
-        header.numIndices += 3 * subMeshes[i].numFaces;
+        header.vertexCount += subMeshes[i].numVertices;
+        header.indexCount += 3 * subMeshes[i].numFaces;
     }
 }
 
@@ -226,21 +224,21 @@ void CountElements(KTAMesh& header, const SubMeshList& subMeshes) {
 // number in full, and takes the header's number of channels for the pairs of a vertex, of which
 // there is one for each supported channel: readers of the format know both.
 UInt64 AnnouncedSize(const KTAMesh& header) {
-    const UInt64 subMeshes = static_cast<UInt64>(header.numSubMeshes) * sizeof(KTASubMesh);
-    const UInt64 indices = static_cast<UInt64>(header.numIndices) * sizeof(UInt32);
+    const UInt64 subMeshes = static_cast<UInt64>(header.subMeshCount) * sizeof(KTASubMesh);
+    const UInt64 indices = static_cast<UInt64>(header.indexCount) * sizeof(UInt32);
     const UInt64 vertexSize =
-        sizeof(KTAVertex) + static_cast<UInt64>(header.numMapChannels) * 2 * sizeof(Float32);
-    return sizeof(KTAMesh) + subMeshes + indices + header.numVertices * vertexSize;
+        sizeof(KTAVertex) + static_cast<UInt64>(header.mapChannelCount) * 2 * sizeof(Float32);
+    return sizeof(KTAMesh) + subMeshes + indices + header.vertexCount * vertexSize;
 }
 
 void WriteSubMesh(KTAExp& exporter, const SubMeshList& subMeshes, const SubMesh& subMesh) {
     KTASubMesh record;
     memset(&record, 0, sizeof(record));
     const bool inFull = subMesh.material >= kFirstFullMaterialNumber;
-    record.material = static_cast<Plinth::UInt8>(inFull ? static_cast<Int32>(kFullMaterialNumber)
-                                                        : subMesh.material);
-    record.numIndices = 3 * subMesh.numFaces;
-    record.numVertices = subMesh.numVertices;
+    record.materialNumber = static_cast<Plinth::UInt8>(
+        inFull ? static_cast<Int32>(kFullMaterialNumber) : subMesh.material);
+    record.indexCount = 3 * subMesh.numFaces;
+    record.vertexCount = subMesh.numVertices;
     exporter.WriteRaw(&record, sizeof(record));
     if (inFull) {
         exporter.WriteRaw(&subMesh.material, sizeof(subMesh.material));
@@ -282,7 +280,7 @@ bool BuildAndWriteMesh(KTAExp& exporter, INode* node, KTAMesh& header) {
         Plinth::Log("WARNING: The mesh is too large and is left out");
         return false;
     }
-    if (header.numVertices < 3 || header.numIndices < 3) {
+    if (header.vertexCount < 3 || header.indexCount < 3) {
         return false;
     }
     WriteMesh(exporter, header, subMeshes);
@@ -298,13 +296,13 @@ void KTAExp::ExportMesh(INode* node, bool isCollision) {
     Plinth::Log("Exporting mesh...");
     KTAMesh header;
     memset(&header, 0, sizeof(header));
-    header.node = exportedNodes.Find(node);
+    header.nodeNumber = exportedNodes.Find(node);
     header.isCollision = isCollision ? 1 : 0;
     if (!BuildAndWriteMesh(*this, node, header)) {
         return;
     }
-    const float ratio = static_cast<float>(header.numVertices) /
-                        static_cast<float>(header.numOriginalVertices) * 100.0f;
+    const float ratio = static_cast<float>(header.vertexCount) /
+                        static_cast<float>(header.originalVertexCount) * 100.0f;
     Plinth::Log("    + Vertex ratio factor = %.1f%%", ratio);
     OpenSkinOf(node);
 }

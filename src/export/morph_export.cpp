@@ -7,7 +7,6 @@
 
 #include "core/copy_name.h"
 #include "format/axis_order.h"
-#include "format/chunk_ids.h"
 #include "format/records.h"
 #include "plugin/kta_exp.h"
 #include "scene/modifier_stack.h"
@@ -82,9 +81,9 @@ Packing::Packing(Float32 rangeMinimum, Float32 rangeMaximum)
 void WriteChannelRecord(KTAExp& exporter, const MaxMorphChannel& channel) {
     KTAMorphChannel record;
     memset(&record, 0, sizeof(record));
-    Plinth::CopyName(record.name, kNameSize, channel.GetName());
-    record.one = 1.0f;
-    record.oneBlock = 1;
+    Plinth::CopyName(record.channelName, kNameSize, channel.GetName());
+    record.at264 = 1.0f;
+    record.at276 = 1;
     // The size deliberately leaves out what follows the record.
     exporter.WriteChunk(kChunkMorph, sizeof(record), &record, FindChunkType(kChunkMorph)->version);
 }
@@ -93,12 +92,12 @@ void WritePoints(KTAExp& exporter, INode* node, const MaxMorphChannel& channel) 
     KTAMorphPoints header;
     memset(&header, 0, sizeof(header));
     Plinth::CopyName(header.nodeName, kNameSize, node->GetName());
-    header.numPoints = channel.NumMorphPoints();
+    header.pointCount = channel.NumMorphPoints();
     FindRange(channel, header.minimum, header.maximum);
     exporter.WriteRaw(&header, sizeof(header));
 
     const Packing packing(header.minimum, header.maximum);
-    for (Int32 i = 0; i < header.numPoints; ++i) {
+    for (Int32 i = 0; i < header.pointCount; ++i) {
         Float32 scaled[3];
         ScalePoint(channel, i, scaled);
         const KTAMorphPoint point = {
@@ -106,10 +105,10 @@ void WritePoints(KTAExp& exporter, INode* node, const MaxMorphChannel& channel) 
         exporter.WriteRaw(&point, sizeof(point));
     }
     const char zeros[3] = {0, 0, 0};
-    for (Int32 i = 0; i < header.numPoints; ++i) {
+    for (Int32 i = 0; i < header.pointCount; ++i) {
         exporter.WriteRaw(zeros, sizeof(zeros));
     }
-    for (Int32 i = 0; i < header.numPoints; ++i) {
+    for (Int32 i = 0; i < header.pointCount; ++i) {
         exporter.WriteRaw(&i, sizeof(i));
     }
 }

@@ -8,7 +8,6 @@
 #include "core/copy_name.h"
 #include "core/log.h"
 #include "format/axis_order.h"
-#include "format/chunk_ids.h"
 #include "format/records.h"
 #include "plugin/kta_exp.h"
 #include "scene/decompose.h"
@@ -28,7 +27,7 @@ void KTAExp::ExportMotionPart(INode* node) {
     StoreQuaternion(record.rotation, parts.q);
     StoreVector(record.scale, parts.k);
     Plinth::Log("- Exporting motionpart '%s'", node->GetName());
-    Plinth::CopyName(record.name, sizeof(record.name), node->GetName());
+    Plinth::CopyName(record.nodeName, sizeof(record.nodeName), node->GetName());
 
     bool position, rotation, scale;
     if (DetectAnimation(node, position, rotation, scale)) {

@@ -10,7 +10,6 @@
 #include "core/copy_name.h"
 #include "core/string.h"
 #include "format/axis_order.h"
-#include "format/chunk_ids.h"
 #include "format/records.h"
 #include "plugin/kta_exp.h"
 #include "scene/decompose.h"
@@ -38,7 +37,7 @@ Point3 RowScale(const Matrix3& matrix) {
 }
 
 void StoreNames(KTANode& record, INode* node) {
-    Plinth::CopyName(record.name, sizeof(record.name), node->GetName());
+    Plinth::CopyName(record.nodeName, sizeof(record.nodeName), node->GetName());
     INode* parent = node->GetParentNode();
     if (parent != NULL && strcmp(parent->GetName(), kSceneRootName) != 0) {
         Plinth::CopyName(record.parentName, sizeof(record.parentName), parent->GetName());
@@ -70,8 +69,8 @@ void StoreInverseWorld(KTANode& record, INode* node) {
     static const int kRows[4] = {0, 2, 1, 3};
     const Matrix3 inverse = Inverse(WorldTransform(node, 0));
     for (int i = 0; i < 4; ++i) {
-        StoreVector(record.inverseWorld[i], inverse.GetRow(kRows[i]));
-        record.inverseWorld[i][3] = 0.0f;
+        StoreVector(record.inverseWorldMatrix[i], inverse.GetRow(kRows[i]));
+        record.inverseWorldMatrix[i][3] = 0.0f;
     }
 }
 
@@ -177,7 +176,7 @@ void KTAExp::ExportMeshOfNode(INode* node) {
         }
         return;
     }
-    if (exportOptions.meshes && (node->Renderable() || exportOptions.nonRenderableMeshes)) {
+    if (exportOptions.meshes && (node->Renderable() || exportOptions.nonRenderable)) {
         Plinth::Log("  + Exporting mesh...");
         ExportMesh(node, false);
     }

@@ -5,7 +5,6 @@
 
 #include "core/log.h"
 #include "format/axis_order.h"
-#include "format/chunk_ids.h"
 #include "format/records.h"
 #include "plugin/kta_exp.h"
 #include "scene/key_time.h"
@@ -31,12 +30,12 @@ size_t RecordSize(char track) {
 void WriteSample(KTAExp& exporter, char track, TimeValue time, const TransformSample& sample) {
     if (track == 'R') {
         KTARotationSample record = {Seconds(time), {0, 0, 0, 0}};
-        StoreQuaternion(record.value, sample.rotation);
+        StoreQuaternion(record.values, sample.rotation);
         exporter.WriteRaw(&record, sizeof(record));
         return;
     }
     KTAVectorSample record = {Seconds(time), {0, 0, 0}};
-    StoreVector(record.value, track == 'P' ? sample.translation : sample.scale);
+    StoreVector(record.values, track == 'P' ? sample.translation : sample.scale);
     exporter.WriteRaw(&record, sizeof(record));
 }
 
@@ -53,7 +52,7 @@ void KTAExp::WriteSampledTrack(INode* node, char track) {
     // The format's counts and sizes have 32 bits.
     const KTAKeyTrack header = {static_cast<UInt32>(count), 'L', track, {0, 0}};
     const UInt32 size = static_cast<UInt32>(sizeof(header) + count * RecordSize(track));
-    Plinth::Log("    + NrKeys = %d", static_cast<int>(header.numKeys));
+    Plinth::Log("    + NrKeys = %d", static_cast<int>(header.keyCount));
     Plinth::Log("    + Type   = %c", track);
     Plinth::Log("    + Size   = %d bytes", static_cast<int>(size));
     WriteChunkHeader(kChunkKeyTrack, size, kKeyTrackSampled);

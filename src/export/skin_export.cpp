@@ -5,7 +5,6 @@
 #include <new>
 
 #include "core/log.h"
-#include "format/chunk_ids.h"
 #include "format/records.h"
 #include "plugin/kta_exp.h"
 #include "scene/modifier_stack.h"

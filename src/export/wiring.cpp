@@ -9,7 +9,6 @@
 
 #include "core/array.h"
 #include "core/copy_name.h"
-#include "format/chunk_ids.h"
 #include "format/records.h"
 #include "plugin/kta_exp.h"
 #include "scene/bezier_keys.h"
@@ -83,19 +82,19 @@ Control* FirstDriver(IBaseWireControl* wire) {
 }
 
 void StoreFirstEnd(KTAWire& record, const WireEnd& end) {
-    Plinth::CopyName(record.nodeName[0], kNameSize, end.node->GetName());
-    record.part[0] = end.part;
-    record.component[0] = end.component;
-    record.weight[0] = 1.0f;
+    Plinth::CopyName(record.firstNodeName, kNameSize, end.node->GetName());
+    record.firstPart = end.part;
+    record.firstComponent = end.component;
+    record.firstWeight = 1.0f;
     if (end.wire == NULL) {
         return;
     }
     IBaseWireControl* const wire = GetWireControlInterface(end.wire);
-    Plinth::CopyName(record.expression[0], kNameSize, wire->get_expr_text(end.driver));
+    Plinth::CopyName(record.firstExpression, kNameSize, wire->get_expr_text(end.driver));
     Plinth::CopyName(record.firstVariable, kVariableNameSize,
                      MotionVariableName(end.part, end.component));
-    record.weight[0] = end.weight;
-    record.listWeight[0] = end.listWeight;
+    record.firstWeight = end.weight;
+    record.firstListWeight = end.listWeight;
     record.linkKind = end.linkKind;
 }
 
@@ -200,13 +199,13 @@ void ChannelWires::CompleteWaiting(Control* channel) {
 
 void ChannelWires::WriteRecord(KTAWire& record, const char* expression, Float32 weight,
                                Float32 listWeight) {
-    Plinth::CopyName(record.nodeName[1], kNameSize, node->GetName());
-    Plinth::CopyName(record.expression[1], kNameSize, expression);
+    Plinth::CopyName(record.secondNodeName, kNameSize, node->GetName());
+    Plinth::CopyName(record.secondExpression, kNameSize, expression);
     Plinth::CopyName(record.secondVariable, kVariableNameSize, MotionVariableName(part, component));
-    record.part[1] = part;
-    record.component[1] = component;
-    record.weight[1] = weight;
-    record.listWeight[1] = listWeight;
+    record.secondPart = part;
+    record.secondComponent = component;
+    record.secondWeight = weight;
+    record.secondListWeight = listWeight;
     exporter.WriteChunk(kChunkWire, sizeof(record), &record, FindChunkType(kChunkWire)->version);
 }
 

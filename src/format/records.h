@@ -1,14 +1,38 @@
-// The fixed-layout records of the KTA format, written to the files as they lie in memory:
-// little-endian, f32 reals, no padding that is not named here. Vectors from scene data hold
-// x, z, y and quaternions x, z, y, w (the format's second axis is 3ds Max's z axis), except in
-// keyframed tracks, which keep x, y, z. Every record is zeroed before it is filled, so that bytes
-// behind a name's terminator and named padding are zero.
+// The KTA format: its chunk kinds and the records that they consist of. docs/kta-format.md has the
+// same layouts as tables, under the same names.
+//
+// Records are written to the files as they lie in memory: little-endian, f32 reals, no padding that
+// is not named here. Vectors from scene data hold x, z, y and quaternions x, z, y, w (the format's
+// second axis is 3ds Max's z axis), except in keyframed tracks, which keep x, y, z. Every record is
+// zeroed before it is filled (ZeroedRecord), so that bytes behind a name's terminator and padding
+// are zero. Fields without a known meaning are named after their offset in the chunk's body.
+//
+// The record that a chunk begins with names the chunk's id and version.
 #ifndef FORMAT_RECORDS_H
 #define FORMAT_RECORDS_H
+
+#include <string.h>
 
 #include "core/types.h"
 
 enum { kNameSize = 260, kMaterialNameSize = 40, kVariableNameSize = 20 };
+
+// Ids 5, 9, 11, 12 and 13 are never written.
+enum KTAChunkId {
+    kChunkNode = 0,
+    kChunkMotionPart = 1,
+    kChunkKeyTrack = 2,
+    kChunkMesh = 3,
+    kChunkWeights = 4,
+    kChunkMaterial = 6,
+    kChunkMaterialLayer = 7,
+    kChunkJointLimits = 8,
+    kChunkMorph = 10,
+    kChunkWire = 14,
+    kChunkIKChain = 15
+};
+
+enum KTAFileKind { kFileKindMotion = 0, kFileKindActor = 1 };
 
 struct KTAFileHeader {
     char magic[4];  // "KTA "
@@ -25,14 +49,15 @@ struct KTAChunkHeader {
 };
 PLINTH_STATIC_ASSERT(sizeof(KTAChunkHeader) == 12, chunk_header_size);
 
-// Chunk 0.
 struct KTANode {
-    char name[kNameSize];
+    enum { kChunkId = kChunkNode, kChunkVersion = 3 };
+
+    char nodeName[kNameSize];
     char parentName[kNameSize];  // empty: child of the scene root
     Plinth::Float32 translation[3];
     Plinth::Float32 rotation[4];
     Plinth::Float32 scale[3];
-    Plinth::Float32 inverseWorld[4][4];  // the fourth column is 0 in all rows
+    Plinth::Float32 inverseWorldMatrix[4][4];  // rows; the fourth column is 0 in all of them
     Plinth::UInt8 isBone;
     Plinth::UInt8 hasHelperSize;
     Plinth::UInt8 padding[2];
@@ -40,34 +65,41 @@ struct KTANode {
 };
 PLINTH_STATIC_ASSERT(sizeof(KTANode) == 632, node_size);
 
-// Chunk 1: a node's name and its local transform at tick 0.
+// A node's name and its local transform at tick 0.
 struct KTAMotionPart {
-    char name[kNameSize];
+    enum { kChunkId = kChunkMotionPart, kChunkVersion = 2 };
+
+    char nodeName[kNameSize];
     Plinth::Float32 translation[3];
     Plinth::Float32 rotation[4];
     Plinth::Float32 scale[3];
 };
 PLINTH_STATIC_ASSERT(sizeof(KTAMotionPart) == 300, motion_part_size);
 
-// Chunk 2 begins with this; key records follow.
+// The key track is the one chunk with two body layouts, told apart by its version.
+enum KTAKeyTrackVersion { kKeyTrackSampled = 1, kKeyTrackKeyframed = 2 };
+
+// Key records follow.
 struct KTAKeyTrack {
-    Plinth::UInt32 numKeys;
+    enum { kChunkId = kChunkKeyTrack };
+
+    Plinth::UInt32 keyCount;
     char interpolation;  // 'L'
-    char track;          // 'P', 'R', 'r' or 'S'
-    Plinth::UInt8 reserved[2];
+    char trackLetter;    // 'P' position, 'R' sampled or 'r' keyframed rotation, 'S' scale
+    Plinth::UInt8 padding[2];
 };
 PLINTH_STATIC_ASSERT(sizeof(KTAKeyTrack) == 8, key_track_size);
 
 // Key records of sampled tracks; times are seconds.
 struct KTAVectorSample {
     Plinth::Float32 time;
-    Plinth::Float32 value[3];
+    Plinth::Float32 values[3];
 };
 PLINTH_STATIC_ASSERT(sizeof(KTAVectorSample) == 16, vector_sample_size);
 
 struct KTARotationSample {
     Plinth::Float32 time;
-    Plinth::Float32 value[4];
+    Plinth::Float32 values[4];
 };
 PLINTH_STATIC_ASSERT(sizeof(KTARotationSample) == 20, rotation_sample_size);
 
@@ -75,12 +107,13 @@ PLINTH_STATIC_ASSERT(sizeof(KTARotationSample) == 20, rotation_sample_size);
 // Z out; one byte each), and a tangent for each code that is kTangentBezier.
 struct KTAKeyHead {
     Plinth::Float32 time;
-    Plinth::Float32 value[3];
-    Plinth::UInt16 axes;  // bit 0 = X present, 1 = Y, 2 = Z
-    Plinth::UInt8 reserved[2];
+    Plinth::Float32 values[3];
+    Plinth::UInt16 axisMask;  // bit 0 = X present, 1 = Y, 2 = Z
+    Plinth::UInt8 padding[2];
 };
 PLINTH_STATIC_ASSERT(sizeof(KTAKeyHead) == 20, key_head_size);
 
+enum { kNumTangentCodes = 6 };
 enum KTATangentCode { kTangentNone = 1, kTangentLinear = 3, kTangentStep = 4, kTangentBezier = 5 };
 
 struct KTATangent {
@@ -89,26 +122,31 @@ struct KTATangent {
 };
 PLINTH_STATIC_ASSERT(sizeof(KTATangent) == 8, tangent_size);
 
-// Chunk 3 begins with this; sub-meshes follow, each a KTASubMesh, the full material number (i32)
-// where `material` is 255, corner vertices with their texture coordinates, and faces.
+// Sub-meshes follow, each a KTASubMesh, the material number in full (i32) where `materialNumber` is
+// 255, corner vertices with their texture coordinates, and faces.
 struct KTAMesh {
-    Plinth::Int32 node;
-    Plinth::Int32 numOriginalVertices;
-    Plinth::Int32 numVertices;
-    Plinth::Int32 numIndices;
-    Plinth::Int32 numSubMeshes;
-    Plinth::Int32 numMapChannels;
+    enum { kChunkId = kChunkMesh, kChunkVersion = 3 };
+
+    Plinth::Int32 nodeNumber;  // position among the file's node chunks; -1: none
+    Plinth::Int32 originalVertexCount;
+    Plinth::Int32 vertexCount;
+    Plinth::Int32 indexCount;
+    Plinth::Int32 subMeshCount;
+    Plinth::Int32 mapChannelCount;
     Plinth::UInt8 isCollision;
     Plinth::UInt8 padding[3];
 };
 PLINTH_STATIC_ASSERT(sizeof(KTAMesh) == 28, mesh_size);
 
+// The least material number that stands in full behind the record, and what the record has instead.
+enum { kFirstFullMaterialNumber = 128, kFullMaterialNumber = 255 };
+
 struct KTASubMesh {
-    Plinth::UInt8 material;  // 255: the number in full follows the record
-    Plinth::UInt8 zero;
+    Plinth::UInt8 materialNumber;
+    Plinth::UInt8 at1;  // 0
     Plinth::UInt8 padding[2];
-    Plinth::Int32 numIndices;
-    Plinth::Int32 numVertices;
+    Plinth::Int32 indexCount;
+    Plinth::Int32 vertexCount;
 };
 PLINTH_STATIC_ASSERT(sizeof(KTASubMesh) == 12, sub_mesh_size);
 
@@ -119,17 +157,25 @@ struct KTAVertex {
 };
 PLINTH_STATIC_ASSERT(sizeof(KTAVertex) == 28, vertex_size);
 
-// Chunk 4 holds the node number (i32), then for each vertex a count (u8) and that many of these.
+// A weights chunk is this head, then for each vertex a count (u8) and that many KTAWeight.
+struct KTAWeights {
+    enum { kChunkId = kChunkWeights, kChunkVersion = 1 };
+
+    Plinth::Int32 nodeNumber;  // as in KTAMesh
+};
+PLINTH_STATIC_ASSERT(sizeof(KTAWeights) == 4, weights_size);
+
 struct KTAWeight {
-    Plinth::Int16 bone;
+    Plinth::Int16 bone;  // a node number; -1: none, or one that does not fit
     Plinth::UInt8 padding[2];
     Plinth::Float32 weight;
 };
 PLINTH_STATIC_ASSERT(sizeof(KTAWeight) == 8, weight_size);
 
-// Chunk 6.
 struct KTAMaterial {
-    char name[kMaterialNameSize];
+    enum { kChunkId = kChunkMaterial, kChunkVersion = 2 };
+
+    char materialName[kMaterialNameSize];
     Plinth::Float32 ambient[3];
     Plinth::Float32 diffuse[3];
     Plinth::Float32 specular[3];
@@ -145,95 +191,162 @@ struct KTAMaterial {
 };
 PLINTH_STATIC_ASSERT(sizeof(KTAMaterial) == 108, material_size);
 
-// Chunk 7.
+enum KTALayerType {
+    kLayerAmbient = 0,
+    kLayerDiffuse = 1,
+    kLayerSpecular = 2,
+    kLayerBump = 3,
+    kLayerReflection = 4,
+    kLayerRefraction = 5,
+    kLayerOpacity = 6,
+    kLayerSelfIllumination = 7,
+    kLayerEnvironment = 8,
+    kLayerShininess = 9,
+    kLayerShininessStrength = 10,
+    kLayerFilterColor = 11
+};
+
 struct KTAMaterialLayer {
-    char texture[kNameSize];
-    Plinth::UInt8 type;
+    enum { kChunkId = kChunkMaterialLayer, kChunkVersion = 3 };
+
+    char textureFileName[kNameSize];
+    Plinth::UInt8 layerType;  // KTALayerType
     Plinth::UInt8 padding;
-    Plinth::Int16 material;
+    Plinth::Int16 parentMaterial;  // cut to 16 bits: material 65537 stands as 1
     Plinth::Float32 amount;
     Plinth::Float32 uOffset;
     Plinth::Float32 vOffset;
     Plinth::Float32 uTiling;
     Plinth::Float32 vTiling;
-    Plinth::Float32 angle;
+    Plinth::Float32 rotationAngle;
 };
 PLINTH_STATIC_ASSERT(sizeof(KTAMaterialLayer) == 288, material_layer_size);
 
-// Chunk 8.
 struct KTAJointLimits {
-    Plinth::Int32 node;
-    Plinth::Float32 positionMin[3];
-    Plinth::Float32 positionMax[3];
-    Plinth::Float32 rotationMin[3];
-    Plinth::Float32 rotationMax[3];
-    Plinth::Float32 ones[6];
+    enum { kChunkId = kChunkJointLimits, kChunkVersion = 1 };
+
+    Plinth::Int32 nodeNumber;  // as in KTAMesh
+    Plinth::Float32 positionMinimum[3];
+    Plinth::Float32 positionMaximum[3];
+    Plinth::Float32 rotationMinimum[3];
+    Plinth::Float32 rotationMaximum[3];
+    Plinth::Float32 at52[6];  // 1
     Plinth::UInt8 positionLimited[3];
     Plinth::UInt8 rotationLimited[3];
-    Plinth::UInt8 zeros[2];
-    Plinth::Int32 zero;
+    Plinth::UInt8 at82[2];  // 0
+    Plinth::Int32 at84;     // 0
 };
 PLINTH_STATIC_ASSERT(sizeof(KTAJointLimits) == 88, joint_limits_size);
 
-// Chunk 10 begins with this record, the only part that its size covers; a KTAMorphPoints, the
-// packed points, three zero bytes a point and the point numbers (i32) follow.
+// The only part of a morph chunk that its size covers; a KTAMorphPoints, the packed points, three
+// zero bytes a point and the point numbers (i32) follow.
 struct KTAMorphChannel {
-    char name[kNameSize];
-    Plinth::Float32 zero0;
-    Plinth::Float32 one;
-    Plinth::Int32 zero1;
-    Plinth::UInt8 zero2;
+    enum { kChunkId = kChunkMorph, kChunkVersion = 3 };
+
+    char channelName[kNameSize];
+    Plinth::Float32 at260;  // 0
+    Plinth::Float32 at264;  // 1
+    Plinth::Int32 at268;    // 0
+    Plinth::UInt8 at272;    // 0
     Plinth::UInt8 padding[3];
-    Plinth::Int32 oneBlock;
-    Plinth::Int32 zero3;
-    Plinth::Int32 zero4;
-    Plinth::Float32 zero5;
+    Plinth::Int32 at276;    // 1
+    Plinth::Int32 at280;    // 0
+    Plinth::Int32 at284;    // 0
+    Plinth::Float32 at288;  // 0
 };
 PLINTH_STATIC_ASSERT(sizeof(KTAMorphChannel) == 292, morph_channel_size);
 
 struct KTAMorphPoints {
     char nodeName[kNameSize];
-    Plinth::Int32 numPoints;
+    Plinth::Int32 pointCount;
     Plinth::Float32 minimum;
     Plinth::Float32 maximum;
-    Plinth::UInt8 zero;
+    Plinth::UInt8 at564;  // 0
     Plinth::UInt8 padding[3];
 };
 PLINTH_STATIC_ASSERT(sizeof(KTAMorphPoints) == 276, morph_points_size);
 
 struct KTAMorphPoint {
-    Plinth::UInt16 value[3];
+    Plinth::UInt16 packed[3];
 };
 PLINTH_STATIC_ASSERT(sizeof(KTAMorphPoint) == 6, morph_point_size);
 
-// Chunk 14: index 0 is the first end of the wire, index 1 the second.
 struct KTAWire {
-    char nodeName[2][kNameSize];
-    char expression[2][kNameSize];
+    enum { kChunkId = kChunkWire, kChunkVersion = 1 };
+
+    char firstNodeName[kNameSize];
+    char secondNodeName[kNameSize];
+    char firstExpression[kNameSize];
+    char secondExpression[kNameSize];
     char secondVariable[kVariableNameSize];
     char firstVariable[kVariableNameSize];
-    Plinth::Int32 part[2];
-    Plinth::Int32 component[2];
-    Plinth::Float32 weight[2];
-    Plinth::Float32 listWeight[2];
+    Plinth::Int32 firstPart;  // 0 position, 1 rotation, 2 scale
+    Plinth::Int32 secondPart;
+    Plinth::Int32 firstComponent;  // 0 x, 1 y, 2 z
+    Plinth::Int32 secondComponent;
+    Plinth::Float32 firstWeight;
+    Plinth::Float32 secondWeight;
+    Plinth::Float32 firstListWeight;
+    Plinth::Float32 secondListWeight;
     Plinth::UInt8 linkKind;  // 1 or 2
     Plinth::UInt8 padding[3];
 };
 PLINTH_STATIC_ASSERT(sizeof(KTAWire) == 1116, wire_size);
 
-// Chunk 15.
 struct KTAIKChain {
-    char name[kNameSize];
+    enum { kChunkId = kChunkIKChain, kChunkVersion = 1 };
+
+    char nodeName[kNameSize];
     char startJoint[kNameSize];
     char endJoint[kNameSize];
-    Plinth::UInt8 flag;
+    Plinth::UInt8 at780;
     char solverNode[kNameSize];
     Plinth::UInt8 padding0[3];
-    Plinth::Float32 value;
-    Plinth::UInt8 flag2;
+    Plinth::Float32 at1044;
+    Plinth::UInt8 at1048;
     Plinth::UInt8 padding1[3];
-    Plinth::Float32 values[3];
+    Plinth::Float32 at1052[3];
 };
 PLINTH_STATIC_ASSERT(sizeof(KTAIKChain) == 1064, ik_chain_size);
+
+template <typename Record>
+inline Record ZeroedRecord() {
+    Record record;
+    memset(&record, 0, sizeof(record));
+    return record;
+}
+
+// The chunk kinds as a table.
+struct KTAChunkType {
+    KTAChunkId id;
+    const char* name;
+    unsigned int version;  // the newest one, where there are several
+    KTAFileKind file;      // the kind of file that holds such chunks
+};
+
+static const KTAChunkType kChunkTypes[] = {
+    {kChunkNode, "node", KTANode::kChunkVersion, kFileKindActor},
+    {kChunkMotionPart, "motion part", KTAMotionPart::kChunkVersion, kFileKindMotion},
+    {kChunkKeyTrack, "key track", kKeyTrackKeyframed, kFileKindMotion},
+    {kChunkMesh, "mesh", KTAMesh::kChunkVersion, kFileKindActor},
+    {kChunkWeights, "skinning weights", KTAWeights::kChunkVersion, kFileKindActor},
+    {kChunkMaterial, "material", KTAMaterial::kChunkVersion, kFileKindActor},
+    {kChunkMaterialLayer, "material layer", KTAMaterialLayer::kChunkVersion, kFileKindActor},
+    {kChunkJointLimits, "joint limits", KTAJointLimits::kChunkVersion, kFileKindActor},
+    {kChunkMorph, "morph", KTAMorphChannel::kChunkVersion, kFileKindActor},
+    {kChunkWire, "parameter wiring", KTAWire::kChunkVersion, kFileKindActor},
+    {kChunkIKChain, "IK chain", KTAIKChain::kChunkVersion, kFileKindActor}};
+
+static const int kNumChunkTypes = static_cast<int>(sizeof(kChunkTypes) / sizeof(kChunkTypes[0]));
+
+// The table's entry for an id; null for an id that is never written.
+inline const KTAChunkType* FindChunkType(unsigned int id) {
+    for (int i = 0; i < kNumChunkTypes; ++i) {
+        if (static_cast<unsigned int>(kChunkTypes[i].id) == id) {
+            return &kChunkTypes[i];
+        }
+    }
+    return 0;
+}
 
 #endif

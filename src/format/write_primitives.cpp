@@ -1,6 +1,5 @@
 #include <string.h>
 
-#include "format/chunk_ids.h"
 #include "format/records.h"
 #include "plugin/kta_exp.h"
 #include "plugin/motion_pass.h"

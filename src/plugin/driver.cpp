@@ -214,10 +214,10 @@ bool KTAExp::ExportNodeTree(INode* node, bool withProgress) {
 void KTAExp::WriteVisibleNode(INode* node) {
     const bool visible = !node->IsHidden(0, FALSE);
     if (g_motionPass) {
-        if (visible || exportOptions.hiddenMotions) {
+        if (visible || exportOptions.motionsForHidden) {
             ExportMotionPart(node);
         }
-    } else if (visible || exportOptions.hiddenObjects) {
+    } else if (visible || exportOptions.exportHidden) {
         ExportNode(node);
     }
 }

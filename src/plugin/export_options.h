@@ -8,15 +8,15 @@
 // of those that it shows; the others are kept as the file holds them.
 struct ExportOptions {
     Plinth::UInt8 collisionMeshes;  // export meshes tagged as collision meshes as such
-    Plinth::UInt8 hiddenObjects;    // write node data of hidden nodes
+    Plinth::UInt8 exportHidden;     // write node data of hidden nodes
     Plinth::UInt8 meshes;
-    Plinth::UInt8 nonRenderableMeshes;
+    Plinth::UInt8 nonRenderable;
     Plinth::UInt8 morphers;
     Plinth::UInt8 optimizeSkin;
     Plinth::UInt8 padding0[2];
     Plinth::Float32 weightThreshold;
     Plinth::Int32 maxWeightsPerVertex;
-    Plinth::UInt8 hiddenMotions;  // write motion of hidden nodes
+    Plinth::UInt8 motionsForHidden;  // write motion of hidden nodes
     Plinth::UInt8 sampleAnimation;
     Plinth::UInt8 padding1[2];
     Plinth::Int32 sampleRate;  // a keyframe every so many frames, at least 1

@@ -73,13 +73,13 @@ void ReadThreshold(HWND dialog, Plinth::Float32& threshold) {
 }
 
 void ShowOptions(HWND dialog, const ExportOptions& options) {
-    SetCheck(dialog, IDC_HIDDEN_OBJECTS, options.hiddenObjects);
-    SetCheck(dialog, IDC_NON_RENDERABLE_MESHES, options.nonRenderableMeshes);
+    SetCheck(dialog, IDC_EXPORT_HIDDEN, options.exportHidden);
+    SetCheck(dialog, IDC_NON_RENDERABLE, options.nonRenderable);
     SetCheck(dialog, IDC_MORPHERS, options.morphers);
     SetCheck(dialog, IDC_OPTIMIZE_SKIN, options.optimizeSkin);
     SetUpThreshold(dialog, options.weightThreshold);
     EnableThreshold(dialog, options.optimizeSkin ? TRUE : FALSE);
-    SetCheck(dialog, IDC_HIDDEN_MOTIONS, options.hiddenMotions);
+    SetCheck(dialog, IDC_MOTIONS_FOR_HIDDEN, options.motionsForHidden);
     SetCheck(dialog, IDC_SAMPLE_ANIMATION, options.sampleAnimation);
     EnableSampleRate(dialog, options.sampleAnimation ? TRUE : FALSE);
     SetNumber(dialog, IDC_SAMPLE_RATE, options.sampleRate);
@@ -91,14 +91,14 @@ void ShowOptions(HWND dialog, const ExportOptions& options) {
 // morphers.
 void Accept(HWND dialog, ExportOptions& options, bool isForMotion) {
     g_motionPass = isForMotion ? 1 : 0;
-    options.hiddenObjects = GetCheck(dialog, IDC_HIDDEN_OBJECTS);
-    options.nonRenderableMeshes = GetCheck(dialog, IDC_NON_RENDERABLE_MESHES);
+    options.exportHidden = GetCheck(dialog, IDC_EXPORT_HIDDEN);
+    options.nonRenderable = GetCheck(dialog, IDC_NON_RENDERABLE);
     if (!isForMotion) {
         options.morphers = GetCheck(dialog, IDC_MORPHERS);
     }
     options.optimizeSkin = GetCheck(dialog, IDC_OPTIMIZE_SKIN);
     ReadThreshold(dialog, options.weightThreshold);
-    options.hiddenMotions = GetCheck(dialog, IDC_HIDDEN_MOTIONS);
+    options.motionsForHidden = GetCheck(dialog, IDC_MOTIONS_FOR_HIDDEN);
     options.sampleAnimation = GetCheck(dialog, IDC_SAMPLE_ANIMATION);
 
     const int sampleRate = GetNumber(dialog, IDC_SAMPLE_RATE);

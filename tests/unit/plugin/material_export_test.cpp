@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <memory>
 
-#include "format/layer_types.h"
+#include "export/layer_labels.h"
 #include "host/sdk/host.h"
 #include "plugin/kta_exp.h"
 #include "tests/support/export_run.h"
@@ -322,13 +322,13 @@ TEST(LayerExport, SlotsHaveTheirTypes) {
         {"*MAP_SHINE", 9},   {"*MAP_SHINESTRENGTH", 10}, {"*MAP_SELFILLUM", 7},
         {"*MAP_OPACITY", 6}, {"*MAP_FILTERCOLOR", 11},   {"*MAP_BUMP", 3},
         {"*MAP_REFLECT", 4}, {"*MAP_REFRACT", 5}};
-    ASSERT_EQ(std::size(rows), static_cast<std::size_t>(kNumSlotLayerTypes));
+    ASSERT_EQ(std::size(rows), static_cast<std::size_t>(kNumSlotLayers));
     EXPECT_STREQ(kGenericLayerLabel, "*MAP_GENERIC");
     std::vector<scene::MapSlot> maps;
     std::string expected = ActorOf({Plain("m")});
     Lines types;
-    for (int slot = 0; slot < kNumSlotLayerTypes; ++slot) {
-        EXPECT_STREQ(kSlotLayerTypes[slot].label, rows[slot].first);
+    for (int slot = 0; slot < kNumSlotLayers; ++slot) {
+        EXPECT_STREQ(kSlotLayers[slot].label, rows[slot].first);
         const std::string file = std::to_string(slot) + ".png";
         maps.insert(maps.begin(), {slot, true, 1, Bitmap(file)});  // written by slot all the same
         const auto type = static_cast<std::uint8_t>(rows[slot].second);
@@ -342,7 +342,7 @@ TEST(LayerExport, SlotsHaveTheirTypes) {
     std::copy_if(run.log.begin(), run.log.end(), std::back_inserter(logged),
                  [](const std::string& line) { return line.starts_with("  + Layer type"); });
     EXPECT_EQ(logged, types);
-    EXPECT_STREQ(kEnvironmentLayerType.label, "*SCENE_ENVMAP");
+    EXPECT_STREQ(kEnvironmentLayerLabel, "*SCENE_ENVMAP");
 }
 
 TEST(LayerExport, FurtherSlotsKeepTheTypeOfTheLayerBefore) {

@@ -36,15 +36,15 @@ scene::Transform Runner() {
 }
 
 // The settings file of these choices, otherwise the defaults.
-std::string Settings(bool hiddenObjects, bool hiddenMotions, bool sampled = false) {
+std::string Settings(bool exportHidden, bool motionsForHidden, bool sampled = false) {
     return support::Bytes()
         .U8(0)
-        .U8(hiddenObjects)
+        .U8(exportHidden)
         .U32(0x01010001)
         .U16(0)
         .F32({0.075f})
         .U32(4)
-        .U8(hiddenMotions)
+        .U8(motionsForHidden)
         .U8(sampled)
         .U16(0)
         .U32(1)
@@ -121,14 +121,14 @@ TEST(MotionExport, HiddenNodesByTheirOwnOption) {
         node.transform = Runner();
     }
     scene.nodes[2].hidden = true;
-    for (const bool hiddenObjects : {false, true}) {
+    for (const bool exportHidden : {false, true}) {
         ExportChoices choices;
-        choices.settings = Settings(hiddenObjects, false);
+        choices.settings = Settings(exportHidden, false);
         EXPECT_THAT(MovingNames(*Export(scene, choices).motion), ElementsAre("Child", "Deeper"));
-        choices.settings = Settings(hiddenObjects, true);
+        choices.settings = Settings(exportHidden, true);
         const ExportRun run = Export(scene, choices);
         EXPECT_THAT(MovingNames(*run.motion), ElementsAre("Mover", "Child", "Deep", "Deeper"));
-        EXPECT_EQ(support::CountLines(run, "- Exporting node 'Deep'"), hiddenObjects ? 1 : 0);
+        EXPECT_EQ(support::CountLines(run, "- Exporting node 'Deep'"), exportHidden ? 1 : 0);
     }
 }
 

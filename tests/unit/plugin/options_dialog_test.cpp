@@ -67,9 +67,9 @@ struct CheckBox {
 };
 
 constexpr CheckBox kCheckBoxes[] = {
-    {1032, &ExportOptions::hiddenObjects}, {1038, &ExportOptions::nonRenderableMeshes},
-    {1052, &ExportOptions::morphers},      {1034, &ExportOptions::optimizeSkin},
-    {1037, &ExportOptions::hiddenMotions}, {1049, &ExportOptions::sampleAnimation}};
+    {1032, &ExportOptions::exportHidden},     {1038, &ExportOptions::nonRenderable},
+    {1052, &ExportOptions::morphers},         {1034, &ExportOptions::optimizeSkin},
+    {1037, &ExportOptions::motionsForHidden}, {1049, &ExportOptions::sampleAnimation}};
 
 TEST_F(OptionsDialog, ShowsItsTexts) {
     Show([](Dialog& dialog) {
@@ -271,11 +271,11 @@ TEST_F(OptionsDialog, RefusalKeepsWhatWasReadBeforeIt) {
               }),
               0);
     ExportOptions expected = DefaultExportOptions();
-    expected.hiddenObjects = 1;
-    expected.nonRenderableMeshes = 1;
+    expected.exportHidden = 1;
+    expected.nonRenderable = 1;
     expected.morphers = 0;
     expected.optimizeSkin = 0;
-    expected.hiddenMotions = 1;
+    expected.motionsForHidden = 1;
     expected.sampleAnimation = 1;
     EXPECT_TRUE(SameBytes(Options(), expected));
 }
@@ -332,7 +332,7 @@ TEST_F(OptionsDialog, ExportChangesNothingThatWasNotTouched) {
     const unsigned char bytes[] = {0x81, 1, 0xfe, 1, 0, 0, 'P', 'Q'};
     std::memcpy(&odd, bytes, sizeof(bytes));
     odd.maxWeightsPerVertex = -9;
-    odd.hiddenMotions = 1;
+    odd.motionsForHidden = 1;
     odd.padding1[0] = 'R';
     odd.padding1[1] = 'S';
     Options() = odd;
@@ -381,10 +381,10 @@ TEST_F(OptionsDialog, OtherCommandForTheMotionPassDoesNotReadTheMorphers) {
     g_motionPass = 0;
     EXPECT_EQ(user_.boxes.size(), 1u);
     ExportOptions expected = DefaultExportOptions();
-    expected.hiddenObjects = 1;
-    expected.nonRenderableMeshes = 1;
+    expected.exportHidden = 1;
+    expected.nonRenderable = 1;
     expected.optimizeSkin = 0;
-    expected.hiddenMotions = 1;
+    expected.motionsForHidden = 1;
     expected.sampleAnimation = 1;
     expected.sampleRate = 9;
     EXPECT_EQ(expected.morphers, 1) << "though it was unchecked";

@@ -23,7 +23,7 @@ const std::string kDefaults = "\0\0\1\0\1\1\0\0\x9a\x99\x99\x3d\4\0\0\0\0\0\0\0\
 const std::string kOthers = "\1\1\0\1\0\0PQ\0\0\0\x3f\x09\0\0\0\1\1RS\7\0\0\0"s;
 
 struct Seen {
-    bool hiddenObjects, nonRenderable, morphers, optimizeSkin, hiddenMotions, sampleAnimation;
+    bool exportHidden, nonRenderable, morphers, optimizeSkin, motionsForHidden, sampleAnimation;
     std::string threshold, sampleRate;
     bool operator==(const Seen&) const = default;
 };

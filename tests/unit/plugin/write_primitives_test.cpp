@@ -6,7 +6,6 @@
 
 #include "core/log.h"
 #include "core/string.h"
-#include "format/chunk_ids.h"
 #include "format/records.h"
 #include "plugin/kta_exp.h"
 #include "plugin/motion_pass.h"
@@ -113,7 +112,7 @@ TEST(WritePrimitives, PatchingRewritesHeaderAndBeginningAndReturnsToTheEnd) {
     KTAKeyTrack track = {0, 'L', 'P', {0, 0}};
     exporter.WriteChunk(kChunkKeyTrack, sizeof(track), &track, kKeyTrackKeyframed);
     exporter.WriteRaw("keys", 4);
-    track.numKeys = 5;
+    track.keyCount = 5;
     exporter.PatchChunk(position, kChunkKeyTrack, sizeof(track), kKeyTrackKeyframed, &track,
                         sizeof(track));
     exporter.WriteRaw("after", 5);
@@ -158,31 +157,31 @@ TEST(Records, FieldsStandAtTheirOffsets) {
     EXPECT_EQ(offsetof(KTANode, translation), 520u);
     EXPECT_EQ(offsetof(KTANode, rotation), 532u);
     EXPECT_EQ(offsetof(KTANode, scale), 548u);
-    EXPECT_EQ(offsetof(KTANode, inverseWorld), 560u);
+    EXPECT_EQ(offsetof(KTANode, inverseWorldMatrix), 560u);
     EXPECT_EQ(offsetof(KTANode, isBone), 624u);
     EXPECT_EQ(offsetof(KTANode, hasHelperSize), 625u);
     EXPECT_EQ(offsetof(KTANode, helperSize), 628u);
     EXPECT_EQ(offsetof(KTAMotionPart, scale), 288u);
-    EXPECT_EQ(offsetof(KTAKeyHead, axes), 16u);
+    EXPECT_EQ(offsetof(KTAKeyHead, axisMask), 16u);
     EXPECT_EQ(offsetof(KTAMesh, isCollision), 24u);
     EXPECT_EQ(offsetof(KTAMaterial, shininess), 88u);
     EXPECT_EQ(offsetof(KTAMaterial, transparencyType), 106u);
-    EXPECT_EQ(offsetof(KTAMaterialLayer, material), 262u);
-    EXPECT_EQ(offsetof(KTAMaterialLayer, angle), 284u);
-    EXPECT_EQ(offsetof(KTAJointLimits, rotationMax), 40u);
+    EXPECT_EQ(offsetof(KTAMaterialLayer, parentMaterial), 262u);
+    EXPECT_EQ(offsetof(KTAMaterialLayer, rotationAngle), 284u);
+    EXPECT_EQ(offsetof(KTAJointLimits, rotationMaximum), 40u);
     EXPECT_EQ(offsetof(KTAJointLimits, positionLimited), 76u);
-    EXPECT_EQ(offsetof(KTAJointLimits, zero), 84u);
-    EXPECT_EQ(offsetof(KTAMorphChannel, oneBlock), 276u);
+    EXPECT_EQ(offsetof(KTAJointLimits, at84), 84u);
+    EXPECT_EQ(offsetof(KTAMorphChannel, at276), 276u);
     EXPECT_EQ(offsetof(KTAMorphPoints, maximum), 268u);
     EXPECT_EQ(offsetof(KTAWire, secondVariable), 1040u);
     EXPECT_EQ(offsetof(KTAWire, firstVariable), 1060u);
-    EXPECT_EQ(offsetof(KTAWire, weight), 1096u);
+    EXPECT_EQ(offsetof(KTAWire, firstWeight), 1096u);
     EXPECT_EQ(offsetof(KTAWire, linkKind), 1112u);
-    EXPECT_EQ(offsetof(KTAIKChain, flag), 780u);
+    EXPECT_EQ(offsetof(KTAIKChain, at780), 780u);
     EXPECT_EQ(offsetof(KTAIKChain, solverNode), 781u);
-    EXPECT_EQ(offsetof(KTAIKChain, value), 1044u);
-    EXPECT_EQ(offsetof(KTAIKChain, flag2), 1048u);
-    EXPECT_EQ(offsetof(KTAIKChain, values), 1052u);
+    EXPECT_EQ(offsetof(KTAIKChain, at1044), 1044u);
+    EXPECT_EQ(offsetof(KTAIKChain, at1048), 1048u);
+    EXPECT_EQ(offsetof(KTAIKChain, at1052), 1052u);
 }
 
 }  // namespace
