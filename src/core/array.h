@@ -6,14 +6,17 @@
 #include <stddef.h>
 #include <string.h>
 
+#include <new>
+
 #include "core/memory_manager.h"
 #include "core/types.h"
 
 namespace Plinth {
 
 // Elements are moved and zeroed as bytes: T must be copyable that way, and neither constructors nor
-// destructors of elements run. Indices are not checked; numbers below 0 do nothing. Where memory is
-// missing, the array stays as it is and the operation returns false. Not copyable.
+// destructors of elements run. Indices are not checked; numbers below 0 do nothing. An operation
+// that needs memory and gets none throws std::bad_alloc and leaves the array as it is. Not
+// copyable.
 //
 // Capacity grows by the exact rules below, never in proportion: reserve a count known in advance.
 template <class T>
@@ -31,45 +34,50 @@ class Array {
     const T& operator[](Int32 index) const { return elements[index]; }
 
     // Appends. A full array's capacity becomes the new count + 1. The value may be an element.
-    bool Add(const T& value) {
+    void Add(const T& value) {
         const T copy = value;
-        if (count == capacity && (count > INT_MAX - 2 || !SetCapacity(count + 2))) {
-            return false;
+        if (count == capacity) {
+            SetCapacity(count, 2);
         }
         elements[count++] = copy;
-        return true;
     }
 
     // As Add, but doubles a full array's capacity first: for what grows by very many, one by one.
-    bool AddAmortized(const T& value) {
+    void AddAmortized(const T& value) {
         const T copy = value;
-        if (count == capacity && count < INT_MAX / 2 - 8 && !Reserve(2 * count + 16)) {
-            return false;
+        MakeRoom();
+        Add(copy);
+    }
+
+    // Doubles a full array's capacity, so that the next Add needs no memory.
+    void MakeRoom() {
+        if (count == capacity) {
+            SetCapacity(count, count < INT_MAX / 2 - 8 ? count + 16 : 2);
         }
-        return Add(copy);
     }
 
     // Sets the count; a count above the capacity makes the capacity newCount + 1. New elements are
     // zero.
-    bool Resize(Int32 newCount) {
+    void Resize(Int32 newCount) {
         if (newCount < 0) {
-            return true;
+            return;
         }
-        if (newCount > capacity && (newCount == INT_MAX || !SetCapacity(newCount + 1))) {
-            return false;
+        if (newCount > capacity) {
+            SetCapacity(newCount, 1);
         }
         if (newCount > count) {
             memset(static_cast<void*>(elements + count), 0,
                    static_cast<size_t>(newCount - count) * sizeof(T));
         }
         count = newCount;
-        return true;
     }
 
     // Makes the capacity exactly newCapacity, also when that is less than before; a capacity below
     // the count does nothing.
-    bool Reserve(Int32 newCapacity) {
-        return newCapacity < count || newCapacity == capacity || SetCapacity(newCapacity);
+    void Reserve(Int32 newCapacity) {
+        if (newCapacity >= count && newCapacity != capacity) {
+            SetCapacity(newCapacity, 0);
+        }
     }
 
     // Closes the gap by moving the tail; the capacity stays.
@@ -91,23 +99,27 @@ class Array {
     Array(const Array&);
     Array& operator=(const Array&);
 
-    bool SetCapacity(Int32 newCapacity) {
+    // Makes the capacity elementCount + extra; neither is below 0.
+    void SetCapacity(Int32 elementCount, Int32 extra) {
+        if (elementCount > INT_MAX - extra) {
+            throw std::bad_alloc();
+        }
+        const Int32 newCapacity = elementCount + extra;
         if (newCapacity == 0) {
             Clear();
-            return true;
+            return;
         }
         const size_t size = static_cast<size_t>(newCapacity) * sizeof(T);
         if (size / sizeof(T) != static_cast<size_t>(newCapacity)) {
-            return false;
+            throw std::bad_alloc();
         }
         void* const grown = GetMemoryManager().Reallocate(elements, size, kMemoryCategoryArray,
                                                           kMemoryAlignment, kMemoryCategoryArray);
         if (grown == NULL) {
-            return false;
+            throw std::bad_alloc();
         }
         elements = static_cast<T*>(grown);
         capacity = newCapacity;
-        return true;
     }
 
     T* elements;

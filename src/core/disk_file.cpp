@@ -48,8 +48,9 @@ bool DiskFile::Open(const String& name, UInt32 openMode, bool binary) {
     if (cMode == NULL || fileName.Data() == NULL) {
         return false;
     }
-    const String modeText = String(cMode) + (binary ? 'b' : 't');
-    if (fopen_s(&file, fileName.Data(), modeText.Text()) != 0) {
+    char modeText[4];
+    FormatInto(modeText, sizeof(modeText), "%s%c", cMode, binary ? 'b' : 't');
+    if (fopen_s(&file, fileName.Data(), modeText) != 0) {
         file = NULL;
     }
     return file != NULL;

@@ -23,21 +23,17 @@ UInt32 HashOfPair(const void* first, const void* second) {
     return static_cast<UInt32>(mixed);
 }
 
-bool HashChains::Add(UInt32 hash) {
+void HashChains::Add(UInt32 hash) {
     const Int32 number = entries.Count();
-    if (chains.Count() == 0 && !Rebuild(kFirstNumChains)) {
-        return false;
-    }
-    const Entry entry = {hash, kNone};
-    if (!entries.AddAmortized(entry)) {
-        return false;
-    }
-    Append(number);
-    // Where memory for more chains is missing, they become longer.
-    if (number / kNumbersAChain >= chains.Count() && chains.Count() < kMaxNumChains) {
+    entries.MakeRoom();
+    if (chains.Count() == 0) {
+        Rebuild(kFirstNumChains);
+    } else if (number / kNumbersAChain >= chains.Count() && chains.Count() < kMaxNumChains) {
         Rebuild(2 * chains.Count());
     }
-    return true;
+    const Entry entry = {hash, kNone};
+    entries.Add(entry);
+    Append(number);
 }
 
 void HashChains::Clear() {
@@ -56,10 +52,8 @@ void HashChains::Append(Int32 number) {
     chain.last = number;
 }
 
-bool HashChains::Rebuild(Int32 numChains) {
-    if (!chains.Reserve(numChains)) {
-        return false;
-    }
+void HashChains::Rebuild(Int32 numChains) {
+    chains.Reserve(numChains);
     chains.Resize(numChains);
     for (Int32 i = 0; i < numChains; ++i) {
         chains[i].first = kNone;
@@ -70,7 +64,6 @@ bool HashChains::Rebuild(Int32 numChains) {
             Append(i);
         }
     }
-    return true;
 }
 
 HashChains::Walk::Walk(HashChains& walked, UInt32 wantedHash)

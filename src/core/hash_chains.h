@@ -15,8 +15,8 @@ class HashChains {
   public:
     HashChains() {}
 
-    // Adds the number Count(). False, and nothing added, where memory is missing.
-    bool Add(UInt32 hash);
+    // Adds the number Count(). Without memory throws std::bad_alloc and adds nothing.
+    void Add(UInt32 hash);
     // The numbers that have been given out, removed ones included.
     Int32 Count() const { return entries.Count(); }
     // Forgets all and gives the storage back.
@@ -65,7 +65,7 @@ class HashChains {
         return chains[static_cast<Int32>(hash & static_cast<UInt32>(chains.Count() - 1))];
     }
     void Append(Int32 number);
-    bool Rebuild(Int32 numChains);
+    void Rebuild(Int32 numChains);
 
     Array<Entry> entries;
     Array<Chain> chains;  // none, or a power of two

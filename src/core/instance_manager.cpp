@@ -2,6 +2,8 @@
 
 #include <stdlib.h>
 
+#include <new>
+
 namespace Plinth {
 
 namespace {
@@ -25,7 +27,8 @@ InstanceRegistry::~InstanceRegistry() {
 void InstanceRegistry::Register(InstanceManagerBase* holder) {
     void* const grown = realloc(holders, (static_cast<size_t>(count) + 1) * sizeof(*holders));
     if (grown == NULL) {
-        return;
+        delete holder;
+        throw std::bad_alloc();
     }
     holders = static_cast<InstanceManagerBase**>(grown);
     holders[count++] = holder;

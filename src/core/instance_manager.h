@@ -40,7 +40,7 @@ class InstanceRegistry {
     InstanceRegistry();
     ~InstanceRegistry();
 
-    // Takes the holder over. Where there is no memory for the entry, the holder is never destroyed.
+    // Takes the holder over. Without memory for the entry, destroys it and throws std::bad_alloc.
     void Register(InstanceManagerBase* holder);
     Int32 Count() const { return count; }
 
@@ -95,8 +95,9 @@ class InstanceManager : public InstanceManagerBase {
         InstanceManager*& holder = HolderPointer();
         if (holder == NULL) {
             InstanceRegistry& registry = InstanceRegistry::Global();
-            holder = new InstanceManager;
-            registry.Register(holder);
+            InstanceManager* const made = new InstanceManager;
+            registry.Register(made);
+            holder = made;
         }
         return *holder;
     }

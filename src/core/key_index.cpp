@@ -3,6 +3,8 @@
 #include <stddef.h>
 #include <string.h>
 
+#include <new>
+
 #include "core/memory_manager.h"
 
 namespace Plinth {
@@ -39,16 +41,17 @@ bool KeyIndex::Find(UInt64 key, Int32& value) const {
     return true;
 }
 
-bool KeyIndex::Set(UInt64 key, Int32 value) {
-    if (slotCount == 0 && !Rebuild(kFirstSlotCount)) {
-        return false;
+void KeyIndex::Set(UInt64 key, Int32 value) {
+    if (slotCount == 0) {
+        Rebuild(kFirstSlotCount);
     }
     Slot* slot = SlotOf(key);
     if (!slot->used) {
         if (static_cast<UInt32>(count) + 1 > slotCount / 2) {
-            if (slotCount == kMaxSlotCount || !Rebuild(slotCount * 2)) {
-                return false;
+            if (slotCount == kMaxSlotCount) {
+                throw std::bad_alloc();
             }
+            Rebuild(slotCount * 2);
             slot = SlotOf(key);
         }
         slot->key = key;
@@ -56,18 +59,19 @@ bool KeyIndex::Set(UInt64 key, Int32 value) {
         ++count;
     }
     slot->value = value;
-    return true;
 }
 
-bool KeyIndex::Reserve(Int32 newCount) {
+void KeyIndex::Reserve(Int32 newCount) {
     UInt32 needed = kFirstSlotCount;
     while (newCount > 0 && static_cast<UInt32>(newCount) > needed / 2) {
         if (needed == kMaxSlotCount) {
-            return false;
+            throw std::bad_alloc();
         }
         needed *= 2;
     }
-    return newCount <= 0 || needed <= slotCount || Rebuild(needed);
+    if (newCount > 0 && needed > slotCount) {
+        Rebuild(needed);
+    }
 }
 
 void KeyIndex::Clear() {
@@ -86,13 +90,13 @@ KeyIndex::Slot* KeyIndex::SlotOf(UInt64 key) const {
     return slots + position;
 }
 
-bool KeyIndex::Rebuild(UInt32 newSlotCount) {
+void KeyIndex::Rebuild(UInt32 newSlotCount) {
     const size_t size = static_cast<size_t>(newSlotCount) * sizeof(Slot);
     MemoryManager& memory = GetMemoryManager();
     void* const block =
         memory.Reallocate(NULL, size, kMemoryCategoryArray, kMemoryAlignment, kMemoryCategoryArray);
     if (block == NULL) {
-        return false;
+        throw std::bad_alloc();
     }
     memset(block, 0, size);
     Slot* const formerSlots = slots;
@@ -105,7 +109,6 @@ bool KeyIndex::Rebuild(UInt32 newSlotCount) {
         }
     }
     memory.Free(formerSlots);
-    return true;
 }
 
 }  // namespace Plinth

@@ -17,10 +17,10 @@ class KeyIndex {
 
     // Returns whether the key has a number; `value` stays untouched when it has none.
     bool Find(UInt64 key, Int32& value) const;
-    // Sets or replaces the key's number. False, and nothing changed, where memory is missing.
-    bool Set(UInt64 key, Int32 value);
-    // Room for `count` keys in all. False where memory is missing.
-    bool Reserve(Int32 newCount);
+    // Sets or replaces the key's number. Without memory throws std::bad_alloc and changes nothing.
+    void Set(UInt64 key, Int32 value);
+    // Room for `newCount` keys in all.
+    void Reserve(Int32 newCount);
     // Forgets all and gives the storage back.
     void Clear();
 
@@ -37,7 +37,7 @@ class KeyIndex {
     };
 
     Slot* SlotOf(UInt64 key) const;
-    bool Rebuild(UInt32 newSlotCount);
+    void Rebuild(UInt32 newSlotCount);
 
     Slot* slots;
     UInt32 slotCount;  // 0 or a power of two

@@ -4,11 +4,13 @@
 
 #include <windows.h>
 
+#include "core/holder.h"
+
 namespace Plinth {
 
 namespace {
 
-enum { kMessageSize = 4096 };
+enum { kMessageSize = 4096, kLineRoom = 8 };
 
 InstanceManager<LogManager>* logManagerHolder = NULL;
 
@@ -23,27 +25,42 @@ InstanceManager<LogManager>*& InstanceManager<LogManager>::HolderPointer() {
 
 LogFile::LogFile(const String& name) {
     Open(name, kFileWrite, false);
+    if (Name().Data() == NULL) {
+        throw std::bad_alloc();
+    }
 }
 
 LogFile::~LogFile() {
 }
 
+// The messages of the log call need no memory here: the last one may say that there is none.
 void LogFile::WriteLine(const String& message, UInt32 importance, const String&) {
-    String line;
-    line.Format("%s", importance == kLogImportant ? "HIGH: " : "");
+    const char* const prefix = importance == kLogImportant ? "HIGH: " : "";
+    char shortLine[kMessageSize + kLineRoom];
+    if (message.Length() < kMessageSize) {
+        const int length =
+            FormatInto(shortLine, sizeof(shortLine), "%s%s\n", prefix, message.Text());
+        WriteText(shortLine, length);
+        return;
+    }
+    String line(prefix);
     line.Append(message);
     line.Append('\n');
     if (line.Data() == NULL) {
-        return;
+        throw std::bad_alloc();
     }
-    OutputDebugStringA(line.Text());
+    WriteText(line.Text(), line.Length());
+}
+
+void LogFile::WriteText(const char* line, size_t length) {
+    OutputDebugStringA(line);
     if (IsOpen()) {
-        Write(line.Text(), line.Length());
+        Write(line, length);
         Flush();
     }
 }
 
-LogFileCallback::LogFileCallback(const String& name) : logFile(new (std::nothrow) LogFile(name)) {
+LogFileCallback::LogFileCallback(const String& name) : logFile(new LogFile(name)) {
 }
 
 LogFileCallback::~LogFileCallback() {
@@ -51,9 +68,7 @@ LogFileCallback::~LogFileCallback() {
 }
 
 void LogFileCallback::Log(const String& message) {
-    if (logFile != NULL) {
-        logFile->WriteLine(message, kLogNormal, String());
-    }
+    logFile->WriteLine(message, kLogNormal, String());
 }
 
 // ---------------------------------------------------------------- the manager
@@ -66,24 +81,18 @@ LogManager::~LogManager() {
 }
 
 LogFile* LogManager::AddLogFileCallback(const String& name) {
-    LogFileCallback* const callback = new (std::nothrow) LogFileCallback(name);
-    LogFile* const logFile = callback != NULL ? callback->GetLogFile() : NULL;
-    if (logFile == NULL) {
-        delete callback;
-        return NULL;
-    }
-    return AddLogCallback(callback) ? logFile : NULL;
+    LogFileCallback* const callback = new LogFileCallback(name);
+    AddLogCallback(callback);
+    return callback->GetLogFile();
 }
 
-bool LogManager::AddLogCallback(LogCallback* callback) {
+void LogManager::AddLogCallback(LogCallback* callback) {
     if (callback == NULL) {
-        return false;
+        return;
     }
-    if (!callbacks.Add(callback)) {
-        delete callback;
-        return false;
-    }
-    return true;
+    ObjectHolder<LogCallback> sink(callback);
+    callbacks.Add(callback);
+    sink.Release();
 }
 
 // A sink may log and change the list while it is destroyed, so it leaves the list before.
@@ -118,7 +127,11 @@ void Log(const char* format, ...) {
     va_start(arguments, format);
     FormatBounded(message, kMessageSize, format, arguments);
     va_end(arguments);
-    GetLogManager().LogMessage(String(message));
+    const String text(message);
+    if (text.Data() == NULL) {
+        throw std::bad_alloc();
+    }
+    GetLogManager().LogMessage(text);
 }
 
 }  // namespace Plinth

@@ -3,6 +3,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <new>
+
 namespace Plinth {
 
 namespace {
@@ -44,7 +46,10 @@ UInt32 AlignmentPadding(const char* address) {
 }
 
 MemoryBlock::MemoryBlock(UInt32 blockSize)
-    : start(static_cast<char*>(malloc(blockSize))), first(NULL), size(start ? blockSize : 0) {
+    : start(static_cast<char*>(malloc(blockSize))), first(NULL), size(blockSize) {
+    if (start == NULL) {
+        throw std::bad_alloc();
+    }
 }
 
 MemoryBlock::~MemoryBlock() {

@@ -32,7 +32,7 @@ UInt32 AlignmentPadding(const char* address);
 
 class MemoryBlock {
   public:
-    // Memory from the C heap; without it the block's size is 0.
+    // Memory from the C heap; without it throws std::bad_alloc.
     explicit MemoryBlock(UInt32 blockSize);
     // Gives the memory back, with all allocations in it.
     ~MemoryBlock();

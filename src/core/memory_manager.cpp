@@ -8,6 +8,7 @@
 #include <windows.h>
 
 #include "core/format.h"
+#include "core/holder.h"
 
 namespace Plinth {
 
@@ -130,28 +131,24 @@ void MemoryManager::Free(void* memory) {
 
 // ---------------------------------------------------------------- blocks
 
-bool MemoryManager::AddBlock(UInt32 size) {
-    MemoryBlock* const block = new (std::nothrow) MemoryBlock(size);
-    void* const grown = block != NULL && block->Start() != NULL
-                            ? realloc(blocks, (blockCount + 1) * sizeof(*blocks))
-                            : NULL;
+void MemoryManager::AddBlock(UInt32 size) {
+    ObjectHolder<MemoryBlock> block(new MemoryBlock(size));
+    void* const grown = realloc(blocks, (blockCount + 1) * sizeof(*blocks));
     if (grown == NULL) {
-        delete block;
-        return false;
+        throw std::bad_alloc();
     }
     blocks = static_cast<MemoryBlock**>(grown);
-    blocks[blockCount++] = block;
+    blocks[blockCount++] = block.Release();
     ++statistics.numBlocks;
     statistics.blockMemory += size;
     RaiseTo(statistics.maxBlockMemory, statistics.blockMemory);
-    return true;
 }
 
 void* MemoryManager::AllocateInBlocks(UInt32 size, UInt32 category, UInt32 alignment,
                                       UInt32 blockId) {
     const UInt32 reserved = kAllocationRecordSize + (alignment != 0 ? alignment - 1 : 0);
     if (size > 0xffffffffu - reserved || reserved < kAllocationRecordSize) {
-        return NULL;
+        throw std::bad_alloc();
     }
     char* record = NULL;
     for (Int32 i = 0; i < blockCount && record == NULL; ++i) {
@@ -159,9 +156,7 @@ void* MemoryManager::AllocateInBlocks(UInt32 size, UInt32 category, UInt32 align
     }
     if (record == NULL) {
         const UInt32 needed = size + reserved;
-        if (!AddBlock(needed > defaultBlockSize ? needed : defaultBlockSize)) {
-            return NULL;
-        }
+        AddBlock(needed > defaultBlockSize ? needed : defaultBlockSize);
         record = PlaceIn(blocks[blockCount - 1], size, category, alignment, blockId);
     }
     return LoadAllocationRecord(record).data;

@@ -56,10 +56,10 @@ class MemoryManager {
 
     // ------------------------------------------------ blocks
 
-    // Adds an empty block. False where memory is missing.
-    bool AddBlock(UInt32 size);
+    // Adds an empty block. Without memory for it throws std::bad_alloc.
+    void AddBlock(UInt32 size);
     // Storage from the first block that has room; where none has, from a new block of 65536 bytes
-    // or what the request needs. Null where memory is missing. `alignment` 0 counts as 1.
+    // or what the request needs. Without memory throws std::bad_alloc. `alignment` 0 counts as 1.
     void* AllocateInBlocks(UInt32 size, UInt32 category, UInt32 alignment, UInt32 blockId);
     // A block that becomes empty is removed. An address that AllocateInBlocks did not return, null
     // included, does nothing.

@@ -16,10 +16,10 @@ class PointerIndex {
 
     // Returns whether the address has a number; `value` stays untouched when it has none.
     bool Find(const void* address, Int32& value) const { return index.Find(Key(address), value); }
-    // Sets or replaces the address's number. False, and nothing changed, where memory is missing.
-    bool Set(const void* address, Int32 value) { return index.Set(Key(address), value); }
-    // Room for `count` addresses in all. False where memory is missing.
-    bool Reserve(Int32 count) { return index.Reserve(count); }
+    // Sets or replaces the address's number.
+    void Set(const void* address, Int32 value) { index.Set(Key(address), value); }
+    // Room for `count` addresses in all.
+    void Reserve(Int32 count) { index.Reserve(count); }
     // Forgets all and gives the storage back.
     void Clear() { index.Clear(); }
 

@@ -22,26 +22,25 @@ class PointerList {
         return index.Find(entry, position) ? position : -1;
     }
 
-    // Appends an entry that is not in the list yet; returns its position in either case. -1, and
-    // nothing added, where memory is missing.
+    // Appends an entry that is not in the list yet; returns its position in either case. Without
+    // memory for it throws std::bad_alloc and adds nothing.
     Int32 Add(T* entry) {
         const Int32 known = Find(entry);
         if (known >= 0) {
             return known;
         }
         const Int32 position = entries.Count();
-        if (!entries.AddAmortized(entry)) {
-            return -1;
-        }
-        if (!index.Set(entry, position)) {
-            entries.Remove(position);
-            return -1;
-        }
+        entries.MakeRoom();
+        index.Set(entry, position);
+        entries.Add(entry);
         return position;
     }
 
-    // Room for `count` entries in all. False where memory is missing.
-    bool Reserve(Int32 count) { return entries.Reserve(count) && index.Reserve(count); }
+    // Room for `count` entries in all.
+    void Reserve(Int32 count) {
+        entries.Reserve(count);
+        index.Reserve(count);
+    }
 
     void Clear() {
         entries.Clear();

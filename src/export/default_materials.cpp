@@ -21,15 +21,8 @@ Mtl* DefaultMaterials::Get(INode* node) {
     Plinth::String name;
     name.Format("Wire Color %d", materials.Count() + 1);
     material->SetName(CStr(name.Data()));
-    if (!materials.Add(material)) {
-        material->DeleteMe();
-        return NULL;
-    }
-    if (nodes.Add(node) < 0) {
-        materials.Remove(materials.Count() - 1);
-        material->DeleteMe();
-        return NULL;
-    }
+    materials.Add(material);
+    nodes.Add(node);
     return material;
 }
 

@@ -13,8 +13,7 @@ class DefaultMaterials {
     ~DefaultMaterials();
 
     // The material of a node without one; made at the first call for a node. It shows the node's
-    // wire colour and is named "Wire Color " and a number, in order of creation from 1. Null where
-    // memory is missing.
+    // wire colour and is named "Wire Color " and a number, in order of creation from 1.
     Mtl* Get(INode* node);
     // Null when Get has not been called for the node.
     Mtl* Find(INode* node) const;

@@ -6,10 +6,9 @@ MaterialTable::MaterialTable() {
 void MaterialTable::Add(Mtl* material, Plinth::Int32 listIndex, Plinth::Int32 subIndex,
                         Plinth::Int32 number) {
     const MaterialTableEntry entry = {listIndex, subIndex, number - 1, 0, material};
-    if (entries.AddAmortized(entry)) {
-        lastOfList.Set(Plinth::PairKey(listIndex, 0), number);
-        lastOfPair.Set(Plinth::PairKey(listIndex, subIndex), number);
-    }
+    entries.AddAmortized(entry);
+    lastOfList.Set(Plinth::PairKey(listIndex, 0), number);
+    lastOfPair.Set(Plinth::PairKey(listIndex, subIndex), number);
 }
 
 void MaterialTable::CountLayer() {

@@ -24,7 +24,7 @@ class MaterialTable {
   public:
     MaterialTable();
 
-    // Appends a material without layers. Where memory is missing the look-ups do not find it.
+    // Appends a material without layers.
     void Add(Mtl* material, Plinth::Int32 listIndex, Plinth::Int32 subIndex, Plinth::Int32 number);
     // Counts a layer of the last entry, if there is one.
     void CountLayer();

@@ -147,7 +147,7 @@ void LogDroppedFace(const CornerVertex corners[3], const Int32 indices[3]) {
                 corners[2].numPairs);
 }
 
-// The passes return false where the sub-meshes do not fit into memory or the format.
+// False where the sub-meshes do not fit into the format.
 bool RunVertexPass(KTAExp& exporter, INode* node, SubMeshList& subMeshes) {
     Plinth::Log("EXPORTING SUBMESHES (%s)", "Vertex Pass");
     const TriangleMesh source(node);
@@ -170,15 +170,13 @@ bool RunVertexPass(KTAExp& exporter, INode* node, SubMeshList& subMeshes) {
     return true;
 }
 
-bool RunIndexPass(INode* node, SubMeshList& subMeshes) {
+void RunIndexPass(INode* node, SubMeshList& subMeshes) {
     Plinth::Log("EXPORTING SUBMESHES (%s)", "Index Pass");
-    if (!subMeshes.NumberVertices()) {
-        return false;
-    }
+    subMeshes.NumberVertices();
     const TriangleMesh source(node);
     Mesh* const mesh = source.Get();
     if (mesh == NULL) {
-        return true;
+        return;
     }
     CornerReader reader(node, *mesh);
     // A modifier may make another number of faces at each conversion.
@@ -191,7 +189,6 @@ bool RunIndexPass(INode* node, SubMeshList& subMeshes) {
         }
     }
     LogSubMeshes(subMeshes);
-    return true;
 }
 
 // Fills in what the header says of the mesh itself; false when there is none.
@@ -268,8 +265,9 @@ void WriteMesh(KTAExp& exporter, const KTAMesh& header, const SubMeshList& subMe
 // Writes the mesh and counts it in `header`; false when there is nothing to write.
 bool BuildAndWriteMesh(KTAExp& exporter, INode* node, KTAMesh& header) {
     SubMeshList subMeshes;
-    bool fits = RunVertexPass(exporter, node, subMeshes) && RunIndexPass(node, subMeshes);
+    bool fits = RunVertexPass(exporter, node, subMeshes);
     if (fits) {
+        RunIndexPass(node, subMeshes);
         if (!DescribeMesh(header, node)) {
             return false;
         }

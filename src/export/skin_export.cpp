@@ -2,8 +2,6 @@
 
 #include <string.h>
 
-#include <new>
-
 #include "core/log.h"
 #include "format/records.h"
 #include "plugin/kta_exp.h"
@@ -38,11 +36,10 @@ OpenSkin::OpenSkin(INode* skinned, const SkinModifiers& found)
       modifiers(found),
       reader(MakeWeightReader(skinned, found)),
       entryBytes(0),
-      memoryIsMissing(reader.Get() == NULL),
       nextVertex(0),
       nextWeight(0),
       kind(kNoVertex) {
-    if (reader.Get() != NULL && !reader->BeginBones()) {
+    if (!reader->BeginBones()) {
         reader.Reset(NULL);
     }
 }
@@ -77,8 +74,7 @@ bool OpenSkin::GatherNextVertex(const ExportOptions& options) {
         return false;
     }
     kind = reader->Gather(nextVertex++, weights);
-    memoryIsMissing = kind == kNoVertexMemory;
-    return !memoryIsMissing;
+    return true;
 }
 
 void OpenSkin::LogBones() const {
@@ -91,13 +87,9 @@ void OpenSkin::LogBones() const {
     }
 }
 
-bool SkinStack::Push(INode* node, const SkinModifiers& modifiers) {
-    Plinth::ObjectHolder<OpenSkin> skin(new (std::nothrow) OpenSkin(node, modifiers));
-    if (skin.Get() == NULL || !skins.AddAmortized(skin.Get())) {
-        return false;
-    }
-    skin.Release();
-    return true;
+void SkinStack::Push(INode* node, const SkinModifiers& modifiers) {
+    skins.MakeRoom();
+    skins.Add(new OpenSkin(node, modifiers));
 }
 
 void SkinStack::Pop() {
@@ -119,9 +111,7 @@ void KTAExp::OpenSkinOf(INode* node) {
         return;
     }
     Plinth::Log("    + Exporting bones...");
-    if (!openSkins.Push(node, modifiers)) {
-        Plinth::Log("WARNING: The skin does not fit into memory and is left out");
-    }
+    openSkins.Push(node, modifiers);
 }
 
 void KTAExp::ExportOpenSkins() {
@@ -200,10 +190,6 @@ Plinth::Int16 WeightWriter::BoneNumber(INode* bone) {
 void KTAExp::ExportWeights(OpenSkin& skin) {
     const Plinth::ObjectHolder<WeightReader> reader(
         MakeWeightReader(skin.Node(), skin.Modifiers()));
-    if (reader.Get() == NULL || !skin.IsComplete()) {
-        Plinth::Log("WARNING: The weights do not fit into memory and are left out");
-        return;
-    }
     if (!reader->MayWriteChunk()) {
         return;
     }
@@ -227,7 +213,7 @@ void KTAExp::WriteVertexWeights(WeightReader& reader, BoneWeights& buffer) {
     WeightWriter writer(*this, exportedNodes);
     for (Int32 i = 0; i < reader.NumVertices(); ++i) {
         const VertexWeightKind kind = reader.Gather(i, buffer);
-        if (kind == kNoVertex || kind == kNoVertexMemory) {
+        if (kind == kNoVertex) {
             continue;
         }
         const Int32 gathered = buffer.Count();

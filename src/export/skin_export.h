@@ -29,7 +29,6 @@ class OpenSkin {
     // These hold once NextBone gave null.
     void LogBones() const;
     Plinth::UInt64 EntryBytes() const { return entryBytes; }  // of all vertices' weights
-    bool IsComplete() const { return !memoryIsMissing; }
     // Has room for the weights of any of the vertices.
     BoneWeights& Buffer() { return weights; }
 
@@ -44,7 +43,6 @@ class OpenSkin {
     Plinth::ObjectHolder<WeightReader> reader;  // null: all vertices have been met
     Plinth::PointerList<INode> bones;           // distinct, in order of appearance
     Plinth::UInt64 entryBytes;
-    bool memoryIsMissing;
 
     Plinth::Int32 nextVertex;
     BoneWeights weights;  // of the vertex before
@@ -62,8 +60,7 @@ class SkinStack {
     bool IsEmpty() const { return skins.Count() == 0; }
     Plinth::Int32 Count() const { return skins.Count(); }
     OpenSkin& Top() { return *skins[skins.Count() - 1]; }
-    // False where memory is missing.
-    bool Push(INode* node, const SkinModifiers& modifiers);
+    void Push(INode* node, const SkinModifiers& modifiers);
     void Pop();
     void Clear();
 

@@ -7,41 +7,25 @@ using Plinth::HashOfPair;
 using Plinth::Int32;
 using Plinth::UInt8;
 
-bool PendingWires::AddChannel(Control* channel, INode* node, int part, int component) {
+void PendingWires::AddChannel(Control* channel, INode* node, int part, int component) {
     const Record record = {channel, node, kNone, static_cast<UInt8>(part),
                            static_cast<UInt8>(component)};
-    return AddRecord(record, NULL);
+    AddRecord(record, NULL);
 }
 
-bool PendingWires::AddLink(Control* driver, const WireEnd& end) {
+void PendingWires::AddLink(Control* driver, const WireEnd& end) {
     const Link link = {driver,     records.Count(), end.driver,
                        end.weight, end.listWeight,  end.linkKind};
-    if (!links.AddAmortized(link)) {
-        return false;
-    }
+    links.AddAmortized(link);
     const Record record = {end.wire, end.node, links.Count() - 1, static_cast<UInt8>(end.part),
                            static_cast<UInt8>(end.component)};
-    // A link without a number among those by second key would put the later ones out of step.
-    if (!bySecond.Add(HashOfPair(driver, NULL))) {
-        links.Remove(links.Count() - 1);
-        return false;
-    }
-    if (!AddRecord(record, driver)) {
-        links[links.Count() - 1].record = kNone;
-        return false;
-    }
-    return true;
+    bySecond.Add(HashOfPair(driver, NULL));
+    AddRecord(record, driver);
 }
 
-bool PendingWires::AddRecord(const Record& record, const Control* second) {
-    if (!records.AddAmortized(record)) {
-        return false;
-    }
-    if (!byKeys.Add(HashOfPair(record.first, second))) {
-        records.Remove(records.Count() - 1);
-        return false;
-    }
-    return true;
+void PendingWires::AddRecord(const Record& record, const Control* second) {
+    records.AddAmortized(record);
+    byKeys.Add(HashOfPair(record.first, second));
 }
 
 bool PendingWires::Take(const Control* first, const Control* second, WireEnd& end) {
@@ -60,7 +44,7 @@ bool PendingWires::TakeBySecond(const Control* second, WireEnd& end) {
     while (walk.Current() >= 0) {
         ++numVisited;
         const Link& link = links[walk.Current()];
-        if (link.record == kNone || records[link.record].node == NULL) {
+        if (records[link.record].node == NULL) {
             walk.Remove();
         } else if (link.second == second) {
             TakeRecord(link.record, end);

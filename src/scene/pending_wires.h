@@ -30,11 +30,11 @@ class PendingWires {
   public:
     PendingWires() : numTaken(0), numVisited(0) {}
 
-    // The record of a plain channel, keyed (channel, none). False, and nothing added, where memory
-    // is missing; so with AddLink.
-    bool AddChannel(Control* channel, INode* node, int part, int component);
+    // The record of a plain channel, keyed (channel, none). Without memory for it throws
+    // std::bad_alloc, and the list is of no use any more; so does AddLink.
+    void AddChannel(Control* channel, INode* node, int part, int component);
     // The record of a wire, keyed (end.wire, driver).
-    bool AddLink(Control* driver, const WireEnd& end);
+    void AddLink(Control* driver, const WireEnd& end);
 
     // Takes the oldest record keyed (first, none) or (first, second); false when there is none.
     bool Take(const Control* first, const Control* second, WireEnd& end);
@@ -69,7 +69,7 @@ class PendingWires {
         Plinth::UInt8 linkKind;
     };
 
-    bool AddRecord(const Record& record, const Control* second);
+    void AddRecord(const Record& record, const Control* second);
     const Control* SecondKey(const Record& record) const;
     Plinth::Int32 Find(const Control* first, const Control* second);
     void TakeRecord(Plinth::Int32 position, WireEnd& end);

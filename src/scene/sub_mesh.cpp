@@ -71,14 +71,16 @@ SubMeshList::SubMeshList() : numPairs(0), comparisons(0) {
 
 bool SubMeshList::Reserve(Int32 faceCount, Int32 pairCount) {
     numPairs = pairCount;
-    return faceCount <= INT_MAX / 3 && faceMap.Reserve(faceCount);
+    if (faceCount > INT_MAX / 3) {
+        return false;
+    }
+    faceMap.Reserve(faceCount);
+    return true;
 }
 
 bool SubMeshList::AddFace(Int32 material, const CornerVertex corners[3]) {
     const Int32 subMesh = SubMeshOf(material);
-    if (subMesh < 0 || !faceMap.Add(subMesh)) {
-        return false;
-    }
+    faceMap.Add(subMesh);
     ++subMeshes[subMesh].assignedFaces;
     for (int i = 0; i < 3; ++i) {
         if (Find(subMesh, corners[i]) < 0 && !AddVertex(subMesh, corners[i])) {
@@ -98,7 +100,9 @@ Int32 SubMeshList::SubMeshOf(Int32 material) {
     memset(&subMesh, 0, sizeof(subMesh));
     subMesh.material = material;
     position = subMeshes.Count();
-    return subMeshes.AddAmortized(subMesh) && subMeshOfMaterial.Set(key, position) ? position : -1;
+    subMeshes.AddAmortized(subMesh);
+    subMeshOfMaterial.Set(key, position);
+    return position;
 }
 
 CornerVertex SubMeshList::CornerAt(Int32 position) const {
@@ -132,12 +136,10 @@ bool SubMeshList::AddVertex(Int32 subMesh, const CornerVertex& corner) {
         return false;
     }
     const Link link = {subMesh, kUnnumbered, 0};
-    bool added = vertices.Add(corner.record) && links.Add(link);
+    vertices.Add(corner.record);
+    links.Add(link);
     for (Int32 i = 0; i < 2 * numPairs; ++i) {
-        added = added && uvs.Add(corner.uvs[i]);
-    }
-    if (!added) {
-        return false;
+        uvs.Add(corner.uvs[i]);
     }
     ++subMeshes[subMesh].storedVertices;
     if (!CanMatch(corner)) {
@@ -145,9 +147,10 @@ bool SubMeshList::AddVertex(Int32 subMesh, const CornerVertex& corner) {
         return true;
     }
     if (position >= chains.Count() && chains.Count() < kMostChains) {
-        return GrowChains();
+        GrowChains();
+    } else {
+        Chain(position);
     }
-    Chain(position);
     return true;
 }
 
@@ -161,23 +164,26 @@ bool SubMeshList::GrowVertices() {
     }
     Int32 capacity = count < INT_MAX / 2 - kFirstCapacity ? 2 * count + kFirstCapacity : most;
     capacity = capacity < most ? capacity : most;
-    return capacity > count && vertices.Reserve(capacity) && links.Reserve(capacity) &&
-           uvs.Reserve(capacity * 2 * numPairs);
+    if (capacity <= count) {
+        return false;
+    }
+    vertices.Reserve(capacity);
+    links.Reserve(capacity);
+    uvs.Reserve(capacity * 2 * numPairs);
+    return true;
 }
 
 // Doubles the number of chains and distributes all vertices anew.
-bool SubMeshList::GrowChains() {
+void SubMeshList::GrowChains() {
     const Int32 count = chains.Count() > 0 ? 2 * chains.Count() : 2 * kFirstCapacity;
     chains.Clear();
-    if (!chains.Reserve(count) || !chains.Resize(count)) {
-        return false;
-    }
+    chains.Reserve(count);
+    chains.Resize(count);
     for (Int32 i = 0; i < vertices.Count(); ++i) {
         if (CanMatch(CornerAt(i))) {
             Chain(i);
         }
     }
-    return true;
 }
 
 void SubMeshList::Chain(Int32 position) {
@@ -187,18 +193,18 @@ void SubMeshList::Chain(Int32 position) {
     first = position + 1;
 }
 
-bool SubMeshList::NumberVertices() {
+void SubMeshList::NumberVertices() {
     // What was reserved for corners that turned out to match is given back.
     vertices.Reserve(vertices.Count());
     links.Reserve(links.Count());
     uvs.Reserve(uvs.Count());
 
     Plinth::Array<Int32> sorted;
-    if (!SortByOriginalVertex(sorted) || !order.Reserve(sorted.Count()) ||
-        !order.Resize(sorted.Count()) || !faces.Reserve(faceMap.Count()) ||
-        !faces.Resize(faceMap.Count())) {
-        return false;
-    }
+    SortByOriginalVertex(sorted);
+    order.Reserve(sorted.Count());
+    order.Resize(sorted.Count());
+    faces.Reserve(faceMap.Count());
+    faces.Resize(faceMap.Count());
     Int32 firstVertex = 0;
     Int32 firstFace = 0;
     for (Int32 i = 0; i < subMeshes.Count(); ++i) {
@@ -213,22 +219,21 @@ bool SubMeshList::NumberVertices() {
         link.outputIndex = subMesh.numVertices++;
         order[subMesh.firstVertex + link.outputIndex] = sorted[i];
     }
-    return true;
 }
 
 // A counting sort (Knuth, The Art of Computer Programming 3, 5.2, algorithm D) of all vertices'
 // positions; those of one original vertex stay in their order.
-bool SubMeshList::SortByOriginalVertex(Plinth::Array<Int32>& sorted) const {
+void SubMeshList::SortByOriginalVertex(Plinth::Array<Int32>& sorted) const {
     Int32 numOriginal = 0;
     for (Int32 i = 0; i < vertices.Count(); ++i) {
         const Int32 original = vertices[i].originalVertex;
         numOriginal = original >= numOriginal ? original + 1 : numOriginal;
     }
     Plinth::Array<Int32> starts;
-    if (!starts.Reserve(numOriginal) || !starts.Resize(numOriginal) ||
-        !sorted.Reserve(vertices.Count()) || !sorted.Resize(vertices.Count())) {
-        return false;
-    }
+    starts.Reserve(numOriginal);
+    starts.Resize(numOriginal);
+    sorted.Reserve(vertices.Count());
+    sorted.Resize(vertices.Count());
     for (Int32 i = 0; i < vertices.Count(); ++i) {
         ++starts[vertices[i].originalVertex];
     }
@@ -241,7 +246,6 @@ bool SubMeshList::SortByOriginalVertex(Plinth::Array<Int32>& sorted) const {
     for (Int32 i = 0; i < vertices.Count(); ++i) {
         sorted[starts[vertices[i].originalVertex]++] = i;
     }
-    return true;
 }
 
 bool SubMeshList::IndexFace(Int32 face, const CornerVertex corners[3], Int32 indices[3]) {

@@ -41,8 +41,8 @@ struct SubMeshFace {
 // (chaining, Knuth, The Art of Computer Programming 3, 6.4), so the cost of a corner does not
 // depend on how many share its original vertex.
 //
-// Where memory is missing or a count does not fit its type, Reserve, AddFace and NumberVertices
-// give false; the list is of no use then.
+// Where a count does not fit its type, Reserve and AddFace give false; the list is of no use then,
+// nor where memory is missing, which throws std::bad_alloc.
 class SubMeshList {
   public:
     SubMeshList();
@@ -55,7 +55,7 @@ class SubMeshList {
 
     // Numbers the vertices of each sub-mesh by ascending original vertex, those of the same one in
     // the order in which they were met.
-    bool NumberVertices();
+    void NumberVertices();
 
     // Looks the corners of a face up, -1 for one that is not found, and appends the face to its
     // sub-mesh when all are found. Returns whether they are.
@@ -91,9 +91,9 @@ class SubMeshList {
     Plinth::Int32 Find(Plinth::Int32 subMesh, const CornerVertex& corner) const;
     bool AddVertex(Plinth::Int32 subMesh, const CornerVertex& corner);
     bool GrowVertices();
-    bool GrowChains();
+    void GrowChains();
     void Chain(Plinth::Int32 position);
-    bool SortByOriginalVertex(Plinth::Array<Plinth::Int32>& sorted) const;
+    void SortByOriginalVertex(Plinth::Array<Plinth::Int32>& sorted) const;
 
     Plinth::Array<SubMesh> subMeshes;
     Plinth::KeyIndex subMeshOfMaterial;

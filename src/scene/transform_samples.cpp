@@ -57,8 +57,7 @@ const TransformSample& TransformSamples::KeySample(Int64 key) {
         return kept[static_cast<Int32>(key)];
     }
     unkept = Evaluate(node, KeyTime(key));
-    // The capacity is what there was memory for.
-    if (key == kept.Count() && key < kept.Capacity()) {
+    if (key == kept.Count() && key < mostKept) {
         kept.Add(unkept);
     }
     return unkept;

@@ -36,8 +36,8 @@ class TransformSamples {
     Plinth::Int64 GridCount() const { return gridCount; }
     Plinth::Int64 KeyCount() const { return gridCount + 1; }
     TimeValue KeyTime(Plinth::Int64 key) const;
-    // Lives until the next call. Samples that do not fit into memory, and those behind the most
-    // that are kept, are evaluated anew at each call.
+    // Lives until the next call. Samples behind the most that are kept are evaluated anew at each
+    // call.
     const TransformSample& KeySample(Plinth::Int64 key);
 
   private:

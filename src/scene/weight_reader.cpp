@@ -1,7 +1,5 @@
 #include "scene/weight_reader.h"
 
-#include <new>
-
 #include <CS/phyexp.h>
 #include <iskin.h>
 
@@ -11,9 +9,9 @@ using Plinth::Int32;
 
 namespace {
 
-bool AddWeight(BoneWeights& weights, INode* bone, float weight) {
+void AddWeight(BoneWeights& weights, INode* bone, float weight) {
     const BoneWeight entry = {bone, weight, 0};
-    return weights.AddAmortized(entry);
+    weights.AddAmortized(entry);
 }
 
 // ---------------------------------------------------------------- Skin
@@ -84,8 +82,8 @@ VertexWeightKind SkinWeightReader::Gather(Int32 vertex, BoneWeights& weights) {
         const int bone = context->GetAssignedBone(vertex, i);
         if (bone < 0) {
             Plinth::Log("Help! BoneNr is < 0 (%d)", bone);
-        } else if (!AddWeight(weights, skin->GetBone(bone), context->GetBoneWeight(vertex, i))) {
-            return kNoVertexMemory;
+        } else {
+            AddWeight(weights, skin->GetBone(bone), context->GetBoneWeight(vertex, i));
         }
     }
     return kWeightedVertex;
@@ -166,14 +164,13 @@ VertexWeightKind PhysiqueWeightReader::Gather(Int32 number, BoneWeights& weights
     }
     if (!(vertex.Get()->GetVertexType() & BLENDED_TYPE)) {
         IPhyRigidVertex* const rigid = static_cast<IPhyRigidVertex*>(vertex.Get());
-        return AddWeight(weights, rigid->GetNode(), 1.0f) ? kRigidVertex : kNoVertexMemory;
+        AddWeight(weights, rigid->GetNode(), 1.0f);
+        return kRigidVertex;
     }
     IPhyBlendedRigidVertex* const blended = static_cast<IPhyBlendedRigidVertex*>(vertex.Get());
     const int count = blended->GetNumberNodes();
     for (int i = 0; i < count; ++i) {
-        if (!AddWeight(weights, blended->GetNode(i), blended->GetWeight(i))) {
-            return kNoVertexMemory;
-        }
+        AddWeight(weights, blended->GetNode(i), blended->GetWeight(i));
     }
     return kWeightedVertex;
 }
@@ -182,10 +179,10 @@ VertexWeightKind PhysiqueWeightReader::Gather(Int32 number, BoneWeights& weights
 
 WeightReader* MakeWeightReader(INode* node, const SkinModifiers& modifiers) {
     if (modifiers.physique != NULL) {
-        return new (std::nothrow) PhysiqueWeightReader(node, modifiers.physique);
+        return new PhysiqueWeightReader(node, modifiers.physique);
     }
     if (modifiers.skin != NULL) {
-        return new (std::nothrow) SkinWeightReader(node, modifiers.skin);
+        return new SkinWeightReader(node, modifiers.skin);
     }
     return NULL;
 }

@@ -14,10 +14,9 @@ struct SkinModifiers {
 };
 
 enum VertexWeightKind {
-    kNoVertex,        // the modifier does not know the vertex
-    kRigidVertex,     // follows one bone, whole
-    kWeightedVertex,  // follows any number of bones
-    kNoVertexMemory   // memory is missing for its bones
+    kNoVertex,       // the modifier does not know the vertex
+    kRigidVertex,    // follows one bone, whole
+    kWeightedVertex  // follows any number of bones
 };
 
 // Holds the modifier's interfaces while it lives.
@@ -44,7 +43,7 @@ class WeightReader {
     WeightReader& operator=(const WeightReader&);
 };
 
-// The reader belongs to the caller. Null without modifiers, and where memory is missing.
+// The reader belongs to the caller. Null without modifiers.
 WeightReader* MakeWeightReader(INode* node, const SkinModifiers& modifiers);
 
 #endif

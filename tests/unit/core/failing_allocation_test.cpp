@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <filesystem>
+#include <new>
 #include <string>
 
 #include "core/array.h"
@@ -129,12 +131,12 @@ TEST_F(FailingAllocation, StringsRecover) {
 
 TEST_F(FailingAllocation, ArraysStayAsTheyAre) {
     Plinth::Array<int> array;
-    ASSERT_TRUE(array.Add(1));
-    ASSERT_TRUE(array.Add(2));
+    array.Add(1);
+    array.Add(2);
     const FailingReallocations failing(0);
-    EXPECT_FALSE(array.Add(3));
-    EXPECT_FALSE(array.Resize(50));
-    EXPECT_FALSE(array.Reserve(50));
+    EXPECT_THROW(array.Add(3), std::bad_alloc);
+    EXPECT_THROW(array.Resize(50), std::bad_alloc);
+    EXPECT_THROW(array.Reserve(50), std::bad_alloc);
     EXPECT_EQ(failing.Refused(), 3);
     ASSERT_EQ(array.Count(), 2);
     EXPECT_EQ(array.Capacity(), 2);
@@ -146,19 +148,19 @@ TEST_F(FailingAllocation, PointerIndexStaysAsItIs) {
     int objects[9] = {};
     Plinth::PointerIndex index;
     for (int i = 0; i < 8; ++i) {
-        ASSERT_TRUE(index.Set(objects + i, i));
+        index.Set(objects + i, i);
     }
     const FailingReallocations failing(0);
-    EXPECT_FALSE(index.Set(objects + 8, 8));
-    EXPECT_FALSE(index.Reserve(100));
+    EXPECT_THROW(index.Set(objects + 8, 8), std::bad_alloc);
+    EXPECT_THROW(index.Reserve(100), std::bad_alloc);
     EXPECT_EQ(failing.Refused(), 2);
-    EXPECT_TRUE(index.Set(objects, 100));
+    index.Set(objects, 100);
     int value = -1;
     EXPECT_FALSE(index.Find(objects + 8, value));
     ASSERT_TRUE(index.Find(objects, value));
     EXPECT_EQ(value, 100);
     Plinth::PointerIndex empty;
-    EXPECT_FALSE(empty.Set(objects, 0));
+    EXPECT_THROW(empty.Set(objects, 0), std::bad_alloc);
     EXPECT_EQ(empty.Count(), 0);
 }
 
@@ -169,7 +171,7 @@ TEST_F(FailingAllocation, PointerListStaysAsItIs) {
         Plinth::PointerList<int> list;
         {
             const FailingReallocations refusing(failing);
-            EXPECT_EQ(list.Add(&objects[0]), -1);
+            EXPECT_THROW(list.Add(&objects[0]), std::bad_alloc);
             EXPECT_EQ(refusing.Refused(), 1);
         }
         EXPECT_EQ(list.Count(), 0);
@@ -177,7 +179,7 @@ TEST_F(FailingAllocation, PointerListStaysAsItIs) {
         EXPECT_EQ(list.Add(&objects[1]), 0);
         EXPECT_EQ(list.Add(&objects[0]), 1);
         const FailingReallocations refusing(failing);
-        EXPECT_FALSE(list.Reserve(100));
+        EXPECT_THROW(list.Reserve(100), std::bad_alloc);
         EXPECT_EQ(list.Add(&objects[0]), 1);
         EXPECT_EQ(list.Count(), 2);
     }
@@ -198,7 +200,7 @@ TEST_F(FailingAllocation, ASinkThatCannotBeListedIsDestroyed) {
     bool destroyed = false;
     Sink* const sink = new Sink(destroyed);
     const FailingReallocations failing(0);
-    EXPECT_FALSE(manager.AddLogCallback(sink));
+    EXPECT_THROW(manager.AddLogCallback(sink), std::bad_alloc);
     EXPECT_TRUE(destroyed);
     EXPECT_EQ(manager.CallbackCount(), 0);
 }
@@ -208,57 +210,68 @@ TEST_F(FailingAllocation, ALogFileThatCannotBeMadeIsNoSink) {
     const String name(directory.PathOf("log").c_str());
     for (int failing = 0; failing < 2; ++failing) {
         Plinth::LogManager manager;
-        const FailingNews refusing(failing);
-        EXPECT_EQ(manager.AddLogFileCallback(name), nullptr);
+        const FailingNews refusing(failing, 1);
+        EXPECT_THROW(manager.AddLogFileCallback(name), std::bad_alloc);
         EXPECT_EQ(refusing.Refused(), 1);
         EXPECT_EQ(manager.CallbackCount(), 0);
     }
 }
 
-TEST_F(FailingAllocation, ASinkWithoutItsFileDoesNothing) {
+// Neither the name of the sink's file nor the file's own copy of it.
+TEST_F(FailingAllocation, ALogFileWithoutItsNameIsNoSink) {
     const TemporaryDirectory directory;
-    const support::DebugOutput debugger;
-    const FailingNews failing(0);
-    Plinth::LogFileCallback sink(directory.PathOf("log").c_str());
-    EXPECT_EQ(sink.GetLogFile(), nullptr);
-    sink.Log("text");
-    EXPECT_EQ(debugger.Text(), "");
+    const std::string path = directory.PathOf("log");
+    for (int failing = 0; failing < 2; ++failing) {
+        Plinth::LogManager manager;
+        const FailingReallocations refusing(failing, 1);
+        EXPECT_THROW(manager.AddLogFileCallback(path.c_str()), std::bad_alloc);
+        EXPECT_EQ(manager.CallbackCount(), 0);
+        EXPECT_FALSE(std::filesystem::exists(path));
+    }
 }
 
-TEST_F(FailingAllocation, ALineThatCannotBeMadeIsNotWritten) {
+TEST_F(FailingAllocation, ALineOfTheLogCallNeedsNoMemory) {
     const TemporaryDirectory directory;
     const std::string path = directory.PathOf("log");
     const support::DebugOutput debugger;
     Plinth::LogFile file(path.c_str());
-    ASSERT_TRUE(file.IsOpen());
-    const String message("text");
-    const String longMessage(std::string(3000, 'x').c_str());
+    const std::string longest(4095, 'x');
+    const String message(longest.c_str());
+    const String tooLong((longest + "x").c_str());
     {
         const FailingReallocations failing(0);
-        file.WriteLine(message, Plinth::kLogNormal, "");
-        file.WriteLine(message, Plinth::kLogImportant, "");
-    }
-    {
-        const FailingReallocations failing(1);
-        file.WriteLine(longMessage, Plinth::kLogImportant, "");
-        EXPECT_GT(failing.Refused(), 0);
+        file.WriteLine(message, Plinth::kLogImportant, String());
+        EXPECT_EQ(failing.Refused(), 0);
+        EXPECT_THROW(file.WriteLine(tooLong, Plinth::kLogNormal, String()), std::bad_alloc);
     }
     file.Close();
-    EXPECT_EQ(ReadBytes(path), "");
-    EXPECT_EQ(debugger.Text(), "");
+    EXPECT_EQ(ReadBytes(path), "HIGH: " + longest + "\n");
+    EXPECT_EQ(debugger.Text(), "HIGH: " + longest + "\n");
+}
+
+// The message itself needs memory.
+TEST_F(FailingAllocation, ALogCallThatCannotBeMadeSaysSo) {
+    const FailingReallocations failing(0);
+    EXPECT_THROW(Plinth::Log("text"), std::bad_alloc);
 }
 
 class Holder : public Plinth::InstanceManagerBase {
   public:
+    explicit Holder(bool& destroyed) : destroyed_(destroyed) {}
+    ~Holder() override { destroyed_ = true; }
     void DestroyInstance() override {}
+
+  private:
+    bool& destroyed_;
 };
 
-TEST_F(FailingAllocation, AHolderThatCannotBeListedIsNotDestroyed) {
-    Holder first;
+TEST_F(FailingAllocation, AHolderThatCannotBeListedIsDestroyed) {
+    bool destroyed = false;
+    Holder* const holder = new Holder(destroyed);
     Plinth::InstanceRegistry registry;
     const FailingReallocations failing(0);
-    registry.Register(&first);
-    EXPECT_EQ(failing.Refused(), 1);
+    EXPECT_THROW(registry.Register(holder), std::bad_alloc);
+    EXPECT_TRUE(destroyed);
     EXPECT_EQ(registry.Count(), 0);
 }
 
@@ -266,13 +279,15 @@ TEST_F(FailingAllocation, BlocksAreRefused) {
     Plinth::MemoryManager manager;
     {
         const FailingReallocations failing(0);
-        EXPECT_FALSE(manager.AddBlock(1000));
-        EXPECT_EQ(manager.AllocateInBlocks(10, 1, 16, 1), nullptr);
+        EXPECT_THROW(manager.AddBlock(1000), std::bad_alloc);
+        EXPECT_THROW(manager.AllocateInBlocks(10, 1, 16, 1), std::bad_alloc);
+        EXPECT_EQ(failing.Refused(), 2);
     }
-    const FailingNews failing(0);
-    EXPECT_FALSE(manager.AddBlock(1000));
-    EXPECT_EQ(manager.AllocateInBlocks(10, 1, 16, 1), nullptr);
-    EXPECT_EQ(failing.Refused(), 2);
+    for (int i = 0; i < 2; ++i) {
+        const FailingNews failing(0, 1);
+        EXPECT_THROW(manager.AddBlock(1000), std::bad_alloc);
+        EXPECT_EQ(failing.Refused(), 1);
+    }
     EXPECT_EQ(manager.Statistics().numBlocks, 0u);
     EXPECT_EQ(manager.Statistics().blockMemory, 0u);
 }

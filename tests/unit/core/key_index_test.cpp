@@ -25,11 +25,11 @@ int NumberOf(const KeyIndex& index, std::uint64_t key) {
 TEST(KeyIndex, TellsKeysApartInAll64Bits) {
     KeyIndex index;
     for (int bit = 0; bit < 64; ++bit) {
-        EXPECT_TRUE(index.Set(std::uint64_t{1} << bit, bit));
+        index.Set(std::uint64_t{1} << bit, bit);
     }
     EXPECT_EQ(NumberOf(index, 0), -1);
-    EXPECT_TRUE(index.Set(0, 64));
-    EXPECT_TRUE(index.Set(~std::uint64_t{0}, 65));
+    index.Set(0, 64);
+    index.Set(~std::uint64_t{0}, 65);
     for (int bit = 0; bit < 64; ++bit) {
         EXPECT_EQ(NumberOf(index, std::uint64_t{1} << bit), bit);
     }

@@ -184,7 +184,7 @@ TEST(MemoryManagerBlocks, AnEmptiedBlockIsRemoved) {
 
 TEST(MemoryManagerBlocks, AddedBlockCounts) {
     MemoryManager manager;
-    EXPECT_TRUE(manager.AddBlock(1000));
+    manager.AddBlock(1000);
     EXPECT_EQ(manager.Statistics().numBlocks, 1u);
     EXPECT_EQ(manager.Statistics().blockMemory, 1000u);
     EXPECT_EQ(manager.Statistics().maxBlockMemory, 1000u);
@@ -208,8 +208,8 @@ TEST(MemoryManagerBlocks, StrangeAddressesAndSizes) {
     char* const data = static_cast<char*>(manager.AllocateInBlocks(100, 2, 16, 2));
     manager.FreeInBlocks(data + 1);
     EXPECT_EQ(manager.Statistics().numAllocations, 1u);
-    EXPECT_EQ(manager.AllocateInBlocks(0xffffffffu, 2, 16, 2), nullptr);
-    EXPECT_EQ(manager.AllocateInBlocks(10, 2, 0xffffffffu, 2), nullptr);
+    EXPECT_THROW(manager.AllocateInBlocks(0xffffffffu, 2, 16, 2), std::bad_alloc);
+    EXPECT_THROW(manager.AllocateInBlocks(10, 2, 0xffffffffu, 2), std::bad_alloc);
     EXPECT_EQ(manager.Statistics().numAllocations, 1u);
     manager.FreeInBlocks(data);
     manager.FreeInBlocks(data);

@@ -41,15 +41,15 @@ StorageRequests* currentRequests = nullptr;
 
 }  // namespace
 
-// The mangled names of the nothrow `new` and of MemoryManager::Reallocate.
+// The mangled names of `new` and of MemoryManager::Reallocate.
 #ifdef _WIN32
-#define REAL_NEW __real__ZnwyRKSt9nothrow_t
-#define WRAP_NEW __wrap__ZnwyRKSt9nothrow_t
+#define REAL_NEW __real__Znwy
+#define WRAP_NEW __wrap__Znwy
 #define REAL_REALLOCATE __real__ZN6Plinth13MemoryManager10ReallocateEPvyjjj
 #define WRAP_REALLOCATE __wrap__ZN6Plinth13MemoryManager10ReallocateEPvyjjj
 #else
-#define REAL_NEW __real__ZnwmRKSt9nothrow_t
-#define WRAP_NEW __wrap__ZnwmRKSt9nothrow_t
+#define REAL_NEW __real__Znwm
+#define WRAP_NEW __wrap__Znwm
 #define REAL_REALLOCATE __real__ZN6Plinth13MemoryManager10ReallocateEPvmjjj
 #define WRAP_REALLOCATE __wrap__ZN6Plinth13MemoryManager10ReallocateEPvmjjj
 #endif
@@ -64,11 +64,14 @@ void* __wrap_realloc(void* memory, std::size_t size) {
     return reallocRefusal.Next() ? nullptr : __real_realloc(memory, size);
 }
 
-void* REAL_NEW(std::size_t size, const std::nothrow_t& tag);
-void* WRAP_NEW(std::size_t size, const std::nothrow_t& tag);
+void* REAL_NEW(std::size_t size);
+void* WRAP_NEW(std::size_t size);
 
-void* WRAP_NEW(std::size_t size, const std::nothrow_t& tag) {
-    return newRefusal.Next() ? nullptr : REAL_NEW(size, tag);
+void* WRAP_NEW(std::size_t size) {
+    if (newRefusal.Next()) {
+        throw std::bad_alloc();
+    }
+    return REAL_NEW(size);
 }
 
 void* REAL_REALLOCATE(Plinth::MemoryManager* manager, void* memory, std::size_t size,

@@ -18,7 +18,7 @@ class FailingReallocations {
     int Refused() const;
 };
 
-// The same for the objects that are made by `new (std::nothrow)`.
+// The same for `new`, which throws; the test's own is refused too.
 class FailingNews {
   public:
     explicit FailingNews(int failing, int count = INT_MAX);

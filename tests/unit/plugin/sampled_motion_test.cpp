@@ -221,19 +221,6 @@ TEST(SampledMotion, PoseIsThatOfTickZeroWhereverTheRangeStarts) {
             Key(0.03125f, {35, 2, 1}) + Key(0.0625f, {67, 2, 1}) + Key(0.0625f, {67, 2, 1}));
 }
 
-TEST(SampledMotion, TheSameWhereNoMemoryIsLeftForSamples) {
-    const scene::Scene scene = NodeScene(MovesTurnsAndGrows(), EvenTime(0, 100));
-    const std::string expected = WriteMotion(scene, 1).bytes;
-    std::string written;
-    Write(scene, 1, [&](KTAExp& exporter, const auto& nodes) {
-        const ArrayStorage storage(0);
-        exporter.ExportMotionPart(nodes[0]);
-        written = static_cast<support::StreamedExporter&>(exporter).WrittenAt(0, expected.size());
-        EXPECT_EQ(storage.Peak(), 0u);
-    });
-    EXPECT_EQ(written, expected);
-}
-
 TEST(SampledMotion, SamplesAreGivenBackAfterEachNode) {
     scene::Scene scene = NodeScene(Runner(), {25, 40, 0, 40000});
     for (int i = 1; i < 8; ++i) {
