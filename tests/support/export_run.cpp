@@ -6,8 +6,6 @@
 #include <plugin.h>
 
 #include <algorithm>
-#include <fstream>
-#include <random>
 #include <sstream>
 #include <stdexcept>
 
@@ -121,21 +119,6 @@ void RunPlugIn(const ExportChoices& choices, const fs::path& exportFile,
 
 }  // namespace
 
-WorkDirectory::WorkDirectory() : former_(fs::current_path()) {
-    std::random_device seed;
-    path_ =
-        fs::temp_directory_path() / ("hdo-test-" + std::to_string(seed()) + std::to_string(seed()));
-    fs::create_directories(path_);
-    path_ = fs::canonical(path_);
-    fs::current_path(path_);
-}
-
-WorkDirectory::~WorkDirectory() {
-    std::error_code ignored;
-    fs::current_path(former_, ignored);
-    fs::remove_all(path_, ignored);
-}
-
 LoadedPlugIn::LoadedPlugIn() {
     OfferConverter({});
     module_ = Load(HDO_PLUGIN_FILE);
@@ -183,22 +166,6 @@ ExportRun Export(const maxhost::scene::Scene& scene, const ExportChoices& choice
 ExportRun Export(const maxhost::scene::Scene& scene, const ExportChoices& choices) {
     const WorkDirectory directory;
     return Export(scene, choices, directory);
-}
-
-std::string ReadFile(const fs::path& path) {
-    std::ifstream stream(path, std::ios::binary);
-    if (!stream) {
-        throw std::runtime_error(path.string() + " cannot be read");
-    }
-    return std::string(std::istreambuf_iterator<char>(stream), {});
-}
-
-void WriteFile(const fs::path& path, const std::string& bytes) {
-    std::ofstream stream(path, std::ios::binary);
-    stream << bytes;
-    if (!stream.flush()) {
-        throw std::runtime_error(path.string() + " cannot be written");
-    }
 }
 
 int CountLines(const ExportRun& run, const std::string& line) {

@@ -10,6 +10,7 @@
 
 #include "host/scene/scene.h"
 #include "tests/support/played_user.h"
+#include "tests/support/temporary_directory.h"
 
 namespace support {
 
@@ -41,17 +42,6 @@ struct ExportChoices {
     std::function<void(win32::Dialog&)> inDialog;
 };
 
-// A temporary directory that is the current one while the object lives.
-class WorkDirectory {
-  public:
-    WorkDirectory();
-    ~WorkDirectory();
-    const std::filesystem::path& Path() const { return path_; }
-
-  private:
-    std::filesystem::path path_, former_;
-};
-
 // Keeps the plug-in loaded between exports; without one, each loads it anew.
 class LoadedPlugIn {
   public:
@@ -75,9 +65,6 @@ ExportRun Export(const maxhost::scene::Scene& scene, const ExportChoices& choice
                  const WorkDirectory& directory);
 // In a directory of its own.
 ExportRun Export(const maxhost::scene::Scene& scene, const ExportChoices& choices = {});
-
-std::string ReadFile(const std::filesystem::path& path);
-void WriteFile(const std::filesystem::path& path, const std::string& bytes);
 
 // How many lines of the log are this one.
 int CountLines(const ExportRun& run, const std::string& line);
