@@ -4,7 +4,7 @@
 #include <unordered_map>
 
 #include "host/app/exit_status.h"
-#include "host/assimp/motion/animation_choice.h"
+#include "host/assimp/import.h"
 #include "host/scene/error.h"
 #include "host/scene/scale.h"
 #include "kta/text.h"

@@ -11,7 +11,7 @@
 #include "host/scene_file/scene_description.h"
 #include "kta/text.h"
 #ifndef _WIN32
-#include "host/assimp/assimp_import.h"
+#include "host/assimp/import.h"
 #include "host/scene/check.h"
 #endif
 

@@ -33,8 +33,8 @@ void ReplaceAll(std::string& text, std::string_view from, std::string_view to) {
     text = result.append(text, start);
 }
 
-// What FBX's own node template and camera settings hold, and what importers add. A name that ends
-// in X, Y or Z stands here without that letter.
+// Entries of FBX's own node template and camera settings, and those that importers add. A name that
+// ends in X, Y or Z stands here without that letter.
 constexpr std::string_view kNotUserProperties[] = {
     "AspectH",
     "AspectW",
@@ -104,7 +104,7 @@ bool IsUserProperty(std::string_view key) {
     return !hasAxis || !isListed(key.substr(0, key.size() - 1));
 }
 
-std::string OneLine(std::string text) {
+std::string OnOneLine(std::string text) {
     std::replace_if(
         text.begin(), text.end(), [](char c) { return c == '\r' || c == '\n'; }, ' ');
     return text;
@@ -140,7 +140,7 @@ bool ValueText(const aiMetadataEntry& entry, std::string& text, bool* recoded) {
             text = ExactText(*static_cast<const double*>(entry.mData));
             return true;
         case AI_AISTRING:
-            text = OneLine(TextOf(*static_cast<const aiString*>(entry.mData), recoded));
+            text = OnOneLine(TextOf(*static_cast<const aiString*>(entry.mData), recoded));
             return true;
         case AI_AIVECTOR3D:
             text = VectorText(*static_cast<const aiVector3D*>(entry.mData));
@@ -221,7 +221,7 @@ std::string UserPropertiesOf(const aiMetadata& metadata, bool* recoded) {
             continue;
         }
         bool isKeyRecoded = false;
-        const std::string key = OneLine(TextOf(level.metadata->mKeys[i], &isKeyRecoded));
+        const std::string key = OnOneLine(TextOf(level.metadata->mKeys[i], &isKeyRecoded));
         const aiMetadataEntry& entry = level.metadata->mValues[i];
         std::string value;
         if (levels.size() == 1 && !IsUserProperty(key)) {

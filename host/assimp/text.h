@@ -20,7 +20,7 @@ std::string Quoted(const std::string& text);
 
 // The user-property buffer of a node with this metadata: lines "key = value" that end in CR LF,
 // nested values as "outer.inner = value". 3ds Max's own user-property text in an FBX file comes
-// first, as it stands. What FBX itself and the importers keep there is no user property. Sets
+// first, as it stands. Entries of FBX itself and of the importers are no user properties. Sets
 // `*recoded` as TextOf() does.
 std::string UserPropertiesOf(const aiMetadata& metadata, bool* recoded = nullptr);
 

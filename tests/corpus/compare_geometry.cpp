@@ -18,7 +18,7 @@
 
 #include <assimp/Importer.hpp>
 
-#include "host/assimp/scene.h"
+#include "host/assimp/import.h"
 #include "tests/corpus/actor_file.h"
 #include "tests/corpus/matrices.h"
 #include "tests/corpus/model.h"

@@ -5,11 +5,11 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <limits>
 #include <memory>
 #include <optional>
 #include <utility>
 
+#include "host/assimp/maths.h"
 #include "host/assimp/text.h"
 
 namespace maxhost::import {
@@ -32,11 +32,7 @@ class Properties {
             if (!number) {
                 return std::nullopt;
             }
-            if (std::abs(*number) <= std::numeric_limits<float>::max()) {
-                numbers[i] = static_cast<float>(*number);
-            } else {
-                ++notFinite_;
-            }
+            numbers[i] = FiniteFloat(*number, notFinite_);
         }
         return numbers;
     }
@@ -122,8 +118,8 @@ constexpr SlotSources kSlots[] = {
 };
 
 // How glossy (0 to 1) a Phong exponent is. 3ds Max takes 2 to the power of ten times the
-// glossiness for the exponent. What Assimp gives for an exponent in 3ds Max's own older formats is
-// the glossiness 15-fold (ASE) or in per cent (3DS).
+// glossiness for the exponent. In place of an exponent, Assimp gives for 3ds Max's own older
+// formats the glossiness 15-fold (ASE) or in per cent (3DS).
 float Glossiness(float exponent, SourceFormat format) {
     const double glossiness = format == SourceFormat::ase       ? exponent / 15.0
                               : format == SourceFormat::threeDs ? exponent / 100.0

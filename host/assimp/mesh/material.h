@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "host/assimp/import_warnings.h"
 #include "host/assimp/tree/tree.h"
+#include "host/assimp/warnings.h"
 #include "host/scene/scene.h"
 
 namespace maxhost::import {

@@ -1,36 +1,141 @@
 #include "host/assimp/mesh/mesh.h"
 
+#include <tsl/robin_map.h>
+#include <tsl/robin_set.h>
+
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <string>
 #include <utility>
 
-#include "host/assimp/assimp_import.h"
-#include "host/assimp/mesh/id_table.h"
+#include "host/assimp/imported_scene.h"
 #include "host/assimp/mesh/smoothing_groups.h"
-#include "host/assimp/mesh/source_vertices.h"
 #include "host/assimp/text.h"
 
 namespace maxhost::import {
 namespace {
 
-// ---------------------------------------------------------------- parts of a mesh
+// ---------------------------------------------------------------- things told apart by their bits
+
+// Spreads every bit over all (the finaliser of SplitMix64: Steele, Lea and Flood, "Fast Splittable
+// Pseudorandom Number Generators", 2014). Nothing that is written depends on the hashes.
+constexpr std::uint64_t Mixed(std::uint64_t bits) {
+    bits += 0x9e3779b97f4a7c15;
+    bits = (bits ^ (bits >> 30)) * 0xbf58476d1ce4e5b9;
+    bits = (bits ^ (bits >> 27)) * 0x94d049bb133111eb;
+    return bits ^ (bits >> 31);
+}
+
+template <std::size_t count>
+using Bits = std::array<std::uint32_t, count>;
+
+template <std::size_t count>
+Bits<count> BitsOf(const std::array<float, count>& numbers) {
+    return std::bit_cast<Bits<count>>(numbers);
+}
+
+std::uint64_t BitsOf(const scene::SkinWeight& weight) {
+    const auto slot = static_cast<std::uint32_t>(weight.slot);
+    return std::uint64_t{slot} << 32 | std::bit_cast<std::uint32_t>(weight.weight);
+}
+
+struct HashOfBits {
+    template <std::size_t count>
+    std::size_t operator()(const Bits<count>& bits) const {
+        std::uint64_t hash = 0;
+        for (const std::uint32_t part : bits) {
+            hash = Mixed(hash + part);
+        }
+        return hash;
+    }
+};
+
+// ---------------------------------------------------------------- one vertex out of several
+
+// Source vertices are one where their positions are bit for bit the same, their weights and points
+// of morph channels too, and with `byNormal` their normals.
+struct VertexHash {
+    const SourceVertices* source;
+    bool byNormal;
+
+    std::size_t operator()(std::uint32_t vertex) const {
+        std::uint64_t hash = HashOfBits()(BitsOf(source->positions[vertex]));
+        if (byNormal) {
+            hash = Mixed(hash) + HashOfBits()(BitsOf(source->normals[vertex]));
+        }
+        for (const scene::SkinWeight& weight : source->weights.Of(vertex)) {
+            hash = Mixed(hash + BitsOf(weight));
+        }
+        for (const scene::MorphChannel& channel : source->channels) {
+            hash = Mixed(hash) + HashOfBits()(BitsOf(channel.points[vertex]));
+        }
+        return hash;
+    }
+};
+
+struct VertexIsSame {
+    const SourceVertices* source;
+    bool byNormal;
+
+    bool operator()(std::uint32_t a, std::uint32_t b) const {
+        return BitsOf(source->positions[a]) == BitsOf(source->positions[b]) &&
+               (!byNormal || BitsOf(source->normals[a]) == BitsOf(source->normals[b])) &&
+               HasSameWeights(a, b) &&
+               std::all_of(source->channels.begin(), source->channels.end(),
+                           [a, b](const scene::MorphChannel& channel) {
+                               return BitsOf(channel.points[a]) == BitsOf(channel.points[b]);
+                           });
+    }
+
+    bool HasSameWeights(std::uint32_t a, std::uint32_t b) const {
+        const auto first = source->weights.Of(a), second = source->weights.Of(b);
+        return std::equal(first.begin(), first.end(), second.begin(), second.end(),
+                          [](const scene::SkinWeight& left, const scene::SkinWeight& right) {
+                              return BitsOf(left) == BitsOf(right);
+                          });
+    }
+};
+
+struct JoinedVertices {
+    std::vector<std::uint32_t> idOf;     // of each source vertex
+    std::vector<std::uint32_t> firstOf;  // of each joined vertex its first source vertex, ascending
+};
+
+JoinedVertices Join(const SourceVertices& source, bool byNormal) {
+    constexpr bool kStoresHash = true;
+    tsl::robin_set<std::uint32_t, VertexHash, VertexIsSame, std::allocator<std::uint32_t>,
+                   kStoresHash>
+        firsts(source.positions.size(), VertexHash{&source, byNormal},
+               VertexIsSame{&source, byNormal});
+    JoinedVertices joined;
+    joined.idOf.reserve(source.positions.size());
+    for (std::uint32_t i = 0; i < source.positions.size(); ++i) {
+        const auto next = static_cast<std::uint32_t>(joined.firstOf.size());
+        const auto [first, isNew] = firsts.insert(i);
+        if (isNew) {
+            joined.firstOf.push_back(i);
+        }
+        joined.idOf.push_back(isNew ? next : joined.idOf[*first]);
+    }
+    return joined;
+}
+
+// ---------------------------------------------------------------- map channels
 
 // A map channel in the making: pairs that are bit for bit the same become one map vertex.
 class ChannelBuilder {
   public:
     std::uint32_t VertexOf(const scene::Vec2& pair) {
         const auto next = static_cast<std::uint32_t>(channel_.vertices.size());
-        const std::uint32_t id = ids_.FindOrAdd(HashOf(pair), next, [&](std::uint32_t known) {
-            return BitsOf(channel_.vertices[known]) == BitsOf(pair);
-        });
-        if (id == next) {
+        const auto [known, isNew] = ids_.try_emplace(BitsOf(pair), next);
+        if (isNew) {
             channel_.vertices.push_back(pair);
         }
-        return id;
+        return known.value();
     }
 
     // Faces of pieces without the channel get the coordinates (0, 0).
@@ -46,7 +151,7 @@ class ChannelBuilder {
 
   private:
     scene::MapChannel channel_;
-    IdTable ids_;  // of map vertices
+    tsl::robin_map<Bits<2>, std::uint32_t, HashOfBits> ids_;  // of map vertices
 };
 
 bool HasThirdCoordinate(const aiMesh& piece, int uv) {
@@ -165,8 +270,8 @@ std::vector<scene::Face> MeshBuilder::TrianglesOf(const aiMesh& piece, const std
     std::size_t pointsAndLines = 0, polygons = 0, outOfRange = 0;
     const unsigned vertices = piece.mVertices ? piece.mNumVertices : 0;
     const auto first = static_cast<std::uint32_t>(vertices_.Count());
-    // A geometric transform that mirrors turns the faces over. What a node's matrix or the bones
-    // mirror does not, so that an exported skin, which is in the world, winds as the file's.
+    // A geometric transform that mirrors turns the faces over. A node's matrix or bones that
+    // mirror do not, so that an exported skin, which is in the world, winds as the file's.
     const int second = isMirrored_ ? 2 : 1;
     std::vector<scene::Face> triangles;
     triangles.reserve(piece.mFaces ? piece.mNumFaces : 0);

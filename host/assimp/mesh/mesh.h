@@ -26,7 +26,7 @@ class MeshFactory {
     // The node must have meshes. Vertices are where they are at tick 0, moved by bones and morph
     // targets, in the node's space. The points of a morph channel are where its target alone would
     // take them at full weight, moved by the same bones: in the space of the vertices. Vertices of
-    // its pieces that are one (see source_vertices.h) are joined. Normals that the file gives come
+    // its pieces that are one are joined. Normals that the file gives come
     // back within 1 degree, in its own unit of length: by smoothing groups or, where none do that,
     // by a vertex for each place and normal with that as its specified normal. Faces without
     // normals in the file have no smoothing group and show their own. Map channel i + 1 holds set i

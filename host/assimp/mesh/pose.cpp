@@ -7,8 +7,8 @@
 namespace maxhost::import {
 namespace {
 
-// What Assimp's importers call the motion of a node's morph targets: the node's name or the mesh's;
-// of FBX files the node's with "*" and the mesh's number behind it.
+// The node or mesh that the motion of morph targets is named after: Assimp's importers give it the
+// node's name or the mesh's; of FBX files the node's with "*" and the mesh's number behind it.
 std::string_view SubjectOf(const aiMeshMorphAnim& motion) {
     const std::string_view name = motion.mName.C_Str();
     return name.substr(0, name.rfind('*'));

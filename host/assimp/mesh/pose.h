@@ -1,4 +1,4 @@
-// What an Assimp scene looks like at tick 0, which is what its meshes become.
+// An Assimp scene at tick 0: its meshes are imported as they are then.
 #pragma once
 
 #include <assimp/anim.h>

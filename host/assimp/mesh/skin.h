@@ -1,27 +1,113 @@
-// The skin of a node out of the bones that Assimp gives for the pieces of its mesh.
+// The bones of an Assimp scene's meshes, which Assimp tells by name alone, and the skins that they
+// make.
 #pragma once
 
 #include <assimp/mesh.h>
+#include <assimp/scene.h>
 
+#include <array>
 #include <cstddef>
+#include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
-#include "host/assimp/import_warnings.h"
-#include "host/assimp/mesh/bones.h"
+#include "host/assimp/maths.h"
 #include "host/assimp/mesh/pose.h"
-#include "host/assimp/mesh/source_vertices.h"
 #include "host/assimp/tree/tree.h"
+#include "host/assimp/warnings.h"
+#include "host/scene/scene.h"
 
 namespace maxhost::import {
 
-using Vector = aiVector3t<double>;
+// ---------------------------------------------------------------- bones
 
-// What the bones of a piece do to its vertices at tick 0.
+class Ancestry;
+
+// Of several nodes of a bone's name, those come first that are no other bone's of the mesh yet,
+// then those without meshes, then those in whose pose at tick 0 the bone leaves the mesh where the
+// bones before it do (or, where none is sure yet, where the mesh's node does), then those nearest
+// to that bone (or node) in the tree. Where that leaves several, the first is taken, with a
+// warning. At most 64 nodes of one name are looked at. Keeps references to what it is made with.
+class BoneNodes {
+  public:
+    BoneNodes(const aiScene& scene, const SourceTree& tree, const StartPose& pose,
+              ImportWarnings& warnings);
+    ~BoneNodes();
+
+    // The node of each bone of the piece where `node` shows it; kNone where none has its name.
+    std::vector<int> Of(std::size_t node, const aiMesh& piece) const;
+
+    // Of each node of the tree: whether it is a bone of any mesh.
+    const std::vector<bool>& AreBones() const { return isBone_; }
+
+  private:
+    using Nodes = std::vector<int>;
+
+    struct Found {
+        std::vector<int> nodes;
+        std::vector<bool> isGuess;
+    };
+
+    // The facts that are known of the piece so far.
+    struct Search {
+        int nearTo;                      // the first bone that was found, or what shows the piece
+        std::optional<Matrix4> binding;  // where that bone takes the piece
+        std::optional<std::array<Vector, 8>> corners;  // of a box around the piece
+        std::set<int> taken;
+    };
+
+    Found Find(int shownBy, const aiMesh& piece) const;
+    Nodes Narrow(Nodes nodes, const aiBone& bone, const Search& search) const;
+    void Settle(Search& search, int node, const aiBone& bone) const;
+    const Matrix4& WorldOf(int node) const { return pose_.WorldOf(static_cast<std::size_t>(node)); }
+    Matrix4 Binding(int node, const aiBone& bone) const {
+        return WorldOf(node) * Matrix4(bone.mOffsetMatrix);
+    }
+    void Note(const aiMesh& piece, const Found& found, ImportWarnings& warnings);
+
+    const SourceTree& tree_;
+    const StartPose& pose_;
+    std::unordered_map<std::string_view, Nodes> byName_;
+    std::unique_ptr<const Ancestry> ancestry_;
+    std::vector<bool> isBone_;
+    std::set<std::string_view> told_;  // bones that a warning is about
+};
+
+// ---------------------------------------------------------------- skins
+
+// Lists of skin weights, one a vertex.
+class VertexWeights {
+  public:
+    // Begins the list of this vertex, which comes behind all that have one.
+    void Begin(std::size_t vertex) { ends_.resize(vertex + 1, weights_.size()); }
+    // Adds to the list begun last.
+    void Add(const scene::SkinWeight& weight) {
+        weights_.push_back(weight);
+        ++ends_.back();
+    }
+
+    std::span<const scene::SkinWeight> Of(std::size_t vertex) const {
+        const std::size_t begin = vertex > 0 ? EndOf(vertex - 1) : 0;
+        return std::span(weights_).subspan(begin, EndOf(vertex) - begin);
+    }
+    bool IsEmpty() const { return weights_.empty(); }
+
+  private:
+    std::size_t EndOf(std::size_t vertex) const {
+        return vertex < ends_.size() ? ends_[vertex] : weights_.size();
+    }
+
+    std::vector<scene::SkinWeight> weights_;
+    std::vector<std::size_t> ends_;  // of each vertex's list; none behind the last that was begun
+};
+
+// The effect of a piece's bones on its vertices at tick 0.
 class PieceSkin {
   public:
     // From the piece's space to the node's, before the turn: the mean of what the vertex's bones

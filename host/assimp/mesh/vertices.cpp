@@ -1,30 +1,18 @@
 #include "host/assimp/mesh/vertices.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <limits>
+#include <optional>
+#include <set>
 #include <utility>
+
+#include "host/assimp/text.h"
 
 namespace maxhost::import {
 namespace {
 
 // Of the size of the piece.
 constexpr double kOutOfBindPose = 1e-3;
-
-// Takes normals where the matrix takes positions, up to their length.
-Vector TurnedNormal(const Matrix4& m, const Vector& n) {
-    const double side = m.Determinant() < 0 ? -1 : 1;
-    Vector turned;
-    for (unsigned row = 0; row < 3; ++row) {
-        for (unsigned column = 0; column < 3; ++column) {
-            const unsigned r1 = (row + 1) % 3, r2 = (row + 2) % 3;
-            const unsigned c1 = (column + 1) % 3, c2 = (column + 2) % 3;
-            turned[row] += side * (m[r1][c1] * m[r2][c2] - m[r1][c2] * m[r2][c1]) * n[column];
-        }
-    }
-    return turned;
-}
 
 double SizeOf(const scene::Vec3* begin, const scene::Vec3* end) {
     double square = 0;
@@ -39,13 +27,123 @@ double SizeOf(const scene::Vec3* begin, const scene::Vec3* end) {
 
 }  // namespace
 
-float FiniteFloat(double number, std::size_t& notFinite) {
-    if (std::abs(number) <= std::numeric_limits<float>::max()) {
-        return static_cast<float>(number);
-    }
-    ++notFinite;
-    return 0;
+// ---------------------------------------------------------------- the shapes of a piece
+
+class PieceMorph {
+  public:
+    // `weights` are the targets' at tick 0. Keeps a reference to the piece.
+    PieceMorph(const aiMesh& piece, std::vector<double> weights, SourceFormat format);
+
+    std::size_t Targets() const { return weights_.size(); }
+
+    // Where the vertex is in the piece's space: without any target, in a target's shape alone, and
+    // at tick 0. Numbers that are not finite count as 0 in all of them, and are counted in the
+    // first two.
+    Vector RestAt(unsigned vertex, std::size_t& notFinite) const;
+    Vector TargetAt(std::size_t target, unsigned vertex, std::size_t& notFinite) const;
+    Vector PositionAt(unsigned vertex) const;
+
+    // At tick 0, of any length. The piece must have normals.
+    Vector NormalAt(unsigned vertex) const;
+
+  private:
+    const aiMesh& piece_;
+    std::vector<double> weights_;
+    bool holdsChanges_;  // the targets hold what is to be added, not where it leads
+};
+
+// Collada alone has such targets, which its reader hands on as they stand.
+PieceMorph::PieceMorph(const aiMesh& piece, std::vector<double> weights, SourceFormat format)
+    : piece_(piece),
+      weights_(std::move(weights)),
+      holdsChanges_(format == SourceFormat::collada &&
+                    piece.mMethod == aiMorphingMethod_MORPH_RELATIVE) {
 }
+
+Vector PieceMorph::RestAt(unsigned vertex, std::size_t& notFinite) const {
+    return FiniteVector(piece_.mVertices[vertex], notFinite);
+}
+
+Vector PieceMorph::TargetAt(std::size_t target, unsigned vertex, std::size_t& notFinite) const {
+    const aiAnimMesh& shape = *piece_.mAnimMeshes[target];
+    std::size_t ofRest = 0;
+    if (!shape.mVertices || vertex >= shape.mNumVertices) {
+        return RestAt(vertex, ofRest);
+    }
+    const Vector point = FiniteVector(shape.mVertices[vertex], notFinite);
+    return holdsChanges_ ? RestAt(vertex, ofRest) + point : point;
+}
+
+Vector PieceMorph::PositionAt(unsigned vertex) const {
+    std::size_t notFinite = 0;
+    const Vector rest = RestAt(vertex, notFinite);
+    Vector position = rest;
+    for (std::size_t i = 0; i < weights_.size(); ++i) {
+        if (weights_[i] != 0) {
+            position += (TargetAt(i, vertex, notFinite) - rest) * weights_[i];
+        }
+    }
+    return position;
+}
+
+Vector PieceMorph::NormalAt(unsigned vertex) const {
+    const Vector rest(piece_.mNormals[vertex]);
+    Vector normal = rest;
+    for (std::size_t i = 0; i < weights_.size(); ++i) {
+        const aiAnimMesh& shape = *piece_.mAnimMeshes[i];
+        if (weights_[i] != 0 && shape.mNormals && vertex < shape.mNumVertices) {
+            const Vector target(shape.mNormals[vertex]);
+            normal += (holdsChanges_ ? target : target - rest) * weights_[i];
+        }
+    }
+    return normal;
+}
+
+// ---------------------------------------------------------------- morph channels
+
+std::vector<std::size_t> MorphChannels::ChannelsOf(const aiMesh& piece) {
+    std::map<std::string, std::size_t> seen;
+    std::vector<std::size_t> channels;
+    for (unsigned i = 0; i < piece.mNumAnimMeshes; ++i) {
+        const std::string name = TextOf(piece.mAnimMeshes[i]->mName);
+        const auto [found, isNew] = byName_.try_emplace({name, seen[name]++}, channels_.size());
+        if (isNew) {
+            channels_.push_back({name, {}});
+        }
+        channels.push_back(found->second);
+    }
+    return channels;
+}
+
+void MorphChannels::Add(std::size_t channel, const scene::Vec3& point,
+                        const std::vector<scene::Vec3>& rest) {
+    std::vector<scene::Vec3>& points = channels_[channel].points;
+    const auto known = static_cast<std::ptrdiff_t>(points.size());
+    points.insert(points.end(), rest.begin() + known, rest.end());
+    points.push_back(point);
+}
+
+std::vector<scene::MorphChannel> MorphChannels::Finish(const std::vector<scene::Vec3>& rest) {
+    std::set<std::string> used;
+    for (scene::MorphChannel& channel : channels_) {
+        const auto known = static_cast<std::ptrdiff_t>(channel.points.size());
+        channel.points.insert(channel.points.end(), rest.begin() + known, rest.end());
+        used.insert(channel.name);
+    }
+    std::size_t number = 0;
+    for (scene::MorphChannel& channel : channels_) {
+        ++number;
+        for (std::size_t i = number; channel.name.empty(); i += channels_.size()) {
+            std::string name = "Morph" + std::to_string(i);
+            if (used.insert(name).second) {
+                channel.name = std::move(name);
+            }
+        }
+    }
+    return std::move(channels_);
+}
+
+// ---------------------------------------------------------------- the vertices of a node
 
 struct NodeVertices::Piece {
     const aiMesh& mesh;

@@ -6,24 +6,21 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "host/assimp/import_warnings.h"
-#include "host/assimp/mesh/bones.h"
-#include "host/assimp/mesh/morph.h"
+#include "host/assimp/maths.h"
 #include "host/assimp/mesh/pose.h"
 #include "host/assimp/mesh/skin.h"
-#include "host/assimp/mesh/source_vertices.h"
 #include "host/assimp/tree/tree.h"
+#include "host/assimp/warnings.h"
+#include "host/scene/scene.h"
 
 namespace maxhost::import {
 
-// 0 for what is not finite as f32, which is counted.
-float FiniteFloat(double number, std::size_t& notFinite);
-
-// What the meshes of a scene are made with.
+// The scene and all that was found out about it, from which its meshes are made.
 struct MeshSource {
     const aiScene& scene;
     const SourceTree& tree;
@@ -31,6 +28,36 @@ struct MeshSource {
     const StartPose& pose;
     const BoneNodes& bones;
     ImportWarnings& warnings;
+};
+
+// The channels of a node's mesh. Pieces have one in common where their targets have one name; those
+// of one name within a piece are told apart by their order, so that targets without a name go by
+// their number.
+class MorphChannels {
+  public:
+    // The position of the channel of each target of the piece.
+    std::vector<std::size_t> ChannelsOf(const aiMesh& piece);
+
+    // Takes the next point of the channel. A channel's missing points are those of `rest`.
+    void Add(std::size_t channel, const scene::Vec3& point, const std::vector<scene::Vec3>& rest);
+
+    // All channels with as many points as `rest` has. Those without a name get one.
+    std::vector<scene::MorphChannel> Finish(const std::vector<scene::Vec3>& rest);
+
+    bool AreNone() const { return channels_.empty(); }
+
+  private:
+    std::vector<scene::MorphChannel> channels_;
+    std::map<std::pair<std::string, std::size_t>, std::size_t> byName_;
+};
+
+// All pieces' vertices, one piece behind the other, in the node's space.
+struct SourceVertices {
+    std::vector<scene::Vec3> positions;
+    // Of unit length; (0, 0, 0) where the source gives none. Empty where no piece has normals.
+    std::vector<scene::Vec3> normals;
+    VertexWeights weights;
+    std::vector<scene::MorphChannel> channels;  // each with a point for every vertex
 };
 
 // Keeps a reference to the source.
@@ -45,7 +72,7 @@ class NodeVertices {
     // for messages.
     void Append(const aiMesh& piece, const std::string& name, std::size_t& notFinite);
 
-    // What all pieces make; nothing can be appended any more.
+    // The vertices of all pieces; nothing can be appended any more.
     const SourceVertices& Finish();
 
     // The modifiers of a mesh of these of the vertices, top first: Skin where any vertex has a

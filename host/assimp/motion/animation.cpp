@@ -8,8 +8,8 @@
 #include <optional>
 #include <utility>
 
-#include "host/assimp/motion/animated_chain.h"
-#include "host/assimp/motion/euler_angles.h"
+#include "host/assimp/maths.h"
+#include "host/assimp/motion/curves.h"
 #include "host/assimp/motion/key_fit.h"
 #include "host/assimp/text.h"
 
@@ -31,7 +31,7 @@ class VectorMotion final : public Motion {
 
     Sample At(double time, const Vector&) const override { return {time, at_(time), {}}; }
     double Error(const Vector& value, const Sample& sample) const override {
-        return DistanceBetween(value, sample.value);
+        return (value - sample.value).Length();
     }
 
   private:
@@ -81,11 +81,7 @@ class SceneWriter {
     }
 
   private:
-    float Rounded(double number) {
-        const bool isFinite = std::abs(number) <= std::numeric_limits<float>::max();
-        notFinite_ += isFinite ? 0 : 1;
-        return isFinite ? static_cast<float>(number + 0.0) : 0;  // never -0
-    }
+    float Rounded(double number) { return FiniteFloat(number + 0.0, notFinite_); }  // never -0
 
     scene::Vec3 Rounded(const Vector& v) { return {Rounded(v.x), Rounded(v.y), Rounded(v.z)}; }
 
@@ -138,7 +134,7 @@ class TrackMaker {
     double Shear() const { return shear_; }
 
   private:
-    // What does not stray by this part of the tolerance does not move.
+    // A motion that strays by less than this part of the tolerance is none.
     static constexpr double kStill = 1e-3;
 
     double PoleAngle() const {
@@ -212,16 +208,6 @@ class TrackMaker {
 };
 
 // ---------------------------------------------------------------- the scene
-
-Matrix4 ColumnMatrix(const scene::Matrix& rows) {
-    Matrix4 m;
-    for (int i = 0; i < 4; ++i) {
-        for (int k = 0; k < 3; ++k) {
-            m[k][i] = rows[i][k];
-        }
-    }
-    return m;
-}
 
 const scene::Matrix& StartOf(const scene::Node& node) {
     return std::get<scene::MatrixTransform>(node.transform->kind).matrix;

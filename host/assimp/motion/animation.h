@@ -4,14 +4,14 @@
 #include <cstddef>
 #include <vector>
 
-#include "host/assimp/import_warnings.h"
-#include "host/assimp/motion/channels.h"
+#include "host/assimp/motion/curves.h"
 #include "host/assimp/tree/tree.h"
+#include "host/assimp/warnings.h"
 #include "host/scene/scene.h"
 
 namespace maxhost::import {
 
-// What stands around a node's own transform in the turned scene: its local matrix is
+// Two matrices around a node's own transform in the turned scene: its local matrix is
 // before * (the node's, turned) * after.
 struct NodeFrame {
     Matrix4 before, after;

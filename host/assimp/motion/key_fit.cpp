@@ -41,16 +41,6 @@ struct Slopes {
     Vector out, in;  // forward in time
 };
 
-Vector Between(const Vector& a, const Vector& b, double s) {
-    return a + (b - a) * s;
-}
-
-Vector Hermite(const Vector& a, const Vector& b, const Slopes& slopes, double duration, double s) {
-    const double v = 1 - s;
-    return (1 + 2 * s) * v * v * a + s * v * v * duration * slopes.out + s * s * (3 - 2 * s) * b -
-           s * s * v * duration * slopes.in;
-}
-
 class Fitter {
   public:
     Fitter(const Motion& motion, const FitRules& rules) : motion_(motion), rules_(rules) {}
@@ -295,7 +285,7 @@ class Fitter {
         const Point& to = span_[k];
         const double duration = to.tick - from.tick;
         return WorstError(i, k, [&](double t) {
-            return Hermite(from.sample.value, to.sample.value, slopes, duration,
+            return Hermite(from.sample.value, slopes.out, to.sample.value, slopes.in, duration,
                            (t - from.tick) / duration);
         });
     }
@@ -329,7 +319,7 @@ Vector ValueAt(const Curve<Vector>& curve, const Knot& knot, double tolerance) {
         return own;
     }
     const Vector there = curve.At(knot.tick);
-    return DistanceBetween(own, there) > kShareOfTolerance * tolerance ? there : own;
+    return (own - there).Length() > kShareOfTolerance * tolerance ? there : own;
 }
 
 Tangent TypeOf(Interpolation interpolation) {

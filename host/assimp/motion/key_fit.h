@@ -5,12 +5,12 @@
 #include <cstddef>
 #include <vector>
 
-#include "host/assimp/motion/animation_curves.h"
+#include "host/assimp/motion/curves.h"
 #include "host/scene/scene.h"
 
 namespace maxhost::import {
 
-// What a curve is fitted to. Times are ticks, not whole ones in general.
+// A motion that a curve is fitted to. Times are ticks, not whole ones in general.
 class Motion {
   public:
     struct Sample {

@@ -20,7 +20,7 @@
 #include <system_error>
 #include <utility>
 
-#include "host/assimp/assimp_import.h"
+#include "host/assimp/imported_scene.h"
 
 namespace maxhost::import {
 namespace {

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "host/assimp/assimp_import.h"
+#include "host/assimp/imported_scene.h"
 
 namespace maxhost::import {
 

@@ -13,8 +13,6 @@
 namespace maxhost::import {
 namespace {
 
-using Vector = aiVector3t<double>;
-
 class RoleFinder {
   public:
     RoleFinder(const SourceTree& tree, ImportWarnings& warnings)
@@ -24,9 +22,10 @@ class RoleFinder {
         }
     }
 
-    std::vector<Role> Find(const aiScene& scene, SourceFormat format, const BoneNodes& bones) {
+    std::vector<Role> Find(const aiScene& scene, SourceFormat format,
+                           const std::vector<bool>& isBone) {
         for (std::size_t i = 0; i < roles_.size(); ++i) {
-            roles_[i].isBone = bones.IsBone(i) || format == SourceFormat::bvh;
+            roles_[i].isBone = isBone[i] || format == SourceFormat::bvh;
         }
         for (unsigned i = 0; i < scene.mNumCameras; ++i) {
             Place(scene.mCameras[i], &Role::camera, "camera");
@@ -85,7 +84,7 @@ Vector UpAcross(const Vector& up, const Vector& look) {
     return result / result.Length();
 }
 
-// What looks along `look` from `position`, as a matrix that takes -z to it and y upwards.
+// The matrix of an object at `position` that looks along `look`: it takes -z to it and y upwards.
 Matrix4 LookingAlong(const Vector& look, const Vector& up, const Vector& position) {
     const Vector y = UpAcross(up, look);
     const Vector x = look ^ y;
@@ -116,7 +115,7 @@ View ViewOf(const Role& shown) {
     return view;
 }
 
-// What Assimp's cameras hold before a reader sets them.
+// Whether the camera holds the values that Assimp's cameras have before a reader sets them.
 bool IsUnset(const aiCamera& camera) {
     return camera.mLookAt == aiVector3D(0, 0, 1) && camera.mUp == aiVector3D(0, 1, 0);
 }
@@ -130,8 +129,8 @@ bool IsPlacedByNode(const SourceNode& node, SourceFormat format) {
 }  // namespace
 
 std::vector<Role> FindRoles(const aiScene& scene, const SourceTree& tree, SourceFormat format,
-                            const BoneNodes& bones, ImportWarnings& warnings) {
-    return RoleFinder(tree, warnings).Find(scene, format, bones);
+                            const std::vector<bool>& isBone, ImportWarnings& warnings) {
+    return RoleFinder(tree, warnings).Find(scene, format, isBone);
 }
 
 Role ShownBeside(const SourceNode& node, const Role& role) {

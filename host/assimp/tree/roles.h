@@ -1,5 +1,5 @@
-// What the nodes of an Assimp scene are besides meshes: bones, cameras, lights; and which way the
-// cameras and lights look.
+// The objects of an Assimp scene's nodes besides meshes: bones, cameras and lights; and the
+// directions that cameras and lights look in.
 #pragma once
 
 #include <assimp/camera.h>
@@ -7,9 +7,8 @@
 
 #include <vector>
 
-#include "host/assimp/import_warnings.h"
-#include "host/assimp/mesh/bones.h"
 #include "host/assimp/tree/tree.h"
+#include "host/assimp/warnings.h"
 
 namespace maxhost::import {
 
@@ -22,9 +21,9 @@ struct Role {
 };
 
 // Ties the cameras and lights of the scene, which Assimp names after their nodes, to the nodes of
-// the tree; one role for each, which says of a bone that it is one.
+// the tree; one role for each. `isBone` says of each node whether it is a bone of a mesh.
 std::vector<Role> FindRoles(const aiScene& scene, const SourceTree& tree, SourceFormat format,
-                            const BoneNodes& bones, ImportWarnings& warnings);
+                            const std::vector<bool>& isBone, ImportWarnings& warnings);
 
 // The camera or light that the node shows, with the other null; both null where it shows neither.
 Role ShownBeside(const SourceNode& node, const Role& role);

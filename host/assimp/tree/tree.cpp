@@ -14,7 +14,7 @@
 #include <unordered_set>
 #include <utility>
 
-#include "host/assimp/tree/gltf_roots.h"
+#include "host/assimp/tree/gltf.h"
 
 namespace maxhost::import {
 namespace {
@@ -29,8 +29,8 @@ constexpr std::string_view kPivotMarker = "_$AssimpFbx$_";
 constexpr std::string_view kGeometric = "Geometric";
 constexpr std::string_view kInverse = "Inverse";
 
-// What one of the nodes says into which Assimp's FBX importer splits a node with pivots:
-// "Box_$AssimpFbx$_RotationPivot". Empty: no such node.
+// Assimp's FBX importer splits a node with pivots into several, one a step:
+// "Box_$AssimpFbx$_RotationPivot". The name of the step; empty for any other node.
 std::string_view PivotStep(const aiNode& node) {
     const std::string_view name = NameOf(node);
     const std::size_t marker = name.rfind(kPivotMarker);
@@ -252,32 +252,6 @@ bool IsImportersName(std::string_view name, const std::string& path) {
            std::find(std::begin(kKnown), std::end(kKnown), name) != std::end(kKnown);
 }
 
-scene::Matrix RowMatrix(const Matrix4& m, std::size_t& notFinite) {
-    scene::Matrix rows;
-    for (int i = 0; i < 4; ++i) {
-        for (int k = 0; k < 3; ++k) {
-            const double number = m[k][i] + 0.0;  // never -0
-            const bool isFinite = std::abs(number) <= std::numeric_limits<float>::max();
-            rows[i][k] = isFinite ? static_cast<float>(number) : 0;
-            notFinite += isFinite ? 0 : 1;
-        }
-    }
-    return rows;
-}
-
-Matrix4 FiniteMatrix(const aiMatrix4x4& source, std::size_t& notFinite) {
-    Matrix4 matrix(source);
-    for (int row = 0; row < 4; ++row) {
-        for (int column = 0; column < 4; ++column) {
-            if (!std::isfinite(matrix[row][column])) {
-                matrix[row][column] = 0;
-                ++notFinite;
-            }
-        }
-    }
-    return matrix;
-}
-
 SourceFormat FormatOf(const aiScene& scene) {
     static constexpr std::pair<std::string_view, SourceFormat> kFormats[] = {
         {"Autodesk FBX Importer", SourceFormat::fbx},
@@ -298,44 +272,6 @@ SourceFormat FormatOf(const aiScene& scene) {
         }
     }
     return SourceFormat::other;
-}
-
-scene::Vec3 AxisTurn::Apply(const scene::Vec3& v) const {
-    scene::Vec3 turned;
-    for (int i = 0; i < 3; ++i) {
-        turned[i] = static_cast<float>(sign[i]) * v[from[i]] + 0.0f;  // never -0
-    }
-    return turned;
-}
-
-Matrix4 AxisTurn::Turn(const Matrix4& m) const {
-    Matrix4 turned;
-    for (int row = 0; row < 3; ++row) {
-        for (int column = 0; column < 4; ++column) {
-            turned[row][column] = sign[row] * m[from[row]][column] + 0.0;
-        }
-    }
-    return turned;
-}
-
-Matrix4 AxisTurn::Conjugate(const Matrix4& m) const {
-    Matrix4 turned;
-    for (int row = 0; row < 3; ++row) {
-        for (int column = 0; column < 3; ++column) {
-            turned[row][column] = sign[row] * sign[column] * m[from[row]][from[column]] + 0.0;
-        }
-        turned[row][3] = sign[row] * m[from[row]][3] + 0.0;
-    }
-    return turned;
-}
-
-AxisTurn AxisTurn::After(const AxisTurn& first) const {
-    AxisTurn both;
-    for (int i = 0; i < 3; ++i) {
-        both.from[i] = first.from[from[i]];
-        both.sign[i] = sign[i] * first.sign[from[i]];
-    }
-    return both;
 }
 
 AxisTurn FbxTurn(const aiMetadata* settings) {

@@ -3,57 +3,31 @@
 // as its parent another child of the node that holds both, one before it, is that one's child.
 #pragma once
 
-#include <assimp/matrix4x4.h>
 #include <assimp/scene.h>
 
-#include <array>
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "host/assimp/maths.h"
 #include "host/scene/scene.h"
 
 namespace maxhost::import {
-
-// Column vectors, as Assimp's own, in double so that folding a chain of nodes costs no precision.
-using Matrix4 = aiMatrix4x4t<double>;
-
-// With 0 for what is not finite, which is counted.
-Matrix4 FiniteMatrix(const aiMatrix4x4& source, std::size_t& notFinite);
 
 // Whether importers give such a name to roots of their own, or it stands for the whole file in its
 // format. Some importers name the root after the file, whose path is `path`.
 bool IsImportersName(std::string_view name, const std::string& path);
 
-// What needs different treatment by format.
+// The formats that need a treatment of their own.
 enum class SourceFormat { fbx, collada, gltf, ase, threeDs, bvh, openGex, other };
 
 SourceFormat FormatOf(const aiScene& scene);
 
-// A rotation that takes each axis to an axis: component i of the result is sign[i] times component
-// from[i] of the source. Exact: nothing is rounded.
-struct AxisTurn {
-    std::array<int, 3> from{0, 1, 2};
-    std::array<int, 3> sign{1, 1, 1};
-
-    scene::Vec3 Apply(const scene::Vec3& v) const;
-    Matrix4 Turn(const Matrix4& m) const;       // turn * m
-    Matrix4 Conjugate(const Matrix4& m) const;  // turn * m * inverse turn
-    AxisTurn After(const AxisTurn& first) const;
-};
-
-// From y up, x right, z to the viewer to z up, x right, y away from the viewer.
-constexpr AxisTurn kYUpToZUp{{0, 2, 1}, {1, -1, 1}};
-
 // The turn from an FBX file's axes (its global settings, which may be absent or senseless) to
 // z up. FBX is y up by default; the handedness is never changed.
 AxisTurn FbxTurn(const aiMetadata* settings);
-
-// Rows for row vectors from columns for column vectors; what is not finite as f32 becomes 0 and is
-// counted.
-scene::Matrix RowMatrix(const Matrix4& m, std::size_t& notFinite);
 
 struct SourceNode {
     // A node of Assimp's with its matrix, of which each animation may have another; null: of none.

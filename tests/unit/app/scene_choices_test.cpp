@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "host/app/exit_status.h"
-#include "host/assimp/motion/animation_choice.h"
+#include "host/assimp/import.h"
 #include "tests/unit/app/support.h"
 
 namespace maxhost::app {

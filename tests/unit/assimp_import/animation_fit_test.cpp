@@ -3,9 +3,8 @@
 
 #include <cmath>
 
-#include "host/assimp/motion/animated_chain.h"
-#include "host/assimp/motion/animation_curves.h"
-#include "host/assimp/motion/euler_angles.h"
+#include "host/assimp/maths.h"
+#include "host/assimp/motion/curves.h"
 #include "host/assimp/motion/key_fit.h"
 
 using namespace maxhost::import;
@@ -85,7 +84,7 @@ TEST(EulerAngles, ShareTheTurnAtAPole) {
 
 TEST(QuaternionCurves, GoTheShorterWayAtAnEvenPace) {
     const Quaternion start(Vector(0, 0, 1), 0.2), end(Vector(0, 0, 1), 1.4);
-    const Quaternion third = Slerp(start, -1.0 * end, 1.0 / 3);
+    const Quaternion third = Between(start, -1.0 * end, 1.0 / 3);
     EXPECT_NEAR(AngleBetween(start, third), 0.4, 1e-12);
     EXPECT_NEAR(AngleBetween(third, end), 0.8, 1e-12);
 }

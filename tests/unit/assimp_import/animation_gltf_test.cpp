@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "host/assimp/assimp_import.h"
+#include "host/assimp/import.h"
 #include "host/scene/check.h"
 #include "tests/unit/assimp_import/moving_node.h"
 #include "tests/unit/assimp_import/source_scene.h"

@@ -6,7 +6,7 @@
 #include <limits>
 #include <sstream>
 
-#include "host/assimp/scene.h"
+#include "host/assimp/import.h"
 #include "host/scene/check.h"
 #include "host/scene/scale.h"
 #include "host/scene_file/scene_description.h"

@@ -5,7 +5,7 @@
 #include <assimp/Importer.hpp>
 #include <filesystem>
 
-#include "host/assimp/scene.h"
+#include "host/assimp/import.h"
 #include "host/scene/check.h"
 #include "tests/unit/assimp_import/moving_node.h"
 #include "tests/unit/assimp_import/posed_scene.h"

@@ -6,7 +6,7 @@
 #include <fstream>
 #include <random>
 
-#include "host/assimp/assimp_import.h"
+#include "host/assimp/import.h"
 #include "host/scene/check.h"
 #include "tests/unit/assimp_import/source_scene.h"
 #include "tests/unit/assimp_import/temporary_files.h"

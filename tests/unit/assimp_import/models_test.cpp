@@ -10,7 +10,7 @@
 #include <filesystem>
 #include <map>
 
-#include "host/assimp/scene.h"
+#include "host/assimp/import.h"
 #include "host/assimp/tree/tree.h"
 #include "host/scene/check.h"
 #include "tests/unit/assimp_import/shown_normals.h"

@@ -7,7 +7,7 @@
 
 #include "host/assimp/mesh/mesh.h"
 #include "host/assimp/mesh/pose.h"
-#include "host/assimp/motion/channels.h"
+#include "host/assimp/motion/clips.h"
 #include "host/scene/scale.h"
 #include "tests/unit/assimp_import/shown_normals.h"
 #include "tests/unit/assimp_import/source_scene.h"

@@ -6,10 +6,9 @@
 #include <cmath>
 #include <limits>
 
-#include "host/assimp/mesh/bones.h"
 #include "host/assimp/mesh/pose.h"
-#include "host/assimp/motion/channels.h"
-#include "host/assimp/motion/time.h"
+#include "host/assimp/mesh/skin.h"
+#include "host/assimp/motion/clips.h"
 #include "host/assimp/tree/roles.h"
 #include "host/sdk/host.h"
 #include "tests/unit/assimp_import/source_motion.h"
@@ -93,7 +92,7 @@ PoseError WorstPose(const aiScene& source, const std::string& path, std::size_t 
     const maxhost::import::StartPose pose(tree, format, maxhost::import::LocalsAtStart(tree, {}),
                                           nullptr);
     const maxhost::import::BoneNodes bones(source, tree, pose, ignored);
-    const auto roles = maxhost::import::FindRoles(source, tree, format, bones, ignored);
+    const auto roles = maxhost::import::FindRoles(source, tree, format, bones.AreBones(), ignored);
     const aiAnimation& animation = *source.mAnimations[clip];
     const SourceMotion motion(source, clip);
     const maxhost::scene::Time& time = imported.scene.time;

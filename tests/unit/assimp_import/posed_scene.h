@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "host/assimp/assimp_import.h"
+#include "host/assimp/import.h"
 #include "host/assimp/tree/tree.h"
 
 // Of a node's pose in the world.

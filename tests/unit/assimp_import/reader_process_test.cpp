@@ -12,7 +12,7 @@
 #include <new>
 #include <stdexcept>
 
-#include "host/assimp/assimp_import.h"
+#include "host/assimp/import.h"
 
 using maxhost::import::ImportError;
 using maxhost::import::LimitsFor;

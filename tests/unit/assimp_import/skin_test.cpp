@@ -5,8 +5,8 @@
 #include <limits>
 #include <sstream>
 
+#include "host/assimp/import.h"
 #include "host/assimp/process/scene_blob.h"
-#include "host/assimp/scene.h"
 #include "host/scene_file/scene_description.h"
 #include "tests/unit/assimp_import/moving_node.h"
 #include "tests/unit/assimp_import/shown_normals.h"

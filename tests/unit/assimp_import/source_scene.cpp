@@ -7,7 +7,7 @@
 #include <utility>
 #include <variant>
 
-#include "host/assimp/scene.h"
+#include "host/assimp/import.h"
 #include "host/sdk/host.h"
 
 namespace {

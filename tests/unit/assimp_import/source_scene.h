@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "host/assimp/assimp_import.h"
+#include "host/assimp/import.h"
 
 constexpr char kFbx[] = "Autodesk FBX Importer";
 constexpr char kCollada[] = "Collada Importer";

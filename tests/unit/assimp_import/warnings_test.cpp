@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "host/assimp/import_warnings.h"
+#include "host/assimp/warnings.h"
 #include "host/scene/check.h"
 #include "tests/unit/assimp_import/source_scene.h"
 #include "tests/unit/assimp_import/temporary_files.h"

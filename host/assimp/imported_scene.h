@@ -1,4 +1,4 @@
-// Scene files of the formats that Assimp reads (FBX, Collada, 3DS, ASE, glTF, BVH, ...).
+// A scene as an import hands it over, and the choices that it is made by.
 #pragma once
 
 #include <cstddef>
@@ -23,7 +23,7 @@ struct AnimationClip {
     int channels = 0;  // animated nodes, meshes and morphs together
 };
 
-// What of a file is imported, where it leaves a choice.
+// Choices between the things that a file offers.
 struct ImportChoices {
     // The name or number of the animation, as FindAnimation() reads it; the first where there is no
     // such one, or none is chosen.
@@ -41,12 +41,5 @@ struct ImportedScene {
     std::vector<AnimationClip> animations;
     std::size_t coloredMeshes = 0;
 };
-
-// Reads the file at `path`; throws ImportError.
-ImportedScene ImportWithAssimp(const std::string& path, const ImportChoices& choices = {});
-
-// Whether Assimp has a reader for the file's extension. It finds some formats by their content
-// alone, so an import may succeed where this says no.
-bool AssimpKnows(const std::string& path);
 
 }  // namespace maxhost::import

@@ -1,4 +1,4 @@
-#include "host/assimp/tree/gltf_file.h"
+#include "host/assimp/tree/gltf.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -7,6 +7,8 @@
 #include <iterator>
 #include <string_view>
 #include <system_error>
+#include <unordered_set>
+#include <utility>
 
 namespace maxhost::import {
 namespace {
@@ -347,6 +349,92 @@ std::optional<std::vector<double>> GltfFile::Numbers(const json& index, std::siz
     }
     const bool isGood = !numbers.empty() && ApplySparse(*accessor, components, numbers);
     return isGood ? std::optional(std::move(numbers)) : std::nullopt;
+}
+
+// ---------------------------------------------------------------- nodes
+
+namespace {
+
+std::size_t CountNodesBelow(const json& nodes, const json& roots) {
+    std::unordered_set<const json*> known;
+    std::vector<const json*> lists{&roots};
+    while (!lists.empty()) {
+        const json& list = *lists.back();
+        lists.pop_back();
+        if (!list.is_array()) {
+            continue;
+        }
+        for (const json& reference : list) {
+            const json* const node = ItemAt(nodes, reference);
+            if (node && known.insert(node).second && node->is_object()) {
+                const auto children = node->find("children");
+                if (children != node->end()) {
+                    lists.push_back(&*children);
+                }
+            }
+        }
+    }
+    return known.size();
+}
+
+}  // namespace
+
+std::optional<GltfSceneFacts> ReadGltfSceneFacts(const std::string& path) {
+    const auto file = GltfFile::Read(path);
+    if (!file) {
+        return std::nullopt;
+    }
+    const json* const shown = file->ShownScene();
+    if (!shown || !shown->is_object()) {
+        return std::nullopt;
+    }
+    GltfSceneFacts facts;
+    const json none = json::array();
+    const auto found = shown->find("nodes");
+    const json& roots = found != shown->end() && found->is_array() ? *found : none;
+    facts.roots = roots.size();
+    const json* const nodes = Member(file->Document(), "nodes");
+    if (nodes && nodes->is_structured()) {
+        facts.nodesOutside = nodes->size() - CountNodesBelow(*nodes, roots);
+    }
+    return facts;
+}
+
+std::map<std::size_t, const aiNode*> MatchGltfNodes(const GltfFile& file, const aiScene& scene) {
+    const json none = json::array();
+    const auto listOf = [&none](const json* holder, const char* name) {
+        const json* const list = holder ? Member(*holder, name) : nullptr;
+        return list && list->is_array() ? list : &none;
+    };
+    const json* const nodes = Member(file.Document(), "nodes");
+    const json* const roots = listOf(file.ShownScene(), "nodes");
+    std::map<std::size_t, const aiNode*> matches;
+    std::vector<std::pair<const json*, const aiNode*>> waiting;  // a node's number, and the node
+    const auto match = [&waiting](const json& numbers, const aiNode& parent) {
+        for (std::size_t i = 0; i < numbers.size(); ++i) {
+            waiting.emplace_back(&numbers[i], parent.mChildren[i]);
+        }
+    };
+    if (!nodes || !scene.mRootNode) {
+        return {};
+    }
+    if (roots->size() == 1) {
+        waiting.emplace_back(&roots->front(), scene.mRootNode);
+    } else if (roots->size() == scene.mRootNode->mNumChildren) {
+        match(*roots, *scene.mRootNode);
+    }
+    while (!waiting.empty()) {
+        const auto [number, imported] = waiting.back();
+        waiting.pop_back();
+        const json* const node = ItemAt(*nodes, *number);
+        const json* const children = listOf(node, "children");
+        if (!node || !imported || children->size() != imported->mNumChildren) {
+            return {};
+        }
+        matches.emplace(number->get<std::size_t>(), imported);
+        match(*children, *imported);
+    }
+    return matches;
 }
 
 }  // namespace maxhost::import

@@ -1,15 +1,18 @@
-// Clips, frame rate and animation range of an Assimp scene.
+// The clips of an Assimp scene: their lengths, the frame rate and animation range that they ask
+// for, and the channels of one.
 #pragma once
 
 #include <assimp/scene.h>
 
+#include <cstddef>
 #include <optional>
+#include <string>
 #include <vector>
 
-#include "host/assimp/assimp_import.h"
-#include "host/assimp/import_warnings.h"
+#include "host/assimp/imported_scene.h"
+#include "host/assimp/motion/curves.h"
 #include "host/assimp/tree/tree.h"
-#include "host/scene/scene.h"
+#include "host/assimp/warnings.h"
 
 namespace maxhost::import {
 
@@ -24,5 +27,12 @@ std::vector<AnimationClip> ClipsOf(const aiScene& scene, SourceFormat format,
 // null, in the ticks of that rate: a second has frame rate times ticks per frame of them.
 scene::Time TimeOf(const aiScene& source, SourceFormat format, const AnimationClip* clip,
                    std::optional<int> chosenRate, ImportWarnings& warnings);
+
+// The channels of clip `clip`, with `ticksPerSecond` ticks a second: of a glTF file as the file
+// itself has them (Assimp drops their interpolation), else Assimp's, whose keys are joined by
+// straight lines and great arcs. `path` is the file's. Left out, with a warning, are keys that are
+// not finite or beyond the range of times, channels of no node, and what moves no node.
+Channels ReadChannels(const aiScene& scene, std::size_t clip, SourceFormat format,
+                      const std::string& path, double ticksPerSecond, ImportWarnings& warnings);
 
 }  // namespace maxhost::import

@@ -1,5 +1,7 @@
-// A glTF file (.gltf or .glb) as its JSON and its buffers, for what Assimp does not tell of it.
+// A glTF file (.gltf or .glb) as its JSON and its buffers, for the facts that Assimp drops.
 #pragma once
+
+#include <assimp/scene.h>
 
 #include <cstddef>
 #include <filesystem>
@@ -49,5 +51,20 @@ const nlohmann::json* ItemAt(const nlohmann::json& list, const nlohmann::json& r
 
 // The member of that name; null where `object` has none or is no object.
 const nlohmann::json* Member(const nlohmann::json& object, const char* name);
+
+// ---------------------------------------------------------------- nodes
+
+struct GltfSceneFacts {
+    std::size_t roots = 0;         // root nodes of the scene that the file shows
+    std::size_t nodesOutside = 0;  // nodes of the file that stand in other scenes or in none
+};
+
+// Looks into a glTF 1 or 2 file (.gltf or .glb); none where it cannot be read as such or shows no
+// scene.
+std::optional<GltfSceneFacts> ReadGltfSceneFacts(const std::string& path);
+
+// The nodes of Assimp's tree by the number of the file's node that each stands for: names do not
+// tell them apart. Empty where the two trees do not agree.
+std::map<std::size_t, const aiNode*> MatchGltfNodes(const GltfFile& file, const aiScene& scene);
 
 }  // namespace maxhost::import

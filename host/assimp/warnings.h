@@ -1,4 +1,5 @@
-// What an import changed or left out, gathered so that a thousand like cases make a few lines.
+// Warnings of what an import changed or left out, gathered so that a thousand like cases make a few
+// lines.
 #pragma once
 
 #include <cstddef>

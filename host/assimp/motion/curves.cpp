@@ -1,4 +1,4 @@
-#include "host/assimp/motion/animated_chain.h"
+#include "host/assimp/motion/curves.h"
 
 #include <algorithm>
 #include <array>
@@ -9,80 +9,17 @@
 namespace maxhost::import {
 namespace {
 
-using Matrix3 = aiMatrix3x3t<double>;
-
-// What float matrices of rotations are off by.
+// Matrices of rotations in float are off by as much.
 constexpr double kFloatNoise = 1e-5;
 
 constexpr double kStillRotation = 1e-6;
 constexpr double kStillScale = 1e-6;
 
-// ---------------------------------------------------------------- matrices
-
-Vector Column(const Matrix4& m, int column) {
-    return {m[0][column], m[1][column], m[2][column]};
+template <typename T>
+T HermiteOf(const CurveKey<T>& from, const CurveKey<T>& to, double s) {
+    return OnCurve(
+        Hermite(from.value, from.outSlope, to.value, to.inSlope, to.time - from.time, s));
 }
-
-Vector PositionOf(const Matrix4& m) {
-    return Column(m, 3);
-}
-
-using Columns = std::array<Vector, 3>;
-
-Matrix3 MatrixOf(const Columns& c) {
-    return {c[0].x, c[1].x, c[2].x, c[0].y, c[1].y, c[2].y, c[0].z, c[1].z, c[2].z};
-}
-
-Columns ColumnsOf(const Matrix3& m) {
-    return {Vector(m.a1, m.b1, m.c1), Vector(m.a2, m.b2, m.c2), Vector(m.a3, m.b3, m.c3)};
-}
-
-// How far from right angles the unit vectors are.
-double Skew(const Columns& unit) {
-    return std::max(
-        {std::abs(unit[0] * unit[1]), std::abs(unit[1] * unit[2]), std::abs(unit[2] * unit[0])});
-}
-
-// The rotation nearest to a matrix with a positive determinant: the orthogonal factor of its polar
-// decomposition, by Newton's iteration (Higham 1986).
-Matrix3 NearestRotation(Matrix3 m) {
-    constexpr int kSteps = 30;
-    constexpr double kDone = 1e-14;
-    for (int i = 0; i < kSteps; ++i) {
-        Matrix3 inverse = m;
-        inverse.Inverse().Transpose();
-        double change = 0;
-        for (unsigned row = 0; row < 3; ++row) {
-            for (unsigned column = 0; column < 3; ++column) {
-                const double next = (m[row][column] + inverse[row][column]) / 2;
-                change = std::max(change, std::abs(next - m[row][column]));
-                m[row][column] = next;
-            }
-        }
-        if (!(change > kDone)) {
-            break;
-        }
-    }
-    return m;
-}
-
-// Rotation and scale whose product lies nearest to the columns (least squares), by turns the one
-// for the other.
-void FitSheared(const Columns& columns, const Columns& unit, Pose& pose) {
-    constexpr int kSteps = 12;
-    Columns weighted = unit;
-    for (int i = 0; i < kSteps; ++i) {
-        const Matrix3 rotation = NearestRotation(MatrixOf(weighted));
-        const Columns axes = ColumnsOf(rotation);
-        pose.rotation = Unit(Quaternion(rotation));
-        for (unsigned k = 0; k < 3; ++k) {
-            pose.scale[k] = columns[k] * axes[k];
-            weighted[k] = columns[k] * pose.scale[k];
-        }
-    }
-}
-
-// ---------------------------------------------------------------- curves
 
 template <typename T, typename Map>
 void MapKeys(Curve<T>& curve, const Map& map) {
@@ -159,38 +96,63 @@ double GreatestFactor(const Matrix4& m) {
 
 }  // namespace
 
-Pose PoseOf(const Matrix4& matrix, const Quaternion* reference) {
-    constexpr double kRightAngles = 1e-9;
-    constexpr double kFlat = 1e-6;
-    const Quaternion rest = reference ? *reference : Quaternion();
-    const Columns axes = ColumnsOf(rest.GetMatrix());
-    Columns columns, unit;
-    Pose pose;
-    pose.position = PositionOf(matrix);
-    for (int k = 0; k < 3; ++k) {
-        columns[k] = Column(matrix, k);
-        const double length = columns[k].Length();
-        pose.scale[k] = reference && columns[k] * axes[k] < 0 ? -length : length;
-        unit[k] = length > 0 ? columns[k] / pose.scale[k] : axes[k];
+// ---------------------------------------------------------------- curves
+
+template <typename T>
+T Curve<T>::At(double time) const {
+    const auto after =
+        std::upper_bound(keys.begin(), keys.end(), time,
+                         [](double t, const CurveKey<T>& key) { return t < key.time; });
+    if (after == keys.begin() || after == keys.end()) {
+        return OnCurve((after == keys.begin() ? keys.front() : keys.back()).value);
     }
-    double volume = MatrixOf(unit).Determinant();
-    if (volume < 0) {
-        for (unsigned k = 0; k < 3; ++k) {
-            pose.scale[k] = -pose.scale[k];
-            unit[k] = unit[k] * -1.0;
-        }
-        volume = -volume;
+    const CurveKey<T>& from = *(after - 1);
+    const double s = (time - from.time) / (after->time - from.time);
+    switch (interpolation) {
+        case Interpolation::step:
+            return OnCurve(from.value);
+        case Interpolation::cubic:
+            return HermiteOf(from, *after, s);
+        default:
+            return Between(from.value, after->value, s);
     }
-    pose.shear = Skew(unit);
-    if (pose.shear <= kRightAngles) {
-        pose.rotation = Unit(Quaternion(MatrixOf(unit)));
-    } else if (volume > kFlat) {
-        FitSheared(columns, unit, pose);
-    } else {
-        pose.rotation = rest;
-    }
-    return pose;
 }
+
+template <typename T>
+bool Curve<T>::IsConstant(double tolerance) const {
+    const T& first = keys.front().value;
+    for (std::size_t i = 1; i < keys.size(); ++i) {
+        const CurveKey<T>& key = keys[i];
+        const CurveKey<T>& before = keys[i - 1];
+        // A rotation's two quaternions are one rotation on an arc, but not on a cubic curve.
+        const bool isOpposite = interpolation != Interpolation::cubic &&
+                                LengthOf(key.value + -1.0 * first) > LengthOf(key.value + first);
+        const double change = LengthOf(key.value + (isOpposite ? 1.0 : -1.0) * first);
+        const double bulge =
+            (key.time - before.time) * std::max(LengthOf(before.outSlope), LengthOf(key.inSlope));
+        if (change > tolerance || (interpolation == Interpolation::cubic && bulge > tolerance)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+template struct Curve<Vector>;
+template struct Curve<Quaternion>;
+
+Channel Channel::Still(const Vector& position, const Quaternion& rotation, const Vector& scale) {
+    return {{{{0, position, {}, {}}}}, {{{0, rotation, {}, {}}}}, {{{0, scale, {}, {}}}}};
+}
+
+Matrix4 Channel::At(double time) const {
+    const Matrix3 m = rotation.At(time).GetMatrix();
+    const Vector p = position.At(time);
+    const Vector s = scale.At(time);
+    return {m.a1 * s.x, m.a2 * s.y, m.a3 * s.z, p.x, m.b1 * s.x, m.b2 * s.y, m.b3 * s.z, p.y,
+            m.c1 * s.x, m.c2 * s.y, m.c3 * s.z, p.z, 0,          0,          0,          1};
+}
+
+// ---------------------------------------------------------------- chains
 
 void AnimatedChain::Append(const Matrix4& fixed) {
     fixed_.back() = fixed_.back() * fixed;
@@ -330,6 +292,29 @@ Channel Turned(const Channel& channel, const AxisTurn& turn) {
         key = {key.time, swapped(key.value), swapped(key.inSlope), swapped(key.outSlope)};
     });
     return result;
+}
+
+void AppendLocal(AnimatedChain& chain, const SourceNode& node, const Channels& channels,
+                 const AxisTurn& turn, double stillness) {
+    for (const SourceNode::Link& link : node.links) {
+        const auto channel = channels.find(link.node);
+        if (channel == channels.end()) {
+            chain.Append(turn.Conjugate(link.matrix));
+        } else {
+            chain.Append(Turned(channel->second, turn), stillness);
+        }
+    }
+}
+
+std::vector<Matrix4> LocalsAtStart(const SourceTree& tree, const Channels& channels) {
+    std::vector<Matrix4> locals;
+    locals.reserve(tree.nodes.size());
+    for (const SourceNode& node : tree.nodes) {
+        AnimatedChain chain;
+        AppendLocal(chain, node, channels, AxisTurn(), 0);
+        locals.push_back(chain.At(0));
+    }
+    return locals;
 }
 
 }  // namespace maxhost::import

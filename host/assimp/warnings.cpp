@@ -1,4 +1,4 @@
-#include "host/assimp/import_warnings.h"
+#include "host/assimp/warnings.h"
 
 #include <algorithm>
 
