@@ -89,7 +89,9 @@ class Array {
 
     // Gives the storage back.
     void Clear() {
-        GetMemoryManager().Free(elements);
+        if (elements != NULL) {
+            GetMemoryManager().Free(elements);
+        }
         elements = NULL;
         count = 0;
         capacity = 0;

@@ -4,9 +4,12 @@
 
 #include <stdio.h>
 
-#include "core/file.h"
+#include "core/stream.h"
 
 namespace Plinth {
+
+// The place of files in the class tree of streams.
+class File : public Stream {};
 
 enum FileMode {
     kFileRead = 1,         // "r"

@@ -72,7 +72,10 @@ String::String(const char* first, Int32 firstCount, const char* second, Int32 se
 }
 
 String::~String() {
-    GetMemoryManager().Free(data);
+    // Without storage, the first use of the memory manager might throw.
+    if (data != NULL) {
+        GetMemoryManager().Free(data);
+    }
 }
 
 void String::Resize(Int32 newLength, Int32 extra) {

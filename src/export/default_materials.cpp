@@ -2,7 +2,7 @@
 
 #include <stdmat.h>
 
-#include "core/string.h"
+#include "core/format.h"
 
 DefaultMaterials::DefaultMaterials() {
 }
@@ -16,12 +16,13 @@ Mtl* DefaultMaterials::Get(INode* node) {
     if (known != NULL) {
         return known;
     }
+    char name[32];
+    Plinth::FormatInto(name, sizeof(name), "Wire Color %d", materials.Count() + 1);
+    materials.MakeRoom();
     StdMat* material = NewDefaultStdMat();
-    material->SetDiffuse(Color(node->GetWireColor()), 0);
-    Plinth::String name;
-    name.Format("Wire Color %d", materials.Count() + 1);
-    material->SetName(CStr(name.Data()));
     materials.Add(material);
+    material->SetDiffuse(Color(node->GetWireColor()), 0);
+    material->SetName(CStr(name));
     nodes.Add(node);
     return material;
 }

@@ -2,6 +2,8 @@
 #include <math.h>
 #include <string.h>
 
+#include <new>
+
 #include <max.h>
 
 #include <iparamb2.h>
@@ -112,7 +114,11 @@ void Classify(KTANode& record, INode* node) {
 bool IsTaggedCollisionMesh(INode* node) {
     CStr properties;
     node->GetUserPropBuffer(properties);
-    return Plinth::String(properties.data()).Lowered().Find("collisionmesh") >= 0;
+    const Plinth::String lowered = Plinth::String(properties.data()).Lowered();
+    if (lowered.Data() == NULL && properties.data() != NULL) {
+        throw std::bad_alloc();
+    }
+    return lowered.Find("collisionmesh") >= 0;
 }
 
 }  // namespace

@@ -5,10 +5,15 @@
 
 #include "resources/resource.h"
 
+// Of the calls here only that of 3ds Max can throw.
 INT_PTR CALLBACK AboutDialogProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
     switch (message) {
         case WM_INITDIALOG:
-            CenterWindow(dialog, GetParent(dialog));
+            try {
+                CenterWindow(dialog, GetParent(dialog));
+            } catch (...) {
+                EndDialog(dialog, 1);
+            }
             return TRUE;
         case WM_COMMAND:
             if (LOWORD(wParam) == IDC_BACK) {

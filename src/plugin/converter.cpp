@@ -1,8 +1,7 @@
 #include "plugin/converter.h"
 
 #include "core/copy_name.h"
-#include "core/path.h"
-#include "core/string.h"
+#include "plugin/module.h"
 
 Converter g_converter;
 
@@ -10,15 +9,13 @@ namespace {
 
 HMODULE LoadConverter(Interface* ip) {
     for (int i = 0; i < ip->GetPlugInEntryCount(); ++i) {
-        const Plinth::String directory(ip->GetPlugInDir(i));
-        const Plinth::String path =
-            directory + Plinth::String(PLINTH_PATH_SEPARATOR "haldenexport.dll");
-        if (path.Length() >= MAX_PATH) {
+        char path[MAX_PATH];
+        if (!JoinPath(path, ip->GetPlugInDir(i), PATH_SEPARATOR "haldenexport.dll")) {
             continue;
         }
-        const HMODULE library = LoadLibraryA(path.Data());
+        const HMODULE library = LoadLibraryA(path);
         if (library != NULL) {
-            Plinth::CopyName(g_converter.directory, MAX_PATH, directory.Data());
+            Plinth::CopyName(g_converter.directory, MAX_PATH, ip->GetPlugInDir(i));
             return library;
         }
     }

@@ -3,8 +3,9 @@
 #include <maxapi.h>
 #include <string.h>
 
+#include <new>
+
 #include "core/holder.h"
-#include "core/string.h"
 #include "plugin/converter.h"
 #include "plugin/kta_exp.h"
 #include "plugin/module.h"
@@ -23,6 +24,21 @@ enum { kActorPass = 0, kMotionPass = 1 };
 DWORD WINAPI ProgressCallback(LPVOID) {
     return 0;
 }
+
+// 3ds Max's progress bar, shown while it lives.
+class ProgressBar {
+  public:
+    explicit ProgressBar(Interface* shownBy) : ip(shownBy) {
+        ip->ProgressStart(GetString(IDS_PROGRESS), TRUE, ProgressCallback, NULL);
+    }
+    ~ProgressBar() { ip->ProgressEnd(); }
+
+  private:
+    ProgressBar(const ProgressBar&);
+    ProgressBar& operator=(const ProgressBar&);
+
+    Interface* ip;
+};
 
 // Adds to `tops` the node that is reached from a selected one by climbing while the parent is
 // selected. Nodes on the way are remembered in `known` with the position of what was found, so that
@@ -51,11 +67,33 @@ void AddTopmostSelected(INode* node, Plinth::PointerList<INode>& tops,
 }  // namespace
 
 int KTAExp::DoExport(const MCHAR* name, ExpInterface*, Interface* i, BOOL, DWORD options) {
-    logCallback = Plinth::GetLogManager().AddLogFileCallback("KTAExporter.log");
     ip = i;
+    try {
+        return RunExport(name, options == SCENE_EXPORT_SELECTED);
+    } catch (const std::bad_alloc&) {
+        GiveUp(outOfMemoryLine);
+    } catch (...) {
+        GiveUp("*** Unexpected exception: the export is given up ***");
+    }
+    return IMPEXP_FAIL;
+}
+
+void KTAExp::GiveUp(const Plinth::String& line) {
+    file = NULL;
+    ResetExportState();
+    pendingWires.Clear();
+    try {
+        Plinth::GetLogManager().LogMessage(line);
+    } catch (...) {
+        // There is no log then.
+    }
+}
+
+int KTAExp::RunExport(const char* name, bool selectedOnly) {
+    logCallback = Plinth::GetLogManager().AddLogFileCallback("KTAExporter.log");
 
     NodeList roots;
-    GatherRoots(options == SCENE_EXPORT_SELECTED, roots);
+    GatherRoots(selectedOnly, roots);
     if (!CheckSkinModifierOrder(roots)) {
         MessageBoxA(ip->GetMAXHWnd(),
                     "Your object contains meshes that combine skin modifiers with other "
@@ -121,24 +159,44 @@ bool KTAExp::CheckSkinModifierOrder(INode* node) {
 }
 
 bool KTAExp::RunOptionsDialog() {
-    return DialogBoxParamA(g_moduleInstance, MAKEINTRESOURCEA(IDD_OPTIONS), ip->GetMAXHWnd(),
-                           OptionsDialogProcedure, reinterpret_cast<LPARAM>(this)) != 0;
+    const INT_PTR result =
+        DialogBoxParamA(g_moduleInstance, MAKEINTRESOURCEA(IDD_OPTIONS), ip->GetMAXHWnd(),
+                        OptionsDialogProcedure, reinterpret_cast<LPARAM>(this));
+    if (result == kOptionsDialogOutOfMemory) {
+        throw std::bad_alloc();
+    }
+    return result != 0;
 }
 
 bool KTAExp::RunWritingPass(int pass, const char* name, const NodeList& roots) {
     ResetExportState();
     g_motionPass = pass == kMotionPass ? 1 : 0;
-    const Plinth::String path = Plinth::String(name) + (g_motionPass ? "temp2" : "temp1");
-    if (path.Length() >= MAX_PATH) {
+    char path[MAX_PATH];
+    if (!JoinPath(path, name, g_motionPass ? "temp2" : "temp1")) {
         return false;
     }
-    Plinth::FileHolder stream(fopen(path.Data(), "wb"));
+    Plinth::FileHolder stream(fopen(path, "wb"));
     file = stream.Get();
     if (file == NULL) {
         return false;
     }
 
-    ip->ProgressStart(GetString(IDS_PROGRESS), TRUE, ProgressCallback, NULL);
+    WriteParts(roots);
+
+    Plinth::Log("Closing file");
+    file = NULL;
+    stream.Reset(NULL);
+    pendingWires.Clear();
+    if (g_motionPass) {
+        g_converter.writeKTMotionFile(path);
+    } else {
+        g_converter.writeKTActorFile(path);
+    }
+    return true;
+}
+
+void KTAExp::WriteParts(const NodeList& roots) {
+    const ProgressBar bar(ip);
     nodeTotal = 0;
     nodeDone = 0;
     if (!g_motionPass) {
@@ -152,18 +210,6 @@ bool KTAExp::RunWritingPass(int pass, const char* name, const NodeList& roots) {
         ExportMaterialList();
     }
     WriteNodes(roots);
-    ip->ProgressEnd();
-
-    Plinth::Log("Closing file");
-    file = NULL;
-    stream.Reset(NULL);
-    pendingWires.Clear();
-    if (g_motionPass) {
-        g_converter.writeKTMotionFile(path.Data());
-    } else {
-        g_converter.writeKTActorFile(path.Data());
-    }
-    return true;
 }
 
 void KTAExp::ReserveLists(const NodeList& roots) {

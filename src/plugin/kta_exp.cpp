@@ -1,5 +1,7 @@
 #include "plugin/kta_exp.h"
 
+#include <new>
+
 #include "plugin/about_dialog.h"
 #include "plugin/module.h"
 #include "resources/resource.h"
@@ -13,7 +15,11 @@ KTAExp::KTAExp()
       logCallback(NULL),
       numMaterials(0),
       indexOfRefraction(kUsualIndexOfRefraction),
-      layerType(0) {
+      layerType(0),
+      outOfMemoryLine("*** Out of memory: the export is given up ***") {
+    if (outOfMemoryLine.Data() == NULL) {
+        throw std::bad_alloc();
+    }
 }
 
 KTAExp::~KTAExp() {
@@ -24,15 +30,15 @@ int KTAExp::ExtCount() {
 }
 
 const MCHAR* KTAExp::Ext(int) {
-    return GetString(IDS_EXTENSION);
+    return AnswerString(IDS_EXTENSION);
 }
 
 const MCHAR* KTAExp::LongDesc() {
-    return GetString(IDS_LONGDESC);
+    return AnswerString(IDS_LONGDESC);
 }
 
 const MCHAR* KTAExp::ShortDesc() {
-    return GetString(IDS_SHORTDESC);
+    return AnswerString(IDS_SHORTDESC);
 }
 
 const MCHAR* KTAExp::AuthorName() {
@@ -40,7 +46,7 @@ const MCHAR* KTAExp::AuthorName() {
 }
 
 const MCHAR* KTAExp::CopyrightMessage() {
-    return GetString(IDS_COPYRIGHT);
+    return AnswerString(IDS_COPYRIGHT);
 }
 
 const MCHAR* KTAExp::OtherMessage1() {
@@ -56,7 +62,12 @@ unsigned int KTAExp::Version() {
 }
 
 void KTAExp::ShowAbout(HWND parent) {
-    DialogBoxParamA(g_moduleInstance, MAKEINTRESOURCEA(IDD_ABOUT), parent, AboutDialogProcedure, 0);
+    try {
+        DialogBoxParamA(g_moduleInstance, MAKEINTRESOURCEA(IDD_ABOUT), parent, AboutDialogProcedure,
+                        0);
+    } catch (...) {
+        // There is no box then, and nobody to tell.
+    }
 }
 
 BOOL KTAExp::SupportsOptions(int, DWORD options) {

@@ -24,6 +24,7 @@ struct KTAMaterial;
 
 class KTAExp : public SceneExport {
   public:
+    // Without memory throws std::bad_alloc.
     KTAExp();
     virtual ~KTAExp();
 
@@ -39,7 +40,8 @@ class KTAExp : public SceneExport {
     virtual void ShowAbout(HWND parent);
     // Runs one export. `name` is the file that the user chose; only SCENE_EXPORT_SELECTED of
     // `options` counts. Returns 1 after a completed export and when the user cancels the options
-    // dialog; 0 when a Skin modifier is not the last of its stack or a file cannot be created.
+    // dialog; 0 when a Skin modifier is not the last of its stack, a file cannot be created or
+    // memory runs out. In the last case one line of the log says so.
     virtual int DoExport(const MCHAR* name, ExpInterface* ei, Interface* i,
                          BOOL suppressPrompts = FALSE, DWORD options = 0);
     virtual BOOL SupportsOptions(int ext, DWORD options);
@@ -160,17 +162,25 @@ class KTAExp : public SceneExport {
     PendingWires pendingWires;  // whose second end has not been met yet
 
   private:
+    // Made with the exporter, so that it can be logged where no memory is left.
+    const Plinth::String outOfMemoryLine;
+
     KTAExp(const KTAExp&);
     KTAExp& operator=(const KTAExp&);
 
     typedef Plinth::PointerList<INode> NodeList;
 
+    // DoExport without the policy for exceptions.
+    int RunExport(const char* name, bool selectedOnly);
+    // Frees what the export has collected and logs why it ends.
+    void GiveUp(const Plinth::String& line);
     void GatherRoots(bool selectedOnly, NodeList& roots);
     bool CheckSkinModifierOrder(const NodeList& roots);
     bool RunOptionsDialog();
     bool RunWritingPass(int pass, const char* name, const NodeList& roots);
     // Makes room for as many entries as there are nodes: the lists grow by a few at a time.
     void ReserveLists(const NodeList& roots);
+    void WriteParts(const NodeList& roots);
     void WriteNodes(const NodeList& roots);
     void WriteVisibleNode(INode* node);
     void UpdateProgress();

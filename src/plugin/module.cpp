@@ -1,13 +1,15 @@
-// What 3ds Max sees of the plug-in before it makes an exporter: the module's entry point and the
-// four library functions, exported under their plain names.
+// What 3ds Max sees of the module: its entry point, the four library functions, exported under
+// their plain names, and the exporter's class descriptor. No exception leaves any of them.
 #include "plugin/module.h"
 
 #include <commctrl.h>
 #include <maxapi.h>
 #include <plugin.h>
+#include <string.h>
 
+#include "core/format.h"
 #include "plugin/converter.h"
-#include "plugin/kta_exp_class_desc.h"
+#include "plugin/kta_exp.h"
 #include "resources/resource.h"
 
 #ifdef _WIN32
@@ -18,6 +20,56 @@
 #define MODULE_EXPORT MODULE_ENTRY
 #endif
 
+HINSTANCE g_moduleInstance = NULL;
+
+MCHAR* GetString(int id) {
+    static char buffer[256];
+    if (g_moduleInstance == NULL ||
+        LoadStringA(g_moduleInstance, id, buffer, sizeof(buffer)) == 0) {
+        return NULL;
+    }
+    return buffer;
+}
+
+MCHAR* AnswerString(int id) {
+    try {
+        return GetString(id);
+    } catch (...) {
+        return NULL;
+    }
+}
+
+bool JoinPath(char (&path)[MAX_PATH], const char* beginning, const char* end) {
+    if (strlen(beginning) + strlen(end) >= MAX_PATH) {
+        return false;
+    }
+    Plinth::FormatInto(path, MAX_PATH, "%s%s", beginning, end);
+    return true;
+}
+
+namespace {
+
+class KTAExpClassDesc : public ClassDesc {
+  public:
+    virtual int IsPublic() { return 1; }
+    // A new KTAExp, which the caller deletes; null where memory is missing.
+    virtual void* Create(BOOL loading = FALSE);
+    virtual const MCHAR* ClassName() { return AnswerString(IDS_CLASS_NAME); }
+    virtual SClass_ID SuperClassID() { return SCENE_EXPORT_CLASS_ID; }
+    virtual Class_ID ClassID() { return Class_ID(0x35728F0C, 0x4E26450A); }
+    virtual const MCHAR* Category() { return AnswerString(IDS_CATEGORY); }
+};
+
+void* KTAExpClassDesc::Create(BOOL) {
+    try {
+        return new KTAExp;
+    } catch (...) {
+        return NULL;
+    }
+}
+
+}  // namespace
+
 // Refuses to load (FALSE) when no plug-in directory holds the converter library. Whatever the
 // reason of the call, only the first one does more than store the instance.
 MODULE_ENTRY BOOL WINAPI DllMain(HINSTANCE instance, DWORD, LPVOID) {
@@ -27,12 +79,16 @@ MODULE_ENTRY BOOL WINAPI DllMain(HINSTANCE instance, DWORD, LPVOID) {
         return TRUE;
     }
     initialised = 1;
-    InitCommonControls();
-    return BindConverter(GetCOREInterface()) ? TRUE : FALSE;
+    try {
+        InitCommonControls();
+        return BindConverter(GetCOREInterface()) ? TRUE : FALSE;
+    } catch (...) {
+        return FALSE;
+    }
 }
 
 MODULE_EXPORT const MCHAR* LibDescription() {
-    return GetString(IDS_LIBDESCRIPTION);
+    return AnswerString(IDS_LIBDESCRIPTION);
 }
 
 MODULE_EXPORT int LibNumberClasses() {
@@ -40,7 +96,8 @@ MODULE_EXPORT int LibNumberClasses() {
 }
 
 MODULE_EXPORT ClassDesc* LibClassDesc(int i) {
-    return i == 0 ? GetKTAExpClassDesc() : NULL;
+    static KTAExpClassDesc description;
+    return i == 0 ? &description : NULL;
 }
 
 MODULE_EXPORT ULONG LibVersion() {

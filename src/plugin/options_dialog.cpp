@@ -136,9 +136,7 @@ void OnCommand(HWND dialog, int id) {
     }
 }
 
-}  // namespace
-
-INT_PTR CALLBACK OptionsDialogProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+INT_PTR OnMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
         case WM_INITDIALOG:
             SetWindowLongPtrA(dialog, GWLP_USERDATA, lParam);
@@ -152,5 +150,16 @@ INT_PTR CALLBACK OptionsDialogProcedure(HWND dialog, UINT message, WPARAM wParam
             return TRUE;
         default:
             return FALSE;
+    }
+}
+
+}  // namespace
+
+INT_PTR CALLBACK OptionsDialogProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    try {
+        return OnMessage(dialog, message, wParam, lParam);
+    } catch (...) {
+        EndDialog(dialog, kOptionsDialogOutOfMemory);
+        return TRUE;
     }
 }

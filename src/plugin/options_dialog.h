@@ -6,7 +6,9 @@
 
 // The dialog's creation parameter is the KTAExp whose options it edits. Result 1 with Export, 0
 // with Cancel, which changes no option. Export with a sample rate below 1 is refused with a message
-// box; the options that were read before it stay changed then.
+// box; the options that were read before it stay changed then. An exception ends the dialog with
+// kOptionsDialogOutOfMemory.
+enum { kOptionsDialogOutOfMemory = 2 };
 INT_PTR CALLBACK OptionsDialogProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam);
 
 #endif

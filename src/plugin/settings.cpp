@@ -5,12 +5,12 @@
 #include <maxapi.h>
 
 #include "core/holder.h"
-#include "core/path.h"
 #include "plugin/kta_exp.h"
+#include "plugin/module.h"
 
 void KTAExp::GetSettingsPath(CStr& path) {
     path = ip->GetDir(APP_PLUGCFG_DIR);
-    path += PLINTH_PATH_SEPARATOR "KTAExp2.cfg";
+    path += PATH_SEPARATOR "KTAExp2.cfg";
 }
 
 void KTAExp::LoadSettings() {
