@@ -4,11 +4,13 @@
 
 #include <map>
 
-#include "host/sdk/scene_graph.h"
-#include "host/sdk/time_settings.h"
+#include "host/sdk/scene/scene_graph.h"
 
 namespace maxhost {
 namespace {
+
+int frameRate = 30;
+int ticksPerFrame = 160;
 
 // The plug-in puts its own separator behind a directory.
 std::string WithoutSeparators(std::string dir) {
@@ -31,7 +33,9 @@ class Host::Implementation final : public ::Interface {
     void Open(scene::Scene description) {
         graph_ = std::make_unique<SceneGraph>(std::move(description));
         const scene::Time& time = graph_->Description().time;
-        SetTimeSettings(time.frameRate, time.ticksPerFrame);
+        // Both as described: they may disagree.
+        frameRate = time.frameRate;
+        ticksPerFrame = time.ticksPerFrame;
     }
 
     SceneGraph& Graph() { return *graph_; }
@@ -156,4 +160,12 @@ void Host::SetCancelFlag(const volatile std::sig_atomic_t* flag) {
 
 Interface* GetCOREInterface() {
     return maxhost::Host::Instance().GetInterface();
+}
+
+int GetFrameRate() {
+    return maxhost::frameRate;
+}
+
+int GetTicksPerFrame() {
+    return maxhost::ticksPerFrame;
 }

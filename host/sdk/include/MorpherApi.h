@@ -3,10 +3,12 @@
 #ifndef HOST_SDK_INCLUDE_MORPHERAPI_H
 #define HOST_SDK_INCLUDE_MORPHERAPI_H
 
-#include <MorpherClassID.h>
-#include <MorpherExport.h>
+#include <coreexp.h>
 #include <object.h>
 #include <point3.h>
+
+#define MorpherExport CoreExport
+#define MR3_CLASS_ID Class_ID(0x17bb6854, 0xa5cba2a3)
 
 class MorphChannelData;
 

@@ -10,13 +10,8 @@
 class BaseInterface;
 class IParamBlock2;
 
-// Flags of an Animatable. Bits 5 to 11 mean something else for every kind of object.
-#define A_OBJ_CREATING (1 << 5)
+// A flag of modifiers; bits 5 to 11 mean something else for every kind of object.
 #define A_MOD_DISABLED (1 << 5)
-#define A_MOD_BEING_EDITED (1 << 6)
-#define A_MOD_USE_SEL (1 << 7)
-#define A_MOD_DISABLED_INVIEWS (1 << 8)
-#define A_MOD_DISABLED_INRENDER (1 << 9)
 
 // Ids for Animatable::GetInterface.
 #define I_IKCHAINCONTROL 0x00001030
@@ -32,7 +27,6 @@ class IParamBlock2;
 class AnimProperty {
   public:
     virtual ~AnimProperty() {}
-    virtual DWORD ID() = 0;
 };
 
 class Animatable {
@@ -56,11 +50,9 @@ class Animatable {
     // lives as long as the object.
     virtual void* GetProperty(ULONG) { return NULL; }
 
-    virtual int NumParamBlocks() { return 0; }
     virtual IParamBlock2* GetParamBlock(int) { return NULL; }
 
     void SetAFlag(DWORD mask) { aflag |= mask; }
-    void ClearAFlag(DWORD mask) { aflag &= ~mask; }
     int TestAFlag(DWORD mask) { return (aflag & mask) != 0; }
 
   protected:

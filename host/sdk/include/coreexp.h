@@ -15,6 +15,5 @@
 
 #define UtilExport CoreExport
 #define GEOMexport CoreExport
-#define DllExport CoreExport
 
 #endif  // HOST_SDK_INCLUDE_COREEXP_H

@@ -6,7 +6,7 @@
 #include <maxtypes.h>
 #include <windows.h>
 
-class IScene;
+class ExpInterface;
 class Interface;
 
 // Results of DoExport.
@@ -17,20 +17,10 @@ class Interface;
 // Options of DoExport: the selection only.
 #define SCENE_EXPORT_SELECTED (1 << 0)
 
-// The scene as an exporter without an Interface sees it. This host gives no such view: null.
-class ExpInterface : public MaxHeapOperators {
-  public:
-    IScene* theScene;
-
-    ExpInterface() : theScene(NULL) {}
-    virtual ~ExpInterface() {}
-};
-
 // Made by its ClassDesc for one export and deleted by the host afterwards. Texts belong to the
 // exporter and are valid until its next answer.
 class SceneExport : public MaxHeapOperators {
   public:
-    SceneExport() {}
     virtual ~SceneExport() {}
 
     virtual int ExtCount() = 0;
@@ -43,7 +33,7 @@ class SceneExport : public MaxHeapOperators {
     virtual const MCHAR* OtherMessage2() = 0;
     virtual unsigned int Version() = 0;  // times 100
     virtual void ShowAbout(HWND hWnd) = 0;
-    // `name` is the full path of the file to write. Returns IMPEXP_...
+    // `name` is the full path of the file to write; `ei` is null in this host. Returns IMPEXP_...
     virtual int DoExport(const MCHAR* name, ExpInterface* ei, Interface* i,
                          BOOL suppressPrompts = FALSE, DWORD options = 0) = 0;
     // Whether the exporter honours these options for its extension `ext`.

@@ -19,7 +19,6 @@ class INode : public ReferenceTarget {
     virtual INode* GetParentNode() = 0;  // the root for a top-level node; null for the root
     virtual int NumberOfChildren() = 0;
     virtual INode* GetChildNode(int i) = 0;
-    virtual int IsRootNode() = 0;
 
     virtual int Selected() = 0;
     virtual int Renderable() = 0;

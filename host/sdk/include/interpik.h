@@ -28,7 +28,6 @@ class JointParams : public AnimProperty {
     JointParams(DWORD type = static_cast<DWORD>(JNT_POS), int d = 3, float s = 1.0f)
         : min(NULL), max(NULL), scale(s), flags(type), dofs(d) {}
 
-    DWORD ID() { return PROPID_JOINTPARAMS; }
     // Whether nothing differs from the values that every controller has.
     virtual BOOL IsDefault() = 0;
 };

@@ -13,20 +13,8 @@ class CoreExport Interval {
 
     TimeValue Start() const { return start_; }
     TimeValue End() const { return end_; }
-    void SetStart(TimeValue start) { start_ = start; }
-    void SetEnd(TimeValue end) { end_ = end; }
-    void Set(TimeValue start, TimeValue end) {
-        start_ = start;
-        end_ = end;
-    }
-    void SetInstant(TimeValue t) { Set(t, t); }
-    void SetEmpty() { Set(TIME_NegInfinity, TIME_NegInfinity); }
-    void SetInfinite() { Set(TIME_NegInfinity, TIME_PosInfinity); }
-
     int Empty() const { return end_ == TIME_NegInfinity || end_ < start_; }
     int InInterval(TimeValue t) const { return !Empty() && start_ <= t && t <= end_; }
-    // Number of ticks, both ends counted; 0 when empty, never more than TIME_PosInfinity.
-    TimeValue Duration() const;
 
     // What lies in both; NEVER where nothing does.
     Interval operator&(const Interval& other) const;

@@ -9,24 +9,8 @@
 
 class INode;
 
-// Directories for Interface::GetDir.
-#define APP_FONT_DIR 0
-#define APP_SCENE_DIR 1
-#define APP_IMPORT_DIR 2
-#define APP_EXPORT_DIR 3
-#define APP_HELP_DIR 4
-#define APP_EXPRESSION_DIR 5
-#define APP_PREVIEW_DIR 6
-#define APP_IMAGE_DIR 7
-#define APP_SOUND_DIR 8
+// For Interface::GetDir: the plug-ins' configuration directory.
 #define APP_PLUGCFG_DIR 9
-#define APP_MAXSTART_DIR 10
-#define APP_VPOST_DIR 11
-#define APP_DRIVERS_DIR 12
-#define APP_AUTOBACK_DIR 13
-#define APP_MATLIB_DIR 14
-#define APP_SCRIPTS_DIR 15
-#define APP_STARTUPSCRIPTS_DIR 16
 
 // There is one, the host's; it lives as long as the process.
 class Interface {
@@ -59,11 +43,7 @@ class Interface {
 
 CoreExport Interface* GetCOREInterface();
 
-// Frames a second, and ticks a frame. Setting one sets the other to 4800 divided by it (at least
-// 1); numbers below 1 are ignored.
-CoreExport int GetFrameRate();
-CoreExport void SetFrameRate(int rate);
+CoreExport int GetFrameRate();  // frames a second
 CoreExport int GetTicksPerFrame();
-CoreExport void SetTicksPerFrame(int ticks);
 
 #endif  // HOST_SDK_INCLUDE_MAXAPI_H

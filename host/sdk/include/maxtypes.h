@@ -12,12 +12,7 @@ typedef int TimeValue;
 #define TIME_NegInfinity ((TimeValue)0x80000000)
 #define TIME_PosInfinity ((TimeValue)0x7fffffff)
 
-#define TicksToSec(ticks) ((float)(ticks) / (float)TIME_TICKSPERSEC)
-// A part of a tick is dropped.
-#define SecToTicks(secs) ((TimeValue)((secs)*TIME_TICKSPERSEC))
-
 typedef ULONG SClass_ID;
-typedef short BlockID;
 typedef short ParamID;
 typedef unsigned short MtlID;
 

@@ -43,10 +43,8 @@ class TVFace {
   public:
     DWORD t[3];  // from 0
 
-    TVFace() {}  // leaves the corners uninitialised
-    TVFace(DWORD a, DWORD b, DWORD c) { setTVerts(a, b, c); }
+    TVFace() : t() {}  // plug-ins must not rely on zeros
 
-    DWORD getTVert(int index) { return t[index]; }
     void setTVerts(int a, int b, int c) {
         t[0] = a;
         t[1] = b;
@@ -62,13 +60,10 @@ class RNormal {
 
     Point3& getNormal() { return normal_; }
     void setNormal(const Point3& normal) { normal_ = normal; }
-    void addNormal(const Point3& normal) { normal_ += normal; }
-    void normalize() { normal_.Unify(); }
 
     // The smoothing groups of all faces that share it.
     DWORD getSmGroup() { return smGroup_; }
     void setSmGroup(DWORD mask) { smGroup_ = mask; }
-    void addSmGroup(DWORD mask) { smGroup_ |= mask; }
 
     MtlID getMtlIndex() { return mtlIndex_; }
     void setMtlIndex(MtlID id) { mtlIndex_ = id; }
@@ -111,16 +106,8 @@ class CoreExport Mesh {
     int getNumVerts() const { return numVerts; }
     int getNumFaces() const { return numFaces; }
 
-    Point3& getVert(int i) { return verts[i]; }
-    Point3* getVertPtr(int i) { return verts + i; }
-    void setVert(int i, const Point3& point) { verts[i] = point; }
-    void setVert(int i, float x, float y, float z) { verts[i] = Point3(x, y, z); }
-    MtlID getFaceMtlIndex(int i) { return faces[i].getMatID(); }
-
     // ------------------------------------------------ map channels
 
-    // One more than the highest supported channel, at least 2.
-    int getNumMaps() const;
     // FALSE outside 0 to MAX_MESHMAPS - 1, where the functions below do nothing.
     BOOL mapSupport(int channel) const;
     // A channel that becomes supported has no map vertices and a map face for each face.
@@ -129,7 +116,6 @@ class CoreExport Mesh {
     // New map vertices and the corners of new map faces are 0. A negative count does nothing.
     int getNumMapVerts(int channel) const;
     void setNumMapVerts(int channel, int count, BOOL keep = FALSE);
-    void setNumMapFaces(int channel, int count, BOOL keep = FALSE, int oldCount = 0);
     UVVert* mapVerts(int channel) const;
     TVFace* mapFaces(int channel) const;  // as many as faces
 
@@ -148,7 +134,6 @@ class CoreExport Mesh {
     void checkNormals(BOOL illum);
     // These hold after buildNormals or checkNormals.
     RVertex& getRVert(int i);
-    RVertex* getRVertPtr(int i);
     Point3& getFaceNormal(int i);
 
   private:

@@ -16,7 +16,6 @@ class IDerivedObject : public Object {
     virtual Object* GetObjRef() = 0;
     // 0 is the top of the stack: the modifier that is applied last.
     virtual Modifier* GetModifier(int index) = 0;
-    virtual ObjectState Eval(TimeValue t, int modIndex = 0) = 0;
 
   protected:
     virtual ~IDerivedObject() {}

@@ -3,7 +3,6 @@
 #define HOST_SDK_INCLUDE_OBJECT_H
 
 #include <interval.h>
-#include <point3.h>
 #include <ref.h>
 
 class IParamArray;
@@ -30,18 +29,14 @@ class BaseObject : public ReferenceTarget {
 
 class Object : public BaseObject {
   public:
-    // The state of the object's own stack at `t`.
-    virtual ObjectState Eval(TimeValue t) = 0;
-
     // Nonzero: ConvertToType gives an object of that class.
     virtual int CanConvertToType(Class_ID) { return 0; }
     // The object itself when it is of the class; otherwise a new one, which the caller deletes with
     // DeleteMe(); null when it does not convert.
     virtual Object* ConvertToType(TimeValue, Class_ID) { return NULL; }
 
-    // Points of a deformable object; `i` from 0 to NumPoints() - 1.
+    // Points of a deformable object.
     virtual int NumPoints() { return 0; }
-    virtual Point3 GetPoint(int) { return Point3(0, 0, 0); }
 
   protected:
     virtual ~Object() {}
@@ -58,11 +53,6 @@ class GeomObject : public Object {
 class Modifier : public BaseObject {
   public:
     SClass_ID SuperClassID() { return OSM_CLASS_ID; }
-
-    int IsEnabled() { return !TestAFlag(A_MOD_DISABLED); }
-    // These test their own flag alone.
-    int IsEnabledInViews() { return !TestAFlag(A_MOD_DISABLED_INVIEWS); }
-    int IsEnabledInRender() { return !TestAFlag(A_MOD_DISABLED_INRENDER); }
 
   protected:
     virtual ~Modifier() {}

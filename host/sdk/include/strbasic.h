@@ -6,6 +6,4 @@
 
 typedef char MCHAR;
 
-#define _M(text) text
-
 #endif  // HOST_SDK_INCLUDE_STRBASIC_H

@@ -14,11 +14,9 @@ class CoreExport TriObject : public GeomObject {
     Mesh& GetMesh() { return mesh; }
 
     Class_ID ClassID();
-    ObjectState Eval(TimeValue t);
     int CanConvertToType(Class_ID type);
     Object* ConvertToType(TimeValue t, Class_ID type);
     int NumPoints();
-    Point3 GetPoint(int i);
 
   protected:
     virtual ~TriObject();

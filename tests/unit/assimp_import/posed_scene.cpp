@@ -66,7 +66,7 @@ double DiagonalOf(const maxhost::scene::Scene& scene, const std::vector<INode*>&
         const auto& object = scene.nodes[i].object;
         if (object && object->mesh) {
             for (const auto& v : object->mesh->vertices) {
-                add(Point3(v[0], v[1], v[2]) * world);
+                add(world * Point3(v[0], v[1], v[2]));
             }
         }
     }

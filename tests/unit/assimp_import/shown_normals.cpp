@@ -19,7 +19,7 @@ Point3 ToPoint(const Vec3& v) {
 void Fill(Mesh& mesh, const maxhost::scene::Mesh& description) {
     mesh.setNumVerts(static_cast<int>(description.vertices.size()));
     for (std::size_t i = 0; i < description.vertices.size(); ++i) {
-        mesh.setVert(static_cast<int>(i), ToPoint(description.vertices[i]));
+        mesh.verts[i] = ToPoint(description.vertices[i]);
     }
     mesh.setNumFaces(static_cast<int>(description.faces.size()));
     for (std::size_t i = 0; i < description.faces.size(); ++i) {

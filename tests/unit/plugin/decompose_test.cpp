@@ -6,6 +6,8 @@
 #include <cmath>
 #include <random>
 
+#include "tests/support/sdk_values.h"
+
 namespace {
 
 constexpr float kQuarter = 1.57079632679f;
@@ -18,28 +20,12 @@ Matrix3 FromRows(Point3 a, Point3 b, Point3 c, Point3 t = P(0, 0, 0)) {
     return Matrix3(a, b, c, t);
 }
 
-Matrix3 MatrixOf(const Quat& q) {
-    Matrix3 m(TRUE);
-    q.MakeMatrix(m);
-    return m;
-}
-
 // (inverse(u) * diag(k) * u) * f * q * t, by the SDK's own conversions.
 Matrix3 Recompose(const AffineParts& parts) {
     const Matrix3 u = MatrixOf(parts.u);
-    Matrix3 scale(TRUE);
-    scale.SetRow(0, P(parts.k.x, 0, 0));
-    scale.SetRow(1, P(0, parts.k.y, 0));
-    scale.SetRow(2, P(0, 0, parts.k.z));
-    Matrix3 sign(TRUE);
-    for (int i = 0; i < 3; ++i) {
-        Point3 row(0, 0, 0);
-        row[i] = parts.f;
-        sign.SetRow(i, row);
-    }
-    Matrix3 result = Inverse(u) * scale * u * sign * MatrixOf(parts.q);
-    result.SetTrans(parts.t);
-    return result;
+    const Matrix3 sign = ScaleMatrix(P(parts.f, parts.f, parts.f));
+    return WithTranslation(Inverse(u) * ScaleMatrix(parts.k) * u * sign * MatrixOf(parts.q),
+                           parts.t);
 }
 
 float LargestElement(const Matrix3& m) {
@@ -160,7 +146,7 @@ TEST(Decompose, MirroredMatricesMultiplyBackWithNegativeSign) {
     RandomMatrices random;
     for (int i = 0; i < 500; ++i) {
         Matrix3 m = random.Any();
-        const bool mirrored = m.Parity() != 0;
+        const bool mirrored = Determinant(m) < 0;
         AffineParts parts;
         DecomposeTransform(m, parts);
         EXPECT_EQ(parts.f, mirrored ? -1.0f : 1.0f);

@@ -244,7 +244,6 @@ class CountingNode : public INode {
     INode* GetParentNode() override { return node_->GetParentNode(); }
     int NumberOfChildren() override { return node_->NumberOfChildren(); }
     INode* GetChildNode(int i) override { return node_->GetChildNode(i); }
-    int IsRootNode() override { return node_->IsRootNode(); }
     int Selected() override { return node_->Selected(); }
     int Renderable() override { return node_->Renderable(); }
     int IsHidden(DWORD flags, BOOL forRenderer) override {

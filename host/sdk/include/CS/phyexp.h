@@ -13,13 +13,10 @@ class INode;
 
 // Id for Modifier::GetInterface, which gives an IPhysiqueExport.
 #define I_PHYINTERFACE 0x00100100
-#define I_PHYEXPORT I_PHYINTERFACE
 
 // Bits of a vertex's type.
 #define RIGID_TYPE 1
-#define DEFORMABLE_TYPE 2
 #define BLENDED_TYPE 4
-#define FLOATING_TYPE 8
 
 #define RIGID_NON_BLENDED_TYPE RIGID_TYPE
 #define RIGID_BLENDED_TYPE (RIGID_TYPE | BLENDED_TYPE)

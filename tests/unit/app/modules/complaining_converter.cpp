@@ -1,5 +1,0 @@
-#include "tests/unit/app/modules/converter_entry_points.h"
-
-TEST_EXPORT const char* SpecialHaldenFaults() {
-    return "first complaint\nsecond complaint";
-}

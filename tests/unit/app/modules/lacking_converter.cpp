@@ -1,2 +1,0 @@
-#define WITHOUT_MOTION
-#include "tests/unit/app/modules/converter_entry_points.h"

@@ -1,1 +1,0 @@
-#include "tests/unit/app/modules/converter_entry_points.h"

@@ -1,0 +1,2 @@
+#define WITHOUT_MOTION
+#include "tests/unit/host/app/modules/converter_entry_points.h"

@@ -1,0 +1,1 @@
+#include "tests/unit/host/app/modules/converter_entry_points.h"

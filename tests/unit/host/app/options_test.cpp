@@ -1,0 +1,285 @@
+#include "host/app/options.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "host/app/exit_status.h"
+#include "tests/unit/host/app/support.h"
+
+namespace maxhost::app {
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+Options Parse(Arguments arguments) {
+    arguments.emplace_back("scene.fbx");
+    const CommandLine line = ParseCommandLine(arguments);
+    EXPECT_TRUE(line.options) << line.error;
+    return line.options.value_or(Options());
+}
+
+std::string ErrorOf(const Arguments& arguments) {
+    const CommandLine line = ParseCommandLine(arguments);
+    EXPECT_FALSE(line.options);
+    EXPECT_EQ(line.exitStatus, kExitRefused);
+    EXPECT_EQ(line.out, "");
+    EXPECT_EQ(line.error.find('\n'), std::string::npos);
+    return line.error;
+}
+
+TEST(OptionsTest, DefaultsAreThoseOfTheHelp) {
+    const Options options = Parse({});
+    EXPECT_EQ(options.scene, "scene.fbx");
+    EXPECT_FALSE(options.output);
+    EXPECT_FALSE(options.selectedOnly);
+    EXPECT_TRUE(options.select.empty());
+    EXPECT_TRUE(NamesOf(options.choices).empty());
+    EXPECT_FALSE(options.defaults);
+    EXPECT_FALSE(options.cancelDialog);
+    EXPECT_EQ(options.cancelAfter, 0);
+    EXPECT_FALSE(options.configDir);
+    EXPECT_TRUE(options.pluginDirs.empty());
+    EXPECT_FALSE(options.plugin);
+    EXPECT_FALSE(options.saveScene);
+    EXPECT_FALSE(options.list);
+    EXPECT_FALSE(options.animation);
+    EXPECT_EQ(options.scale, 1);
+    EXPECT_FALSE(options.frameRate);
+    EXPECT_FALSE(options.start);
+    EXPECT_FALSE(options.end);
+    EXPECT_FALSE(options.about);
+    EXPECT_FALSE(options.showDialog);
+    EXPECT_EQ(options.progress, ProgressMode::automatic);
+    EXPECT_FALSE(options.quiet);
+    EXPECT_FALSE(options.verbose);
+}
+
+TEST(OptionsTest, EveryOptionIsStored) {
+    const Options options = Parse(
+        {"-o",           "out.hdo", "--selected", "--defaults", "--cancel-after", "3",
+         "--config-dir", "c",       "--plugin",   "p.so",       "--save-scene",   "s.maxscene.json",
+         "--animation",  "walk",    "--scale",    "2.5",        "--frame-rate",   "25",
+         "--start",      "-160",    "--end",      "4800",       "--about",        "--show-dialog",
+         "--progress",   "never",   "-v"});
+    EXPECT_EQ(options.output, "out.hdo");
+    EXPECT_TRUE(options.selectedOnly);
+    EXPECT_TRUE(options.defaults);
+    EXPECT_TRUE(Parse({"--cancel-dialog"}).cancelDialog);
+    EXPECT_EQ(options.cancelAfter, 3);
+    EXPECT_EQ(options.configDir, "c");
+    EXPECT_EQ(options.plugin, "p.so");
+    EXPECT_EQ(options.saveScene, "s.maxscene.json");
+    EXPECT_EQ(options.animation, "walk");
+    EXPECT_EQ(options.scale, 2.5f);
+    EXPECT_EQ(options.frameRate, 25);
+    EXPECT_EQ(options.start, -160);
+    EXPECT_EQ(options.end, 4800);
+    EXPECT_TRUE(options.about);
+    EXPECT_TRUE(options.showDialog);
+    EXPECT_EQ(options.progress, ProgressMode::never);
+    EXPECT_TRUE(options.verbose);
+    EXPECT_TRUE(Parse({"--list"}).list);
+    EXPECT_TRUE(Parse({"-q"}).quiet);
+    EXPECT_EQ(Parse({"--output", "x"}).output, "x");
+    EXPECT_EQ(Parse({"--progress", "always"}).progress, ProgressMode::always);
+    EXPECT_EQ(Parse({"--progress", "auto"}).progress, ProgressMode::automatic);
+}
+
+TEST(OptionsTest, RepeatableOptionsKeepTheirOrder) {
+    const Options options = Parse({"--select", "b", "--plugin-dir", "y", "--select", "a",
+                                   "--plugin-dir", "x", "--select", "-o"});
+    EXPECT_EQ(options.select, (Arguments{"b", "a", "-o"}));
+    EXPECT_EQ(options.pluginDirs, (Arguments{"y", "x"}));
+    EXPECT_EQ(options.scene, "scene.fbx");
+}
+
+TEST(OptionsTest, DialogChoicesAreStored) {
+    const DialogChoices on =
+        Parse({"--export-hidden", "--non-renderable", "--morphers", "--optimize-skin",
+               "--weight-threshold", "0.25", "--motions-for-hidden", "--sample-animation",
+               "--sample-rate", "5"})
+            .choices;
+    EXPECT_EQ(on.exportHidden, true);
+    EXPECT_EQ(on.nonRenderable, true);
+    EXPECT_EQ(on.morphers, true);
+    EXPECT_EQ(on.optimizeSkin, true);
+    EXPECT_EQ(on.weightThreshold, 0.25f);
+    EXPECT_EQ(on.motionsForHidden, true);
+    EXPECT_EQ(on.sampleAnimation, true);
+    EXPECT_EQ(on.sampleRate, 5);
+    EXPECT_EQ(NamesOf(on),
+              (Arguments{"--export-hidden", "--non-renderable", "--morphers", "--optimize-skin",
+                         "--weight-threshold", "--motions-for-hidden", "--sample-animation",
+                         "--sample-rate"}));
+}
+
+TEST(OptionsTest, DialogChoicesHaveNegativeForms) {
+    const DialogChoices off =
+        Parse({"--no-export-hidden", "--no-non-renderable", "--no-morphers", "--no-optimize-skin",
+               "--no-motions-for-hidden", "--no-sample-animation"})
+            .choices;
+    EXPECT_EQ(off.exportHidden, false);
+    EXPECT_EQ(off.nonRenderable, false);
+    EXPECT_EQ(off.morphers, false);
+    EXPECT_EQ(off.optimizeSkin, false);
+    EXPECT_FALSE(off.weightThreshold);
+    EXPECT_EQ(off.motionsForHidden, false);
+    EXPECT_EQ(off.sampleAnimation, false);
+    EXPECT_FALSE(off.sampleRate);
+    EXPECT_EQ(NamesOf(off), (Arguments{"--no-export-hidden", "--no-non-renderable", "--no-morphers",
+                                       "--no-optimize-skin", "--no-motions-for-hidden",
+                                       "--no-sample-animation"}));
+}
+
+TEST(OptionsTest, TheLastOfTwoFormsCounts) {
+    EXPECT_EQ(Parse({"--morphers", "--no-morphers"}).choices.morphers, false);
+    EXPECT_EQ(Parse({"--no-morphers", "--morphers"}).choices.morphers, true);
+}
+
+TEST(OptionsTest, BoundsOfNumbersAreAccepted) {
+    EXPECT_EQ(Parse({"--weight-threshold", "0"}).choices.weightThreshold, 0.0f);
+    EXPECT_EQ(Parse({"--weight-threshold", "0.9999"}).choices.weightThreshold, 0.9999f);
+    EXPECT_EQ(Parse({"--sample-rate", "1"}).choices.sampleRate, 1);
+    EXPECT_EQ(Parse({"--sample-rate", "0"}).choices.sampleRate, 0) << "for the dialog to refuse";
+    EXPECT_EQ(Parse({"--sample-rate", "-5"}).choices.sampleRate, -5);
+    EXPECT_EQ(Parse({"--frame-rate", "1"}).frameRate, 1);
+    EXPECT_EQ(Parse({"--frame-rate", "4800"}).frameRate, 4800);
+    EXPECT_EQ(Parse({"--start", "-2147483648", "--end", "2147483647"}).end, 2147483647);
+    EXPECT_EQ(Parse({"--start", "5", "--end", "5"}).start, 5);
+}
+
+TEST(OptionsTest, BadNumbersAreRefused) {
+    for (const char* const value : {"0", "-1", "nan", "inf", "1e39", "x", "2x", ""}) {
+        EXPECT_EQ(ErrorOf({"x", "--scale", value}),
+                  "--scale: \"" + std::string(value) + "\", expected a finite number above 0");
+    }
+    for (const char* const value : {"-0.1", "1", "nan"}) {
+        EXPECT_EQ(ErrorOf({"x", "--weight-threshold", value}),
+                  "--weight-threshold: \"" + std::string(value) +
+                      "\", expected a number from 0 to 0.9999");
+    }
+    for (const char* const value : {"1.5", "99999999999", "3x", "abc", ""}) {
+        EXPECT_EQ(ErrorOf({"x", "--sample-rate", value}),
+                  "--sample-rate: \"" + std::string(value) +
+                      "\", expected a whole number that fits 32 bits");
+    }
+    EXPECT_EQ(ErrorOf({"x", "--frame-rate", "0"}),
+              "--frame-rate: \"0\", expected a whole number from 1 to 4800");
+    EXPECT_EQ(ErrorOf({"x", "--frame-rate", "4801"}),
+              "--frame-rate: \"4801\", expected a whole number from 1 to 4800");
+    EXPECT_EQ(ErrorOf({"x", "--cancel-after", "-1"}),
+              "--cancel-after: \"-1\", expected a whole number of at least 0");
+    EXPECT_EQ(ErrorOf({"x", "--end", "2147483648"}),
+              "--end: \"2147483648\", expected a whole number of ticks that fits 32 bits");
+    EXPECT_EQ(ErrorOf({"x", "--start", "6", "--end", "5"}),
+              "--start: behind --end, expected a tick that is not");
+}
+
+TEST(OptionsTest, BadUsageIsRefused) {
+    EXPECT_EQ(ErrorOf({}),
+              "SCENE: none given, expected a scene file (hdo-export --help explains all options)");
+    EXPECT_EQ(ErrorOf({""}),
+              "SCENE: none given, expected a scene file (hdo-export --help explains all options)");
+    EXPECT_EQ(ErrorOf({"a", "b"}), "b: not expected, expected options and one SCENE");
+    EXPECT_EQ(ErrorOf({"a", "--bogus"}), "--bogus: not expected, expected options and one SCENE");
+    EXPECT_EQ(ErrorOf({"a", "--progress", "maybe"}),
+              "--progress: \"maybe\", expected auto, always or never");
+    EXPECT_EQ(ErrorOf({"a", "--progress", "0"}),
+              "--progress: \"0\", expected auto, always or never");
+    EXPECT_EQ(ErrorOf({"a", "-q", "-v"}), "--quiet excludes --verbose");
+    EXPECT_EQ(ErrorOf({"a", "--list", "-o", "b"}),
+              "--list: excludes --output, expected one of them");
+    EXPECT_THAT(ErrorOf({"a", "-o"}), testing::HasSubstr("--output"));
+    EXPECT_THAT(ErrorOf({"a", "-o", "b", "-o", "c"}), testing::HasSubstr("--output"));
+}
+
+TEST(OptionsTest, EmptyPathsAreRefused) {
+    for (const char* const name :
+         {"--output", "--save-scene", "--config-dir", "--plugin-dir", "--plugin"}) {
+        EXPECT_EQ(ErrorOf({"a", name, ""}), std::string(name) + ": \"\", expected a name");
+    }
+}
+
+TEST(OptionsTest, AboutNeedsNoScene) {
+    EXPECT_TRUE(ParseCommandLine({"--about"}).options);
+    EXPECT_TRUE(ErrorOf({"--show-dialog"}).starts_with("SCENE: none given"));
+}
+
+TEST(OptionsTest, WhatAPersonAnswersIsNotAnsweredHere) {
+    const std::string ending = ", which answers the dialog in the person's place";
+    EXPECT_EQ(ErrorOf({"x", "--show-dialog", "--cancel-dialog"}),
+              "--show-dialog: excludes --cancel-dialog" + ending);
+    EXPECT_EQ(ErrorOf({"x", "--show-dialog", "--sample-rate", "3", "--no-morphers"}),
+              "--show-dialog: excludes --no-morphers" + ending);
+}
+
+TEST(OptionsTest, VersionIsPrinted) {
+    const CommandLine line = ParseCommandLine({"--version"});
+    EXPECT_FALSE(line.options);
+    EXPECT_EQ(line.exitStatus, kExitDone);
+    EXPECT_EQ(line.out, "hdo-export " HDO_VERSION);
+}
+
+// Each option's block of the help: its names, then its description.
+std::vector<std::string> HelpBlocks(const std::string& help) {
+    std::vector<std::string> blocks;
+    for (const std::string& line : Lines(help)) {
+        if (line.starts_with("  -")) {
+            blocks.push_back(line.substr(2));
+        } else if (line.starts_with("   ") && !blocks.empty()) {
+            blocks.back().append(" ").append(line, line.find_first_not_of(' '));
+        }
+    }
+    return blocks;
+}
+
+TEST(OptionsTest, HelpExplainsEveryOptionWithItsDefault) {
+    const CommandLine line = ParseCommandLine({"--help"});
+    EXPECT_FALSE(line.options);
+    EXPECT_EQ(line.exitStatus, kExitDone);
+    const std::vector<std::string> blocks = HelpBlocks(line.out);
+    const std::vector<std::string> names = {"-o, --output FILE",
+                                            "--selected",
+                                            "--select NAME",
+                                            "--[no-]export-hidden",
+                                            "--[no-]non-renderable",
+                                            "--[no-]morphers",
+                                            "--[no-]optimize-skin",
+                                            "--weight-threshold X",
+                                            "--[no-]motions-for-hidden",
+                                            "--[no-]sample-animation",
+                                            "--sample-rate N",
+                                            "--defaults",
+                                            "--cancel-dialog",
+                                            "--cancel-after N",
+                                            "--config-dir DIR",
+                                            "--plugin-dir DIR",
+                                            "--plugin FILE",
+                                            "--save-scene FILE",
+                                            "--list",
+                                            "--animation NAME|N",
+                                            "--scale X",
+                                            "--frame-rate N",
+                                            "--start T",
+                                            "--end T",
+                                            "--about",
+                                            "--show-dialog",
+                                            "--progress MODE",
+                                            "-q, --quiet",
+                                            "-v, --verbose"};
+    for (const std::string& name : names) {
+        EXPECT_THAT(blocks, testing::Contains(testing::AllOf(testing::StartsWith(name + " "),
+                                                             testing::HasSubstr("default"))))
+            << name;
+    }
+    EXPECT_EQ(blocks.size(), names.size() + 2) << "the rest is --help and --version";
+}
+
+TEST(OptionsTest, HelpFitsATerminal) {
+    for (const std::string& line : Lines(ParseCommandLine({"--help"}).out)) {
+        EXPECT_LE(line.size(), 100u) << line;
+    }
+}
+
+}  // namespace
+}  // namespace maxhost::app

@@ -1,0 +1,61 @@
+// What the tests of hdo-export share.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "host/app/console.h"
+#include "host/scene/scene.h"
+#include "tests/unit/host/app/modules/fake_plugin.h"
+
+namespace maxhost::app {
+
+// The behaviour of the fake plug-in, which this loads; reset to the ordinary one.
+FakePlugInBehaviour& ResetFakePlugIn();
+
+// An empty directory of its own, the current one while a test runs.
+class InDirectory : public testing::Test {
+  protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    std::filesystem::path Path(const std::string& name) const { return directory_ / name; }
+    static void Write(const std::filesystem::path& path, const std::string& text);
+    static std::string Read(const std::filesystem::path& path);
+    // Names of what is in the directory, sorted.
+    std::vector<std::string> Names() const;
+
+    std::filesystem::path directory_;
+
+  private:
+    std::filesystem::path former_;
+};
+
+// Runs app::Run and keeps what it says.
+struct Outcome {
+    int status = -1;
+    std::string out, error;
+};
+Outcome RunProgram(const std::vector<std::string>& arguments);
+
+// The path made absolute, with the platform's own separators.
+std::string Native(const std::string& path);
+
+// Line ends may be either system's.
+std::vector<std::string> Lines(const std::string& text);
+
+// The status and "SUBJECT: TEXT" of the Failure that the action throws; status -1 when it throws
+// none.
+struct Thrown {
+    int status = -1;
+    std::string line;
+};
+Thrown Catch(const std::function<void()>& action);
+
+scene::Node NamedNode(const std::string& name, int parent = scene::kNone);
+
+}  // namespace maxhost::app
