@@ -3,7 +3,7 @@
 # The header-only libraries, without the rest of the system's headers.
 set(HDO_HEADER_ONLY_INCLUDE_DIR ${PROJECT_BINARY_DIR}/include)
 file(MAKE_DIRECTORY ${HDO_HEADER_ONLY_INCLUDE_DIR})
-foreach(library nlohmann CLI stb)
+foreach(library nlohmann CLI stb utf8 utf8.h)
     file(CREATE_LINK /usr/include/${library} ${HDO_HEADER_ONLY_INCLUDE_DIR}/${library} SYMBOLIC)
 endforeach()
 
@@ -16,7 +16,8 @@ endforeach()
 
 add_library(nlohmann_json::nlohmann_json INTERFACE IMPORTED)
 add_library(CLI11::CLI11 INTERFACE IMPORTED)
-foreach(target nlohmann_json::nlohmann_json CLI11::CLI11)
+add_library(utf8cpp INTERFACE IMPORTED)
+foreach(target nlohmann_json::nlohmann_json CLI11::CLI11 utf8cpp)
     target_include_directories(${target} SYSTEM INTERFACE ${HDO_HEADER_ONLY_INCLUDE_DIR})
 endforeach()
 

@@ -32,7 +32,6 @@
 #include "host/assimp/tree/roles.h"
 #include "host/assimp/tree/tree.h"
 #include "host/assimp/warnings.h"
-#include "host/scene/utf8.h"
 
 namespace maxhost::import {
 namespace {

@@ -1,6 +1,7 @@
 #include "host/assimp/text.h"
 
 #include <assimp/scene.h>
+#include <utf8.h>
 
 #include <algorithm>
 #include <array>
@@ -8,10 +9,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <iterator>
 #include <string_view>
 #include <vector>
-
-#include "host/scene/utf8.h"
 
 namespace maxhost::import {
 namespace {
@@ -176,6 +176,20 @@ struct Level {
 constexpr std::size_t kMaxNesting = 16;
 
 }  // namespace
+
+std::string ToUtf8(std::string_view text, bool* recoded) {
+    if (utf8::is_valid(text.begin(), text.end())) {
+        return std::string(text);
+    }
+    if (recoded) {
+        *recoded = true;
+    }
+    std::string result;
+    for (const char c : text) {
+        utf8::append(static_cast<unsigned char>(c), std::back_inserter(result));
+    }
+    return result;
+}
 
 std::string TextOf(const aiString& text, bool* recoded) {
     const std::size_t length = std::min<std::size_t>(text.length, MAXLEN - 1);

@@ -2,14 +2,18 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 struct aiMetadata;
 struct aiString;
 
 namespace maxhost::import {
 
-// Up to its first NUL; a text that is not UTF-8 is taken as Latin-1 and recoded, which sets
-// `*recoded` (left alone otherwise; may be null).
+// `text` as it stands if it is UTF-8; else taken as Latin-1 and recoded, which sets `*recoded`
+// (left alone otherwise; may be null).
+std::string ToUtf8(std::string_view text, bool* recoded = nullptr);
+
+// Up to its first NUL, in UTF-8 as ToUtf8() makes it.
 std::string TextOf(const aiString& text, bool* recoded = nullptr);
 
 // At most `digits` significant digits, without zeros behind the point, for a message.

@@ -1,9 +1,9 @@
 #include "host/scene/error.h"
 
+#include <utf8.h>
+
 #include <charconv>
 #include <cstdio>
-
-#include "host/scene/utf8.h"
 
 namespace maxhost::import {
 namespace {
@@ -63,7 +63,7 @@ void AppendStep(std::string& pointer, std::size_t index) {
 std::string Shown(std::string_view text) {
     std::string line = "\"";
     const std::string_view shown = Cut(text, kLongestShown);
-    const bool isUtf8 = IsUtf8(shown);
+    const bool isUtf8 = utf8::is_valid(shown.begin(), shown.end());
     for (const char c : shown) {
         if (isUtf8 || static_cast<unsigned char>(c) < 0x80) {
             AppendPlain(line, c);

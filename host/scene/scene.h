@@ -1,5 +1,6 @@
-// A 3ds Max scene as plain data: what the scene description file holds, field by field, and what
-// importers and tests fill in. Host::OpenScene() makes SDK objects of it.
+// A 3ds Max scene as plain data: the scene description file holds it field by field, importers and
+// tests fill it in, and Host::OpenScene() makes SDK objects of it. Every field stands a second time
+// in the lists of fields.h, by which a scene is read, written, checked, scaled and compared.
 //
 // Conventions (all of them the scene description's): times are ticks; angles are radians; matrices
 // are four rows of three for row vectors, the fourth row is the translation; quaternions are
@@ -215,8 +216,13 @@ struct PhysiqueRigid {
     int node = kNone;
 };
 
+struct NodeWeight {
+    int node = kNone;
+    float weight = 0;
+};
+
 struct PhysiqueBlended {
-    std::vector<std::pair<int, float>> nodes;
+    std::vector<NodeWeight> nodes;
 };
 
 struct Physique {

@@ -1,5 +1,7 @@
 #include "host/scene_file/json_tree.h"
 
+#include <utf8.h>
+
 #include <algorithm>
 #include <bit>
 #include <limits>
@@ -8,7 +10,6 @@
 #include <utility>
 
 #include "host/scene/error.h"
-#include "host/scene/utf8.h"
 
 namespace maxhost::import {
 namespace {
@@ -182,7 +183,8 @@ bool TreeBuilder::parse_error(std::size_t position, const std::string& token,
     // `position` counts the bytes read, the one that does not fit included. The byte that does not
     // fit an ill-formed character stands behind its beginning.
     std::size_t at = std::min(position == 0 ? 0 : position - 1, text_.size());
-    at = std::min(at, FindIllFormed(text_));
+    const auto* const illFormed = utf8::find_invalid(text_.begin(), text_.end());
+    at = std::min(at, static_cast<std::size_t>(illFormed - text_.begin()));
     RefuseText(text_, at, ParserMessage(fault.what(), token, text_.substr(at)));
 }
 

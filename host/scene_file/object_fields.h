@@ -154,12 +154,12 @@ void Describe(Io& io, S& skin) {
 }
 
 template <>
-struct Codec<std::pair<int, float>> : Inline {
-    static void Read(JsonValue value, std::pair<int, float>& result) {
-        ReadPair<Position>(value, result.first, result.second, "a list of a node and a weight");
+struct Codec<scene::NodeWeight> : Inline {
+    static void Read(JsonValue value, scene::NodeWeight& result) {
+        ReadPair<Position>(value, result.node, result.weight, "a list of a node and a weight");
     }
-    static void Write(JsonOut& out, const std::pair<int, float>& value) {
-        WritePair<Position>(out, value.first, value.second);
+    static void Write(JsonOut& out, const scene::NodeWeight& value) {
+        WritePair<Position>(out, value.node, value.weight);
     }
 };
 

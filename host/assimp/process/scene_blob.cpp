@@ -1,6 +1,5 @@
 #include "host/assimp/process/scene_blob.h"
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -12,25 +11,42 @@
 #include <variant>
 #include <vector>
 
+#include "host/scene/fields.h"
+
+namespace maxhost::scene {
+
+template <>
+inline constexpr auto kFields<import::AnimationClip> = std::tuple{
+    Required("name", &import::AnimationClip::name),
+    Required("seconds", &import::AnimationClip::seconds),
+    Required("channels", &import::AnimationClip::channels),
+};
+
+template <>
+inline constexpr auto kFields<import::ImportedScene> = std::tuple{
+    Required("scene", &import::ImportedScene::scene),
+    Required("warnings", &import::ImportedScene::warnings),
+    Required("animations", &import::ImportedScene::animations),
+    Required("coloredMeshes", &import::ImportedScene::coloredMeshes),
+};
+
+}  // namespace maxhost::scene
+
 namespace maxhost::import {
 namespace {
 
-// Types whose bytes are all that there is to them.
+// Whether a type's bytes are all that there is to it.
 template <typename T>
 constexpr bool kIsPlain = std::is_trivially_copyable_v<T> && !std::is_pointer_v<T>;
 
 class Encoder {
   public:
-    template <typename... Values>
-    void operator()(const Values&... values) {
-        (Put(values), ...);
-    }
-    std::string Take() { return std::move(bytes_); }
-
-  private:
     template <typename T>
     void Put(const T& value);
 
+    std::string Take() { return std::move(bytes_); }
+
+  private:
     void Put(const std::string& text) { PutBytes(text.data(), text.size(), text.size()); }
 
     template <typename T>
@@ -96,15 +112,10 @@ class Decoder {
   public:
     explicit Decoder(std::string_view bytes) : bytes_(bytes) {}
 
-    template <typename... Values>
-    void operator()(Values&... values) {
-        (Get(values), ...);
-    }
-
-  private:
     template <typename T>
     void Get(T& value);
 
+  private:
     void Get(std::string& text) { text.resize(Size(1)), GetBytes(text.data(), text.size()); }
 
     template <typename T>
@@ -202,69 +213,12 @@ class Decoder {
     std::map<std::size_t, std::shared_ptr<const void>> objects_;
 };
 
-// The fields of each type that is not plain, for both directions. The bindings must name all the
-// fields of a type, so that a new one cannot be forgotten here.
-using BoneWeight = std::pair<int, float>;
-
-#define HDO_FIELDS(Type, ...)                                 \
-    template <typename Archive, typename Value>               \
-    requires std::is_same_v<std::remove_const_t<Value>, Type> \
-    void VisitFields(Archive& archive, Value& value) {        \
-        auto& [__VA_ARGS__] = value;                          \
-        archive(__VA_ARGS__);                                 \
-    }
-HDO_FIELDS(ImportedScene, a, b, c, d)
-HDO_FIELDS(AnimationClip, a, b, c)
-HDO_FIELDS(scene::Scene, a, b, c, d)
-HDO_FIELDS(scene::Node, a, b, c, d, e, f, g, h, i, j, k, l, m)
-HDO_FIELDS(scene::Object, a, b, c, d)
-HDO_FIELDS(scene::Mesh, a, b, c, d)
-HDO_FIELDS(scene::MapChannel, a, b)
-HDO_FIELDS(scene::Transform, a, b, c)
-HDO_FIELDS(scene::PrsTransform, a, b, c)
-HDO_FIELDS(scene::SampledTransform, a)
-HDO_FIELDS(scene::ThreeAxisController, a, b, c, d)
-HDO_FIELDS(scene::ThreeAxes, a)
-HDO_FIELDS(scene::BezierScale, a, b)
-HDO_FIELDS(scene::FloatController, a, b, c)
-HDO_FIELDS(scene::BezierFloat, a, b)
-HDO_FIELDS(scene::FloatList, a)
-HDO_FIELDS(scene::FloatListItem, a, b)
-HDO_FIELDS(scene::WireFloat, a, b, c, d, e)
-HDO_FIELDS(scene::Wire, a, b, c, d)
-HDO_FIELDS(scene::Modifier, a, b)
-HDO_FIELDS(scene::Skin, a, b, c)
-HDO_FIELDS(scene::Physique, a)
-HDO_FIELDS(scene::PhysiqueBlended, a)
-HDO_FIELDS(BoneWeight, a, b)
-HDO_FIELDS(scene::Morpher, a)
-HDO_FIELDS(scene::MorphChannel, a, b)
-HDO_FIELDS(scene::Material, a, b, c, d, e, f, g, h, i, j, k, l, m, n, o)
-HDO_FIELDS(scene::MapSlot, a, b, c, d)
-HDO_FIELDS(scene::Map, a, b)
-HDO_FIELDS(scene::BitmapMap, a, b, c, d, e, f, g)
-#undef HDO_FIELDS
-
-template <typename Archive, typename T, std::size_t count>
-void VisitFields(Archive& archive, std::array<T, count>& items) {
-    for (T& item : items) {
-        archive(item);
-    }
-}
-
-template <typename Archive, typename T, std::size_t count>
-void VisitFields(Archive& archive, const std::array<T, count>& items) {
-    for (const T& item : items) {
-        archive(item);
-    }
-}
-
 template <typename T>
 void Encoder::Put(const T& value) {
     if constexpr (kIsPlain<T>) {
         bytes_.append(reinterpret_cast<const char*>(&value), sizeof value);
     } else {
-        VisitFields(*this, value);
+        scene::ForEachField<T>([&](const auto& field) { Put(field.Of(value)); });
     }
 }
 
@@ -273,7 +227,7 @@ void Decoder::Get(T& value) {
     if constexpr (kIsPlain<T>) {
         GetBytes(&value, sizeof value);
     } else {
-        VisitFields(*this, value);
+        scene::ForEachField<T>([&](const auto& field) { Get(field.Of(value)); });
     }
 }
 
@@ -281,14 +235,14 @@ void Decoder::Get(T& value) {
 
 std::string EncodeScene(const ImportedScene& scene) {
     Encoder encoder;
-    encoder(scene);
+    encoder.Put(scene);
     return encoder.Take();
 }
 
 ImportedScene DecodeScene(std::string_view bytes) {
     ImportedScene scene;
     Decoder decoder(bytes);
-    decoder(scene);
+    decoder.Get(scene);
     return scene;
 }
 

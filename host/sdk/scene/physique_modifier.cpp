@@ -27,9 +27,9 @@ class BlendedVertex final : public IPhyBlendedRigidVertex {
     int GetVertexType() override { return RIGID_BLENDED_TYPE; }
     int GetNumberNodes() override { return static_cast<int>(description_.nodes.size()); }
     INode* GetNode(int i) override {
-        return IsThere(i) ? links_.NodeAt(description_.nodes[i].first) : nullptr;
+        return IsThere(i) ? links_.NodeAt(description_.nodes[i].node) : nullptr;
     }
-    float GetWeight(int i) override { return IsThere(i) ? description_.nodes[i].second : 0.0f; }
+    float GetWeight(int i) override { return IsThere(i) ? description_.nodes[i].weight : 0.0f; }
 
   private:
     bool IsThere(int i) { return i >= 0 && i < GetNumberNodes(); }
@@ -42,8 +42,8 @@ class BlendedVertex final : public IPhyBlendedRigidVertex {
 INode* Heaviest(const scene::PhysiqueBlended& vertex, const SceneLinks& links) {
     const auto heaviest =
         std::max_element(vertex.nodes.begin(), vertex.nodes.end(),
-                         [](const auto& a, const auto& b) { return a.second < b.second; });
-    return heaviest == vertex.nodes.end() ? nullptr : links.NodeAt(heaviest->first);
+                         [](const auto& a, const auto& b) { return a.weight < b.weight; });
+    return heaviest == vertex.nodes.end() ? nullptr : links.NodeAt(heaviest->node);
 }
 
 // Owns what it lends; what is not taken back is destroyed with it.

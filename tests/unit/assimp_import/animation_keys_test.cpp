@@ -10,10 +10,10 @@
 #include "host/scene/check.h"
 #include "host/scene/scale.h"
 #include "host/scene_file/scene_description.h"
+#include "tests/support/every_field.h"
 #include "tests/unit/assimp_import/moving_node.h"
 #include "tests/unit/assimp_import/posed_scene.h"
 #include "tests/unit/assimp_import/source_scene.h"
-#include "tests/unit/scene_description/same_scene.h"
 
 using maxhost::import::ConvertScene;
 using maxhost::import::ImportedScene;

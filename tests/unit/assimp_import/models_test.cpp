@@ -13,10 +13,10 @@
 #include "host/assimp/import.h"
 #include "host/assimp/tree/tree.h"
 #include "host/scene/check.h"
+#include "tests/support/every_field.h"
 #include "tests/unit/assimp_import/shown_normals.h"
 #include "tests/unit/assimp_import/source_motion.h"
 #include "tests/unit/assimp_import/source_scene.h"
-#include "tests/unit/scene_description/same_scene.h"
 
 using maxhost::import::ImportedScene;
 using maxhost::import::ImportError;

@@ -3,8 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/unit/scene_description/every_field.h"
-#include "tests/unit/scene_description/same_scene.h"
+#include "tests/support/every_field.h"
 
 using maxhost::import::DecodeScene;
 using maxhost::import::EncodeScene;

@@ -8,10 +8,10 @@
 #include "host/assimp/import.h"
 #include "host/assimp/process/scene_blob.h"
 #include "host/scene_file/scene_description.h"
+#include "tests/support/every_field.h"
 #include "tests/unit/assimp_import/moving_node.h"
 #include "tests/unit/assimp_import/shown_normals.h"
 #include "tests/unit/assimp_import/source_scene.h"
-#include "tests/unit/scene_description/same_scene.h"
 
 using maxhost::import::ImportedScene;
 using maxhost::scene::Mesh;

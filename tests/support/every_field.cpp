@@ -1,6 +1,8 @@
-#include "tests/unit/scene_description/every_field.h"
+#include "tests/support/every_field.h"
 
 #include <memory>
+
+#include "host/scene/difference.h"
 
 using namespace maxhost::scene;
 
@@ -337,4 +339,8 @@ Scene EveryFieldScene() {
         Object{std::nullopt, std::nullopt, std::nullopt, std::make_shared<Mesh>()};
     scene.selection = {3, 1};
     return scene;
+}
+
+std::string Difference(const Scene& a, const Scene& b) {
+    return maxhost::scene::Difference<Scene>(a, b);
 }

@@ -8,8 +8,7 @@
 #include <string>
 
 #include "host/scene/error.h"
-#include "tests/unit/scene_description/every_field.h"
-#include "tests/unit/scene_description/same_scene.h"
+#include "tests/support/every_field.h"
 
 using namespace maxhost::scene;
 using maxhost::import::ScaleLengths;

@@ -10,8 +10,7 @@
 #include <string>
 
 #include "host/scene_file/scene_description.h"
-#include "tests/unit/scene_description/every_field.h"
-#include "tests/unit/scene_description/same_scene.h"
+#include "tests/support/every_field.h"
 
 using namespace maxhost::scene;
 using maxhost::import::ReadSceneDescriptionFromText;

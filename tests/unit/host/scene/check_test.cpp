@@ -9,7 +9,7 @@
 #include <string>
 
 #include "host/scene/error.h"
-#include "tests/unit/scene_description/every_field.h"
+#include "tests/support/every_field.h"
 
 using namespace maxhost::scene;
 using maxhost::import::SceneError;
@@ -201,7 +201,7 @@ TEST(Check, NumbersAreFinite) {
         {"/nodes/0/modifiers/1/vertices/1/blended/0/1",
          [](Scene& s, float f) {
              auto& vertices = std::get<Physique>(s.nodes[0].modifiers[1].kind).vertices;
-             std::get<PhysiqueBlended>(vertices[1]).nodes[0].second = f;
+             std::get<PhysiqueBlended>(vertices[1]).nodes[0].weight = f;
          }},
         {"/nodes/0/referenceModifiers/0/channels/0/points/1/2",
          [](Scene& s, float f) {
