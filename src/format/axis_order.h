@@ -2,24 +2,20 @@
 #ifndef FORMAT_AXIS_ORDER_H
 #define FORMAT_AXIS_ORDER_H
 
-#include <max.h>
-
-#include <quat.h>
-
 #include "core/types.h"
 
-// x, z, y.
-inline void StoreVector(Plinth::Float32 field[3], const Point3& v) {
+// x, z, y of anything with these members.
+template <typename Vector>
+inline void StoreVector(Plinth::Float32 field[3], const Vector& v) {
     field[0] = v.x;
     field[1] = v.z;
     field[2] = v.y;
 }
 
 // x, z, y, w.
-inline void StoreQuaternion(Plinth::Float32 field[4], const Quat& q) {
-    field[0] = q.x;
-    field[1] = q.z;
-    field[2] = q.y;
+template <typename Quaternion>
+inline void StoreQuaternion(Plinth::Float32 field[4], const Quaternion& q) {
+    StoreVector(field, q);
     field[3] = q.w;
 }
 

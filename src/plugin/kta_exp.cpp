@@ -9,20 +9,10 @@
 KTAExp::KTAExp()
     : exportOptions(DefaultExportOptions()),
       ip(NULL),
-      file(NULL),
-      nodeTotal(0),
-      nodeDone(0),
-      logCallback(NULL),
-      numMaterials(0),
-      indexOfRefraction(kUsualIndexOfRefraction),
-      layerType(0),
       outOfMemoryLine("*** Out of memory: the export is given up ***") {
     if (outOfMemoryLine.Data() == NULL) {
         throw std::bad_alloc();
     }
-}
-
-KTAExp::~KTAExp() {
 }
 
 int KTAExp::ExtCount() {

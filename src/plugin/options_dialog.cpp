@@ -9,8 +9,8 @@
 #include <winutil.h>
 
 #include "core/format.h"
+#include "export/export_pass.h"
 #include "plugin/kta_exp.h"
-#include "plugin/motion_pass.h"
 #include "resources/resource.h"
 
 namespace {

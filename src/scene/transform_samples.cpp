@@ -3,7 +3,7 @@
 #include <decomp.h>
 
 #include "scene/decompose.h"
-#include "scene/local_transform.h"
+#include "scene/node.h"
 
 using Plinth::Int32;
 using Plinth::Int64;

@@ -10,6 +10,7 @@
 #include "tests/support/chunks.h"
 #include "tests/support/export_run.h"
 #include "tests/support/kta_bytes.h"
+#include "tests/support/scene_parts.h"
 
 namespace {
 
@@ -20,17 +21,11 @@ using maxhost::scene::Node;
 using maxhost::scene::OtherModifier;
 using maxhost::scene::Scene;
 using maxhost::scene::Skin;
+using support::MakeNode;
 using support::Export;
 using support::ExportChoices;
 using support::ExportRun;
 using support::WorkDirectory;
-
-Node MakeNode(const std::string& name, int parent = maxhost::scene::kNone) {
-    Node node;
-    node.name = name;
-    node.parent = parent;
-    return node;
-}
 
 // The default settings as they lie in the file.
 std::string DefaultSettings() {

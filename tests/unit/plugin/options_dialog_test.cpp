@@ -15,7 +15,7 @@
 #include "host/sdk/host.h"
 #include "plugin/about_dialog.h"
 #include "plugin/kta_exp.h"
-#include "plugin/motion_pass.h"
+#include "export/export_pass.h"
 #include "resources/resource.h"
 #include "tests/support/export_run.h"
 

@@ -1,0 +1,298 @@
+// Meshes: the mesh chunk of a geometric node.
+#include <max.h>
+
+#include "core/log.h"
+#include "export/export_pass.h"
+#include "format/axis_order.h"
+#include "scene/node.h"
+#include "scene/sub_mesh.h"
+
+using Plinth::Float32;
+using Plinth::Int32;
+using Plinth::UInt32;
+using Plinth::UInt64;
+
+namespace {
+
+// 3ds Max's last channel, 99, has no part in the format.
+enum { kFirstChannel = 1, kLastChannel = 98, kNumChannels = kLastChannel - kFirstChannel + 1 };
+
+// Reads the corners of a mesh's faces as they stand in the file.
+class CornerReader {
+  public:
+    // Builds the mesh's normals.
+    CornerReader(INode* node, Mesh& mesh);
+
+    Int32 NumPairs() const { return numPairs; }
+    // The corners' texture coordinates stand in this object until the next call.
+    void Read(int face, CornerVertex corners[3]);
+
+  private:
+    CornerReader(const CornerReader&);
+    CornerReader& operator=(const CornerReader&);
+
+    struct Channel {
+        const UVVert* vertices;  // null: there are none
+        const TVFace* faces;
+    };
+
+    Point3 NormalOf(int face, int corner);
+    void ReadPairs(int face, int corner, Float32* pairs) const;
+
+    Mesh& mesh;
+    bool isSkinned;
+    Matrix3 positionTransform;
+    Matrix3 normalTransform;
+    Int32 numPairs;
+    Channel channels[kNumChannels];  // the supported ones
+    Float32 uvs[3][2 * kNumChannels];
+};
+
+CornerReader::CornerReader(INode* node, Mesh& source)
+    : mesh(source),
+      isSkinned(FindModifier(node, kPhysiqueModifierClassId).modifier != NULL ||
+                FindModifier(node, kSkinModifierClassId).modifier != NULL),
+      positionTransform(1),
+      normalTransform(1),
+      numPairs(0) {
+    mesh.buildNormals();
+    mesh.checkNormals(TRUE);
+    if (isSkinned) {
+        positionTransform = node->GetObjectTM(0);
+        normalTransform = positionTransform;
+        normalTransform.NoTrans();
+        normalTransform.NoScale();
+    }
+    for (int i = kFirstChannel; i <= kLastChannel; ++i) {
+        if (mesh.mapSupport(i)) {
+            Channel& channel = channels[numPairs++];
+            channel.vertices = mesh.getNumMapVerts(i) > 0 ? mesh.mapVerts(i) : NULL;
+            channel.faces = mesh.mapFaces(i);
+        }
+    }
+}
+
+void CornerReader::Read(int face, CornerVertex corners[3]) {
+    for (int i = 0; i < 3; ++i) {
+        const int vertex = static_cast<int>(mesh.faces[face].v[i]);
+        const Point3 position = positionTransform * mesh.verts[vertex];
+        Point3 normal = NormalOf(face, i);
+        if (isSkinned) {
+            normal = Normalize(VectorTransform(normalTransform, normal));
+        }
+        corners[i].record.originalVertex = vertex;
+        StoreVector(corners[i].record.position, position);
+        StoreVector(corners[i].record.normal, normal);
+        ReadPairs(face, i, uvs[i]);
+        corners[i].numPairs = numPairs;
+        corners[i].uvs = uvs[i];
+    }
+}
+
+Point3 CornerReader::NormalOf(int face, int corner) {
+    Face& source = mesh.faces[face];
+    RVertex& vertex = mesh.getRVert(static_cast<int>(source.v[corner]));
+    if (vertex.rFlags & SPECIFIED_NORMAL) {
+        return vertex.rn.getNormal();
+    }
+    const DWORD group = source.getSmGroup();
+    const DWORD count = vertex.rFlags & NORCT_MASK;
+    if (count == 1 && group != 0) {
+        return vertex.rn.getNormal();
+    }
+    for (DWORD i = 0; count > 1 && i < count; ++i) {
+        if (vertex.ern[i].getSmGroup() & group) {
+            return vertex.ern[i].getNormal();
+        }
+    }
+    return mesh.getFaceNormal(face);
+}
+
+void CornerReader::ReadPairs(int face, int corner, Float32* pairs) const {
+    static const Float32 kDefaults[3][2] = {{0.0f, 0.0f}, {1.0f, 0.0f}, {0.0f, 1.0f}};
+    for (Int32 i = 0; i < numPairs; ++i) {
+        const Channel& channel = channels[i];
+        if (channel.vertices != NULL) {
+            const UVVert& uv = channel.vertices[channel.faces[face].t[corner]];
+            pairs[2 * i] = uv.x;
+            pairs[2 * i + 1] = 1.0f - uv.y;
+        } else {
+            // The defaults take no part in the turning over of v.
+            pairs[2 * i] = kDefaults[corner][0];
+            pairs[2 * i + 1] = kDefaults[corner][1];
+        }
+    }
+}
+
+void LogSubMeshes(const SubMeshList& subMeshes) {
+    Plinth::Log("Num SubMeshes: %d", subMeshes.Count());
+    for (Int32 i = 0; i < subMeshes.Count(); ++i) {
+        Plinth::Log("SubMesh #%d:", i);
+        Plinth::Log("    + Material : %d", subMeshes[i].material);
+        Plinth::Log("    + Num Verts: %d", subMeshes[i].numVertices);
+        Plinth::Log("    + Num Faces: %d", subMeshes[i].numFaces);
+    }
+}
+
+void LogDroppedFace(const CornerVertex corners[3], const Int32 indices[3]) {
+    Plinth::Log("WARNING: Failed to find the indices for a given triangle!!!");
+    Plinth::Log("indices  = [%d, %d, %d]", indices[0], indices[1], indices[2]);
+    Plinth::Log("orgVerts = [%d, %d, %d]", corners[0].record.originalVertex,
+                corners[1].record.originalVertex, corners[2].record.originalVertex);
+    Plinth::Log("numUVs   = [%d, %d, %d]", corners[0].numPairs, corners[1].numPairs,
+                corners[2].numPairs);
+}
+
+// False where the sub-meshes do not fit into the format.
+bool RunVertexPass(const ExportPass& pass, INode* node, SubMeshList& subMeshes) {
+    Plinth::Log("EXPORTING SUBMESHES (%s)", "Vertex Pass");
+    const TriangleMesh source(node);
+    Mesh* const mesh = source.Get();
+    if (mesh == NULL) {
+        return true;
+    }
+    CornerReader reader(node, *mesh);
+    if (!subMeshes.Reserve(mesh->getNumFaces(), reader.NumPairs())) {
+        return false;
+    }
+    for (int i = 0; i < mesh->getNumFaces(); ++i) {
+        CornerVertex corners[3];
+        reader.Read(i, corners);
+        if (!subMeshes.AddFace(MaterialNumber(pass, &mesh->faces[i], node), corners)) {
+            return false;
+        }
+    }
+    LogSubMeshes(subMeshes);
+    return true;
+}
+
+void RunIndexPass(INode* node, SubMeshList& subMeshes) {
+    Plinth::Log("EXPORTING SUBMESHES (%s)", "Index Pass");
+    subMeshes.NumberVertices();
+    const TriangleMesh source(node);
+    Mesh* const mesh = source.Get();
+    if (mesh == NULL) {
+        return;
+    }
+    CornerReader reader(node, *mesh);
+    // A modifier may make another number of faces at each conversion.
+    for (int i = 0; i < mesh->getNumFaces() && i < subMeshes.NumAddedFaces(); ++i) {
+        CornerVertex corners[3];
+        Int32 indices[3];
+        reader.Read(i, corners);
+        if (!subMeshes.IndexFace(i, corners, indices)) {
+            LogDroppedFace(corners, indices);
+        }
+    }
+    LogSubMeshes(subMeshes);
+}
+
+// Fills in what the header says of the mesh itself; false when there is none.
+bool DescribeMesh(KTAMesh& header, INode* node) {
+    const TriangleMesh source(node);
+    Mesh* const mesh = source.Get();
+    if (mesh == NULL) {
+        return false;
+    }
+    for (int i = kFirstChannel; i <= kLastChannel; ++i) {
+        if (mesh->mapSupport(i) && mesh->getNumMapVerts(i) > 0) {
+            ++header.mapChannelCount;
+        }
+    }
+    header.originalVertexCount = mesh->getNumVerts();
+    Plinth::Log("    + Texture map channels = %d", header.mapChannelCount);
+    Plinth::Log("    + Original mesh vertices = %d", header.originalVertexCount);
+    return true;
+}
+
+void CountElements(KTAMesh& header, const SubMeshList& subMeshes) {
+    header.subMeshCount = subMeshes.Count();
+    for (Int32 i = 0; i < subMeshes.Count(); ++i) {
+        header.vertexCount += subMeshes[i].numVertices;
+        header.indexCount += 3 * subMeshes[i].numFaces;
+    }
+}
+
+// The size that the chunk header announces. It deliberately leaves out the four bytes of a material
+// number in full, and takes the header's number of channels for the pairs of a vertex, of which
+// there is one for each supported channel: readers of the format know both.
+UInt64 AnnouncedSize(const KTAMesh& header) {
+    const UInt64 subMeshes = static_cast<UInt64>(header.subMeshCount) * sizeof(KTASubMesh);
+    const UInt64 indices = static_cast<UInt64>(header.indexCount) * sizeof(UInt32);
+    const UInt64 vertexSize =
+        sizeof(KTAVertex) + static_cast<UInt64>(header.mapChannelCount) * 2 * sizeof(Float32);
+    return sizeof(KTAMesh) + subMeshes + indices + header.vertexCount * vertexSize;
+}
+
+void WriteSubMesh(KTAWriter& writer, const SubMeshList& subMeshes, const SubMesh& subMesh) {
+    KTASubMesh record = ZeroedRecord<KTASubMesh>();
+    const bool inFull = subMesh.material >= kFirstFullMaterialNumber;
+    record.materialNumber = static_cast<Plinth::UInt8>(
+        inFull ? static_cast<Int32>(kFullMaterialNumber) : subMesh.material);
+    record.indexCount = 3 * subMesh.numFaces;
+    record.vertexCount = subMesh.numVertices;
+    writer.WriteRecord(record);
+    if (inFull) {
+        writer.WriteRecord(subMesh.material);
+    }
+    const size_t pairsSize = static_cast<size_t>(subMeshes.NumPairs()) * 2 * sizeof(Float32);
+    for (Int32 i = 0; i < subMesh.numVertices; ++i) {
+        writer.WriteRecord(subMeshes.VertexOf(subMesh, i));
+        if (pairsSize > 0) {
+            writer.WriteRaw(subMeshes.PairsOf(subMesh, i), pairsSize);
+        }
+    }
+    // The corners keep their order: the exchange of y and z does not reverse it.
+    writer.WriteRaw(subMeshes.FacesOf(subMesh),
+                    static_cast<size_t>(subMesh.numFaces) * sizeof(SubMeshFace));
+}
+
+void WriteMesh(KTAWriter& writer, const KTAMesh& header, const SubMeshList& subMeshes) {
+    Plinth::Log("Writing to disk...");
+    writer.BeginChunk(header, static_cast<UInt32>(AnnouncedSize(header)));
+    for (Int32 i = 0; i < subMeshes.Count(); ++i) {
+        WriteSubMesh(writer, subMeshes, subMeshes[i]);
+    }
+}
+
+// Writes the mesh and counts it in `header`; false when there is nothing to write.
+bool BuildAndWriteMesh(ExportPass& pass, INode* node, KTAMesh& header) {
+    SubMeshList subMeshes;
+    bool fits = RunVertexPass(pass, node, subMeshes);
+    if (fits) {
+        RunIndexPass(node, subMeshes);
+        if (!DescribeMesh(header, node)) {
+            return false;
+        }
+        CountElements(header, subMeshes);
+        fits = AnnouncedSize(header) <= 0xffffffffu;
+    }
+    if (!fits) {
+        Plinth::Log("WARNING: The mesh is too large and is left out");
+        return false;
+    }
+    if (header.vertexCount < 3 || header.indexCount < 3) {
+        return false;
+    }
+    WriteMesh(pass.writer, header, subMeshes);
+    return true;
+}
+
+}  // namespace
+
+void ExportMesh(ExportPass& pass, INode* node, bool isCollision) {
+    if (!IsGeometricNode(node)) {
+        return;
+    }
+    Plinth::Log("Exporting mesh...");
+    KTAMesh header = ZeroedRecord<KTAMesh>();
+    header.nodeNumber = pass.exportedNodes.Find(node);
+    header.isCollision = isCollision ? 1 : 0;
+    if (!BuildAndWriteMesh(pass, node, header)) {
+        return;
+    }
+    const float ratio = static_cast<float>(header.vertexCount) /
+                        static_cast<float>(header.originalVertexCount) * 100.0f;
+    Plinth::Log("    + Vertex ratio factor = %.1f%%", ratio);
+    OpenSkinOf(pass, node);
+}

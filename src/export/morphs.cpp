@@ -1,0 +1,126 @@
+// Morph targets: the channels of a node's Morpher, their points packed as 16-bit integers.
+#include <max.h>
+
+#include <MorpherApi.h>
+
+#include "core/copy_name.h"
+#include "export/export_pass.h"
+#include "format/axis_order.h"
+#include "scene/node.h"
+
+using Plinth::Float32;
+using Plinth::Int32;
+using Plinth::Int64;
+using Plinth::UInt16;
+
+namespace {
+
+const Float32 kCoordinateScale = 100.0f;
+const Float32 kMostSteps = 65535.0f;
+
+// The coordinates of a point in the file's order and scale.
+void ScalePoint(const MaxMorphChannel& channel, int point, Float32 scaled[3]) {
+    StoreVector(scaled, channel.GetMorphPoint(point));
+    for (int i = 0; i < 3; ++i) {
+        scaled[i] *= kCoordinateScale;
+    }
+}
+
+void FindRange(const MaxMorphChannel& channel, Float32& minimum, Float32& maximum) {
+    minimum = 1e10f;
+    maximum = -1e10f;
+    const int count = channel.NumMorphPoints();
+    for (int i = 0; i < count; ++i) {
+        Float32 scaled[3];
+        ScalePoint(channel, i, scaled);
+        for (int k = 0; k < 3; ++k) {
+            minimum = scaled[k] < minimum ? scaled[k] : minimum;
+            maximum = scaled[k] > maximum ? scaled[k] : maximum;
+        }
+    }
+}
+
+// The low 16 bits of the value without its fraction; 0 for what no integer holds.
+UInt16 LowBits(Float32 value) {
+    const Float32 limit = 9.0e18f;
+    if (!(value > -limit && value < limit)) {
+        return 0;
+    }
+    return static_cast<UInt16>(static_cast<Int64>(value) & 0xffff);
+}
+
+// How the coordinates of a range become integers.
+class Packing {
+  public:
+    Packing(Float32 rangeMinimum, Float32 rangeMaximum);
+    UInt16 Pack(Float32 scaled) const { return LowBits((scaled * factor - minimum) * steps); }
+
+  private:
+    Float32 factor;
+    Float32 minimum;
+    Float32 steps;  // of a unit; 0 by design where the range is above 65535
+};
+
+Packing::Packing(Float32 rangeMinimum, Float32 rangeMaximum)
+    : factor(1.0f), minimum(rangeMinimum), steps(0.0f) {
+    Float32 range = rangeMaximum - rangeMinimum;
+    if (range == 0.0f) {
+        return;
+    }
+    if (range < 1.0f) {
+        factor = 1.0f / range;
+        minimum = rangeMinimum * factor;
+        range = 1.0f;
+    }
+    steps = static_cast<Float32>(LowBits(kMostSteps / range));
+}
+
+void WriteChannelRecord(KTAWriter& writer, const MaxMorphChannel& channel) {
+    KTAMorphChannel record = ZeroedRecord<KTAMorphChannel>();
+    Plinth::CopyName(record.channelName, kNameSize, channel.GetName());
+    record.at264 = 1.0f;
+    record.at276 = 1;
+    // The size deliberately leaves out what follows the record.
+    writer.WriteChunk(record);
+}
+
+void WritePoints(KTAWriter& writer, INode* node, const MaxMorphChannel& channel) {
+    KTAMorphPoints header = ZeroedRecord<KTAMorphPoints>();
+    Plinth::CopyName(header.nodeName, kNameSize, node->GetName());
+    header.pointCount = channel.NumMorphPoints();
+    FindRange(channel, header.minimum, header.maximum);
+    writer.WriteRecord(header);
+
+    const Packing packing(header.minimum, header.maximum);
+    for (Int32 i = 0; i < header.pointCount; ++i) {
+        Float32 scaled[3];
+        ScalePoint(channel, i, scaled);
+        const KTAMorphPoint point = {
+            {packing.Pack(scaled[0]), packing.Pack(scaled[1]), packing.Pack(scaled[2])}};
+        writer.WriteRecord(point);
+    }
+    const char zeros[3] = {0, 0, 0};
+    for (Int32 i = 0; i < header.pointCount; ++i) {
+        writer.WriteRecord(zeros);
+    }
+    for (Int32 i = 0; i < header.pointCount; ++i) {
+        writer.WriteRecord(i);
+    }
+}
+
+}  // namespace
+
+void ExportMorphTargets(ExportPass& pass, INode* node) {
+    Modifier* const modifier = FindModifier(node, kMorpherModifierClassId).modifier;
+    if (modifier == NULL) {
+        return;
+    }
+    MaxMorphModifier morpher(modifier);
+    for (int i = 0; i < morpher.NumMorphChannels(); ++i) {
+        const MaxMorphChannel channel = morpher.GetMorphChannel(i);
+        if (channel.NumMorphPoints() > 0) {
+            WriteChannelRecord(pass.writer, channel);
+            WritePoints(pass.writer, node, channel);
+        }
+    }
+}

@@ -1,0 +1,51 @@
+// A pass whose operations can be called one by one.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <string>
+
+#include "export/export_pass.h"
+#include "host/sdk/host.h"
+#include "tests/support/temporary_directory.h"
+
+namespace support {
+
+// Writes to a file of its own, which goes with it.
+class OpenPass {
+  public:
+    explicit OpenPass(const ExportOptions& options = DefaultExportOptions()) : options_(options) {
+        Reset();
+    }
+    OpenPass(const OpenPass&) = delete;
+    OpenPass& operator=(const OpenPass&) = delete;
+
+    // Begins a new pass with an empty file.
+    void Reset() {
+        ResetExportState(pass_, maxhost::Host::Instance().GetInterface(), options_);
+        EXPECT_TRUE(pass_->writer.Open(path_.c_str()));
+    }
+
+    ExportPass& operator*() { return *pass_.Get(); }
+    ExportPass* operator->() { return pass_.Get(); }
+
+    // What has been written so far.
+    std::string Written() {
+        std::fflush(nullptr);
+        return ReadFile(path_);
+    }
+    long Size() {
+        std::fflush(nullptr);
+        return static_cast<long>(std::filesystem::file_size(path_));
+    }
+
+  private:
+    const ExportOptions options_;
+    TemporaryDirectory directory_;
+    const std::string path_ = directory_.PathOf("file");
+    ExportPassHolder pass_;
+};
+
+}  // namespace support

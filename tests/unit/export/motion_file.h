@@ -1,0 +1,160 @@
+// Motion files in tests: the exporter at work on a scene of the test, and expected bytes built
+// independently of the exporter's records.
+#pragma once
+
+#include <array>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "core/log.h"
+#include "host/sdk/host.h"
+#include "tests/support/kta_bytes.h"
+#include "tests/support/open_pass.h"
+#include "tests/support/scene_parts.h"
+
+namespace support {
+
+// 1024 ticks a second, so that times and slopes come out even.
+inline maxhost::scene::Time EvenTime(int start, int end) {
+    return {32, 32, start, end};
+}
+
+// Takes down what is logged while it lives.
+class LoggedLines {
+  public:
+    LoggedLines() { Plinth::GetLogManager().AddLogCallback(new Sink(lines_)); }
+    ~LoggedLines() { Plinth::GetLogManager().ClearLogCallbacks(); }
+    LoggedLines(const LoggedLines&) = delete;
+    LoggedLines& operator=(const LoggedLines&) = delete;
+
+    const std::vector<std::string>& Lines() const { return lines_; }
+
+  private:
+    class Sink : public Plinth::LogCallback {
+      public:
+        explicit Sink(std::vector<std::string>& lines) : lines_(lines) {}
+        void Log(const Plinth::String& message) override {
+            // Null where there was no memory for it.
+            lines_.push_back(message.Data() != nullptr ? message.Data() : "");
+        }
+
+      private:
+        std::vector<std::string>& lines_;
+    };
+
+    std::vector<std::string> lines_;
+};
+
+struct Written {
+    std::string bytes;
+    std::vector<std::string> log;
+};
+
+// What `operation` writes and logs, with the scene open. `sampleRate` 0: keyframed.
+inline Written Write(const maxhost::scene::Scene& scene, int sampleRate,
+                     const std::function<void(OpenPass&, const std::vector<INode*>&)>& operation) {
+    maxhost::Host& host = maxhost::Host::Instance();
+    host.OpenScene(scene);
+    Written written;
+    {
+        const LoggedLines log;
+        ExportOptions options = DefaultExportOptions();
+        options.sampleAnimation = sampleRate != 0;
+        options.sampleRate = sampleRate;
+        OpenPass pass(options);
+        operation(pass, host.Nodes());
+        written.bytes = pass.Written();
+        written.log = log.Lines();
+    }
+    host.CloseScene();
+    return written;
+}
+
+// The motion parts and tracks of all nodes.
+inline Written WriteMotion(const maxhost::scene::Scene& scene, int sampleRate) {
+    return Write(scene, sampleRate, [](OpenPass& pass, const std::vector<INode*>& nodes) {
+        for (INode* node : nodes) {
+            ExportMotionPart(*pass, node);
+        }
+    });
+}
+
+// A scene of one node.
+inline maxhost::scene::Scene NodeScene(const maxhost::scene::Transform& transform,
+                                       const maxhost::scene::Time& time = EvenTime(0, 1024)) {
+    maxhost::scene::Scene scene;
+    scene.time = time;
+    scene.nodes = {MakeNode("Mover")};
+    scene.nodes[0].transform = transform;
+    return scene;
+}
+
+// Straight from one value to another, and held outside.
+inline maxhost::scene::FloatController Ramp(int from, float fromValue, int to, float toValue) {
+    maxhost::scene::Key first, last;
+    first.time = from;
+    first.value = fromValue;
+    last.time = to;
+    last.value = toValue;
+    for (maxhost::scene::Key* key : {&first, &last}) {
+        key->inType = key->outType = maxhost::scene::Tangent::linear;
+    }
+    return Keyed({first, last});
+}
+
+// ---------------------------------------------------------------- expected bytes
+
+// In the file's order.
+struct Pose {
+    std::array<float, 3> translation{0, 0, 0};
+    std::array<float, 4> rotation{0, 0, 0, 1};
+    std::array<float, 3> scale{1, 1, 1};
+};
+
+inline std::string MotionPart(const std::string& name, const Pose& pose = {}) {
+    const auto& q = pose.rotation;
+    return Bytes()
+        .U32(1)
+        .U32(300)
+        .U32(2)
+        .Name(name)
+        .F32(pose.translation)
+        .F32({q[0], q[1], q[2], q[3]})
+        .F32(pose.scale)
+        .Str();
+}
+
+inline std::string TrackHead(std::uint32_t version, std::uint32_t size, std::uint32_t keys,
+                             char track) {
+    return Bytes().U32(2).U32(size).U32(version).U32(keys).Text({'L', track}).U16(0).Str();
+}
+
+inline std::string SampledHead(std::uint32_t size, std::uint32_t keys, char track) {
+    return TrackHead(1, size, keys, track);
+}
+
+// However many keys follow, a size of 8 is declared.
+inline std::string KeyframedHead(std::uint32_t keys, char track) {
+    return TrackHead(2, 8, keys, track);
+}
+
+struct ExpectedTangent {
+    float length, slope;
+};
+
+inline std::string KeyRecord(float time, const std::array<float, 3>& value, std::uint16_t axes,
+                             const std::array<std::uint8_t, 6>& codes,
+                             const std::vector<ExpectedTangent>& tangents = {}) {
+    Bytes bytes;
+    bytes.F32({time}).F32(value).U16(axes).U16(0);
+    for (const std::uint8_t code : codes) {
+        bytes.U8(code);
+    }
+    for (const ExpectedTangent& tangent : tangents) {
+        bytes.F32({tangent.length, tangent.slope});
+    }
+    return bytes.Str();
+}
+
+}  // namespace support
