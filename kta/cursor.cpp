@@ -1,9 +1,7 @@
 #include "kta/cursor.h"
 
-#include <algorithm>
-#include <bit>
+#include <charconv>
 #include <cmath>
-#include <utility>
 
 namespace kta {
 
@@ -39,77 +37,47 @@ bool Cursor::Require(std::uint64_t size, std::string_view what) {
     return !stopped_;
 }
 
-std::span<const std::uint8_t> Cursor::Take(std::uint64_t size) {
-    if (!Require(size, "field")) {
-        return {};
-    }
-    const auto taken = bytes_.subspan(offset_, size);
-    offset_ += size;
-    return taken;
-}
-
 void Cursor::Skip(std::uint64_t size) {
-    Take(size);
-}
-
-std::uint32_t Cursor::Number(std::uint64_t size) {
-    std::uint32_t value = 0;
-    int shift = 0;
-    for (const std::uint8_t byte : Take(size)) {
-        value |= static_cast<std::uint32_t>(byte) << shift;
-        shift += 8;
+    if (Require(size, "field")) {
+        offset_ += size;
     }
-    return value;
 }
 
-std::uint8_t Cursor::U8() {
-    return static_cast<std::uint8_t>(Number(1));
+std::string Expected(const std::string& what, const std::string& value,
+                     const std::string& expected) {
+    return what + " is " + value + ", expected " + expected;
 }
 
-std::uint16_t Cursor::U16() {
-    return static_cast<std::uint16_t>(Number(2));
+std::string Expected(const std::string& what, std::int64_t value, const std::string& expected) {
+    return Expected(what, std::to_string(value), expected);
 }
 
-std::int16_t Cursor::I16() {
-    return static_cast<std::int16_t>(U16());
-}
-
-std::uint32_t Cursor::U32() {
-    return Number(4);
-}
-
-std::int32_t Cursor::I32() {
-    return static_cast<std::int32_t>(Number(4));
-}
-
-float Cursor::F32(std::string_view what) {
-    const std::uint64_t offset = offset_;
-    const auto value = std::bit_cast<float>(U32());
-    if (!std::isfinite(value)) {
-        Report(offset, std::string(what) + " is not a finite number");
+std::string ExpectedLetter(const std::string& what, char value, std::string_view letters) {
+    std::string list(1, letters[0]);
+    for (std::size_t i = 1; i < letters.size(); ++i) {
+        list += (i + 1 < letters.size() ? ", " : " or ") + std::string(1, letters[i]);
     }
-    return value;
+    const auto byte = static_cast<unsigned char>(value);
+    return Expected(what, "byte " + std::to_string(int{byte}), list);
 }
 
-bool Cursor::Flag(std::string_view what) {
-    const std::uint64_t offset = offset_;
-    const std::uint8_t value = U8();
-    if (value > 1) {
-        Report(offset,
-               std::string(what) + " is " + std::to_string(int{value}) + ", expected 0 or 1");
-    }
-    return value != 0;
+std::string Digits(float value) {
+    std::array<char, 32> digits{};
+    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
+    return {digits.data(), end};
 }
 
-std::string Cursor::Text(std::size_t size, std::string_view what) {
-    const std::uint64_t offset = offset_;
-    const auto field = Take(size);
-    const auto end = std::find(field.begin(), field.end(), std::uint8_t{0});
-    if (end == field.end()) {
-        Report(offset, std::string(what) + " has no NUL in its " + std::to_string(size) +
-                           " bytes, expected one");
+void Repeated::Report(Cursor& cursor, const char* joint) const {
+    if (count_ > 0) {
+        const std::string others = std::to_string(count_ - 1) + " more of the " + group_;
+        cursor.Report(offset_, text_ + (count_ == 1 ? "" : joint + others));
     }
-    return std::string(field.begin(), end);
+}
+
+void NotFinite::Check(std::uint64_t offset, std::span<const float> values) {
+    if (!std::all_of(values.begin(), values.end(), [](float v) { return std::isfinite(v); })) {
+        items_.Note(offset, [this] { return std::string(what_) + " is not a finite number"; });
+    }
 }
 
 }  // namespace kta

@@ -1,26 +1,21 @@
-// A position in a KTA file's bytes from which little-endian fields are read one after the other.
+// A position in a KTA file's bytes from which values are read as they lie in memory, and how faults
+// are worded. For the reader's own sources.
 #pragma once
 
-#include <array>
-#include <cstddef>
-#include <cstdint>
-#include <span>
-#include <string>
-#include <string_view>
-#include <vector>
+#include <bit>
+#include <cstring>
+#include <type_traits>
+#include <utility>
+
+#include "kta/reader.h"
 
 namespace kta {
 
-// One thing wrong with a file.
-struct Fault {
-    std::uint64_t offset = 0;  // of the field or item, from the start of the file
-    std::string where;         // "header", "chunk header", or the kind of chunk ("node chunk")
-    std::string text;          // what stands there and what was expected
-};
+static_assert(std::endian::native == std::endian::little, "KTA files are little-endian");
 
 // Reads never leave the bytes given. The first read that lacks bytes, and Stop(), end the reading
-// for good: from then on every read gives zero or an empty text and reports nothing more. Faults
-// go to the vector given, which the caller owns, as it does the bytes.
+// for good: from then on every read gives zeros and reports nothing more. Faults go to the vector
+// given, which the caller owns, as it does the bytes.
 class Cursor {
   public:
     Cursor(std::span<const std::uint8_t> bytes, std::vector<Fault>& faults);
@@ -44,37 +39,94 @@ class Cursor {
     bool Require(std::uint64_t size, std::string_view what = {});
 
     void Skip(std::uint64_t size);
-    std::uint8_t U8();
-    std::uint16_t U16();
-    std::int16_t I16();
-    std::uint32_t U32();
-    std::int32_t I32();
-    // A number that is not finite is reported.
-    float F32(std::string_view what);
-    // A byte that is 0 or 1; any other is reported and counts as true.
-    bool Flag(std::string_view what);
-    // The text of a NUL-terminated field of `size` bytes. A missing NUL is reported, and the text
-    // is then the whole field.
-    std::string Text(std::size_t size, std::string_view what);
 
-    template <std::size_t kCount>
-    std::array<float, kCount> Floats(std::string_view what) {
-        std::array<float, kCount> values{};
-        for (float& value : values) {
-            value = F32(what);
+    template <typename Value>
+    Value Read() {
+        const Value value = Peek<Value>();
+        Skip(sizeof(Value));
+        return value;
+    }
+    // The value that stands here, without going on; zeros where it is cut off.
+    template <typename Value>
+    Value Peek() const {
+        static_assert(std::is_trivially_copyable_v<Value>);
+        Value value{};
+        if (!stopped_ && sizeof(Value) <= Left()) {
+            std::memcpy(&value, bytes_.data() + offset_, sizeof(Value));
+        }
+        return value;
+    }
+    // `count` values, which the caller knows to be there.
+    template <typename Value>
+    std::vector<Value> ReadAll(std::size_t count) {
+        static_assert(std::is_trivially_copyable_v<Value>);
+        std::vector<Value> values;
+        const std::uint64_t at = offset_;
+        Skip(std::uint64_t{count} * sizeof(Value));
+        if (!stopped_ && count > 0) {
+            values.resize(count);
+            std::memcpy(values.data(), bytes_.data() + at, count * sizeof(Value));
         }
         return values;
     }
 
   private:
-    std::span<const std::uint8_t> Take(std::uint64_t size);
-    std::uint32_t Number(std::uint64_t size);
-
     std::span<const std::uint8_t> bytes_;
     std::uint64_t offset_ = 0;
     std::vector<Fault>& faults_;
     std::string where_;
     bool stopped_ = false;
+};
+
+// ---------------------------------------------------------------- texts of faults
+
+// "WHAT is VALUE, expected EXPECTED".
+std::string Expected(const std::string& what, const std::string& value,
+                     const std::string& expected);
+std::string Expected(const std::string& what, std::int64_t value, const std::string& expected);
+// For a byte that is none of the letters: "WHAT is byte 66, expected P, R or S".
+std::string ExpectedLetter(const std::string& what, char value, std::string_view letters);
+
+// The shortest digits that read back to the same number.
+std::string Digits(float value);
+
+// The first of many alike that are wrong in the same way, and how many there are. One fault tells
+// of them all: a damaged file may have millions. `group` is what they are in ("sub-mesh").
+class Repeated {
+  public:
+    explicit Repeated(const char* group) : group_(group) {}
+
+    // `text` is called for the first one's text only.
+    template <typename Text>
+    void Note(std::uint64_t offset, Text text) {
+        if (count_++ == 0) {
+            offset_ = offset;
+            text_ = text();
+        }
+    }
+
+    // As one fault, when there are any; `joint` stands before the number of the others.
+    void Report(Cursor& cursor, const char* joint = ", and so for ") const;
+
+  private:
+    const char* group_;
+    std::string text_;
+    std::uint64_t offset_ = 0;
+    std::uint64_t count_ = 0;
+};
+
+// Items of which those that are not finite are told of in one fault.
+class NotFinite {
+  public:
+    NotFinite(const char* what, const char* group) : what_(what), items_(group) {}
+
+    // An item that stands at the offset.
+    void Check(std::uint64_t offset, std::span<const float> values);
+    void Report(Cursor& cursor) const { items_.Report(cursor, ", nor are "); }
+
+  private:
+    const char* what_;
+    Repeated items_;
 };
 
 }  // namespace kta

@@ -23,4 +23,7 @@ void DumpJson(const std::string& path, const File& file, const std::vector<Fault
 // point of its own number (Latin-1).
 std::string ToUtf8(std::string_view text);
 
+// A number as dumps show it: 0.5, 1.0, "nan".
+std::string NumberText(float value);
+
 }  // namespace kta

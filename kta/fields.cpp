@@ -2,178 +2,417 @@
 
 #include <cmath>
 
-#include "kta/dump.h"
-
 namespace kta {
 namespace {
 
-std::vector<Field> FieldsOf(const Node& node, std::uint64_t body) {
-    return {{"nodeName", body, Value(node.nodeName)},
-            {"parentName", body + 260, Value(node.parentName)},
-            {"translation", body + 520, Value(node.translation)},
-            {"rotation", body + 532, Value(node.rotation)},
-            {"scale", body + 548, Value(node.scale)},
-            {"inverseWorldMatrix", body + 560, Value(node.inverseWorldMatrix)},
-            {"isBone", body + 624, Value(node.isBone)},
-            {"hasHelperSize", body + 625, Value(node.hasHelperSize)},
-            {"helperSize", body + 628, Value(node.helperSize)}};
+constexpr std::int32_t kMostMapChannels = 98;
+
+// ---------------------------------------------------------------- rows of the tables
+
+template <typename Element>
+constexpr FieldType TypeOf() {
+    if constexpr (std::is_same_v<Element, char>) {
+        return FieldType::character;
+    } else if constexpr (std::is_same_v<Element, Plinth::UInt8>) {
+        return FieldType::u8;
+    } else if constexpr (std::is_same_v<Element, Plinth::UInt16>) {
+        return FieldType::u16;
+    } else if constexpr (std::is_same_v<Element, Plinth::Int16>) {
+        return FieldType::i16;
+    } else if constexpr (std::is_same_v<Element, Plinth::Int32>) {
+        return FieldType::i32;
+    } else if constexpr (std::is_same_v<Element, Plinth::UInt32>) {
+        return FieldType::u32;
+    } else {
+        static_assert(std::is_same_v<Element, Plinth::Float32>);
+        return FieldType::f32;
+    }
 }
 
-std::vector<Field> FieldsOf(const Mesh& mesh, std::uint64_t body) {
-    return {{"nodeNumber", body, mesh.node},
-            {"originalVertexCount", body + 4, mesh.numOriginalVertices},
-            {"vertexCount", body + 8, mesh.numVertices},
-            {"indexCount", body + 12, mesh.numIndices},
-            {"subMeshCount", body + 16, mesh.subMeshes.size()},
-            {"mapChannelCount", body + 20, mesh.numMapChannels},
-            {"isCollision", body + 24, Value(mesh.isCollision)}};
+template <typename Member>
+constexpr Field Row(const char* name, std::size_t offset, const char* label) {
+    using Element = std::remove_all_extents_t<Member>;
+    if (std::is_same_v<Element, char> && std::is_array_v<Member>) {
+        return {name, label, FieldType::text, offset, sizeof(Member), 1, 0};
+    }
+    constexpr std::size_t kColumns = std::rank_v<Member> == 2 ? std::extent_v<Member, 1> : 0;
+    return {name,    label,           TypeOf<Element>(),
+            offset,  sizeof(Element), sizeof(Member) / sizeof(Element),
+            kColumns};
 }
 
-std::vector<Field> FieldsOf(const Material& material, std::uint64_t body) {
-    return {
-        {"materialName", body, Value(material.materialName)},
-        {"ambient", body + 40, Value(material.ambient)},
-        {"diffuse", body + 52, Value(material.diffuse)},
-        {"specular", body + 64, Value(material.specular)},
-        {"selfIllumination", body + 76, Value(material.selfIllumination)},
-        {"shininess", body + 88, Value(material.shininess)},
-        {"shininessStrength", body + 92, Value(material.shininessStrength)},
-        {"opacity", body + 96, Value(material.opacity)},
-        {"indexOfRefraction", body + 100, Value(material.indexOfRefraction)},
-        {"twoSided", body + 104, Value(material.twoSided)},
-        {"wire", body + 105, Value(material.wire)},
-        {"transparencyType", body + 106, Value(std::string_view(&material.transparencyType, 1))}};
+constexpr Field Ruled(Field field, FieldRule rule, std::int32_t least, std::int32_t most) {
+    field.rule = rule;
+    field.least = least;
+    field.most = most;
+    return field;
 }
 
-std::vector<Field> FieldsOf(const MaterialLayer& layer, std::uint64_t body) {
-    return {{"textureFileName", body, Value(layer.textureFileName)},
-            {"layerType", body + 260, layer.layerType},
-            {"parentMaterial", body + 262, layer.parentMaterial},
-            {"amount", body + 264, Value(layer.amount)},
-            {"uOffset", body + 268, Value(layer.uOffset)},
-            {"vOffset", body + 272, Value(layer.vOffset)},
-            {"uTiling", body + 276, Value(layer.uTiling)},
-            {"vTiling", body + 280, Value(layer.vTiling)},
-            {"rotationAngle", body + 284, Value(layer.rotationAngle)}};
+constexpr Field Flag(const Field& field) {
+    return Ruled(field, FieldRule::flag, 0, 1);
 }
 
-std::vector<Field> FieldsOf(const Weights& weights, std::uint64_t body) {
-    return {{"nodeNumber", body, weights.node}};
+constexpr Field Always(const Field& field, std::int32_t value) {
+    return Ruled(field, FieldRule::constant, value, value);
 }
 
-std::vector<Field> FieldsOf(const JointLimits& limits, std::uint64_t body) {
-    return {{"nodeNumber", body, limits.node},
-            {"positionMinimum", body + 4, Value(limits.positionMinimum)},
-            {"positionMaximum", body + 16, Value(limits.positionMaximum)},
-            {"rotationMinimum", body + 28, Value(limits.rotationMinimum)},
-            {"rotationMaximum", body + 40, Value(limits.rotationMaximum)},
-            {"at52", body + 52, Value(limits.at52)},
-            {"positionLimited", body + 76, Value(limits.positionLimited)},
-            {"rotationLimited", body + 79, Value(limits.rotationLimited)},
-            {"at82", body + 82, Value(limits.at82)},
-            {"at84", body + 84, limits.at84}};
+constexpr Field Between(const Field& field, std::int32_t least, std::int32_t most) {
+    return Ruled(field, FieldRule::range, least, most);
 }
 
-std::vector<Field> FieldsOf(const Morph& morph, std::uint64_t body) {
-    return {{"channelName", body, Value(morph.channelName)},
-            {"at260", body + 260, Value(morph.at260)},
-            {"at264", body + 264, Value(morph.at264)},
-            {"at268", body + 268, morph.at268},
-            {"at272", body + 272, morph.at272},
-            {"at276", body + 276, morph.at276},
-            {"at280", body + 280, morph.at280},
-            {"at284", body + 284, morph.at284},
-            {"at288", body + 288, Value(morph.at288)},
-            {"nodeName", body + 292, Value(morph.nodeName)},
-            {"pointCount", body + 552, morph.packedPoints.size()},
-            {"minimum", body + 556, Value(morph.minimum)},
-            {"maximum", body + 560, Value(morph.maximum)},
-            {"at564", body + 564, morph.at564}};
+constexpr Field AtLeast(const Field& field, std::int32_t least) {
+    return Ruled(field, FieldRule::atLeast, least, 0);
 }
 
-std::vector<Field> FieldsOf(const Wire& wire, std::uint64_t body) {
-    return {{"firstNodeName", body, Value(wire.first.nodeName)},
-            {"secondNodeName", body + 260, Value(wire.second.nodeName)},
-            {"firstExpression", body + 520, Value(wire.first.expression)},
-            {"secondExpression", body + 780, Value(wire.second.expression)},
-            {"secondVariable", body + 1040, Value(wire.second.variable)},
-            {"firstVariable", body + 1060, Value(wire.first.variable)},
-            {"firstPart", body + 1080, wire.first.part},
-            {"secondPart", body + 1084, wire.second.part},
-            {"firstComponent", body + 1088, wire.first.component},
-            {"secondComponent", body + 1092, wire.second.component},
-            {"firstWeight", body + 1096, Value(wire.first.weight)},
-            {"secondWeight", body + 1100, Value(wire.second.weight)},
-            {"firstListWeight", body + 1104, Value(wire.first.listWeight)},
-            {"secondListWeight", body + 1108, Value(wire.second.listWeight)},
-            {"linkKind", body + 1112, wire.linkKind}};
+constexpr Field OneOf(Field field, const char* letters) {
+    field.rule = FieldRule::letters;
+    field.letters = letters;
+    return field;
 }
 
-std::vector<Field> FieldsOf(const IkChain& chain, std::uint64_t body) {
-    return {{"nodeName", body, Value(chain.nodeName)},
-            {"startJoint", body + 260, Value(chain.startJoint)},
-            {"endJoint", body + 520, Value(chain.endJoint)},
-            {"at780", body + 780, Value(chain.at780)},
-            {"solverNode", body + 781, Value(chain.solverNode)},
-            {"at1044", body + 1044, Value(chain.at1044)},
-            {"at1048", body + 1048, chain.at1048},
-            {"at1052", body + 1052, Value(chain.at1052)}};
+constexpr Field Also(Field field, void (*check)(Cursor&, std::uint64_t, const void*)) {
+    field.also = check;
+    return field;
 }
 
-std::vector<Field> FieldsOf(const MotionPart& part, std::uint64_t body) {
-    return {{"nodeName", body, Value(part.nodeName)},
-            {"translation", body + 260, Value(part.translation)},
-            {"rotation", body + 272, Value(part.rotation)},
-            {"scale", body + 288, Value(part.scale)}};
+// ---------------------------------------------------------------- rules of single fields
+
+void CheckIndexCount(Cursor& cursor, std::uint64_t offset, const void* record) {
+    const std::int32_t count = static_cast<const KTAMesh*>(record)->indexCount;
+    if (count % 3 != 0) {
+        cursor.Stop(offset + offsetof(KTAMesh, indexCount),
+                    Expected("index count", count, "a multiple of 3"));
+    }
 }
 
-std::vector<Field> FieldsOf(const KeyTrack& track, std::uint64_t body) {
-    return {{"keyCount", body, track.NumKeys()},
-            {"interpolation", body + 4, Value(std::string_view(&track.interpolation, 1))},
-            {"trackLetter", body + 5, Value(std::string_view(&track.trackLetter, 1))}};
+void CheckMapChannelCount(Cursor& cursor, std::uint64_t offset, const void* record) {
+    const std::int32_t count = static_cast<const KTAMesh*>(record)->mapChannelCount;
+    if (count > kMostMapChannels) {
+        cursor.Stop(
+            offset + offsetof(KTAMesh, mapChannelCount),
+            Expected("map channel count", count, "at most " + std::to_string(kMostMapChannels)));
+    }
+}
+
+void CheckMinimum(Cursor& cursor, std::uint64_t offset, const void* record) {
+    const auto& points = *static_cast<const KTAMorphPoints*>(record);
+    if (points.minimum > points.maximum) {
+        cursor.Report(offset + offsetof(KTAMorphPoints, minimum),
+                      Expected("minimum", Digits(points.minimum),
+                               "at most " + Digits(points.maximum) + ", the maximum"));
+    }
 }
 
 }  // namespace
 
-std::vector<Field> Fields(const Chunk& chunk) {
-    const std::uint64_t body = chunk.offset + kChunkHeaderSize;
-    return std::visit([body](const auto& content) { return FieldsOf(content, body); }, chunk.body);
+// ---------------------------------------------------------------- tables
+
+#define ROW(member, label) Row<decltype(Record::member)>(#member, offsetof(Record, member), label)
+
+template <>
+std::span<const Field> FieldsOf<KTANode>() {
+    using Record = KTANode;
+    static constexpr Field kFields[] = {ROW(nodeName, "node name"),
+                                        ROW(parentName, "parent name"),
+                                        ROW(translation, "translation"),
+                                        ROW(rotation, "rotation"),
+                                        ROW(scale, "scale"),
+                                        ROW(inverseWorldMatrix, "inverse world matrix"),
+                                        Flag(ROW(isBone, "bone flag")),
+                                        Flag(ROW(hasHelperSize, "helper-size flag")),
+                                        ROW(helperSize, "helper size")};
+    return kFields;
 }
 
-Json Value(float value) {
-    if (std::isnan(value)) {
-        return "nan";
+template <>
+std::span<const Field> FieldsOf<KTAMotionPart>() {
+    using Record = KTAMotionPart;
+    static constexpr Field kFields[] = {ROW(nodeName, "node name"), ROW(translation, "translation"),
+                                        ROW(rotation, "rotation"), ROW(scale, "scale")};
+    return kFields;
+}
+
+// Which track letters there are goes by the chunk's version.
+template <>
+std::span<const Field> FieldsOf<KTAKeyTrack>() {
+    using Record = KTAKeyTrack;
+    static constexpr Field kFields[] = {AtLeast(ROW(keyCount, "key count"), 1),
+                                        OneOf(ROW(interpolation, "interpolation letter"), "L"),
+                                        ROW(trackLetter, "track letter")};
+    return kFields;
+}
+
+template <>
+std::span<const Field> FieldsOf<KTAVectorSample>() {
+    using Record = KTAVectorSample;
+    static constexpr Field kFields[] = {ROW(time, "key time"), ROW(values, "key value")};
+    return kFields;
+}
+
+template <>
+std::span<const Field> FieldsOf<KTARotationSample>() {
+    using Record = KTARotationSample;
+    static constexpr Field kFields[] = {ROW(time, "key time"), ROW(values, "key value")};
+    return kFields;
+}
+
+template <>
+std::span<const Field> FieldsOf<KTAKeyHead>() {
+    using Record = KTAKeyHead;
+    static constexpr Field kFields[] = {ROW(time, "key time"), ROW(values, "key value"),
+                                        ROW(axisMask, "axis mask")};
+    return kFields;
+}
+
+// A mesh of less than a triangle is never written.
+template <>
+std::span<const Field> FieldsOf<KTAMesh>() {
+    using Record = KTAMesh;
+    static constexpr Field kFields[] = {
+        AtLeast(ROW(nodeNumber, "node number"), -1),
+        AtLeast(ROW(originalVertexCount, "original vertex count"), 1),
+        AtLeast(ROW(vertexCount, "vertex count"), 3),
+        Also(AtLeast(ROW(indexCount, "index count"), 3), CheckIndexCount),
+        AtLeast(ROW(subMeshCount, "sub-mesh count"), 1),
+        Also(AtLeast(ROW(mapChannelCount, "map channel count"), 0), CheckMapChannelCount),
+        Flag(ROW(isCollision, "collision flag"))};
+    return kFields;
+}
+
+template <>
+std::span<const Field> FieldsOf<KTAVertex>() {
+    using Record = KTAVertex;
+    static constexpr Field kFields[] = {ROW(originalVertex, "original vertex"),
+                                        ROW(position, "position"), ROW(normal, "normal")};
+    return kFields;
+}
+
+template <>
+std::span<const Field> FieldsOf<KTAWeights>() {
+    using Record = KTAWeights;
+    static constexpr Field kFields[] = {AtLeast(ROW(nodeNumber, "node number"), -1)};
+    return kFields;
+}
+
+template <>
+std::span<const Field> FieldsOf<KTAMaterial>() {
+    using Record = KTAMaterial;
+    static constexpr Field kFields[] = {ROW(materialName, "material name"),
+                                        ROW(ambient, "ambient colour"),
+                                        ROW(diffuse, "diffuse colour"),
+                                        ROW(specular, "specular colour"),
+                                        ROW(selfIllumination, "self-illumination colour"),
+                                        ROW(shininess, "shininess"),
+                                        ROW(shininessStrength, "shininess strength"),
+                                        ROW(opacity, "opacity"),
+                                        ROW(indexOfRefraction, "index of refraction"),
+                                        Flag(ROW(twoSided, "two-sided flag")),
+                                        Flag(ROW(wire, "wire flag")),
+                                        OneOf(ROW(transparencyType, "transparency type"), "SAFU")};
+    return kFields;
+}
+
+template <>
+std::span<const Field> FieldsOf<KTAMaterialLayer>() {
+    using Record = KTAMaterialLayer;
+    static constexpr Field kFields[] = {
+        ROW(textureFileName, "texture file name"),
+        Between(ROW(layerType, "layer type"), kLayerAmbient, kLayerFilterColor),
+        ROW(parentMaterial, "parent material"),
+        ROW(amount, "amount"),
+        ROW(uOffset, "U offset"),
+        ROW(vOffset, "V offset"),
+        ROW(uTiling, "U tiling"),
+        ROW(vTiling, "V tiling"),
+        ROW(rotationAngle, "rotation angle")};
+    return kFields;
+}
+
+template <>
+std::span<const Field> FieldsOf<KTAJointLimits>() {
+    using Record = KTAJointLimits;
+    static constexpr Field kFields[] = {
+        AtLeast(ROW(nodeNumber, "node number"), -1), ROW(positionMinimum, "position minimum"),
+        ROW(positionMaximum, "position maximum"),    ROW(rotationMinimum, "rotation minimum"),
+        ROW(rotationMaximum, "rotation maximum"),    Always(ROW(at52, "number at 52"), 1),
+        Flag(ROW(positionLimited, "position flag")), Flag(ROW(rotationLimited, "rotation flag")),
+        Always(ROW(at82, "byte at 82"), 0),          Always(ROW(at84, "number at 84"), 0)};
+    return kFields;
+}
+
+template <>
+std::span<const Field> FieldsOf<KTAMorphChannel>() {
+    using Record = KTAMorphChannel;
+    static constexpr Field kFields[] = {
+        ROW(channelName, "channel name"),       Always(ROW(at260, "number at 260"), 0),
+        Always(ROW(at264, "number at 264"), 1), Always(ROW(at268, "number at 268"), 0),
+        Always(ROW(at272, "byte at 272"), 0),   Always(ROW(at276, "number at 276"), 1),
+        Always(ROW(at280, "number at 280"), 0), Always(ROW(at284, "number at 284"), 0),
+        Always(ROW(at288, "number at 288"), 0)};
+    return kFields;
+}
+
+// A channel without points is never written.
+template <>
+std::span<const Field> FieldsOf<KTAMorphPoints>() {
+    using Record = KTAMorphPoints;
+    static constexpr Field kFields[] = {
+        ROW(nodeName, "node name"), AtLeast(ROW(pointCount, "point count"), 1),
+        ROW(minimum, "minimum"), Also(ROW(maximum, "maximum"), CheckMinimum),
+        Always(ROW(at564, "byte at 564"), 0)};
+    return kFields;
+}
+
+template <>
+std::span<const Field> FieldsOf<KTAMorphPoint>() {
+    using Record = KTAMorphPoint;
+    static constexpr Field kFields[] = {ROW(packed, "packed coordinate")};
+    return kFields;
+}
+
+template <>
+std::span<const Field> FieldsOf<KTAWire>() {
+    using Record = KTAWire;
+    static constexpr Field kFields[] = {ROW(firstNodeName, "first node name"),
+                                        ROW(secondNodeName, "second node name"),
+                                        ROW(firstExpression, "first expression"),
+                                        ROW(secondExpression, "second expression"),
+                                        ROW(secondVariable, "second variable"),
+                                        ROW(firstVariable, "first variable"),
+                                        Between(ROW(firstPart, "first part"), 0, 2),
+                                        Between(ROW(secondPart, "second part"), 0, 2),
+                                        Between(ROW(firstComponent, "first component"), 0, 2),
+                                        Between(ROW(secondComponent, "second component"), 0, 2),
+                                        ROW(firstWeight, "first weight"),
+                                        ROW(secondWeight, "second weight"),
+                                        ROW(firstListWeight, "first list weight"),
+                                        ROW(secondListWeight, "second list weight"),
+                                        Between(ROW(linkKind, "link kind"), 1, 2)};
+    return kFields;
+}
+
+template <>
+std::span<const Field> FieldsOf<KTAIKChain>() {
+    using Record = KTAIKChain;
+    static constexpr Field kFields[] = {
+        ROW(nodeName, "node name"),       ROW(startJoint, "start joint"),
+        ROW(endJoint, "end joint"),       Flag(ROW(at780, "flag at 780")),
+        ROW(solverNode, "solver's node"), ROW(at1044, "number at 1044"),
+        ROW(at1048, "byte at 1048"),      ROW(at1052, "number at 1052")};
+    return kFields;
+}
+
+#undef ROW
+
+// ---------------------------------------------------------------- values and checks
+
+namespace {
+
+template <typename Value>
+Value ValueAt(const Field& field, const void* record, std::size_t element) {
+    Value value;
+    std::memcpy(&value, static_cast<const char*>(record) + field.offset + element * field.size,
+                sizeof(value));
+    return value;
+}
+
+void CheckByType(Cursor& cursor, const Field& field, std::uint64_t offset, const void* record,
+                 std::size_t element) {
+    if (field.type == FieldType::text && TextAt(field, record).size() == field.size) {
+        cursor.Report(offset, std::string(field.label) + " has no NUL in its " +
+                                  std::to_string(field.size) + " bytes, expected one");
+    } else if (field.type == FieldType::f32 && !std::isfinite(RealAt(field, record, element))) {
+        cursor.Report(offset, std::string(field.label) + " is not a finite number");
     }
-    if (std::isinf(value)) {
-        return value < 0 ? "-inf" : "inf";
+}
+
+void CheckConstant(Cursor& cursor, const Field& field, std::uint64_t offset, const void* record,
+                   std::size_t element) {
+    const bool real = field.type == FieldType::f32;
+    const bool right = real ? RealAt(field, record, element) == static_cast<float>(field.least)
+                            : IntegerAt(field, record, element) == field.least;
+    if (!right) {
+        cursor.Report(offset, Expected(field.label,
+                                       real ? Digits(RealAt(field, record, element))
+                                            : std::to_string(IntegerAt(field, record, element)),
+                                       std::to_string(field.least)));
     }
-    return value;
 }
 
-Json Value(bool value) {
-    return value;
-}
-
-Json Value(std::uint8_t value) {
-    return value;
-}
-
-Json Value(std::uint32_t value) {
-    return value;
-}
-
-Json Value(std::string_view text) {
-    return ToUtf8(text);
-}
-
-Json TextureCoordinatesOf(const Mesh& mesh, const SubMesh& subMesh, const Vertex& vertex) {
-    const auto count = static_cast<std::size_t>(mesh.pairsPerVertex);
-    const auto position = static_cast<std::size_t>(&vertex - subMesh.vertices.data());
-    Json pairs = Json::array();
-    for (std::size_t i = position * count; i < (position + 1) * count; ++i) {
-        pairs.push_back(Value(subMesh.textureCoordinates[i]));
+void CheckRange(Cursor& cursor, const Field& field, std::uint64_t offset, std::int64_t value) {
+    if (value < field.least || value > field.most) {
+        const char* const joint = field.most == field.least + 1 ? " or " : " to ";
+        cursor.Report(offset,
+                      Expected(field.label, value,
+                               std::to_string(field.least) + joint + std::to_string(field.most)));
     }
-    return pairs;
+}
+
+void CheckElement(Cursor& cursor, const Field& field, std::uint64_t offset, const void* record,
+                  std::size_t element) {
+    switch (field.rule) {
+        case FieldRule::none:
+            CheckByType(cursor, field, offset, record, element);
+            break;
+        case FieldRule::constant:
+            CheckConstant(cursor, field, offset, record, element);
+            break;
+        case FieldRule::flag:
+        case FieldRule::range:
+            CheckRange(cursor, field, offset, IntegerAt(field, record, element));
+            break;
+        case FieldRule::atLeast:
+            if (IntegerAt(field, record, element) < field.least) {
+                cursor.Stop(offset, Expected(field.label, IntegerAt(field, record, element),
+                                             std::to_string(field.least) + " or more"));
+            }
+            break;
+        case FieldRule::letters: {
+            const auto letter = static_cast<char>(IntegerAt(field, record, element));
+            if (std::string_view(field.letters).find(letter) == std::string_view::npos) {
+                cursor.Report(offset, ExpectedLetter(field.label, letter, field.letters));
+            }
+            break;
+        }
+    }
+}
+
+}  // namespace
+
+std::int64_t IntegerAt(const Field& field, const void* record, std::size_t element) {
+    switch (field.type) {
+        case FieldType::u16:
+            return ValueAt<std::uint16_t>(field, record, element);
+        case FieldType::i16:
+            return ValueAt<std::int16_t>(field, record, element);
+        case FieldType::i32:
+            return ValueAt<std::int32_t>(field, record, element);
+        case FieldType::u32:
+            return ValueAt<std::uint32_t>(field, record, element);
+        default:
+            return ValueAt<std::uint8_t>(field, record, element);
+    }
+}
+
+float RealAt(const Field& field, const void* record, std::size_t element) {
+    return ValueAt<float>(field, record, element);
+}
+
+std::string_view TextAt(const Field& field, const void* record) {
+    const std::string_view whole(static_cast<const char*>(record) + field.offset, field.size);
+    return whole.substr(0, whole.find('\0'));
+}
+
+void CheckFields(Cursor& cursor, std::span<const Field> fields, std::uint64_t offset,
+                 const void* record) {
+    for (const Field& field : fields) {
+        for (std::size_t i = 0; i < field.count; ++i) {
+            CheckElement(cursor, field, offset + field.offset + i * field.size, record, i);
+        }
+        if (field.also != nullptr) {
+            field.also(cursor, offset, record);
+        }
+    }
 }
 
 }  // namespace kta

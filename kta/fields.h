@@ -1,48 +1,62 @@
-// The fields of chunks as JSON values, named as docs/kta-format.md has them.
+// The fields of the records as one table a record: the reader checks by it, dumps are written by
+// it. docs/kta-format.md has the same tables.
 #pragma once
 
-#include <array>
-#include <cstdint>
-#include <nlohmann/json.hpp>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include "kta/reader.h"
+#include "kta/cursor.h"
 
 namespace kta {
 
-using Json = nlohmann::basic_json<nlohmann::ordered_map, std::vector, std::string, bool,
-                                  std::int64_t, std::uint64_t, float>;
+enum class FieldType { text, character, u8, u16, i16, i32, u32, f32 };
 
-struct Field {
-    const char* name;
-    std::uint64_t offset;  // from the start of the file
-    Json value;
+// What the reader checks of each element. Without a rule a text must have a NUL and a real must be
+// finite.
+enum class FieldRule {
+    none,
+    flag,      // 0 or 1
+    constant,  // `least`
+    range,     // `least` to `most`
+    atLeast,   // `least` or more; anything else ends the reading
+    letters
 };
 
-// Those of a chunk's body in file order. The lists that go on behind them are left out: a mesh's
-// sub-meshes, and what kta/items.h visits.
-std::vector<Field> Fields(const Chunk& chunk);
+struct Field {
+    const char* name;   // the member of the record, and the name in dumps
+    const char* label;  // what faults call it
+    FieldType type;
+    std::size_t offset;   // in the record
+    std::size_t size;     // of an element
+    std::size_t count;    // of elements; 1 where it is no array
+    std::size_t columns;  // of a matrix's rows; 0 where it is none
+    FieldRule rule = FieldRule::none;
+    std::int32_t least = 0;
+    std::int32_t most = 0;
+    const char* letters = nullptr;
+    // Called when the rule was checked, with the record, which stands at the offset.
+    void (*also)(Cursor& cursor, std::uint64_t offset, const void* record) = nullptr;
+};
 
-// Numbers that are not finite are the texts "nan", "inf" and "-inf".
-Json Value(float value);
-Json Value(bool value);
-Json Value(std::uint8_t value);
-Json Value(std::uint32_t value);
-// As UTF-8.
-Json Value(std::string_view text);
+// Those of a record that is not padding, in its order. There is a table for every record; the
+// records that occur by the thousand in a chunk (vertices, weights, keys, points) have their rules
+// with their readers.
+template <typename Record>
+std::span<const Field> FieldsOf();
 
-template <typename Element, std::size_t kCount>
-Json Value(const std::array<Element, kCount>& values) {
-    Json list = Json::array();
-    for (const Element& value : values) {
-        list.push_back(Value(value));
-    }
-    return list;
+// An element of a field that is an integer or a character, or a real.
+std::int64_t IntegerAt(const Field& field, const void* record, std::size_t element);
+float RealAt(const Field& field, const void* record, std::size_t element);
+std::string_view TextAt(const Field& field, const void* record);
+
+// Checks the fields of a record that stands at the offset.
+void CheckFields(Cursor& cursor, std::span<const Field> fields, std::uint64_t offset,
+                 const void* record);
+
+// Reads a record whose bytes the caller knows to be there, and checks it.
+template <typename Record>
+Record ReadRecord(Cursor& cursor) {
+    const std::uint64_t offset = cursor.Offset();
+    const auto record = cursor.Read<Record>();
+    CheckFields(cursor, FieldsOf<Record>(), offset, &record);
+    return record;
 }
-
-// The pairs of one of the sub-mesh's vertices.
-Json TextureCoordinatesOf(const Mesh& mesh, const SubMesh& subMesh, const Vertex& vertex);
 
 }  // namespace kta

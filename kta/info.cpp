@@ -1,22 +1,20 @@
 #include "kta/info.h"
 
-#include <algorithm>
+#include <cmath>
 #include <iomanip>
-#include <string_view>
+#include <limits>
 #include <unordered_map>
 #include <unordered_set>
-#include <utility>
-#include <variant>
 
 #include "kta/dump.h"
-#include "kta/fields.h"
-#include "kta/motion_summary.h"
 #include "kta/text.h"
 
 namespace kta {
 namespace {
 
-using Nodes = std::vector<const Node*>;
+using Nodes = std::vector<const KTANode*>;
+
+// ---------------------------------------------------------------- chunks and nodes
 
 std::vector<ChunkTotal> ChunkTotals(const File& file) {
     std::vector<ChunkTotal> totals;
@@ -41,12 +39,13 @@ std::vector<ChunkTotal> ChunkTotals(const File& file) {
 std::vector<std::size_t> Parents(const Nodes& nodes) {
     std::unordered_map<std::string_view, std::size_t> byName;
     for (std::size_t i = 0; i < nodes.size(); ++i) {
-        byName.emplace(nodes[i]->nodeName, i);
+        byName.emplace(TextOf(nodes[i]->nodeName), i);
     }
     std::vector<std::size_t> parents;
-    for (const Node* node : nodes) {
-        const auto parent = byName.find(node->parentName);
-        const bool none = node->parentName.empty() || parent == byName.end();
+    for (const KTANode* node : nodes) {
+        const std::string_view name = TextOf(node->parentName);
+        const auto parent = byName.find(name);
+        const bool none = name.empty() || parent == byName.end();
         parents.push_back(none ? nodes.size() : parent->second);
     }
     return parents;
@@ -75,70 +74,115 @@ std::size_t Depth(const Nodes& nodes) {
     return deepest;
 }
 
-void Count(const Mesh& mesh, Summary& summary) {
-    summary.meshes += 1;
-    summary.collisionMeshes += mesh.isCollision ? 1 : 0;
-    summary.subMeshes += mesh.subMeshes.size();
-    summary.triangles += static_cast<std::size_t>(mesh.numIndices / 3);
-    summary.vertices += static_cast<std::size_t>(mesh.numVertices);
-    summary.originalVertices += static_cast<std::size_t>(mesh.numOriginalVertices);
-}
+// ---------------------------------------------------------------- what an actor holds
 
-void CountGeometry(const File& file, Summary& summary) {
-    std::unordered_set<std::string_view> textures;
-    for (const Chunk& chunk : file.chunks) {
-        if (const auto* mesh = std::get_if<Mesh>(&chunk.body)) {
-            Count(*mesh, summary);
-        } else if (const auto* layer = std::get_if<MaterialLayer>(&chunk.body)) {
-            summary.layers += 1;
-            textures.insert(layer->textureFileName);
-        } else if (std::holds_alternative<Material>(chunk.body)) {
-            summary.materials += 1;
-        }
-    }
-    summary.textures = textures.size();
-}
-
-// What hangs from nodes beside their meshes.
-class RigCounter {
+class ActorCounter {
   public:
-    explicit RigCounter(Summary& summary) : summary_(summary) {}
+    explicit ActorCounter(Summary& summary) : summary_(summary) {}
 
-    void operator()(const Weights& weights) {
+    void Count(const Chunk& chunk) {
+        if (const auto* node = chunk.As<KTANode>()) {
+            summary_.nodes += 1;
+            summary_.bones += node->isBone != 0 ? 1 : 0;
+            summary_.helpers += node->hasHelperSize != 0 ? 1 : 0;
+        } else if (const auto* mesh = chunk.As<Mesh>()) {
+            Count(*mesh);
+        } else if (const auto* layer = chunk.As<KTAMaterialLayer>()) {
+            summary_.layers += 1;
+            textures_.insert(TextOf(layer->textureFileName));
+            summary_.textures = textures_.size();
+        } else if (const auto* weights = chunk.As<Weights>()) {
+            Count(*weights);
+        } else if (const auto* morph = chunk.As<Morph>()) {
+            summary_.morphChannels += 1;
+            summary_.morphPoints += morph->points.size();
+        }
+        summary_.materials += chunk.type->id == kChunkMaterial ? 1 : 0;
+        summary_.jointLimits += chunk.type->id == kChunkJointLimits ? 1 : 0;
+        summary_.wires += chunk.type->id == kChunkWire ? 1 : 0;
+        summary_.ikChains += chunk.type->id == kChunkIKChain ? 1 : 0;
+    }
+
+  private:
+    void Count(const Mesh& mesh) {
+        summary_.meshes += 1;
+        summary_.collisionMeshes += mesh.head.isCollision != 0 ? 1 : 0;
+        summary_.subMeshes += mesh.subMeshes.size();
+        summary_.triangles += static_cast<std::size_t>(mesh.head.indexCount / 3);
+        summary_.vertices += static_cast<std::size_t>(mesh.head.vertexCount);
+        summary_.originalVertices += static_cast<std::size_t>(mesh.head.originalVertexCount);
+    }
+
+    void Count(const Weights& weights) {
         summary_.weights += 1;
-        summary_.weightedVertices += weights.counts.size();
-        summary_.influences += weights.entries.size();
-        for (const std::uint8_t count : weights.counts) {
+        summary_.weightedVertices += weights.weightCounts.size();
+        summary_.influences += weights.weights.size();
+        for (const std::uint8_t count : weights.weightCounts) {
             summary_.mostInfluences = std::max<std::size_t>(summary_.mostInfluences, count);
         }
-        for (const Weights::Entry& entry : weights.entries) {
-            if (entry.bone != -1) {
-                bones_.insert(entry.bone);
+        for (const KTAWeight& weight : weights.weights) {
+            if (weight.bone != -1) {
+                bones_.insert(weight.bone);
             }
         }
         summary_.weightingBones = bones_.size();
     }
-    void operator()(const JointLimits&) { summary_.jointLimits += 1; }
-    void operator()(const Morph& morph) {
-        summary_.morphChannels += 1;
-        summary_.morphPoints += morph.packedPoints.size();
-    }
-    void operator()(const Wire&) { summary_.wires += 1; }
-    void operator()(const IkChain&) { summary_.ikChains += 1; }
-    template <typename Other>
-    void operator()(const Other&) {}
 
-  private:
     Summary& summary_;
+    std::unordered_set<std::string_view> textures_;
     std::unordered_set<std::int16_t> bones_;
 };
 
-void CountRig(const File& file, Summary& summary) {
-    RigCounter counter(summary);
-    for (const Chunk& chunk : file.chunks) {
-        std::visit(counter, chunk.body);
+// ---------------------------------------------------------------- what a motion file holds
+
+constexpr std::size_t kMostParts = 5;
+
+constexpr struct {
+    char letter;
+    std::uint32_t version;
+} kTracks[] = {{'P', kKeyTrackSampled},   {'P', kKeyTrackKeyframed}, {'R', kKeyTrackSampled},
+               {'r', kKeyTrackKeyframed}, {'S', kKeyTrackSampled},   {'S', kKeyTrackKeyframed}};
+
+// The least and greatest finite time.
+class TimeSpan {
+  public:
+    void Add(const KeyTrack& track) {
+        for (const KTAVectorSample& sample : track.vectorSamples) {
+            Add(sample.time);
+        }
+        for (const KTARotationSample& sample : track.rotationSamples) {
+            Add(sample.time);
+        }
+        for (const KeyframedKey& key : track.keyframedKeys) {
+            Add(key.head.time);
+        }
+    }
+
+    float First() const { return first_ <= last_ ? first_ : 0; }
+    float Last() const { return first_ <= last_ ? last_ : 0; }
+
+  private:
+    void Add(float time) {
+        if (std::isfinite(time)) {
+            first_ = std::min(first_, time);
+            last_ = std::max(last_, time);
+        }
+    }
+
+    float first_ = std::numeric_limits<float>::infinity();
+    float last_ = -std::numeric_limits<float>::infinity();
+};
+
+void CountTrack(const Chunk& chunk, const KeyTrack& track, std::vector<TrackTotal>& totals) {
+    for (TrackTotal& total : totals) {
+        if (total.trackLetter == track.head.trackLetter && total.version == chunk.version) {
+            total.tracks += 1;
+            total.keys += track.head.keyCount;
+        }
     }
 }
+
+// ---------------------------------------------------------------- lines
 
 void WriteLine(const std::string& label, const std::string& value, std::ostream& out) {
     out << "  " << std::setw(24) << std::left << label << value << '\n';
@@ -201,8 +245,8 @@ void WriteMotionLines(const MotionSummary& summary, std::ostream& out) {
         return;
     }
     WriteLine("keys", std::to_string(summary.keys), out);
-    WriteLine("first time", Value(summary.firstTime).dump() + " s", out);
-    WriteLine("last time", Value(summary.lastTime).dump() + " s", out);
+    WriteLine("first time", NumberText(summary.firstTime) + " s", out);
+    WriteLine("last time", NumberText(summary.lastTime) + " s", out);
     std::vector<std::string> names;
     for (const PartKeys& part : summary.mostKeys) {
         names.push_back(OneLine(ToUtf8(part.nodeName)) + " (" + std::to_string(part.keys) + ")");
@@ -218,17 +262,46 @@ Summary Summarize(const File& file) {
     Summary summary;
     summary.chunks = ChunkTotals(file);
     Nodes nodes;
+    ActorCounter counter(summary);
     for (const Chunk& chunk : file.chunks) {
-        if (const auto* node = std::get_if<Node>(&chunk.body)) {
+        counter.Count(chunk);
+        if (const auto* node = chunk.As<KTANode>()) {
             nodes.push_back(node);
-            summary.bones += node->isBone ? 1 : 0;
-            summary.helpers += node->hasHelperSize ? 1 : 0;
         }
     }
-    summary.nodes = nodes.size();
     summary.depth = Depth(nodes);
-    CountGeometry(file, summary);
-    CountRig(file, summary);
+    return summary;
+}
+
+MotionSummary SummarizeMotion(const File& file) {
+    MotionSummary summary;
+    for (const auto& [letter, version] : kTracks) {
+        summary.totals.push_back({letter, version});
+    }
+    TimeSpan times;
+    std::vector<PartKeys> parts;
+    for (const Chunk& chunk : file.chunks) {
+        if (const auto* part = chunk.As<KTAMotionPart>()) {
+            parts.push_back({std::string(TextOf(part->nodeName))});
+        } else if (const auto* track = chunk.As<KeyTrack>()) {
+            summary.tracks += 1;
+            summary.keys += track->head.keyCount;
+            CountTrack(chunk, *track, summary.totals);
+            times.Add(*track);
+            if (!parts.empty()) {
+                parts.back().keys += track->head.keyCount;
+            }
+        }
+    }
+    summary.parts = parts.size();
+    std::erase_if(summary.totals, [](const TrackTotal& total) { return total.tracks == 0; });
+    summary.firstTime = times.First();
+    summary.lastTime = times.Last();
+    std::erase_if(parts, [](const PartKeys& part) { return part.keys == 0; });
+    std::stable_sort(parts.begin(), parts.end(),
+                     [](const PartKeys& a, const PartKeys& b) { return a.keys > b.keys; });
+    parts.resize(std::min(parts.size(), kMostParts));
+    summary.mostKeys = std::move(parts);
     return summary;
 }
 

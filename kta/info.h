@@ -1,10 +1,7 @@
 // What is in a KTA file, at a glance.
 #pragma once
 
-#include <cstddef>
 #include <ostream>
-#include <string>
-#include <vector>
 
 #include "kta/reader.h"
 
@@ -47,6 +44,32 @@ struct Summary {
 // A node's parent is the first node of that name; a name that no node has stands for none, and so
 // does the link by which a circle of parents would close. Linear in the file's size.
 Summary Summarize(const File& file);
+
+// The tracks of one letter and version.
+struct TrackTotal {
+    char trackLetter = 'P';
+    std::uint32_t version = 0;
+    std::size_t tracks = 0;
+    std::size_t keys = 0;
+};
+
+struct PartKeys {
+    std::string nodeName;
+    std::size_t keys = 0;  // of all tracks of the motion part
+};
+
+struct MotionSummary {
+    std::size_t parts = 0;
+    std::size_t tracks = 0;
+    std::size_t keys = 0;
+    std::vector<TrackTotal> totals;  // the letters and versions that occur: P, R, r, S
+    float firstTime = 0;             // of all keys with a finite time, in seconds
+    float lastTime = 0;
+    std::vector<PartKeys> mostKeys;  // the few parts with most keys, most first, then in file order
+};
+
+// Linear in the file's size.
+MotionSummary SummarizeMotion(const File& file);
 
 // A few lines, headed by `path`.
 void WriteInfo(const std::string& path, const File& file, std::ostream& out);

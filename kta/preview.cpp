@@ -1,17 +1,159 @@
 #include "kta/preview.h"
 
-#include <algorithm>
 #include <limits>
 #include <numbers>
-
-#include "kta/raster.h"
+#include <stdexcept>
+#include <unordered_set>
 
 namespace kta {
 namespace {
 
+// ---------------------------------------------------------------- scene
+
+struct PreviewTriangle {
+    std::array<std::uint32_t, 3> corners{};
+    std::uint32_t look = 0;
+};
+
+// In the file's axes: x, up, y.
+struct PreviewScene {
+    std::vector<PreviewCorner> corners;
+    std::vector<PreviewTriangle> triangles;
+    std::vector<Look> looks;
+};
+
+Vector3 ToVector(const float (&values)[3]) {
+    return {values[0], values[1], values[2]};
+}
+
+// The inverse of a matrix for row vectors: p * rows + translation.
+struct Placement {
+    std::array<Vector3, 3> inverseRows{};
+    std::array<Vector3, 3> rows{};  // of the stored matrix
+    Vector3 translation{};          // likewise
+
+    Vector3 Position(const Vector3& local) const {
+        const Vector3 p = local - translation;
+        return inverseRows[0] * p[0] + inverseRows[1] * p[1] + inverseRows[2] * p[2];
+    }
+    // A normal goes with the transposed inverse of what moves positions.
+    Vector3 Normal(const Vector3& local) const {
+        return Normalized({Dot(rows[0], local), Dot(rows[1], local), Dot(rows[2], local)});
+    }
+};
+
+Placement Identity() {
+    Placement placement;
+    placement.rows = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
+    placement.inverseRows = placement.rows;
+    return placement;
+}
+
+Placement PlacementOf(const KTANode& node) {
+    Placement placement;
+    for (std::size_t i = 0; i < 3; ++i) {
+        const auto& row = node.inverseWorldMatrix[i];
+        placement.rows[i] = {row[0], row[1], row[2]};
+    }
+    const auto& last = node.inverseWorldMatrix[3];
+    placement.translation = {last[0], last[1], last[2]};
+    const auto& rows = placement.rows;
+    const std::array<Vector3, 3> columns = {Cross(rows[1], rows[2]), Cross(rows[2], rows[0]),
+                                            Cross(rows[0], rows[1])};
+    const double determinant = Dot(rows[0], columns[0]);
+    for (std::size_t i = 0; i < 3; ++i) {
+        for (std::size_t k = 0; k < 3; ++k) {
+            placement.inverseRows[i][k] = columns[k][i] / determinant;
+        }
+        if (!IsFinite(placement.inverseRows[i])) {
+            return Identity();
+        }
+    }
+    return IsFinite(placement.translation) ? placement : Identity();
+}
+
+Vector3 Clamped(const float (&colour)[3]) {
+    Vector3 clamped{};
+    for (std::size_t i = 0; i < 3; ++i) {
+        clamped[i] = colour[i] > 0 ? std::min(1.0, double{colour[i]}) : 0;  // NaN: 0
+    }
+    return clamped;
+}
+
+// A mesh stands where its node does; one that has skinning weights (and so is in world space), or
+// whose node is missing or has a matrix without inverse, where its own numbers say. Triangles with
+// a corner that is not finite are left out, as are collision meshes unless asked for.
+class Collector {
+  public:
+    Collector(const File& file, bool withCollision) {
+        for (const Chunk& chunk : file.chunks) {
+            if (const auto* node = chunk.As<KTANode>()) {
+                nodes_.push_back(node);
+            } else if (const auto* material = chunk.As<KTAMaterial>()) {
+                scene_.looks.push_back(
+                    {Clamped(material->diffuse), Clamped(material->selfIllumination)});
+            } else if (const auto* weights = chunk.As<Weights>()) {
+                skinnedNodes_.insert(weights->head.nodeNumber);
+            }
+        }
+        scene_.looks.push_back({});
+        for (const Chunk& chunk : file.chunks) {
+            const auto* mesh = chunk.As<Mesh>();
+            if (mesh != nullptr && (withCollision || mesh->head.isCollision == 0)) {
+                Add(*mesh);
+            }
+        }
+    }
+
+    PreviewScene Take() { return std::move(scene_); }
+
+  private:
+    void Add(const Mesh& mesh) {
+        const auto node = static_cast<std::size_t>(mesh.head.nodeNumber);
+        const bool inObjectSpace = mesh.head.nodeNumber >= 0 && node < nodes_.size() &&
+                                   !skinnedNodes_.contains(mesh.head.nodeNumber);
+        const Placement placement = inObjectSpace ? PlacementOf(*nodes_[node]) : Identity();
+        for (const SubMesh& subMesh : mesh.subMeshes) {
+            Add(subMesh, placement);
+        }
+    }
+
+    void Add(const SubMesh& subMesh, const Placement& placement) {
+        const std::size_t first = scene_.corners.size();
+        if (subMesh.vertices.size() > std::numeric_limits<std::uint32_t>::max() - first) {
+            throw std::length_error("too many vertices for a picture");
+        }
+        for (const KTAVertex& vertex : subMesh.vertices) {
+            scene_.corners.push_back({placement.Position(ToVector(vertex.position)),
+                                      placement.Normal(ToVector(vertex.normal))});
+        }
+        // The last look is for numbers that no material has.
+        const auto look =
+            std::min(static_cast<std::size_t>(subMesh.materialNumber), scene_.looks.size() - 1);
+        for (const auto& face : subMesh.faces) {
+            PreviewTriangle triangle;
+            triangle.look = static_cast<std::uint32_t>(look);
+            bool finite = true;
+            for (std::size_t i = 0; i < 3; ++i) {
+                triangle.corners[i] = static_cast<std::uint32_t>(first) + face[i];
+                finite = finite && IsFinite(scene_.corners[triangle.corners[i]].position);
+            }
+            if (finite) {
+                scene_.triangles.push_back(triangle);
+            }
+        }
+    }
+
+    PreviewScene scene_;
+    std::vector<const KTANode*> nodes_;
+    std::unordered_set<std::int32_t> skinnedNodes_;
+};
+
+// ---------------------------------------------------------------- view
+
 constexpr double kMargin = 0.05;             // of the picture, on each side
 constexpr double kGrid = 256;                // steps a sample on which corners stand
-constexpr int kMostBandSamples = 8'000'000;  // what a band may hold in memory
+constexpr int kMostBandSamples = 8'000'000;  // that a band may hold in memory
 
 // The viewer's axes in the scene's.
 struct Axes {
@@ -84,7 +226,7 @@ void Frame(PreviewScene& scene, const PreviewView& view) {
 }  // namespace
 
 std::optional<Picture> DrawPreview(const File& file, const PreviewView& view) {
-    PreviewScene scene = CollectScene(file, view.withCollision);
+    PreviewScene scene = Collector(file, view.withCollision).Take();
     if (scene.triangles.empty()) {
         return std::nullopt;
     }

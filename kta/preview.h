@@ -1,9 +1,7 @@
 // A picture of an actor file.
 #pragma once
 
-#include <optional>
-
-#include "kta/picture.h"
+#include "kta/raster.h"
 #include "kta/reader.h"
 
 namespace kta {

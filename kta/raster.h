@@ -1,12 +1,77 @@
-// Shaded triangles into a picture's samples: a z buffer, without a graphics processor.
+// Shaded triangles into a picture: a z buffer, without a graphics processor.
 #pragma once
 
+#include <array>
+#include <cmath>
+#include <cstdint>
 #include <vector>
 
-#include "kta/picture.h"
-#include "kta/preview_scene.h"
-
 namespace kta {
+
+// ---------------------------------------------------------------- vectors
+
+using Vector3 = std::array<double, 3>;
+
+inline Vector3 operator+(const Vector3& a, const Vector3& b) {
+    return {a[0] + b[0], a[1] + b[1], a[2] + b[2]};
+}
+
+inline Vector3 operator-(const Vector3& a, const Vector3& b) {
+    return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
+}
+
+inline Vector3 operator*(const Vector3& a, double factor) {
+    return {a[0] * factor, a[1] * factor, a[2] * factor};
+}
+
+inline double Dot(const Vector3& a, const Vector3& b) {
+    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+}
+
+inline Vector3 Cross(const Vector3& a, const Vector3& b) {
+    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+}
+
+// A vector of no length, or of none that is finite, gives (0, 0, 0).
+inline Vector3 Normalized(const Vector3& a) {
+    const double length = std::hypot(a[0], a[1], a[2]);
+    return length > 0 && std::isfinite(length) ? a * (1 / length) : Vector3{};
+}
+
+inline bool IsFinite(const Vector3& a) {
+    return std::isfinite(a[0]) && std::isfinite(a[1]) && std::isfinite(a[2]);
+}
+
+// ---------------------------------------------------------------- pictures
+
+using Rgb = std::array<std::uint8_t, 3>;
+
+struct Picture {
+    int width = 0;
+    int height = 0;
+    std::vector<Rgb> pixels;  // row by row from the top left
+
+    const Rgb& At(int x, int y) const {
+        return pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
+                      static_cast<std::size_t>(x)];
+    }
+};
+
+// A whole PNG file of 8-bit colours. The same picture gives the same bytes.
+std::vector<std::uint8_t> EncodePng(const Picture& picture);
+
+// ---------------------------------------------------------------- triangles
+
+// How a material shows; the default is the exporter's "Extra material".
+struct Look {
+    Vector3 diffuse = {0.75, 0.75, 0.75};
+    Vector3 selfIllumination{};
+};
+
+struct PreviewCorner {
+    Vector3 position;
+    Vector3 normal;  // of length 1, or (0, 0, 0)
+};
 
 // Each pixel is the average of kSamples x kSamples samples.
 constexpr int kSamples = 3;

@@ -3,13 +3,10 @@
 #include <cerrno>
 #include <fstream>
 #include <new>
-#include <string_view>
 #include <system_error>
 #include <unordered_map>
-#include <utility>
 
-#include "kta/read_bodies.h"
-#include "kta/read_checks.h"
+#include "kta/bodies.h"
 
 namespace kta {
 namespace {
@@ -40,23 +37,28 @@ std::string VersionText(const std::array<std::uint8_t, 2>& version) {
 
 // The layouts of all kinds of chunk.
 struct BodyReader {
-    KTAChunkId id;
+    int id;
     std::uint32_t version;
     void (*read)(Cursor& cursor, Chunk& chunk);
 };
 
-constexpr BodyReader kBodyReaders[] = {{kChunkNode, 3, ReadNodeBody},
-                                       {kChunkMotionPart, 2, ReadMotionPartBody},
+template <typename Record>
+constexpr BodyReader Layout(void (*read)(Cursor&, Chunk&) = ReadRecordBody<Record>) {
+    return {Record::kChunkId, Record::kChunkVersion, read};
+}
+
+constexpr BodyReader kBodyReaders[] = {Layout<KTANode>(),
+                                       Layout<KTAMotionPart>(),
                                        {kChunkKeyTrack, kKeyTrackSampled, ReadKeyTrackBody},
                                        {kChunkKeyTrack, kKeyTrackKeyframed, ReadKeyTrackBody},
-                                       {kChunkMesh, 3, ReadMeshBody},
-                                       {kChunkWeights, 1, ReadWeightsBody},
-                                       {kChunkMaterial, 2, ReadMaterialBody},
-                                       {kChunkMaterialLayer, 3, ReadMaterialLayerBody},
-                                       {kChunkJointLimits, 1, ReadJointLimitsBody},
-                                       {kChunkMorph, 3, ReadMorphBody},
-                                       {kChunkWire, 1, ReadWireBody},
-                                       {kChunkIKChain, 1, ReadIkChainBody}};
+                                       Layout<KTAMesh>(ReadMeshBody),
+                                       Layout<KTAWeights>(ReadWeightsBody),
+                                       Layout<KTAMaterial>(),
+                                       Layout<KTAMaterialLayer>(),
+                                       Layout<KTAJointLimits>(),
+                                       Layout<KTAMorphChannel>(ReadMorphBody),
+                                       Layout<KTAWire>(ReadWireBody),
+                                       Layout<KTAIKChain>()};
 
 void ReadBody(Cursor& cursor, Chunk& chunk) {
     std::string versions;
@@ -70,7 +72,8 @@ void ReadBody(Cursor& cursor, Chunk& chunk) {
         }
         versions += (versions.empty() ? "" : " or ") + std::to_string(reader.version);
     }
-    cursor.Stop(chunk.offset + 8, Expected("version", chunk.version, versions));
+    cursor.Stop(chunk.offset + offsetof(KTAChunkHeader, version),
+                Expected("version", chunk.version, versions));
 }
 
 // ---------------------------------------------------------------- what chunks say of one another
@@ -81,48 +84,48 @@ using MeshSizes = std::unordered_map<std::int32_t, std::int32_t>;
 // Vertices without a record are only believed where the mesh has as many as the size counts.
 // Weights that the end of the file breaks off are told from them by that.
 void CheckShortWeights(Cursor& cursor, const MeshSizes& meshes, const Chunk& chunk) {
-    const auto& weights = std::get<Weights>(chunk.body);
-    const std::uint64_t missing = weights.numVertices - weights.counts.size();
-    const auto mesh = meshes.find(weights.node);
+    const auto& weights = *chunk.As<Weights>();
+    const std::uint64_t missing = weights.vertexCount - weights.weightCounts.size();
+    const auto mesh = meshes.find(weights.head.nodeNumber);
     if (missing == 0 ||
-        (mesh != meshes.end() && weights.numVertices == static_cast<std::uint32_t>(mesh->second))) {
+        (mesh != meshes.end() && weights.vertexCount == static_cast<std::uint32_t>(mesh->second))) {
         return;
     }
     if (cursor.Left() == 0) {
         cursor.Require(missing, "weights");
     } else {
-        cursor.Report(chunk.offset + 4,
+        cursor.Report(chunk.offset + offsetof(KTAChunkHeader, size),
                       Expected("size", chunk.size,
                                std::to_string(chunk.size - missing) + ", what stands there"));
     }
 }
 
 // A track's place behind its motion part: 0 position, 1 rotation, 2 scale.
-int PlaceOf(const KeyTrack& track) {
-    return track.trackLetter == 'P' ? 0 : track.trackLetter == 'S' ? 2 : 1;
+int PlaceOf(char trackLetter) {
+    return trackLetter == 'P' ? 0 : trackLetter == 'S' ? 2 : 1;
 }
 
 // The tracks of a motion part stand behind it in their order, each once.
 void CheckTrackOrder(Cursor& cursor, const File& file, const Chunk& chunk) {
-    const auto& track = std::get<KeyTrack>(chunk.body);
+    const char letter = chunk.As<KeyTrack>()->head.trackLetter;
     const Chunk* previous = file.chunks.empty() ? nullptr : &file.chunks.back();
-    const auto* before = previous != nullptr ? std::get_if<KeyTrack>(&previous->body) : nullptr;
-    if (before != nullptr && PlaceOf(*before) >= PlaceOf(track)) {
-        cursor.Report(chunk.offset, std::string("track ") + track.trackLetter +
-                                        " stands behind track " + before->trackLetter +
+    const auto* before = previous != nullptr ? previous->As<KeyTrack>() : nullptr;
+    if (before != nullptr && PlaceOf(before->head.trackLetter) >= PlaceOf(letter)) {
+        cursor.Report(chunk.offset, std::string("track ") + letter + " stands behind track " +
+                                        before->head.trackLetter +
                                         ", expected position, rotation, scale, each once");
     } else if (before == nullptr &&
-               (previous == nullptr || !std::holds_alternative<MotionPart>(previous->body))) {
+               (previous == nullptr || previous->As<KTAMotionPart>() == nullptr)) {
         cursor.Report(chunk.offset, "no motion part stands before it, expected one");
     }
 }
 
 void CheckAgainstOthers(Cursor& cursor, const File& file, MeshSizes& meshes, const Chunk& chunk) {
-    if (const auto* mesh = std::get_if<Mesh>(&chunk.body)) {
-        meshes[mesh->node] = mesh->numOriginalVertices;
-    } else if (std::holds_alternative<Weights>(chunk.body)) {
+    if (const auto* mesh = chunk.As<Mesh>()) {
+        meshes[mesh->head.nodeNumber] = mesh->head.originalVertexCount;
+    } else if (chunk.As<Weights>() != nullptr) {
         CheckShortWeights(cursor, meshes, chunk);
-    } else if (std::holds_alternative<KeyTrack>(chunk.body)) {
+    } else if (chunk.As<KeyTrack>() != nullptr) {
         CheckTrackOrder(cursor, file, chunk);
     }
 }
@@ -133,14 +136,13 @@ void ReadChunk(Cursor& cursor, MeshSizes& meshes, File& file) {
     Chunk chunk;
     chunk.offset = cursor.Offset();
     cursor.SetWhere("chunk header");
-    cursor.Require(kChunkHeaderSize);
-    const std::uint32_t id = cursor.U32();
-    chunk.size = cursor.U32();
-    chunk.version = cursor.U32();
-    chunk.type = FindChunkType(id);
+    cursor.Require(sizeof(KTAChunkHeader));
+    const auto header = cursor.Read<KTAChunkHeader>();
+    chunk.size = header.size;
+    chunk.version = header.version;
+    chunk.type = FindChunkType(header.id);
     if (chunk.type == nullptr) {
-        cursor.Stop(chunk.offset,
-                    "chunk id is " + std::to_string(id) + ", expected that of a known chunk kind");
+        cursor.Stop(chunk.offset, Expected("chunk id", header.id, "that of a known chunk kind"));
     }
     if (cursor.Stopped()) {
         return;
@@ -161,32 +163,29 @@ void ReadChunk(Cursor& cursor, MeshSizes& meshes, File& file) {
     }
 }
 
-// File header: 0 magic[4], 4 major version u8, 5 minor version u8, 6 kind u8.
 std::optional<File> ReadHeader(Cursor& cursor) {
     cursor.SetWhere("header");
-    cursor.Require(kFileHeaderSize);
-    std::string magic;
-    for (std::size_t i = 0; i < kMagic.size(); ++i) {
-        magic += static_cast<char>(cursor.U8());
-    }
+    cursor.Require(sizeof(KTAFileHeader));
+    const auto header = cursor.Read<KTAFileHeader>();
+    const std::string_view magic(header.magic, sizeof(header.magic));
     if (magic != kMagic) {
-        cursor.Stop(0, "magic is " + Quoted(magic) + ", expected " + Quoted(kMagic));
+        cursor.Stop(offsetof(KTAFileHeader, magic),
+                    Expected("magic", Quoted(magic), Quoted(kMagic)));
     }
     File file;
-    file.version = {cursor.U8(), cursor.U8()};
+    file.version = {header.majorVersion, header.minorVersion};
     if (file.version != kVersion) {
-        cursor.Stop(
-            4, "version is " + VersionText(file.version) + ", expected " + VersionText(kVersion));
+        cursor.Stop(offsetof(KTAFileHeader, majorVersion),
+                    Expected("version", VersionText(file.version), VersionText(kVersion)));
     }
-    const std::uint8_t kind = cursor.U8();
-    if (kind > 1) {
-        cursor.Stop(
-            6, "file kind is " + std::to_string(int{kind}) + ", expected 0 (motion) or 1 (actor)");
+    if (header.kind > kFileKindActor) {
+        cursor.Stop(offsetof(KTAFileHeader, kind),
+                    Expected("file kind", header.kind, "0 (motion) or 1 (actor)"));
     }
     if (cursor.Stopped()) {
         return std::nullopt;
     }
-    file.kind = kind == 1 ? kFileKindActor : kFileKindMotion;
+    file.kind = static_cast<KTAFileKind>(header.kind);
     file.end = cursor.Offset();
     return file;
 }
@@ -234,7 +233,7 @@ Reading Read(std::istream& stream) {
     constexpr std::size_t kBlockSize = std::size_t{1} << 16;
     std::vector<std::uint8_t> bytes;
     errno = 0;
-    Append(stream, kFileHeaderSize, bytes);
+    Append(stream, sizeof(KTAFileHeader), bytes);
     // What is no KTA file is not read to its end, however long it is.
     if (!stream.bad() && Read(bytes).file) {
         while (stream) {
@@ -263,7 +262,7 @@ Reading ReadFile(const std::string& path) {
 Reading ReadFile(const std::string& path, KTAFileKind expected) {
     Reading reading = ReadFile(path);
     if (reading.file && reading.file->kind != expected) {
-        reading.faults.push_back({kFileHeaderSize - 1, "header",
+        reading.faults.push_back({offsetof(KTAFileHeader, kind), "header",
                                   std::string("file kind is \"") + KindName(reading.file->kind) +
                                       "\", expected \"" + KindName(expected) + "\""});
     }

@@ -1,8 +1,6 @@
-// Motion files in tests: the exporter at work on a scene of the test, and expected bytes built
-// independently of the exporter's records.
+// Motion files in tests: the exporter at work on a scene of the test.
 #pragma once
 
-#include <array>
 #include <functional>
 #include <string>
 #include <vector>
@@ -101,60 +99,6 @@ inline maxhost::scene::FloatController Ramp(int from, float fromValue, int to, f
         key->inType = key->outType = maxhost::scene::Tangent::linear;
     }
     return Keyed({first, last});
-}
-
-// ---------------------------------------------------------------- expected bytes
-
-// In the file's order.
-struct Pose {
-    std::array<float, 3> translation{0, 0, 0};
-    std::array<float, 4> rotation{0, 0, 0, 1};
-    std::array<float, 3> scale{1, 1, 1};
-};
-
-inline std::string MotionPart(const std::string& name, const Pose& pose = {}) {
-    const auto& q = pose.rotation;
-    return Bytes()
-        .U32(1)
-        .U32(300)
-        .U32(2)
-        .Name(name)
-        .F32(pose.translation)
-        .F32({q[0], q[1], q[2], q[3]})
-        .F32(pose.scale)
-        .Str();
-}
-
-inline std::string TrackHead(std::uint32_t version, std::uint32_t size, std::uint32_t keys,
-                             char track) {
-    return Bytes().U32(2).U32(size).U32(version).U32(keys).Text({'L', track}).U16(0).Str();
-}
-
-inline std::string SampledHead(std::uint32_t size, std::uint32_t keys, char track) {
-    return TrackHead(1, size, keys, track);
-}
-
-// However many keys follow, a size of 8 is declared.
-inline std::string KeyframedHead(std::uint32_t keys, char track) {
-    return TrackHead(2, 8, keys, track);
-}
-
-struct ExpectedTangent {
-    float length, slope;
-};
-
-inline std::string KeyRecord(float time, const std::array<float, 3>& value, std::uint16_t axes,
-                             const std::array<std::uint8_t, 6>& codes,
-                             const std::vector<ExpectedTangent>& tangents = {}) {
-    Bytes bytes;
-    bytes.F32({time}).F32(value).U16(axes).U16(0);
-    for (const std::uint8_t code : codes) {
-        bytes.U8(code);
-    }
-    for (const ExpectedTangent& tangent : tangents) {
-        bytes.F32({tangent.length, tangent.slope});
-    }
-    return bytes.Str();
 }
 
 }  // namespace support

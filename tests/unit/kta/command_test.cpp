@@ -9,13 +9,15 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "tests/unit/kta/sample_file.h"
+#include "tests/unit/kta/sample.h"
 
 #ifndef _WIN32
 #include <sys/wait.h>
 #endif
 
 namespace {
+
+using namespace sample;
 
 struct Result {
     int status = -1;
@@ -24,7 +26,7 @@ struct Result {
 };
 
 // The text of a file with line ends as '\n' on every system.
-std::string TextOf(const std::string& path) {
+std::string LinesOf(const std::string& path) {
     std::ifstream file(path);
     EXPECT_TRUE(file) << path;
     return {std::istreambuf_iterator<char>(file), {}};
@@ -40,13 +42,13 @@ int System(const std::string& command) {
 }
 
 Result Kta(const std::string& arguments) {
-    const std::string output = sample::ScratchPath("output");
-    const std::string errors = sample::ScratchPath("errors");
+    const std::string output = ScratchPath("output");
+    const std::string errors = ScratchPath("errors");
     Result result;
     result.status =
         System("\"" KTA_PROGRAM "\" " + arguments + " > \"" + output + "\" 2> \"" + errors + "\"");
-    result.output = TextOf(output);
-    result.errors = TextOf(errors);
+    result.output = LinesOf(output);
+    result.errors = LinesOf(errors);
     return result;
 }
 
@@ -80,7 +82,7 @@ TEST(CommandTest, BadUsage) {
     }
 }
 
-TEST(CommandTest, WhatIsNoCommandIsNamed) {
+TEST(CommandTest, TextsThatAreNoCommandAreNamed) {
     EXPECT_EQ(Kta("frobnicate x").errors,
               "kta: \"frobnicate\": no such command, expected one of info, dump, preview (see kta "
               "--help)\n");
@@ -92,8 +94,7 @@ TEST(CommandTest, WhatIsNoCommandIsNamed) {
 }
 
 TEST(CommandTest, InfoShowsTheFirstFaultsAndDumpAll) {
-    const std::string path =
-        sample::Save("faults", sample::ActorFile(std::vector<sample::Node>(23, {.isBone = 2})));
+    const std::string path = Save("faults", ActorFile(std::vector<NodeFields>(23, {.isBone = 2})));
     const Result info = Kta("info " + InQuotes(path));
     EXPECT_EQ(info.status, 1);
     EXPECT_EQ(std::count(info.errors.begin(), info.errors.end(), '\n'), 21);
@@ -103,8 +104,8 @@ TEST(CommandTest, InfoShowsTheFirstFaultsAndDumpAll) {
 }
 
 TEST(CommandTest, InfoOfSeveralFiles) {
-    const std::string a = sample::Save("info_a", sample::ActorFile({{}}));
-    const std::string b = sample::Save("info_b", sample::ActorFile({}));
+    const std::string a = Save("info_a", ActorFile({{}}));
+    const std::string b = Save("info_b", ActorFile({}));
     const Result result = Kta("info " + InQuotes(a) + " " + InQuotes(b));
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors, "");
@@ -113,7 +114,7 @@ TEST(CommandTest, InfoOfSeveralFiles) {
 }
 
 TEST(CommandTest, DumpAsTextAndJson) {
-    const std::string path = sample::Save("dump", sample::ActorFile({{.name = "Box01"}}));
+    const std::string path = Save("dump", ActorFile({{.name = "Box01"}}));
     const Result text = Kta("dump " + InQuotes(path));
     EXPECT_EQ(text.status, 0);
     EXPECT_NE(text.output.find("nodeName            \"Box01\"\n"), std::string::npos);
@@ -126,7 +127,7 @@ TEST(CommandTest, DumpAsTextAndJson) {
 }
 
 TEST(CommandTest, FaultyFile) {
-    const std::string path = sample::Save("faulty", {'K', 'T', 'A', ' ', 1, 1, 7});
+    const std::string path = Save("faulty", std::string("KTA \1\1\7"));
     for (const char* command : {"info ", "dump ", "dump --json "}) {
         const Result result = Kta(command + InQuotes(path));
         EXPECT_EQ(result.status, 1);
@@ -138,7 +139,7 @@ TEST(CommandTest, FaultyFile) {
 }
 
 TEST(CommandTest, WhatWasReadOfAFaultyFileIsShown) {
-    const std::string path = sample::Save("flag", sample::ActorFile({{.isBone = 2}}));
+    const std::string path = Save("flag", ActorFile({{.isBone = 2}}));
     const Result result = Kta("dump --json " + InQuotes(path));
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(nlohmann::json::parse(result.output).at("faults").size(), 1u);
@@ -146,9 +147,9 @@ TEST(CommandTest, WhatWasReadOfAFaultyFileIsShown) {
 }
 
 TEST(CommandTest, UnreadableFileOutranksFaultyOnesAndTheRestIsDone) {
-    const std::string good = sample::Save("good", sample::ActorFile({}));
-    const std::string faulty = sample::Save("short", {'K'});
-    const std::string missing = sample::ScratchPath("missing");
+    const std::string good = Save("good", ActorFile({}));
+    const std::string faulty = Save("short", "K");
+    const std::string missing = ScratchPath("missing");
     const Result result =
         Kta("info " + InQuotes(missing) + " " + InQuotes(faulty) + " " + InQuotes(good));
     EXPECT_EQ(result.status, 2);
@@ -161,13 +162,11 @@ TEST(CommandTest, UnreadableFileOutranksFaultyOnesAndTheRestIsDone) {
 
 // ---------------------------------------------------------------- preview
 
-sample::Bytes TriangleFile() {
-    sample::Writer writer;
-    AddMesh(AddHeader(writer, sample::Kind::actor), sample::Triangle(0, 0, 0));
-    return writer.bytes;
+std::string TriangleFile() {
+    return kActor + MeshChunk(Triangle(0, 0, 0));
 }
 
-sample::Bytes BytesOf(const std::string& path) {
+std::string BytesOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     EXPECT_TRUE(file) << path;
     return {std::istreambuf_iterator<char>(file), {}};
@@ -183,28 +182,26 @@ TEST(PreviewCommandTest, Help) {
 }
 
 TEST(PreviewCommandTest, WritesTheSamePngEachTime) {
-    const std::string path = sample::Save("triangle", TriangleFile());
-    const std::string a = sample::ScratchPath("a.png");
-    const std::string b = sample::ScratchPath("b.PNG");
+    const std::string path = Save("triangle", TriangleFile());
+    const std::string a = ScratchPath("a.png");
+    const std::string b = ScratchPath("b.PNG");
     for (const std::string& picture : {a, b}) {
         const Result result = Kta("preview " + InQuotes(path) + " -o " + InQuotes(picture) +
                                   " --size 320x200 --azimuth -20.5 --elevation 90 --collision");
         EXPECT_EQ(result.status, 0);
         EXPECT_EQ(result.output + result.errors, "");
     }
-    const sample::Bytes bytes = BytesOf(a);
+    const std::string bytes = BytesOf(a);
     EXPECT_EQ(bytes, BytesOf(b));
     ASSERT_GT(bytes.size(), 24u);
     // The signature, and width and height in the first chunk.
-    const sample::Bytes head = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'};
-    EXPECT_TRUE(std::equal(head.begin(), head.end(), bytes.begin()));
-    EXPECT_EQ(sample::Bytes(bytes.begin() + 16, bytes.begin() + 24),
-              (sample::Bytes{0, 0, 1, 64, 0, 0, 0, 200}));
+    EXPECT_TRUE(bytes.starts_with("\x89PNG\r\n\x1a\n"));
+    EXPECT_EQ(bytes.substr(16, 8), std::string("\0\0\1\x40\0\0\0\xc8", 8));
 }
 
 TEST(PreviewCommandTest, BadUsage) {
-    const std::string path = InQuotes(sample::Save("triangle", TriangleFile()));
-    const std::string picture = InQuotes(sample::ScratchPath("x.png"));
+    const std::string path = InQuotes(Save("triangle", TriangleFile()));
+    const std::string picture = InQuotes(ScratchPath("x.png"));
     for (const std::string& arguments :
          {path, std::string("-o ") + picture, path + " -o x.html", path + " -o png",
           path + " -o " + picture + " --size 800", path + " -o " + picture + " --size 0x5",
@@ -220,16 +217,14 @@ TEST(PreviewCommandTest, BadUsage) {
         EXPECT_TRUE(result.errors.starts_with("kta: ")) << result.errors;
         EXPECT_EQ(result.errors.find('\n'), result.errors.size() - 1) << result.errors;
     }
-    EXPECT_FALSE(std::ifstream(sample::ScratchPath("x.png")));
+    EXPECT_FALSE(std::ifstream(ScratchPath("x.png")));
 }
 
 TEST(PreviewCommandTest, NothingToShow) {
-    sample::Writer writer;
-    sample::Mesh collision = sample::Triangle(0, 0, 0);
+    MeshFields collision = Triangle(0, 0, 0);
     collision.isCollision = 1;
-    AddMesh(AddHeader(writer, sample::Kind::actor), collision);
-    const std::string path = sample::Save("collision", writer.bytes);
-    const std::string picture = sample::ScratchPath("x.png");
+    const std::string path = Save("collision", kActor + MeshChunk(collision));
+    const std::string picture = ScratchPath("x.png");
     std::remove(picture.c_str());  // an earlier run's
     const std::string arguments = "preview " + InQuotes(path) + " -o " + InQuotes(picture);
     const Result result = Kta(arguments);
@@ -240,28 +235,24 @@ TEST(PreviewCommandTest, NothingToShow) {
 }
 
 TEST(PreviewCommandTest, FilesThatCannotBeDrawn) {
-    const std::string picture = " -o " + InQuotes(sample::ScratchPath("x.png"));
-    const std::string missing = sample::ScratchPath("missing");
+    const std::string picture = " -o " + InQuotes(ScratchPath("x.png"));
+    const std::string missing = ScratchPath("missing");
     const Result none = Kta("preview " + InQuotes(missing) + picture);
     EXPECT_EQ(none.status, 2);
     EXPECT_TRUE(none.errors.starts_with("kta: " + missing + ": cannot be opened ("));
 
-    sample::Writer writer;
-    const std::string motion =
-        sample::Save("motion", AddHeader(writer, sample::Kind::motion).bytes);
+    const std::string motion = Save("motion", kMotion);
     const Result result = Kta("preview " + InQuotes(motion) + picture);
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.errors, "kta: " + motion +
                                  ": offset 6: header: file kind is \"motion\", expected "
                                  "\"actor\"\n");
-    EXPECT_FALSE(std::ifstream(sample::ScratchPath("x.png")));
+    EXPECT_FALSE(std::ifstream(ScratchPath("x.png")));
 }
 
 TEST(PreviewCommandTest, WhatWasReadOfAFaultyFileIsDrawn) {
-    sample::Bytes bytes = TriangleFile();
-    bytes.push_back(0);
-    const std::string path = sample::Save("faulty", bytes);
-    const std::string picture = sample::ScratchPath("x.png");
+    const std::string path = Save("faulty", TriangleFile() + '\0');
+    const std::string picture = ScratchPath("x.png");
     std::remove(picture.c_str());  // an earlier run's
     const Result result = Kta("preview " + InQuotes(path) + " -o " + InQuotes(picture));
     EXPECT_EQ(result.status, 1);
@@ -270,8 +261,8 @@ TEST(PreviewCommandTest, WhatWasReadOfAFaultyFileIsDrawn) {
 }
 
 TEST(PreviewCommandTest, PictureThatCannotBeWritten) {
-    const std::string path = sample::Save("triangle", TriangleFile());
-    const std::string picture = sample::ScratchPath("no_such_directory") + "/x.png";
+    const std::string path = Save("triangle", TriangleFile());
+    const std::string picture = ScratchPath("no_such_directory") + "/x.png";
     const Result result = Kta("preview " + InQuotes(path) + " -o " + InQuotes(picture));
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.errors, "kta: " + picture + ": cannot be written\n");
@@ -282,7 +273,7 @@ TEST(CommandTest, ControlCharactersOfNamesStayOutOfMessages) {
     EXPECT_TRUE(Kta("info \"/no\nsuch\x1b[31m\"")
                     .errors.starts_with("kta: /no such [31m: cannot be opened ("));
     EXPECT_TRUE(Kta("\"a\nb\"").errors.starts_with("kta: \"a b\": no such command"));
-    const std::string path = sample::Save("control\n\x1b[31m", sample::ActorFile({}));
+    const std::string path = Save("control\n\x1b[31m", ActorFile({}));
     const std::string shown = path.substr(0, path.find('\n')) + " [31m";
     EXPECT_TRUE(Kta("info " + InQuotes(path)).output.starts_with(shown + "\n"));
     EXPECT_TRUE(Kta("dump " + InQuotes(path)).output.starts_with(shown + ": actor file"));
@@ -290,15 +281,15 @@ TEST(CommandTest, ControlCharactersOfNamesStayOutOfMessages) {
 
 // A full disk and a closed output, for each way of writing to it.
 TEST(CommandTest, OutputThatCannotBeWritten) {
-    const std::string path = sample::Save("output", sample::ActorFile({{}, {}}));
-    const std::string errors = sample::ScratchPath("errors");
+    const std::string path = Save("output", ActorFile({{}, {}}));
+    const std::string errors = ScratchPath("errors");
     for (const std::string arguments : {"info", "dump", "dump --json"}) {
         for (const char* sink : {" > /dev/full", " >&-"}) {
             EXPECT_EQ(System("\"" KTA_PROGRAM "\" " + arguments + " " + InQuotes(path) + sink +
                              " 2> " + InQuotes(errors)),
                       2)
                 << arguments << sink;
-            EXPECT_EQ(TextOf(errors), "kta: standard output: cannot be written\n");
+            EXPECT_EQ(LinesOf(errors), "kta: standard output: cannot be written\n");
         }
     }
     EXPECT_EQ(System("\"" KTA_PROGRAM "\" --help > /dev/full 2> " + InQuotes(errors)), 2);
@@ -306,8 +297,7 @@ TEST(CommandTest, OutputThatCannotBeWritten) {
 
 // The reader of the pipe is gone before a long dump is through.
 TEST(CommandTest, ClosedPipe) {
-    const std::string path =
-        sample::Save("pipe", sample::ActorFile(std::vector<sample::Node>(2000)));
+    const std::string path = Save("pipe", ActorFile(std::vector<NodeFields>(2000)));
     EXPECT_NE(System("bash -c 'set -o pipefail; \"" KTA_PROGRAM "\" dump \"" + path +
                      "\" 2> /dev/null | head -n 1 > /dev/null'"),
               0);

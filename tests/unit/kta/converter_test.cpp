@@ -3,14 +3,11 @@
 #include <string>
 
 #include "host/converter/haldenexport.h"
-#include "tests/unit/kta/sample_file.h"
+#include "tests/unit/kta/sample.h"
 
 namespace {
 
-sample::Bytes MotionFile() {
-    sample::Writer writer;
-    return AddHeader(writer, sample::Kind::motion).bytes;
-}
+using namespace sample;
 
 class ConverterTest : public testing::Test {
   protected:
@@ -22,8 +19,8 @@ class ConverterTest : public testing::Test {
         EndSpecialHalden();
     }
 
-    const std::string actor_ = sample::Save("actor", sample::ActorFile({{}}));
-    const std::string motion_ = sample::Save("motion", MotionFile());
+    const std::string actor_ = Save("actor", ActorFile({{}}));
+    const std::string motion_ = Save("motion", kMotion);
 };
 
 TEST_F(ConverterTest, GoodExportHasNoFaults) {
@@ -33,8 +30,8 @@ TEST_F(ConverterTest, GoodExportHasNoFaults) {
 
 TEST_F(ConverterTest, FaultsOfBothFilesAreKeptUntilTheNextExport) {
     const std::string faultyActor =
-        sample::Save("faulty_actor", sample::ActorFile({{.isBone = 2, .hasHelperSize = 3}}));
-    const std::string faultyMotion = sample::Save("faulty_motion", {'K', 'T'});
+        Save("faulty_actor", ActorFile({{.isBone = 2, .hasHelperSize = 3}}));
+    const std::string faultyMotion = Save("faulty_motion", "KT");
     Export(faultyActor, faultyMotion);
     EXPECT_EQ(SpecialHaldenFaults(),
               faultyActor + ": offset 643: node chunk: bone flag is 2, expected 0 or 1\n" +
@@ -55,7 +52,7 @@ TEST_F(ConverterTest, FilesOfTheWrongKind) {
 TEST_F(ConverterTest, MissingFileAndMissingName) {
     InitSpecialHalden(nullptr, nullptr, false);
     WriteKTActorFile(nullptr);
-    const std::string missing = sample::ScratchPath("missing");
+    const std::string missing = ScratchPath("missing");
     WriteKTMotionFile(missing.c_str());
     const std::string faults = SpecialHaldenFaults();
     const std::string expected =

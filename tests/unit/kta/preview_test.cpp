@@ -8,9 +8,7 @@
 #include <memory>
 #include <numbers>
 
-#include "kta/raster.h"
-#include "tests/unit/kta/sample_chunks.h"
-#include "tests/unit/kta/sample_file.h"
+#include "tests/unit/kta/sample.h"
 
 #define STB_IMAGE_IMPLEMENTATION
 #define STB_IMAGE_STATIC
@@ -19,15 +17,16 @@
 
 namespace {
 
+using namespace sample;
 using kta::Rgb;
 
 constexpr std::array<float, 3> kTowardsFront = {0, 0, -1};  // 3ds Max's front view looks along +y
 
 // Triangles of corners with one normal, in one sub-mesh.
-sample::Mesh Faces(const std::vector<std::array<float, 3>>& corners,
-                   const std::array<float, 3>& normal, std::uint32_t material = 0) {
-    sample::Mesh mesh;
-    sample::SubMesh& subMesh = mesh.subMeshes.emplace_back();
+MeshFields Faces(const std::vector<std::array<float, 3>>& corners,
+                 const std::array<float, 3>& normal, std::uint32_t material = 0) {
+    MeshFields mesh;
+    SubMeshFields& subMesh = mesh.subMeshes.emplace_back();
     subMesh.material = material;
     for (std::uint32_t i = 0; i < corners.size(); ++i) {
         subMesh.vertices.push_back({i, corners[i], normal});
@@ -35,13 +34,13 @@ sample::Mesh Faces(const std::vector<std::array<float, 3>>& corners,
     for (std::uint32_t i = 0; i + 2 < corners.size(); i += 3) {
         subMesh.faces.push_back({i, i + 1, i + 2});
     }
-    mesh.numOriginalVertices = static_cast<std::uint32_t>(corners.size());
+    mesh.originalVertexCount = static_cast<std::uint32_t>(corners.size());
     return mesh;
 }
 
 // A square of two triangles across the front view, `depth` away from the viewer.
-sample::Mesh Square(float centreX, float side, float depth, std::uint32_t material = 0,
-                    const std::array<float, 3>& normal = kTowardsFront) {
+MeshFields Square(float centreX, float side, float depth, std::uint32_t material = 0,
+                  const std::array<float, 3>& normal = kTowardsFront) {
     const float a = centreX - side / 2;
     const float b = centreX + side / 2;
     const float c = -side / 2;
@@ -52,25 +51,23 @@ sample::Mesh Square(float centreX, float side, float depth, std::uint32_t materi
 }
 
 struct Actor {
-    std::vector<sample::Material> materials = {{}};
-    std::vector<sample::Node> nodes{};
-    std::vector<sample::Mesh> meshes{};
+    std::vector<MaterialFields> materials = {Grey()};
+    std::vector<NodeFields> nodes{};
+    std::vector<MeshFields> meshes{};
 };
 
 kta::File FileOf(const Actor& actor) {
-    sample::Writer writer;
-    AddHeader(writer, sample::Kind::actor);
-    for (const sample::Material& material : actor.materials) {
-        AddMaterial(writer, material);
+    std::string file = kActor;
+    for (const MaterialFields& material : actor.materials) {
+        file += MaterialChunk(material);
     }
-    for (const sample::Node& node : actor.nodes) {
-        AddNode(writer, node);
+    for (const NodeFields& node : actor.nodes) {
+        file += NodeChunk(node);
     }
-    for (const sample::Mesh& mesh : actor.meshes) {
-        AddMesh(writer, mesh);
+    for (const MeshFields& mesh : actor.meshes) {
+        file += MeshChunk(mesh);
     }
-    kta::Reading reading = kta::Read(writer.bytes);
-    return std::move(reading.file).value();
+    return ReadExact(file).file.value();
 }
 
 constexpr kta::PreviewView kFront = {.width = 100, .height = 100, .azimuth = 0, .elevation = 0};
@@ -126,9 +123,9 @@ TEST(PreviewTest, FillsThePicture) {
 
 // Vertices that no face uses do not count.
 TEST(PreviewTest, FramesWhatIsDrawn) {
-    sample::Mesh mesh = Square(0, 2, 0);
+    MeshFields mesh = Square(0, 2, 0);
     mesh.subMeshes[0].vertices.push_back({6, {1e6f, 1e6f, 1e6f}, {}});
-    mesh.numOriginalVertices = 7;
+    mesh.originalVertexCount = 7;
     EXPECT_EQ(Covered(Draw({.meshes = {mesh}})), (std::array<int, 4>{5, 5, 94, 94}));
 }
 
@@ -162,8 +159,8 @@ TEST(PreviewTest, NearerSurfacesHideOthers) {
 // Right, left, top and back views show the side of a cross of squares that they look at.
 TEST(PreviewTest, ViewsGoRoundTheScene) {
     const auto strip = [](const std::array<float, 3>& at, std::uint32_t material) {
-        sample::Mesh mesh = Square(0, 1, 0, material);
-        for (sample::Vertex& vertex : mesh.subMeshes[0].vertices) {
+        MeshFields mesh = Square(0, 1, 0, material);
+        for (VertexFields& vertex : mesh.subMeshes[0].vertices) {
             const std::array<float, 3> p = vertex.position;
             const bool side = at[0] != 0;
             const bool top = at[1] != 0;
@@ -216,7 +213,7 @@ TEST(PreviewTest, AxesOfTheViews) {
             return std::vector<std::array<float, 3>>{o, x, y, o, y, z, o, x, z, x, y, z};
         };
         const Actor actor = {
-            .materials = {{}, {.diffuse = {1, 0, 0}}},
+            .materials = {Grey(), {.diffuse = {1, 0, 0}}},
             .meshes = {Faces(tetrahedron({0, 0, 0}), {}), Faces(tetrahedron(far), {}, 1)}};
         const kta::Picture picture = Draw(actor, view);
         double x = 0;
@@ -251,9 +248,9 @@ TEST(PreviewTest, AxesOfTheViews) {
 // The file has the inverse of where a node stands: this one undoes a move by (10, 0, 0) and a
 // doubling.
 TEST(PreviewTest, MeshesStandWhereTheirNodesDo) {
-    sample::Node node;
+    NodeFields node;
     node.matrix = {0.5f, 0, 0, 0, 0, 0.5f, 0, 0, 0, 0, 0.5f, 0, -5, 0, 0, 0};
-    sample::Mesh moved = Square(0, 2, 0);  // in the world from 8 to 12
+    MeshFields moved = Square(0, 2, 0);  // in the world from 8 to 12
     moved.node = 1;
     const kta::Picture picture = Draw({.nodes = {{}, node}, .meshes = {moved, Square(0, 2, 0)}},
                                       {.width = 130, .height = 100, .azimuth = 0, .elevation = 0});
@@ -269,17 +266,15 @@ TEST(PreviewTest, MeshesStandWhereTheirNodesDo) {
 
 // Positions of skinned meshes are in world space: their nodes do not move them.
 TEST(PreviewTest, SkinnedMeshesStandWhereTheirNumbersSay) {
-    sample::Node node;
+    NodeFields node;
     node.matrix = {0.5f, 0, 0, 0, 0, 0.5f, 0, 0, 0, 0, 0.5f, 0, -5, 0, 0, 0};
-    sample::Mesh skinned = Square(10, 4, 0);
-    sample::Mesh moved = Square(0, 2, 0);  // in the world at the same place
+    MeshFields skinned = Square(10, 4, 0);
+    MeshFields moved = Square(0, 2, 0);  // in the world at the same place
     moved.node = 1;
     const auto draw = [&](std::uint32_t nodeOfWeights) {
-        sample::Writer writer;
-        AddNode(AddNode(AddHeader(writer, sample::Kind::actor), node), node);
-        AddMesh(AddMesh(AddMesh(writer, skinned), moved), Square(-1, 2, 0));
-        AddWeights(writer, nodeOfWeights, {{{1, 1}}});
-        const kta::Reading reading = kta::Read(writer.bytes);
+        const kta::Reading reading = ReadExact(
+            kActor + NodeChunk(node) + NodeChunk(node) + MeshChunk(skinned) + MeshChunk(moved) +
+            MeshChunk(Square(-1, 2, 0)) + WeightsChunk(nodeOfWeights, {{{1, 1}}}));
         EXPECT_TRUE(reading.Good());
         return kta::DrawPreview(reading.file.value(), kFront).value();
     };
@@ -297,14 +292,14 @@ TEST(PreviewTest, SkinnedMeshesStandWhereTheirNumbersSay) {
 // Normals turn with their node, and stay normal when it is stretched.
 TEST(PreviewTest, NormalsGoWithTheirNodes) {
     // World: a quarter turn about the up axis, x to third axis; its inverse is stored.
-    sample::Node turned;
+    NodeFields turned;
     turned.matrix = {0, 0, -1, 0, 0, 1, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0};
-    sample::Mesh side = Faces({{0, 0, 0}, {0, 0, 3}, {0, 3, 0}}, {1, 0, 0});
+    MeshFields side = Faces({{0, 0, 0}, {0, 0, 3}, {0, 3, 0}}, {1, 0, 0});
     EXPECT_EQ(Draw({.nodes = {turned}, .meshes = {side}}).At(30, 80), kGrey);
     // A slope of 45 degrees, flattened: positions go by (1, 0.5, 1), normals by (1, 2, 1).
-    sample::Node flat;
+    NodeFields flat;
     flat.matrix = {1, 0, 0, 0, 0, 2, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0};
-    sample::Mesh slope =
+    MeshFields slope =
         Faces({{-2, -2, -2}, {2, -2, -2}, {0, 2, 2}}, {0, 0.70710678f, -0.70710678f});
     const double length = std::sqrt(5.0);
     EXPECT_EQ(Draw({.nodes = {flat}, .meshes = {slope}}).At(50, 50),
@@ -312,9 +307,9 @@ TEST(PreviewTest, NormalsGoWithTheirNodes) {
 }
 
 TEST(PreviewTest, MeshesWithoutPlaceStandWhereTheirNumbersSay) {
-    sample::Node flat;
+    NodeFields flat;
     flat.matrix = {};
-    sample::Mesh mesh = Square(0, 2, 0);
+    MeshFields mesh = Square(0, 2, 0);
     for (const std::uint32_t node : {0u, 5u, 0xffffffffu}) {
         mesh.node = node;
         EXPECT_EQ(Covered(Draw({.nodes = {flat}, .meshes = {mesh}})),
@@ -324,7 +319,7 @@ TEST(PreviewTest, MeshesWithoutPlaceStandWhereTheirNumbersSay) {
 }
 
 TEST(PreviewTest, CollisionMeshesAreLeftOutUnlessAskedFor) {
-    sample::Mesh collision = Square(10, 2, 0);
+    MeshFields collision = Square(10, 2, 0);
     collision.isCollision = 1;
     kta::PreviewView view = kFront;
     EXPECT_EQ(Covered(Draw({.meshes = {collision, Square(0, 2, 0)}}, view)),
@@ -361,8 +356,9 @@ TEST(PreviewTest, BothSidesAreShown) {
 }
 
 TEST(PreviewTest, MaterialsByNumber) {
-    const Actor actor = {.materials = {{}, {.diffuse = {0, 0.5f, 1}}, {.diffuse = {-1, 7, 0.5f}}},
-                         .meshes = {Square(0, 2, 0, 1), Square(3, 2, 0, 2), Square(6, 2, 0, 200)}};
+    const Actor actor = {
+        .materials = {Grey(), {.diffuse = {0, 0.5f, 1}}, {.diffuse = {-1, 7, 0.5f}}},
+        .meshes = {Square(0, 2, 0, 1), Square(3, 2, 0, 2), Square(6, 2, 0, 200)}};
     const kta::Picture picture =
         Draw(actor, {.width = 200, .height = 60, .azimuth = 0, .elevation = 0});
     EXPECT_EQ(picture.At(30, 30), Colour({0, 0.5, 1}, {0, 0, 1}));
@@ -371,9 +367,9 @@ TEST(PreviewTest, MaterialsByNumber) {
 }
 
 // A sphere of smooth normals, its axis along the up axis.
-sample::Mesh Sphere(int rings) {
-    sample::Mesh mesh;
-    sample::SubMesh& subMesh = mesh.subMeshes.emplace_back();
+MeshFields Sphere(int rings) {
+    MeshFields mesh;
+    SubMeshFields& subMesh = mesh.subMeshes.emplace_back();
     const int sectors = 2 * rings;
     for (int ring = 0; ring <= rings; ++ring) {
         for (int sector = 0; sector <= sectors; ++sector) {
@@ -382,7 +378,7 @@ sample::Mesh Sphere(int rings) {
             const std::array<float, 3> p = {static_cast<float>(std::sin(polar) * std::cos(turn)),
                                             static_cast<float>(std::cos(polar)),
                                             static_cast<float>(std::sin(polar) * std::sin(turn))};
-            subMesh.vertices.push_back({mesh.numOriginalVertices++, p, p});
+            subMesh.vertices.push_back({mesh.originalVertexCount++, p, p});
         }
     }
     const auto stride = static_cast<std::uint32_t>(sectors + 1);
@@ -429,7 +425,7 @@ TEST(PreviewTest, SphereIsRoundAndShadedFromTheUpperLeft) {
 
 // Neighbouring triangles leave no gap: behind the sphere's front shines nothing.
 TEST(PreviewTest, NoGapsBetweenTriangles) {
-    Actor actor = {.materials = {{}, {.diffuse = {0, 0, 0}, .selfIllumination = {1, 0, 0}}},
+    Actor actor = {.materials = {Grey(), {.diffuse = {0, 0, 0}, .selfIllumination = {1, 0, 0}}},
                    .meshes = {Sphere(23), Square(0, 1, 3, 1)}};
     const kta::Picture picture =
         Draw(actor, {.width = 333, .height = 333, .azimuth = 0, .elevation = 0});
@@ -446,13 +442,12 @@ TEST(PreviewTest, NothingToShow) {
 }
 
 TEST(PreviewTest, NumbersThatAreNotFiniteAreLeftOut) {
-    constexpr float kInfinity = std::numeric_limits<float>::infinity();
-    sample::Mesh mesh = Square(0, 2, 0);
+    MeshFields mesh = Square(0, 2, 0);
     mesh.subMeshes[0].vertices[1].position[0] = kInfinity;  // of the first triangle
     const kta::Picture picture = Draw({.meshes = {mesh}});
     EXPECT_EQ(picture.At(10, 50), kGrey);
     EXPECT_EQ(picture.At(90, 80), kta::kBackground);
-    for (sample::Vertex& vertex : mesh.subMeshes[0].vertices) {
+    for (VertexFields& vertex : mesh.subMeshes[0].vertices) {
         vertex.position[2] = std::numeric_limits<float>::quiet_NaN();
     }
     EXPECT_FALSE(kta::DrawPreview(FileOf({.meshes = {mesh}}), kFront));

@@ -4,14 +4,14 @@
 
 #include <string>
 
-#include "tests/unit/kta/sample_file.h"
+#include "tests/unit/kta/scratch.h"
 
 namespace {
 
 TEST(RecordingConverterTest, WritesDownEveryCall) {
     ResetRecordedCalls();
     EXPECT_STREQ(RecordedCalls(), "");
-    const std::string actor = sample::Save("recorded", sample::Bytes(639, 0));
+    const std::string actor = sample::Save("recorded", std::string(639, '\0'));
     const std::string missing = sample::ScratchPath("missing");
     InitSpecialHalden("C:\\dir", "a.hdo", true);
     WriteKTActorFile(actor.c_str());
@@ -32,9 +32,9 @@ TEST(RecordingConverterTest, WritesDownEveryCall) {
 
 TEST(RecordingConverterTest, SizeIsTheOneAtTheTimeOfTheCall) {
     ResetRecordedCalls();
-    const std::string path = sample::Save("growing", sample::Bytes(7, 0));
+    const std::string path = sample::Save("growing", std::string(7, '\0'));
     WriteKTMotionFile(path.c_str());
-    sample::Save("growing", sample::Bytes(9, 0));
+    sample::Save("growing", std::string(9, '\0'));
     WriteKTMotionFile(path.c_str());
     EXPECT_EQ(RecordedCalls(), "WriteKTMotionFile(\"" + path + "\") 7 bytes\n" +
                                    "WriteKTMotionFile(\"" + path + "\") 9 bytes");
