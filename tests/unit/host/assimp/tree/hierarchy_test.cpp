@@ -1,10 +1,11 @@
-// Which nodes come into the scene, in which order and under which names.
+// The nodes that come into the scene, their order and their names.
 #include <gtest/gtest.h>
 
 #include <limits>
 
-#include "tests/unit/assimp_import/source_scene.h"
-#include "tests/unit/assimp_import/temporary_files.h"
+#include "tests/support/temporary_directory.h"
+#include "tests/unit/host/assimp/shown_scene.h"
+#include "tests/unit/host/assimp/source_scene.h"
 
 using maxhost::import::ImportedScene;
 using maxhost::scene::kNone;
@@ -205,7 +206,7 @@ TEST(WrapperRoot, AseHasTwo) {
 
 // Assimp's name for a root of its own is one that a file's only root may have too.
 TEST(WrapperRoot, AGltfFilesOwnRootCalledRootStays) {
-    const TemporaryFiles files;
+    const support::TemporaryDirectory files;
     using maxhost::import::ImportWithAssimp;
     EXPECT_EQ(NamesOf(ImportWithAssimp(files.Write("own.gltf", GltfWithRoots("0"))).scene),
               (Names{"ROOT", "a", "b"}));
@@ -216,7 +217,7 @@ TEST(WrapperRoot, AGltfFilesOwnRootCalledRootStays) {
 }
 
 TEST(WrapperRoot, TheSameForBinaryGltf) {
-    const TemporaryFiles files;
+    const support::TemporaryDirectory files;
     for (const auto& [roots, names] :
          {std::pair{"0", Names{"ROOT", "a", "b"}}, std::pair{"1,2", Names{"a", "b"}}}) {
         std::string json = GltfWithRoots(roots);

@@ -9,9 +9,8 @@
 #include "host/assimp/process/scene_blob.h"
 #include "host/scene_file/scene_description.h"
 #include "tests/support/every_field.h"
-#include "tests/unit/assimp_import/moving_node.h"
-#include "tests/unit/assimp_import/shown_normals.h"
-#include "tests/unit/assimp_import/source_scene.h"
+#include "tests/unit/host/assimp/shown_scene.h"
+#include "tests/unit/host/assimp/source_scene.h"
 
 using maxhost::import::ImportedScene;
 using maxhost::scene::Mesh;
@@ -24,7 +23,6 @@ using Corners = std::array<std::uint32_t, 3>;
 
 namespace {
 
-constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 constexpr char kOutOfPose[] = "vertices whose bones are not in their bind pose at the start";
 
 // A z-up scene, so that numbers stay as they are, with the triangle (0, 0, 0), (1, 0, 0), (0, 1, 0)
@@ -50,10 +48,6 @@ struct OneSkin {
     ImportedScene imported;
 };
 
-const Mesh& MeshOf(const Node& node) {
-    return *node.object.value().mesh;
-}
-
 const Skin& SkinOf(const Node& node) {
     return std::get<Skin>(node.modifiers.at(0).kind);
 }
@@ -71,7 +65,7 @@ Weights WeightsOf(const Node& node) {
     return weights;
 }
 
-void ExpectNear(const Vec3& found, const Vec3& expected) {
+void ExpectVec3Near(const Vec3& found, const Vec3& expected) {
     for (std::size_t i = 0; i < 3; ++i) {
         EXPECT_NEAR(found[i], expected[i], 1e-5) << "coordinate " << i;
     }
@@ -207,7 +201,7 @@ TEST(SkinnedVertices, AreInTheSpaceOfANodeUnderAMovedParent) {
     const Node node = scene.Convert(4);
     ASSERT_EQ(node.name, "Inner");
     // In the world (2, 2, 3): (-8, -18, 3) from the parent, turned back (-18, 8, 3), and half.
-    ExpectNear(MeshOf(node).vertices.at(0), {-9, 4, 1.5f});
+    ExpectVec3Near(MeshOf(node).vertices.at(0), {-9, 4, 1.5f});
     EXPECT_EQ(MeshOf(node).vertices.at(1), (Vec3{4, 2, 3}));
 }
 
@@ -258,8 +252,8 @@ TEST(SkinnedVertices, OfFbxAreMovedByTheGeometricTransformFirst) {
     scene.source.AddBone(scene.mesh, "a", {{0, 1}});
     const Node node = scene.Convert(3);
     ASSERT_EQ(node.name, "Inner");
-    ExpectNear(MeshOf(node).vertices.at(0), {0, 100, 0});
-    ExpectNear(MeshOf(node).vertices.at(1), {101, 0, 0});
+    ExpectVec3Near(MeshOf(node).vertices.at(0), {0, 100, 0});
+    ExpectVec3Near(MeshOf(node).vertices.at(1), {101, 0, 0});
 }
 
 TEST(SkinnedVertices, StayInANodeWithoutSize) {
@@ -360,7 +354,7 @@ TEST(SkinnedNormals, TurnWithTheBones) {
     scene.source.AddBone(scene.mesh, "a", {{0, 1}, {1, 1}, {2, 1}});
     const Mesh mesh = MeshOf(scene.Convert());
     EXPECT_EQ(mesh.vertices, (std::vector<Vec3>{{0, 0, 0}, {1, 0, 0}, {0, 0, 1}}));
-    ExpectNear(ShownNormals(mesh).at(0)[0], {0, -1, 0});
+    ExpectVec3Near(ShownNormals(mesh).at(0)[0], {0, -1, 0});
 }
 
 // Half of a quarter turn and of none is an eighth's turn, shrunk.
@@ -373,7 +367,7 @@ TEST(SkinnedNormals, OfTwoBonesTurnWithTheirMean) {
     scene.source.AddBone(scene.mesh, "b", {{0, 0.5f}});
     const Mesh mesh = MeshOf(scene.Convert());
     const float root = std::sqrt(0.5f);
-    ExpectNear(mesh.normals.at(0), {root, root, 0});
+    ExpectVec3Near(mesh.normals.at(0), {root, root, 0});
 }
 
 // An exported skin is in the world, where the file's own winding holds.
@@ -410,7 +404,7 @@ TEST(BindPose, IsKeptWhereTheyAgree) {
     EXPECT_EQ(scene.imported.warnings, Lines{});
 }
 
-// What a bone of next to no weight does is next to nothing.
+// A bone of next to no weight moves a vertex by next to nothing.
 TEST(BindPose, CountsABoneByItsShare) {
     OneSkin scene;
     scene.a->mTransformation = Moved(0, 0, 1);

@@ -21,7 +21,7 @@ using maxhost::import::RunInReaderProcess;
 
 namespace {
 
-std::string Refusal(const std::function<std::string()>& work, const ReaderLimits& limits = {}) {
+std::string FailureOf(const std::function<std::string()>& work, const ReaderLimits& limits = {}) {
     try {
         RunInReaderProcess(work, limits);
     } catch (const ImportError& error) {
@@ -56,27 +56,27 @@ TEST(ReaderProcess, ChangesNothingHere) {
 }
 
 TEST(ReaderProcess, ExceptionsComeOver) {
-    EXPECT_EQ(Refusal([]() -> std::string { throw ImportError("the reason"); }), "the reason");
-    EXPECT_EQ(Refusal([]() -> std::string { throw std::runtime_error("other"); }), "other");
-    EXPECT_EQ(Refusal([]() -> std::string { throw std::bad_alloc(); }),
+    EXPECT_EQ(FailureOf([]() -> std::string { throw ImportError("the reason"); }), "the reason");
+    EXPECT_EQ(FailureOf([]() -> std::string { throw std::runtime_error("other"); }), "other");
+    EXPECT_EQ(FailureOf([]() -> std::string { throw std::bad_alloc(); }),
               "cannot be read: not enough memory");
 }
 
 TEST(ReaderProcess, CrashesBecomeErrors) {
-    EXPECT_EQ(Refusal([]() -> std::string {
+    EXPECT_EQ(FailureOf([]() -> std::string {
                   signal(SIGSEGV, SIG_DFL);
                   raise(SIGSEGV);
                   return "";
               }),
               "cannot be read: the reader crashed on it (signal 11)");
-    EXPECT_EQ(Refusal([]() -> std::string {
+    EXPECT_EQ(FailureOf([]() -> std::string {
                   signal(SIGABRT, SIG_DFL);
                   std::abort();
               }),
               "cannot be read: the reader crashed on it (signal 6)");
-    EXPECT_EQ(Refusal([]() -> std::string { _exit(3); }),
+    EXPECT_EQ(FailureOf([]() -> std::string { _exit(3); }),
               "cannot be read: the reader gave up with status 3");
-    EXPECT_EQ(Refusal([]() -> std::string { _exit(0); }),
+    EXPECT_EQ(FailureOf([]() -> std::string { _exit(0); }),
               "cannot be read: the reader gave up with status 0");
 }
 
@@ -84,7 +84,7 @@ TEST(ReaderProcess, HangsEnd) {
     ReaderLimits limits;
     limits.cpuSeconds = 1;
     EXPECT_EQ(
-        Refusal(
+        FailureOf(
             []() -> std::string {
                 volatile bool isHanging = true;
                 while (isHanging) {
@@ -108,7 +108,7 @@ TEST(ReaderProcess, LimitsGrowWithTheInput) {
 TEST(ReaderProcess, MemoryEnds) {
     ReaderLimits limits;
     limits.memory = 100 << 20;
-    EXPECT_EQ(Refusal([] { return std::string(200 << 20, 'x'); }, limits),
+    EXPECT_EQ(FailureOf([] { return std::string(200 << 20, 'x'); }, limits),
               "cannot be read: not enough memory");
     EXPECT_EQ(RunInReaderProcess([] { return std::string(20 << 20, 'x'); }, limits).size(),
               std::size_t{20} << 20);

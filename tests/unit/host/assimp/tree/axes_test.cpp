@@ -4,7 +4,8 @@
 #include <cmath>
 
 #include "host/assimp/tree/tree.h"
-#include "tests/unit/assimp_import/source_scene.h"
+#include "tests/unit/host/assimp/shown_scene.h"
+#include "tests/unit/host/assimp/source_scene.h"
 
 using maxhost::import::AxisTurn;
 using maxhost::import::FbxTurn;

@@ -8,8 +8,9 @@
 
 #include "host/assimp/import.h"
 #include "host/scene/check.h"
-#include "tests/unit/assimp_import/source_scene.h"
-#include "tests/unit/assimp_import/temporary_files.h"
+#include "tests/support/temporary_directory.h"
+#include "tests/unit/host/assimp/shown_scene.h"
+#include "tests/unit/host/assimp/source_scene.h"
 
 using maxhost::import::AssimpKnows;
 using maxhost::import::ImportedScene;
@@ -99,7 +100,9 @@ Connections:  {
 }
 )";
 
-constexpr char kBvhText[] = R"(HIERARCHY
+// Of three frames.
+std::string BvhText(const std::string& frames) {
+    return R"(HIERARCHY
 ROOT Hips
 {
 	OFFSET 0 0 0
@@ -117,10 +120,8 @@ ROOT Hips
 MOTION
 Frames: 3
 Frame Time: 0.04
-0 0 0 0 0 0 0 0 0
-1 0 0 0 0 0 0 0 0
-2 0 0 0 0 0 0 0 0
-)";
+)" + frames;
+}
 
 std::string ColladaText(const std::string& up) {
     return R"(<?xml version="1.0" encoding="utf-8"?>
@@ -152,7 +153,7 @@ constexpr char kGltfText[] = R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{
 // ---------------------------------------------------------------- what comes through
 
 TEST(Files, Fbx) {
-    const TemporaryFiles files;
+    const support::TemporaryDirectory files;
     const ImportedScene imported = ImportWithAssimp(files.Write("scene.fbx", kFbxText));
     ASSERT_EQ(NamesOf(imported.scene), (Names{"Dummy01", "Offset", "Child"}));
     const std::vector<Node>& nodes = imported.scene.nodes;
@@ -173,8 +174,9 @@ TEST(Files, Fbx) {
 }
 
 TEST(Files, Bvh) {
-    const TemporaryFiles files;
-    const ImportedScene imported = ImportWithAssimp(files.Write("walk.bvh", kBvhText));
+    const support::TemporaryDirectory files;
+    const ImportedScene imported = ImportWithAssimp(files.Write(
+        "walk.bvh", BvhText("0 0 0 0 0 0 0 0 0\n1 0 0 0 0 0 0 0 0\n2 0 0 0 0 0 0 0 0\n")));
     ASSERT_EQ(NamesOf(imported.scene), (Names{"Hips", "Chest", "EndSite_Chest"}));
     EXPECT_EQ(imported.scene.nodes[2].parent, 1);
     EXPECT_EQ(MatrixOf(imported.scene.nodes[1])[3], (Vec3{1, -2, 5}));
@@ -190,7 +192,7 @@ TEST(Files, Bvh) {
 }
 
 TEST(Files, ColladaOfEveryUpAxis) {
-    const TemporaryFiles files;
+    const support::TemporaryDirectory files;
     const std::pair<const char*, Vec3> kAxes[] = {
         {"Y_UP", {1, -3, 2}}, {"Z_UP", {1, 2, 3}}, {"X_UP", {-2, -3, 1}}};
     for (const auto& [up, place] : kAxes) {
@@ -208,7 +210,7 @@ TEST(Files, ColladaOfEveryUpAxis) {
 }
 
 TEST(Files, Gltf) {
-    const TemporaryFiles files;
+    const support::TemporaryDirectory files;
     const ImportedScene imported = ImportWithAssimp(files.Write("box.gltf", kGltfText));
     ASSERT_EQ(NamesOf(imported.scene), (Names{"Box", "Eye"}));
     const std::vector<Node>& nodes = imported.scene.nodes;
@@ -250,7 +252,7 @@ TEST(Files, FormatsAgreeOnOneScene) {
 }
 
 TEST(Files, PolygonsAreCutIntoTriangles) {
-    const TemporaryFiles files;
+    const support::TemporaryDirectory files;
     const std::string text =
         "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nv -1 2 0\nf 1 2 3 4\nf 1 2 3 4 5\n";
     const ImportedScene imported = ImportWithAssimp(files.Write("quads.obj", text));
@@ -259,7 +261,7 @@ TEST(Files, PolygonsAreCutIntoTriangles) {
 }
 
 TEST(Files, TheSameEveryTimeAndFromEverywhere) {
-    const TemporaryFiles files;
+    const support::TemporaryDirectory files;
     const std::string path = files.Write("quads.x3d",
                                          "<X3D version=\"3.0\"><Scene><Shape><Box/></Shape>"
                                          "</Scene></X3D>");
@@ -282,12 +284,12 @@ TEST(Files, ExtensionsThatAssimpKnows) {
 // ---------------------------------------------------------------- what is wrong
 
 TEST(BadFiles, AreRefusedWithOneClearLine) {
-    const TemporaryFiles files;
-    EXPECT_EQ(Refusal((files.Folder() / "none.fbx").string()), "No such file or directory");
-    EXPECT_EQ(Refusal(files.Folder().string()), "a directory, not a scene file");
+    const support::TemporaryDirectory files;
+    EXPECT_EQ(Refusal((files.Path() / "none.fbx").string()), "No such file or directory");
+    EXPECT_EQ(Refusal(files.Path().string()), "a directory, not a scene file");
     EXPECT_EQ(Refusal(""), "No such file or directory");
     EXPECT_EQ(Refusal("/dev/null"), "not a regular file");
-    const std::string pipe = (files.Folder() / "pipe.fbx").string();
+    const std::string pipe = (files.Path() / "pipe.fbx").string();
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     EXPECT_EQ(Refusal(pipe), "not a regular file");
     for (const char* const name :
@@ -301,7 +303,7 @@ TEST(BadFiles, AreRefusedWithOneClearLine) {
 }
 
 TEST(BadFiles, SayWhatTheReaderSays) {
-    const TemporaryFiles files;
+    const support::TemporaryDirectory files;
     EXPECT_EQ(Refusal(files.Write("a.gltf", "{\"asset\":{\"version\":\"2.0\"}}")),
               "cannot be read: GLTF: No scene");
     EXPECT_EQ(Refusal((kModels / "glTF2/MissingBin/BoxTextured.gltf").string()),
@@ -311,7 +313,7 @@ TEST(BadFiles, SayWhatTheReaderSays) {
 // A polygon with a corner that does not exist would be read beyond the vertices while it is cut
 // into triangles.
 TEST(BadFiles, PolygonsWithCornersThatDoNotExist) {
-    const TemporaryFiles files;
+    const support::TemporaryDirectory files;
     const std::string ply =
         "ply\nformat ascii 1.0\nelement vertex 4\nproperty float x\nproperty float y\n"
         "property float z\nelement face 2\nproperty list uchar int vertex_index\nend_header\n"
@@ -337,11 +339,12 @@ TEST(BadFiles, NumbersThatAreNotFinite) {
 }
 
 TEST(BadFiles, EveryBeginningOfAFile) {
-    const TemporaryFiles files;
-    const std::pair<const char*, std::string> kTexts[] = {{"f.fbx", kFbxText},
-                                                          {"f.bvh", kBvhText},
-                                                          {"f.dae", ColladaText("Z_UP")},
-                                                          {"f.gltf", kGltfText}};
+    const support::TemporaryDirectory files;
+    const std::pair<const char*, std::string> kTexts[] = {
+        {"f.fbx", kFbxText},
+        {"f.bvh", BvhText("0 0 0 0 0 0 0 0 0\n1 0 0 0 0 0 0 0 0\n2 0 0 0 0 0 0 0 0\n")},
+        {"f.dae", ColladaText("Z_UP")},
+        {"f.gltf", kGltfText}};
     for (const auto& [name, text] : kTexts) {
         int refused = 0;
         for (std::size_t length = 1; length < text.size(); length += 11) {
@@ -352,11 +355,11 @@ TEST(BadFiles, EveryBeginningOfAFile) {
 }
 
 TEST(BadFiles, BinaryFilesCutOff) {
-    const TemporaryFiles files;
+    const support::TemporaryDirectory files;
     for (const char* const name :
          {"FBX/phong_cube.fbx", "3DS/fels.3ds", "glTF2/BoxTextured-glTF-Binary/BoxTextured.glb",
           "Collada/duck.zae"}) {
-        const std::string whole = ReadFile(kModels / name);
+        const std::string whole = support::ReadFile(kModels / name);
         ASSERT_GT(whole.size(), 1000u) << name;
         const std::string file = LikeNamed(name);
         int refused = 0;
@@ -369,8 +372,8 @@ TEST(BadFiles, BinaryFilesCutOff) {
 
 // Some of these crash Assimp's reader.
 TEST(BadFiles, DamagedFacesOfAnAseFile) {
-    const TemporaryFiles files;
-    const std::string whole = ReadFile(kModels / "ASE/ThreeCubesGreen.ASE");
+    const support::TemporaryDirectory files;
+    const std::string whole = support::ReadFile(kModels / "ASE/ThreeCubesGreen.ASE");
     int faces = 0;
     for (std::size_t at = 0; (at = whole.find("*MESH_FACE ", at)) != std::string::npos; ++at) {
         std::string damaged = whole;
@@ -382,12 +385,12 @@ TEST(BadFiles, DamagedFacesOfAnAseFile) {
 }
 
 TEST(BadFiles, DamagedBytes) {
-    const TemporaryFiles files;
+    const support::TemporaryDirectory files;
     std::mt19937 random(20120412);
     for (const char* const name :
          {"FBX/phong_cube.fbx", "3DS/RotatingCube.3DS", "ASE/RotatingCube.ASE",
           "Collada/cube_emptyTags.dae", "glTF2/BoxTextured-glTF-Binary/BoxTextured.glb"}) {
-        const std::string whole = ReadFile(kModels / name);
+        const std::string whole = support::ReadFile(kModels / name);
         ASSERT_FALSE(whole.empty()) << name;
         for (int i = 0; i < 40; ++i) {
             std::string damaged = whole;
@@ -400,7 +403,7 @@ TEST(BadFiles, DamagedBytes) {
 }
 
 TEST(BadFiles, HierarchiesOfAnyDepth) {
-    const TemporaryFiles files;
+    const support::TemporaryDirectory files;
     constexpr int kLevels = 30000;
     std::string text = R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],"nodes":[)";
     for (int i = 1; i < kLevels; ++i) {
@@ -409,4 +412,51 @@ TEST(BadFiles, HierarchiesOfAnyDepth) {
     const ImportedScene imported = ImportWithAssimp(files.Write("deep.gltf", text + "{}]}"));
     EXPECT_EQ(imported.scene.nodes.size(), static_cast<std::size_t>(kLevels));
     EXPECT_EQ(imported.scene.nodes.back().parent, kLevels - 2);
+}
+
+// ---------------------------------------------------------------- animated files
+
+TEST(AnimatedFiles, BvhMovesItsRoot) {
+    const support::TemporaryDirectory files;
+    const auto imported = ImportWithAssimp(files.Write(
+        "walk.bvh", BvhText("0 0 0 0 0 0 0 0 0\n1 2 3 0 0 0 0 0 30\n2 4 6 0 0 0 0 0 60\n")));
+    const auto& nodes = imported.scene.nodes;
+    EXPECT_EQ(TimesOf(PositionKeysOf(nodes[0], 0)), (std::vector<int>{0, 192, 384}));
+    EXPECT_EQ(ValuesOf(PositionKeysOf(nodes[0], 0)), (std::vector<float>{0, 1, 2}));
+    EXPECT_EQ(ValuesOf(PositionKeysOf(nodes[0], 1)), (std::vector<float>{0, -3, -6}));
+    EXPECT_EQ(ValuesOf(PositionKeysOf(nodes[0], 2)), (std::vector<float>{0, 2, 4}));
+    EXPECT_TRUE(RotationKeysOf(nodes[0], 0).empty());
+    EXPECT_EQ(DegreesOf(RotationKeysOf(nodes[1], 2)), (std::vector<double>{0, 30, 60}));
+    EXPECT_EQ(imported.warnings, std::vector<std::string>{});
+}
+
+TEST(AnimatedFiles, ColladaMovesANodeInItsOwnUnit) {
+    const support::TemporaryDirectory files;
+    const auto imported = ImportWithAssimp(files.Write("a.dae", R"(<?xml version="1.0"?>
+<COLLADA xmlns="http://www.collada.org/2005/11/COLLADASchema" version="1.4.1">
+ <asset><unit meter="0.0254" name="inch"/><up_axis>Y_UP</up_axis></asset>
+ <library_animations><animation id="move">
+  <source id="t"><float_array id="ta" count="2">0 1.5</float_array><technique_common>
+   <accessor source="#ta" count="2"><param name="TIME" type="float"/></accessor>
+  </technique_common></source>
+  <source id="v"><float_array id="va" count="6">1 2 3 4 5 6</float_array><technique_common>
+   <accessor source="#va" count="2" stride="3"><param name="X" type="float"/>
+    <param name="Y" type="float"/><param name="Z" type="float"/></accessor>
+  </technique_common></source>
+  <sampler id="s"><input semantic="INPUT" source="#t"/><input semantic="OUTPUT" source="#v"/>
+  </sampler>
+  <channel source="#s" target="a-id/place"/>
+ </animation></library_animations>
+ <library_visual_scenes><visual_scene id="scene" name="MaxScene">
+  <node id="a-id" name="A"><translate sid="place">1 2 3</translate></node>
+ </visual_scene></library_visual_scenes>
+ <scene><instance_visual_scene url="#scene"/></scene>
+</COLLADA>)"));
+    ASSERT_EQ(imported.animations.size(), 1u);
+    const auto& nodes = imported.scene.nodes;
+    EXPECT_EQ(TimesOf(PositionKeysOf(nodes[0], 0)), (std::vector<int>{0, 7200}));
+    EXPECT_EQ(ValuesOf(PositionKeysOf(nodes[0], 0)), (std::vector<float>{1, 4}));
+    EXPECT_EQ(ValuesOf(PositionKeysOf(nodes[0], 1)), (std::vector<float>{-3, -6}));
+    EXPECT_EQ(ValuesOf(PositionKeysOf(nodes[0], 2)), (std::vector<float>{2, 5}));
+    EXPECT_EQ(imported.scene.time.end, 7200);
 }

@@ -9,8 +9,8 @@
 #include "host/assimp/mesh/pose.h"
 #include "host/assimp/motion/clips.h"
 #include "host/scene/scale.h"
-#include "tests/unit/assimp_import/shown_normals.h"
-#include "tests/unit/assimp_import/source_scene.h"
+#include "tests/unit/host/assimp/shown_scene.h"
+#include "tests/unit/host/assimp/source_scene.h"
 
 using maxhost::import::ImportedScene;
 using maxhost::import::ImportWithAssimp;
@@ -29,8 +29,6 @@ using Points = std::vector<Vec3>;
 
 namespace {
 
-constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-constexpr char kOther[] = "Some Importer";
 const std::vector<aiVector3D> kRest = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
 const Points kRestPoints = {{0, 0, 0}, {1, 0, 0}, {0, 0, 1}};
 
@@ -52,10 +50,6 @@ struct OneMorph {
     unsigned mesh;
     ImportedScene imported;
 };
-
-const Mesh& MeshOf(const Node& node) {
-    return *node.object.value().mesh;
-}
 
 const std::vector<MorphChannel>& ChannelsOf(const Node& node) {
     return std::get<Morpher>(node.modifiers.back().kind).channels;

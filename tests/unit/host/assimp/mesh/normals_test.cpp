@@ -4,11 +4,12 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numbers>
 #include <random>
 #include <set>
 
-#include "tests/unit/assimp_import/shown_normals.h"
-#include "tests/unit/assimp_import/source_scene.h"
+#include "tests/unit/host/assimp/shown_scene.h"
+#include "tests/unit/host/assimp/source_scene.h"
 
 using maxhost::import::ImportedScene;
 using maxhost::scene::Face;
@@ -17,8 +18,6 @@ using maxhost::scene::Vec3;
 using Lines = std::vector<std::string>;
 
 namespace {
-
-constexpr double kPi = 3.14159265358979323846;
 
 // Triangles with three vertices of their own, each with its normal.
 struct Soup {
@@ -71,10 +70,10 @@ struct Conversion {
     Lines warnings;
 };
 
-double Degrees(const Vec3& shown, const aiVector3D& stated) {
+double DegreesOff(const Vec3& shown, const aiVector3D& stated) {
     const aiVector3t<double> a(shown[0], shown[1], shown[2]);
     const aiVector3t<double> b(stated.x, stated.y, stated.z);
-    return std::atan2((a ^ b).Length(), a * b) * 180 / kPi;
+    return std::atan2((a ^ b).Length(), a * b) * 180 / std::numbers::pi;
 }
 
 bool HasDirection(const aiVector3D& v) {
@@ -90,7 +89,7 @@ double WorstAngle(const Mesh& mesh, const std::vector<Soup>& pieces) {
     for (const Soup& piece : pieces) {
         for (const aiVector3D& stated : piece.normals) {
             const double angle =
-                HasDirection(stated) ? Degrees(shown.at(corner / 3)[corner % 3], stated) : 0;
+                HasDirection(stated) ? DegreesOff(shown.at(corner / 3)[corner % 3], stated) : 0;
             worst = std::max(worst, std::isnan(angle) ? 180 : angle);
             ++corner;
         }
@@ -108,7 +107,8 @@ std::set<std::uint32_t> MasksOf(const Mesh& mesh) {
 }
 
 aiVector3D OnSphere(int segment, int segments, int ring, int rings) {
-    const double around = 2 * kPi * (segment % segments) / segments, down = kPi * ring / rings;
+    const double around = 2 * std::numbers::pi * (segment % segments) / segments,
+                 down = std::numbers::pi * ring / rings;
     const double radius = ring == 0 || ring == rings ? 0 : std::sin(down);
     return {static_cast<float>(radius * std::cos(around)),
             static_cast<float>(radius * std::sin(around)), static_cast<float>(std::cos(down))};
@@ -148,7 +148,7 @@ Soup Cube() {
 }
 
 aiVector3D OnCircle(int i, int sides, float z) {
-    const double angle = 2 * kPi * (i % sides) / sides;
+    const double angle = 2 * std::numbers::pi * (i % sides) / sides;
     return {static_cast<float>(std::cos(angle)), static_cast<float>(std::sin(angle)), z};
 }
 
@@ -253,7 +253,6 @@ TEST(SmoothingGroups, AreFoundForNormalsThatDifferByLittle) {
 // A corner that states nothing may show anything.
 TEST(SmoothingGroups, PassOverNormalsWithoutADirection) {
     Soup sphere = Sphere(96, 48);
-    constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
     constexpr float kInfinity = std::numeric_limits<float>::infinity();
     sphere.normals[500] = {0, 0, 0};
     sphere.normals[1000] = {0, kNan, 1};
@@ -374,7 +373,7 @@ Mesh ConvertBelow(const aiMatrix4x4& geometric, const Soup& soup) {
 }
 
 // The faces' second and third corners change places under a mirroring.
-Soup Moved(const Soup& soup, const aiMatrix4x4& m) {
+Soup MovedSoup(const Soup& soup, const aiMatrix4x4& m) {
     Soup moved = soup;
     aiMatrix3x3 normalMatrix(m);
     normalMatrix.Inverse().Transpose();
@@ -401,7 +400,7 @@ bool FacesAgreeWithNormals(const Soup& soup) {
 
 TEST(GeometricTransforms, TurnTheNormalsOver) {
     const aiMatrix4x4 mirrored(-1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1);
-    const Soup cube = Cube(), expected = Moved(cube, mirrored);
+    const Soup cube = Cube(), expected = MovedSoup(cube, mirrored);
     ASSERT_TRUE(FacesAgreeWithNormals(expected));
     const Mesh mesh = ConvertBelow(mirrored, cube);
     EXPECT_TRUE(mesh.normals.empty());
@@ -418,7 +417,7 @@ TEST(GeometricTransforms, StretchTheNormalsTheOtherWay) {
         {1, 2, 0, 0, 0, 1, 0, 0, 0.5f, 0, -3, 0, 0, 0, 0, 1},
     };
     for (const aiMatrix4x4& m : kMatrices) {
-        const Soup expected = Moved(sphere, m);
+        const Soup expected = MovedSoup(sphere, m);
         ASSERT_TRUE(FacesAgreeWithNormals(expected));
         EXPECT_LT(WorstAngle(ConvertBelow(m, sphere), {expected}), 1);
     }
@@ -657,7 +656,7 @@ Mesh WithRandomGroups(const std::vector<Soup>& pieces, std::mt19937& random) {
     return mesh;
 }
 
-// What the mesh shows is what the pieces state.
+// The mesh shows the normals that the pieces state.
 void State(const Mesh& mesh, std::vector<Soup>& pieces) {
     const std::vector<CornerNormals> shown = ShownNormals(mesh);
     std::size_t corner = 0;

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "tests/unit/assimp_import/source_scene.h"
+#include "tests/unit/host/assimp/source_scene.h"
 
 using maxhost::import::ImportedScene;
 using maxhost::scene::BitmapMap;

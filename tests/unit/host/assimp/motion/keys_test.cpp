@@ -11,9 +11,8 @@
 #include "host/scene/scale.h"
 #include "host/scene_file/scene_description.h"
 #include "tests/support/every_field.h"
-#include "tests/unit/assimp_import/moving_node.h"
-#include "tests/unit/assimp_import/posed_scene.h"
-#include "tests/unit/assimp_import/source_scene.h"
+#include "tests/unit/host/assimp/shown_scene.h"
+#include "tests/unit/host/assimp/source_scene.h"
 
 using maxhost::import::ConvertScene;
 using maxhost::import::ImportedScene;
@@ -27,7 +26,6 @@ using Degrees = std::vector<double>;
 
 namespace {
 
-constexpr char kOther[] = "Some Importer";
 const aiVector3D kX(1, 0, 0), kY(0, 1, 0), kZ(0, 0, 1);
 
 // A scene of 100 units with one node that moves, at one key time a second.
@@ -247,7 +245,6 @@ TEST(AnimationKeys, OnOneTickStayAJump) {
 }
 
 TEST(AnimationKeys, OutOfOrderOrNotFiniteAreSaid) {
-    constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
     OneMoving scene;
     SetKeys(scene.Channel(),
             {{2, {2, 0, 0}},

@@ -1,10 +1,15 @@
-// Assimp scenes made by hand, as an importer would leave them.
+// Assimp scenes made by hand, as an importer would leave them, and the poses of any Assimp scene
+// worked out the straightforward way.
 #pragma once
 
 #include <assimp/scene.h>
 
+#include <cstddef>
+#include <limits>
+#include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/assimp/import.h"
@@ -15,6 +20,9 @@ constexpr char kGltf[] = "glTF2 Importer";
 constexpr char kAse[] = "ASE Importer";
 constexpr char k3ds[] = "Discreet 3DS Importer";
 constexpr char kBvh[] = "BVH Importer (MoCap)";
+constexpr char kOther[] = "Some Importer";
+
+constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 
 class SourceScene {
   public:
@@ -58,10 +66,46 @@ class SourceScene {
 // A translation, in Assimp's column form.
 aiMatrix4x4 Moved(float x, float y, float z);
 
-// The local matrix of a node of a converted scene, at tick 0 where it has keys.
-maxhost::scene::Matrix MatrixOf(const maxhost::scene::Node& node);
+using PositionKeys = std::vector<std::pair<double, aiVector3D>>;
+using RotationKeys = std::vector<std::pair<double, aiQuaternion>>;
 
-// At any tick.
-maxhost::scene::Matrix MatrixAt(const maxhost::scene::Node& node, int tick);
+// A channel of a node that Assimp would give: one key for what does not move.
+void SetKeys(aiNodeAnim& channel, const PositionKeys& position,
+             const RotationKeys& rotation = {{0, aiQuaternion()}},
+             const PositionKeys& scale = {{0, {1, 1, 1}}});
 
-std::vector<std::string> NamesOf(const maxhost::scene::Scene& scene);
+// By the right-hand rule.
+aiQuaternion Turned(const aiVector3D& axis, double degrees);
+
+// ---------------------------------------------------------------- poses
+
+// The nodes' own transforms, in column form: of those that animation `clip` moves by keys of all
+// kinds, what these give. Of like-named nodes, all have the first channel.
+class SourceMotion {
+  public:
+    SourceMotion(const aiScene& scene, std::size_t clip);
+    // In the unit of the clip's keys.
+    aiMatrix4x4t<double> LocalAt(const aiNode& node, double time) const;
+
+  private:
+    std::map<std::string, const aiNodeAnim*> channels_;
+};
+
+// The matrices of the scene's nodes in the world at a time of animation `clip`, at rest where there
+// is no such one. Bones are the first nodes of their names.
+class SourcePose {
+  public:
+    SourcePose(const aiScene& scene, std::size_t clip, double time);
+
+    const aiMatrix4x4t<double>& WorldOf(const aiNode& node) const { return byNode_.at(&node); }
+
+    // The matrix for each vertex of the mesh from its space to the world: the mean of its bones',
+    // or the node's own.
+    std::vector<aiMatrix4x4t<double>> Ways(const aiNode& node, const aiMesh& mesh) const;
+
+  private:
+    void Add(const SourceMotion& motion, const aiNode& node, double time);
+
+    std::map<const aiNode*, aiMatrix4x4t<double>> byNode_;
+    std::map<std::string, const aiMatrix4x4t<double>*> byName_;
+};

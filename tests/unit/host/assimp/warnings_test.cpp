@@ -1,4 +1,4 @@
-// What an import changes or leaves out is said, in one line a kind.
+// Each change and omission of an import is said, in one line a kind.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -6,8 +6,9 @@
 
 #include "host/assimp/warnings.h"
 #include "host/scene/check.h"
-#include "tests/unit/assimp_import/source_scene.h"
-#include "tests/unit/assimp_import/temporary_files.h"
+#include "tests/support/temporary_directory.h"
+#include "tests/unit/host/assimp/shown_scene.h"
+#include "tests/unit/host/assimp/source_scene.h"
 
 using maxhost::import::ImportedScene;
 using maxhost::import::ImportWarnings;
@@ -15,8 +16,6 @@ using maxhost::import::ImportWithAssimp;
 using Lines = std::vector<std::string>;
 
 namespace {
-
-constexpr char kOther[] = "Some Importer";
 
 std::string GltfWithScenes(const std::string& scenes) {
     return R"({"asset":{"version":"2.0"},"scene":0,"scenes":[)" + scenes +
@@ -60,7 +59,6 @@ TEST(LeftOut, NormalsWithoutADirection) {
     SourceScene source(kOther);
     const unsigned plain = source.AddTriangle("plain");
     const unsigned broken = source.AddTriangle("broken");
-    constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
     source.Mesh(broken).mNormals = new aiVector3D[3]{{0, 0, 0}, {0, 1, 0}, {0, kNan, 1}};
     SourceScene::Show(source.Root(), {plain, broken});
     EXPECT_EQ(source.Convert().warnings,
@@ -98,7 +96,7 @@ TEST(LeftOut, MaterialsThatNoFaceShows) {
 }
 
 TEST(LeftOut, NodesOfOtherGltfScenes) {
-    const TemporaryFiles files;
+    const support::TemporaryDirectory files;
     const auto warnings = [&](const std::string& scenes) {
         return ImportWithAssimp(files.Write("s.gltf", GltfWithScenes(scenes))).warnings;
     };

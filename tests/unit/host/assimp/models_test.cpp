@@ -1,5 +1,5 @@
-// Every installed model of the formats that matter most: what the scene holds is what Assimp
-// itself says, worked out the straightforward way.
+// Every installed model of the formats that matter most: the scene holds what Assimp itself says,
+// worked out the straightforward way, and shows at each time what Assimp's keys say.
 #include <assimp/config.h>
 #include <assimp/postprocess.h>
 #include <gtest/gtest.h>
@@ -14,9 +14,8 @@
 #include "host/assimp/tree/tree.h"
 #include "host/scene/check.h"
 #include "tests/support/every_field.h"
-#include "tests/unit/assimp_import/shown_normals.h"
-#include "tests/unit/assimp_import/source_motion.h"
-#include "tests/unit/assimp_import/source_scene.h"
+#include "tests/unit/host/assimp/shown_scene.h"
+#include "tests/unit/host/assimp/source_scene.h"
 
 using maxhost::import::ImportedScene;
 using maxhost::import::ImportError;
@@ -41,13 +40,15 @@ std::string Lower(std::string text) {
     return text;
 }
 
+// In the order of their paths; without extensions all files.
 std::vector<std::string> ModelFiles(const std::string& folder,
-                                    const std::vector<std::string>& extensions) {
+                                    const std::vector<std::string>& extensions = {}) {
     std::vector<std::string> files;
     for (const auto& entry :
          fs::recursive_directory_iterator(fs::path(HDO_ASSIMP_MODELS) / folder)) {
         const std::string extension = Lower(entry.path().extension().string());
-        if (std::find(extensions.begin(), extensions.end(), extension) != extensions.end()) {
+        if (extensions.empty() ||
+            std::find(extensions.begin(), extensions.end(), extension) != extensions.end()) {
             files.push_back(entry.path().string());
         }
     }
@@ -101,7 +102,7 @@ std::vector<Point> ExpectedCorners(const aiScene& scene) {
     return corners;
 }
 
-Point Moved(const Point& p, const Matrix& m) {
+Point PlacedBy(const Point& p, const Matrix& m) {
     Point moved;
     for (std::size_t i = 0; i < 3; ++i) {
         moved[i] = p[0] * m[0][i] + p[1] * m[1][i] + p[2] * m[2][i] + m[3][i];
@@ -109,7 +110,7 @@ Point Moved(const Point& p, const Matrix& m) {
     return moved;
 }
 
-std::vector<Point> Corners(const maxhost::scene::Scene& scene) {
+std::vector<Point> WorldCorners(const maxhost::scene::Scene& scene) {
     std::vector<Point> corners;
     std::vector<Matrix> locals;
     for (const auto& node : scene.nodes) {
@@ -125,7 +126,7 @@ std::vector<Point> Corners(const maxhost::scene::Scene& scene) {
                 Point p{vertex[0], vertex[1], vertex[2]};
                 for (int above = static_cast<int>(&node - scene.nodes.data()); above >= 0;
                      above = scene.nodes[static_cast<std::size_t>(above)].parent) {
-                    p = Moved(p, locals[static_cast<std::size_t>(above)]);
+                    p = PlacedBy(p, locals[static_cast<std::size_t>(above)]);
                 }
                 corners.push_back(p);
             }
@@ -153,8 +154,8 @@ Vector3 TurnedNormal(Matrix4 matrix, const Vector3& normal) {
     return matrix * normal;
 }
 
-// What the file states for the corners of the mesh of a node, in the node's turned space; zero
-// where it states nothing.
+// The normals that the file states for the corners of the mesh of a node, in the node's turned
+// space; zero where it states nothing.
 std::vector<Vector3> StatedNormals(const aiScene& scene, const SourceNode& node,
                                    const maxhost::import::AxisTurn& turn) {
     const SourcePose pose(scene, 0, 0);
@@ -178,39 +179,39 @@ std::vector<Vector3> StatedNormals(const aiScene& scene, const SourceNode& node,
     return normals;
 }
 
-double Degrees(const Vector3& a, const Vector3& b) {
+double DegreesApart(const Vector3& a, const Vector3& b) {
     const double angle = std::atan2((a ^ b).Length(), a * b) * 180 / 3.14159265358979323846;
     return std::isnan(angle) ? 180 : angle;
 }
 
 // The greatest angle between what a corner of the mesh shows and what the file states for it.
-double WorstAngle(const maxhost::scene::Mesh& mesh, const std::vector<Vector3>& stated) {
+double WorstNormal(const maxhost::scene::Mesh& mesh, const std::vector<Vector3>& stated) {
     const std::vector<CornerNormals> shown = ShownNormals(mesh);
     EXPECT_EQ(stated.size(), 3 * shown.size());
     double worst = 0;
     for (std::size_t i = 0; i < std::min(stated.size(), 3 * shown.size()); ++i) {
         const Vec3& n = shown[i / 3][i % 3];
         if (stated[i].Length() > 0 && std::isfinite(stated[i].Length())) {
-            worst = std::max(worst, Degrees(Vector3(n[0], n[1], n[2]), stated[i]));
+            worst = std::max(worst, DegreesApart(Vector3(n[0], n[1], n[2]), stated[i]));
         }
     }
     return worst;
 }
 
-struct Family {
+}  // namespace
+
+struct ModelFamily {
     std::string folder;
     std::vector<std::string> extensions;
     std::size_t atLeast;  // files that import
     std::size_t meshes;   // of nodes in them
 };
 
-void PrintTo(const Family& family, std::ostream* out) {
+void PrintTo(const ModelFamily& family, std::ostream* out) {
     *out << family.folder;
 }
 
-class Models : public testing::TestWithParam<Family> {};
-
-}  // namespace
+class Models : public testing::TestWithParam<ModelFamily> {};
 
 TEST_P(Models, HoldWhatAssimpSays) {
     std::size_t imports = 0;
@@ -227,7 +228,7 @@ TEST_P(Models, HoldWhatAssimpSays) {
         ++imports;
         EXPECT_NO_THROW(maxhost::scene::Check(imported.scene));
         EXPECT_EQ(imported.animations.size(), expected->mNumAnimations);
-        const std::vector<Point> corners = Corners(imported.scene);
+        const std::vector<Point> corners = WorldCorners(imported.scene);
         const std::vector<Point> expectedCorners = ExpectedCorners(*expected);
         ASSERT_EQ(corners.size(), expectedCorners.size());
         EXPECT_LT(WorstError(corners, expectedCorners), 2e-6);
@@ -256,7 +257,8 @@ TEST_P(Models, ShowTheNormalsOfTheFile) {
             const auto& object = imported.scene.nodes[i].object;
             if (object && object->mesh) {
                 EXPECT_LT(
-                    WorstAngle(*object->mesh, StatedNormals(*source, tree.nodes[i], tree.turn)), 1);
+                    WorstNormal(*object->mesh, StatedNormals(*source, tree.nodes[i], tree.turn)),
+                    1);
                 ++meshes;
             }
         }
@@ -283,11 +285,65 @@ TEST_P(Models, AreTheSameEveryTime) {
 
 INSTANTIATE_TEST_SUITE_P(
     Installed, Models,
-    testing::Values(Family{"FBX", {".fbx"}, 15, 40}, Family{"ASE", {".ase"}, 10, 30},
-                    Family{"3DS", {".3ds"}, 9, 15}, Family{"Collada", {".dae", ".zae"}, 20, 60},
-                    Family{"BVH", {".bvh"}, 3, 0}, Family{"glTF2", {".gltf", ".glb"}, 25, 60},
-                    Family{"X", {".x"}, 5, 5}, Family{"MD5", {".md5mesh"}, 1, 1},
-                    Family{"MDL", {".mdl"}, 10, 20}, Family{"SMD", {".smd"}, 3, 3}),
+    testing::Values(ModelFamily{"FBX", {".fbx"}, 15, 40}, ModelFamily{"ASE", {".ase"}, 10, 30},
+                    ModelFamily{"3DS", {".3ds"}, 9, 15},
+                    ModelFamily{"Collada", {".dae", ".zae"}, 20, 60},
+                    ModelFamily{"BVH", {".bvh"}, 3, 0},
+                    ModelFamily{"glTF2", {".gltf", ".glb"}, 25, 60}, ModelFamily{"X", {".x"}, 5, 5},
+                    ModelFamily{"MD5", {".md5mesh"}, 1, 1}, ModelFamily{"MDL", {".mdl"}, 10, 20},
+                    ModelFamily{"SMD", {".smd"}, 3, 3}),
     [](const auto& family) {
         return (family.param.folder[0] == '3' ? "Studio" : "") + family.param.folder;
     });
+
+// ---------------------------------------------------------------- poses
+
+struct AnimatedFamily {
+    std::string name;
+    std::size_t clips;  // at least
+};
+
+void PrintTo(const AnimatedFamily& family, std::ostream* out) {
+    *out << family.name;
+}
+
+class AnimatedModels : public testing::TestWithParam<AnimatedFamily> {};
+
+TEST_P(AnimatedModels, KeepTheirPoses) {
+    std::size_t clips = 0;
+    PoseError worstOfAll;
+    for (const std::string& path : ModelFiles(GetParam().name)) {
+        Assimp::Importer importer;
+        const aiScene* source = nullptr;
+        try {
+            source = &maxhost::import::LoadScene(importer, path);
+        } catch (const ImportError&) {
+            continue;
+        }
+        for (unsigned clip = 0; clip < source->mNumAnimations; ++clip) {
+            SCOPED_TRACE(path + " clip " + std::to_string(clip));
+            const auto imported =
+                maxhost::import::ConvertScene(*source, path, {std::to_string(clip), {}});
+            EXPECT_NO_THROW(maxhost::scene::Check(imported.scene));
+            const PoseError worst = WorstPose(*source, path, clip, imported);
+            EXPECT_LE(worst.degrees, 0.1) << worst.where;
+            EXPECT_LE(worst.distance, 0.001);
+            worstOfAll.Add(worst);
+            ++clips;
+        }
+    }
+    RecordProperty("degrees", std::to_string(worstOfAll.degrees));
+    RecordProperty("distance", std::to_string(worstOfAll.distance));
+    EXPECT_GE(clips, GetParam().clips);
+}
+
+INSTANTIATE_TEST_SUITE_P(Installed, AnimatedModels,
+                         testing::Values(AnimatedFamily{"FBX", 2}, AnimatedFamily{"ASE", 7},
+                                         AnimatedFamily{"3DS", 4}, AnimatedFamily{"Collada", 2},
+                                         AnimatedFamily{"BVH", 3}, AnimatedFamily{"LWS", 8},
+                                         AnimatedFamily{"X", 3}, AnimatedFamily{"CSM", 1},
+                                         AnimatedFamily{"MDL", 50}, AnimatedFamily{"SMD", 3}),
+                         [](const auto& folder) {
+                             return (folder.param.name[0] == '3' ? "Studio" : "") +
+                                    folder.param.name;
+                         });

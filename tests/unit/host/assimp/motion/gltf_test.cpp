@@ -6,12 +6,13 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <numbers>
 
 #include "host/assimp/import.h"
 #include "host/scene/check.h"
-#include "tests/unit/assimp_import/moving_node.h"
-#include "tests/unit/assimp_import/source_scene.h"
-#include "tests/unit/assimp_import/temporary_files.h"
+#include "tests/support/temporary_directory.h"
+#include "tests/unit/host/assimp/shown_scene.h"
+#include "tests/unit/host/assimp/source_scene.h"
 
 using maxhost::import::ImportedScene;
 using maxhost::import::ImportWithAssimp;
@@ -24,8 +25,6 @@ using Values = std::vector<float>;
 using Degrees = std::vector<double>;
 
 namespace {
-
-constexpr double kPi = 3.14159265358979323846;
 
 // A file made piece by piece; its bytes stand in a data URI or wherever the test puts them.
 class Gltf {
@@ -107,7 +106,7 @@ class Gltf {
 };
 
 ImportedScene Import(const std::string& text, const maxhost::import::ImportChoices& choices = {}) {
-    const TemporaryFiles files;
+    const support::TemporaryDirectory files;
     ImportedScene imported = ImportWithAssimp(files.Write("a.gltf", text), choices);
     EXPECT_NO_THROW(maxhost::scene::Check(imported.scene));
     return imported;
@@ -115,7 +114,7 @@ ImportedScene Import(const std::string& text, const maxhost::import::ImportChoic
 
 // Of a turn about y up, as glTF stores it.
 std::vector<float> Turn(double degrees) {
-    const double half = degrees * kPi / 360;
+    const double half = degrees * std::numbers::pi / 360;
     return {0, static_cast<float>(std::sin(half)), 0, static_cast<float>(std::cos(half))};
 }
 
@@ -207,7 +206,7 @@ TEST(GltfAnimation, CubicRotationsFollowTheirSpline) {
         // The node's x axis, with y up turned to z up.
         const auto x = turn.Rotate({1, 0, 0});
         const double cosine = m[0][0] * x.x + m[0][1] * -x.z + m[0][2] * x.y;
-        EXPECT_LT(std::acos(std::min(cosine, 1.0)) * 180 / kPi, 0.1) << tick;
+        EXPECT_LT(std::acos(std::min(cosine, 1.0)) * 180 / std::numbers::pi, 0.1) << tick;
     }
     EXPECT_LE(RotationKeysOf(node, 0).size(), 46u);  // a key a frame at most
     EXPECT_EQ(RotationKeysOf(node, 0)[0].outType, Tangent::custom);
@@ -281,7 +280,7 @@ TEST(GltfAnimation, BuffersStandInFilesToo) {
     gltf.AddChannel(0, "translation", gltf.Add("SCALAR", {0, 1}),
                     gltf.Add("VEC3", {1, 0, 0, 2, 0, 0}), "STEP");
     gltf.EndClip("a");
-    const TemporaryFiles files;
+    const support::TemporaryDirectory files;
     files.Write("data.bin", gltf.Bytes());
     const auto plain = ImportWithAssimp(files.Write("b.gltf", gltf.Text(R"("uri":"data.bin",)")));
     EXPECT_EQ(PositionKeysOf(plain.scene.nodes[0], 0)[0].outType, Tangent::step);
