@@ -35,19 +35,21 @@ install_packages() {
     rm -f "$log"
 }
 
-# build PRESET TESTS: configures, with tests (ON) or without (OFF), and builds; the compiler's words
-# are shown when it fails.
+# build PRESET TARGET [CMAKE-ARGUMENT...]: configures and builds; the compiler's words are shown when
+# it fails.
 build() {
-    local preset=$1 tests=$2 log
+    local preset=$1 target=$2 began=$SECONDS log
+    shift 2
     step "building $preset"
     log=$(mktemp)
-    if ! { cmake --preset "$preset" -DHDO_TESTS="$tests" && cmake --build --preset "$preset"; } \
-        >"$log" 2>&1; then
+    if ! { cmake --preset "$preset" "$@" &&
+        cmake --build --preset "$preset" --target "$target"; } >"$log" 2>&1; then
         cat "$log" >&2
         rm -f "$log"
         fail "building $preset failed"
     fi
     rm -f "$log"
+    step "building $preset took $((SECONDS - began)) s"
 }
 
 build_packages=(cmake ninja-build g++ binutils-mingw-w64-x86-64

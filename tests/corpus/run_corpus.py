@@ -6,11 +6,14 @@ actor file must hold one node chunk a node, in depth-first child order, with the
 that `hdo-export --list` gives, and the geometry that Assimp gives. Of every clip, the poses rebuilt
 from sampled and from keyframed tracks must be those that Assimp gives, and so must the vertices of
 skinned meshes, deformed by the file's weights. A file that Assimp does not
-load must be refused with status 2 and one line that names it, and nothing may be written. So must one for which an import has not enough
-memory, but only if Assimp by itself cannot load it either with as much memory and time.
+load must be refused with status 2 and one line that names it, and nothing may be written. So must
+one for which an import has not enough memory, but only if Assimp by itself cannot load it either
+with as much memory and time.
 
-FBX, ASE, 3DS, Collada, BVH and glTF 2 files are run; with --all, every other file as well. Exit
-status: 0 all passed, 1 some failed or there was no file, 2 bad usage.
+FBX, ASE, 3DS, Collada, BVH and glTF 2 files are run; with --all, every other file as well.
+With --runs-only a file is exported twice, with sampled and with keyframed tracks, and its actor file
+dumped: for programs whose build watches how they run. Exit status: 0 all passed, 1 some failed or
+there was no file, 2 bad usage.
 """
 
 import argparse
@@ -62,6 +65,7 @@ class Row:
         self.exit = "-"
         self.result = ""
         self.passed = False
+        self.refusal = None  # the first export, as (what ran, its folder), where its status is not 0
 
     def cells(self):
         return [self.name, self.kind or "other", str(self.nodes), str(self.triangles),
@@ -163,7 +167,7 @@ class Corpus:
         self.kta = str(arguments.kta.resolve())
         self.oracle = str(arguments.oracle.resolve())
         self.compare = str(arguments.compare.resolve())
-        self.exports_only = arguments.exports_only
+        self.runs_only = arguments.runs_only
         self.compare_poses = str(arguments.compare_poses.resolve())
         self.compare_skins = str(arguments.compare_skins.resolve())
         self.models = arguments.models.resolve()
@@ -187,13 +191,16 @@ class Corpus:
 
     def check_file(self, path, place, row):
         try:
-            self.check_export(path, place, row)
+            if self.runs_only:
+                self.check_runs(path, place, row)
+            else:
+                self.check_export(path, place, row)
             return "ok"
         except Failed as failure:
             lacks_memory = self.lacks_memory(path, place, row, failure)
-            if not lacks_memory and self.loads(path, place):
+            if not row.refusal or (not lacks_memory and self.loads(path, place)):
                 raise
-        self.check_refusal(path, place, row)
+        self.check_refusal(path, *row.refusal)
         return ("refused, as Assimp itself does within the same limits" if lacks_memory
                 else "refused, as it should be")
 
@@ -208,20 +215,34 @@ class Corpus:
         return run([self.hdo_export, "--config-dir", str(folder / "config"), "--progress", "never",
                     *options, "-o", str(folder / "out.hdo"), str(path)], folder)
 
+    def export_or_fail(self, path, place, row, *options):
+        """Returns the bytes of both files."""
+        done = self.export(path, place, *options)
+        row.exit = done.returncode
+        if done.returncode != 0:
+            row.refusal = row.refusal or (done, place)
+            raise Failed(f"exit status {done.returncode}: {first_line(done.stderr)}")
+        return [self.written(place, part) for part in ("temp1", "temp2")]
+
+    def check_runs(self, path, folder, row):
+        self.export_or_fail(path, folder / "first", row, "--export-hidden", "--motions-for-hidden",
+                            "--sample-animation", "--sample-rate", "1", "--no-optimize-skin",
+                            "--save-scene", str(folder / "first" / "scene.maxscene.json"))
+        self.export_or_fail(path, folder / "second", row, "--no-sample-animation")
+        row.nodes = len(dumped_nodes(self.dumped(folder / "first")))
+
     def check_export(self, path, folder, row):
-        written = []
-        for attempt in ("first", "second"):
-            place = folder / attempt
-            done = self.export(path, place, "--export-hidden")
-            row.exit = done.returncode
-            if done.returncode != 0:
-                raise Failed(f"exit status {done.returncode}: {first_line(done.stderr)}")
-            written.append([self.written(place, part) for part in ("temp1", "temp2")])
-        if written[0] != written[1]:
+        first, second = (self.export_or_fail(path, folder / attempt, row, "--export-hidden")
+                         for attempt in ("first", "second"))
+        if first != second:
             raise Failed("a second export gives other bytes")
-        self.check_nodes(path, folder / "first", row)
+        listing = run([self.hdo_export, "--list", str(path)], folder)
+        if listing.returncode != 0:
+            raise Failed(f"--list: exit status {listing.returncode}")
+        self.check_nodes(listed_nodes(listing.stdout), folder / "first", row)
         self.check_geometry(path, folder / "first", row)
-        self.check_poses(path, folder, row)
+        clips = sum(line.startswith(b"animation\t") for line in listing.stdout.split(b"\n"))
+        self.check_poses(path, folder, clips, row)
 
     @staticmethod
     def written(place, part):
@@ -230,19 +251,18 @@ class Corpus:
         except OSError:
             raise Failed(f"no file out.hdo{part}") from None
 
-    def check_nodes(self, path, place, row):
-        listing = run([self.hdo_export, "--list", str(path)], place)
-        if listing.returncode != 0:
-            raise Failed(f"--list: exit status {listing.returncode}")
-        expected = listed_nodes(listing.stdout)
-        actor = place / "out.hdotemp1"
-        dump = run([self.kta, "dump", str(actor), "--json"], place)
+    def dumped(self, place):
+        """The chunks of an exported actor file, as `kta dump` shows them."""
+        dump = run([self.kta, "dump", str(place / "out.hdotemp1"), "--json"], place)
         if dump.returncode != 0:
             raise Failed(f"kta dump: exit status {dump.returncode}: {first_line(dump.stderr)}")
-        chunks = json.loads(dump.stdout)["chunks"]
+        return json.loads(dump.stdout)["chunks"]
+
+    def check_nodes(self, expected, place, row):
+        chunks = self.dumped(place)
         found = dumped_nodes(chunks)
         row.nodes = len(found)
-        row.triangles = triangles_in(actor, chunks)
+        row.triangles = triangles_in(place / "out.hdotemp1", chunks)
         if len(found) != len(expected):
             raise Failed(f"{len(found)} node chunks, expected {len(expected)}")
         bones, others = split_ahead(found, chunks)
@@ -255,21 +275,15 @@ class Corpus:
                 raise Failed(f"node {index} but for bones is {have}, expected {want}")
 
     def check_geometry(self, path, place, row):
-        if self.exports_only:
-            return
         compared = run([self.compare, str(path), str(place / "out.hdotemp1")], place)
         if compared.returncode != 0:
             raise Failed(f"geometry: {first_line(compared.stdout + compared.stderr)}")
         row.geometry = first_line(compared.stdout)
 
-    def check_poses(self, path, folder, row):
-        listing = run([self.hdo_export, "--list", str(path)], folder)
-        clips = sum(line.startswith(b"animation\t") for line in listing.stdout.split(b"\n"))
+    def check_poses(self, path, folder, clips, row):
         figures = [self.compare_clip(path, folder, clip, mode)
                    for clip in range(clips) for mode in ("sampled", "keyframed")]
         row.poses = "; ".join(figures) or "-"
-        if self.exports_only:
-            return
         skins = [self.compare_clip_skins(path, folder, clip) for clip in range(clips)]
         row.skins = "; ".join(filter(None, skins)) or "-"
 
@@ -283,8 +297,6 @@ class Corpus:
                            "--save-scene", str(saved))
         if done.returncode != 0:
             raise Failed(f"clip {clip}: exit status {done.returncode}: {first_line(done.stderr)}")
-        if self.exports_only:
-            return f"clip {clip}, {mode}: not compared"
         compared = run([self.compare_poses, str(path), str(place / "out.hdotemp1"),
                         str(place / "out.hdotemp2"), str(clip), frame_rate(saved)], place)
         figures = f"clip {clip}, {mode}: "
@@ -316,10 +328,8 @@ class Corpus:
             raise Failed(f"skins: clip {clip}: {figures}")
         return figures
 
-    def check_refusal(self, path, folder, row):
-        place = folder / "refused"
-        done = self.export(path, place)
-        row.exit = done.returncode
+    @staticmethod
+    def check_refusal(path, done, place):
         if done.returncode != 2:
             raise Failed(f"exit status {done.returncode}, expected 2: {first_line(done.stderr)}")
         lines = done.stderr.decode("utf-8", "replace").splitlines()
@@ -364,8 +374,8 @@ def parse_arguments():
                         help="compare_poses (default: beside kta)")
     parser.add_argument("--compare-skins", type=pathlib.Path,
                         help="compare_skins (default: beside kta)")
-    parser.add_argument("--exports-only", action="store_true",
-                        help="leave out the three comparisons with the models")
+    parser.add_argument("--runs-only", action="store_true",
+                        help="two exports and a dump a file, without any comparison")
     parser.add_argument("--all", action="store_true", help="run the files of other formats too")
     parser.add_argument("--jobs", type=int, default=len(os.sched_getaffinity(0)),
                         help="files at a time (default: a processor each)")
@@ -376,7 +386,7 @@ def parse_arguments():
     arguments.compare_skins = arguments.compare_skins or arguments.kta.parent / "compare_skins"
     comparisons = [arguments.compare, arguments.compare_poses, arguments.compare_skins]
     for program in [arguments.hdo_export, arguments.kta, arguments.oracle,
-                    *([] if arguments.exports_only else comparisons)]:
+                    *([] if arguments.runs_only else comparisons)]:
         if not program.is_file():
             parser.error(f"{program}: no such program")
     return arguments

@@ -18,6 +18,8 @@ LIBRARIES = ("core", "maxutil", "geom", "mesh", "paramblk2", "bmm", "Morpher")
 
 
 def arrange(sdk, source, host_library):
+    """Files keep their times, so that a build that is there already compiles what changed alone."""
+    shutil.rmtree(sdk, ignore_errors=True)
     shutil.copytree(source / "host/sdk/include", sdk / "include")
     morpher = sdk / "samples/modifiers/morpher/include"
     morpher.mkdir(parents=True)
@@ -26,7 +28,7 @@ def arrange(sdk, source, host_library):
     libraries = sdk / "x64/lib"
     libraries.mkdir(parents=True)
     for name in LIBRARIES:
-        shutil.copy(host_library, libraries / f"{name}.lib")
+        shutil.copy2(host_library, libraries / f"{name}.lib")
 
 
 def run(command):
@@ -67,6 +69,7 @@ def refuses(arguments, sdk, work, missing):
     """A folder that lacks one file is refused with its name."""
     (sdk / missing).rename(sdk / "away")
     build = work / "refused"
+    shutil.rmtree(build, ignore_errors=True)
     status, text = configure(arguments, sdk, build)
     (sdk / "away").rename(sdk / missing)
     shutil.rmtree(build, ignore_errors=True)
@@ -81,8 +84,8 @@ def main():
     for name in ("--source", "--host", "--work"):
         parser.add_argument(name, type=pathlib.Path, required=True)
     arguments = parser.parse_args()
-    shutil.rmtree(arguments.work, ignore_errors=True)
     sdk = arguments.work / "maxsdk"
+    shutil.rmtree(arguments.work / "build/bin", ignore_errors=True)
     arrange(sdk, arguments.source, arguments.host)
     builds(arguments, sdk, arguments.work / "build")
     refuses(arguments, sdk, arguments.work, "include/max.h")
