@@ -1,5 +1,8 @@
 #include "host/app/console.h"
 
+#include <algorithm>
+
+#include "host/sdk/host.h"
 #include "kta/text.h"
 
 namespace maxhost::app {
@@ -42,6 +45,81 @@ void Console::HideBar() {
 
 bool Console::Flush() {
     return static_cast<bool>(out_.flush());
+}
+
+// ---------------------------------------------------------------- progress bar
+
+namespace {
+
+constexpr int kBarCells = 30;
+constexpr std::size_t kTitleColumns = 40;
+
+}  // namespace
+
+void ProgressBar::OnStart(const std::string& title) {
+    title_ = kta::OneLine(title).substr(0, kTitleColumns);
+    percent_ = 0;
+    Show();
+}
+
+void ProgressBar::OnUpdate(int percent) {
+    const int shown = std::clamp(percent, 0, 100);
+    // Scenes of many nodes update far more often than the line changes.
+    if (shown != percent_) {
+        percent_ = shown;
+        Show();
+    }
+}
+
+void ProgressBar::OnEnd() {
+    console_.HideBar();
+}
+
+void ProgressBar::Show() {
+    const auto done = static_cast<std::size_t>(percent_ * kBarCells / 100);
+    const std::string number = std::to_string(percent_);
+    std::string line = "[";
+    line.append(done, '#').append(kBarCells - done, '.').append("] ");
+    line.append(3 - number.size(), ' ').append(number).append("% ").append(title_);
+    console_.ShowBar(line);
+}
+
+// ---------------------------------------------------------------- Ctrl-C
+
+namespace {
+
+volatile std::sig_atomic_t isInterrupted = 0;
+
+void OnSignal(int signal) {
+    std::signal(signal, SIG_DFL);
+    if (isInterrupted) {
+        std::raise(signal);
+    }
+    isInterrupted = 1;
+}
+
+// Returns the former handler.
+auto Handle(int signal) {
+    const auto former = std::signal(signal, OnSignal);
+    if (former == SIG_IGN) {
+        std::signal(signal, SIG_IGN);
+    }
+    return former;
+}
+
+}  // namespace
+
+CancelOnInterrupt::CancelOnInterrupt() {
+    isInterrupted = 0;
+    Host::Instance().SetCancelFlag(&isInterrupted);
+    formerInterrupt_ = Handle(SIGINT);
+    formerTermination_ = Handle(SIGTERM);
+}
+
+CancelOnInterrupt::~CancelOnInterrupt() {
+    std::signal(SIGINT, formerInterrupt_);
+    std::signal(SIGTERM, formerTermination_);
+    Host::Instance().SetCancelFlag(nullptr);
 }
 
 }  // namespace maxhost::app

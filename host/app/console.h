@@ -1,10 +1,12 @@
-// What the program says, and where: results to standard output, messages to standard error, one
-// line each, with the progress bar out of their way.
+// The terminal: what the program says there, the progress bar, and Ctrl-C.
 #pragma once
 
+#include <csignal>
 #include <ostream>
 #include <string>
 #include <string_view>
+
+#include "host/sdk/host.h"
 
 namespace maxhost::app {
 
@@ -39,6 +41,38 @@ class Console {
     std::ostream& out_;
     std::ostream& error_;
     std::size_t barWidth_ = 0;
+};
+
+class ProgressBar : public ProgressObserver {
+  public:
+    explicit ProgressBar(Console& console) : console_(console) {}
+
+    void OnStart(const std::string& title) override;
+    void OnUpdate(int percent) override;
+    void OnEnd() override;
+
+  private:
+    void Show();
+
+    Console& console_;
+    std::string title_;
+    int percent_ = 0;
+};
+
+// While the object lives, the first SIGINT (Ctrl-C) or SIGTERM presses Cancel in the progress bar,
+// and a second one ends the program at once. Signals that are ignored stay so. One object at a
+// time.
+class CancelOnInterrupt {
+  public:
+    CancelOnInterrupt();
+    ~CancelOnInterrupt();
+
+    CancelOnInterrupt(const CancelOnInterrupt&) = delete;
+    CancelOnInterrupt& operator=(const CancelOnInterrupt&) = delete;
+
+  private:
+    using Handler = void (*)(int);
+    Handler formerInterrupt_, formerTermination_;
 };
 
 }  // namespace maxhost::app

@@ -1,11 +1,98 @@
 #include "host/app/export_files.h"
 
+#include <fstream>
+#include <string_view>
+#include <thread>
+#include <unordered_set>
+
+#include "kta/info.h"
 #include "kta/text.h"
 
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
 namespace maxhost::app {
+
+// ---------------------------------------------------------------- whether a file was written
+
 namespace {
 
 namespace fs = std::filesystem;
+
+// Windows counts time in these, and finer differences mean nothing elsewhere.
+using Time = std::chrono::duration<std::int64_t, std::ratio<1, 10'000'000>>;
+
+// Time stamps come from the system's tick, which is 16 ms where it is longest.
+constexpr std::chrono::milliseconds kTick(20);
+
+#ifdef _WIN32
+// The standard library of mingw-w64 tells whole seconds only.
+Time TimeOf(const FILETIME& time) {
+    return Time(static_cast<std::int64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime);
+}
+
+Time LastWriting(const fs::path& file) {
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    GetFileAttributesExW(file.c_str(), GetFileExInfoStandard, &data);
+    return TimeOf(data.ftLastWriteTime);
+}
+
+Time ClockOfFiles() {
+    FILETIME now{};
+    GetSystemTimeAsFileTime(&now);
+    return TimeOf(now);
+}
+#else
+Time TimeOf(fs::file_time_type time) {
+    return std::chrono::duration_cast<Time>(time.time_since_epoch());
+}
+
+Time LastWriting(const fs::path& file) {
+    std::error_code error;
+    return TimeOf(fs::last_write_time(file, error));
+}
+
+Time ClockOfFiles() {
+    return TimeOf(fs::file_time_type::clock::now());
+}
+#endif
+
+void WaitUntilOld(Time time) {
+    const Time age = ClockOfFiles() - time;
+    if (age >= age.zero() && age < kTick) {
+        std::this_thread::sleep_for(kTick - age);
+    }
+}
+
+}  // namespace
+
+FileMark::FileMark(fs::path file) : file_(std::move(file)), before_(Now()) {
+    if (before_) {
+        WaitUntilOld(before_->time);
+    }
+}
+
+bool FileMark::IsThere() const {
+    return Now().has_value();
+}
+
+bool FileMark::IsWritten() const {
+    const std::optional<Stamp> now = Now();
+    return now && now != before_;
+}
+
+std::optional<FileMark::Stamp> FileMark::Now() const {
+    std::error_code error;
+    if (!fs::is_regular_file(file_, error)) {
+        return std::nullopt;
+    }
+    return Stamp{LastWriting(file_), fs::file_size(file_, error)};
+}
+
+// ---------------------------------------------------------------- the two files
+
+namespace {
 
 // What the plug-in has for a path, its NUL included.
 constexpr std::size_t kMostPathBytes = 260;
@@ -16,6 +103,17 @@ fs::path With(const fs::path& exportFile, const char* suffix) {
     fs::path path = exportFile;
     path += suffix;
     return path;
+}
+
+// How many files the export wrote to their ends, in order: its log has a line for each, upon which
+// the converter gets the file.
+std::size_t CountClosedFiles(const fs::path& log) {
+    std::ifstream file(log);
+    std::size_t count = 0;
+    for (std::string line; std::getline(file, line);) {
+        count += line == "Closing file" || line == "Closing file\r" ? 1 : 0;
+    }
+    return count;
 }
 
 std::string WhyNotMade(const fs::path& file) {
@@ -53,13 +151,17 @@ std::string ExportFiles::WhyNotMade() const {
     return app::WhyNotMade(files_[marks_[0].IsWritten() ? 1 : 0].path);
 }
 
-std::vector<std::string> ExportFiles::Leftovers() const {
+std::vector<std::string> ExportFiles::Leftovers(const fs::path& log) const {
+    const std::size_t closed = CountClosedFiles(log);
     std::vector<std::string> lines;
-    for (const FileMark& mark : marks_) {
+    for (std::size_t i = 0; i < marks_.size(); ++i) {
+        const FileMark& mark = marks_[i];
         if (mark.IsThere()) {
-            lines.push_back(mark.File().string() + ": " +
-                            (mark.IsWritten() ? "left behind by the failed export, not a whole one"
-                                              : kEarlier));
+            const char* const made =
+                i < closed
+                    ? "left behind by the failed export, but whole and given to the converter"
+                    : "left behind by the failed export, not a whole one";
+            lines.push_back(mark.File().string() + ": " + (mark.IsWritten() ? made : kEarlier));
         }
     }
     return lines;
@@ -85,6 +187,72 @@ void ExportFiles::Verify() {
         file.reading = kta::ReadFile(name, file.kind);
         file.faults = kta::FaultLines(name, file.reading);
     }
+}
+
+// ---------------------------------------------------------------- what is said about them
+
+std::vector<std::string> FaultReport(const std::vector<OutputFile>& files,
+                                     const std::vector<std::string>& converterFaults) {
+    std::vector<std::string> report;
+    std::unordered_set<std::string_view> known;
+    const auto add = [&](const std::vector<std::string>& lines, const std::string& subject) {
+        std::vector<std::string> distinct;
+        for (const std::string& line : lines) {
+            if (known.insert(line).second) {
+                distinct.push_back(line);
+            }
+        }
+        for (std::string& line : kta::FirstFaults(std::move(distinct), subject)) {
+            report.push_back(std::move(line));
+        }
+    };
+    for (const OutputFile& file : files) {
+        add(file.faults, file.path.string());
+    }
+    // The converter reads the files with the same library, so most of its faults are known already.
+    add(converterFaults, "haldenexport");
+    return report;
+}
+
+namespace {
+
+std::string Line(const OutputFile& output, const kta::File& file, const kta::Summary& summary) {
+    std::string line = output.path.string() + ": " + kta::KindName(file.kind) + " file, " +
+                       kta::Counted(file.size, "byte") + ", " +
+                       kta::Counted(file.chunks.size(), "chunk");
+    std::vector<std::string> kinds;
+    for (const kta::ChunkTotal& total : summary.chunks) {
+        kinds.push_back(std::to_string(total.count) + " " + total.type->name);
+    }
+    return line + (kinds.empty() ? "" : " (" + kta::Joined(kinds) + ")");
+}
+
+}  // namespace
+
+std::vector<std::string> Summarize(const std::vector<OutputFile>& files,
+                                   const ExportOutcome& outcome) {
+    std::vector<std::string> lines;
+    std::size_t nodes = 0;
+    for (const OutputFile& output : files) {
+        if (output.reading.file) {
+            const kta::Summary summary = kta::Summarize(*output.reading.file);
+            nodes += summary.nodes;
+            lines.push_back(Line(output, *output.reading.file, summary));
+        }
+    }
+    if (!outcome.log.empty()) {
+        lines.push_back(outcome.log.string() + ": log");
+    }
+    lines.push_back("exported " + std::to_string(nodes) + " of " +
+                    kta::Counted(outcome.sceneNodes, "node"));
+    if (outcome.warnings > 0) {
+        lines.push_back(kta::Counted(outcome.warnings, "warning") + " from reading the scene");
+    }
+    if (outcome.coloredMeshes > 0) {
+        lines.push_back("not exported: vertex colours of " +
+                        kta::Counted(outcome.coloredMeshes, "mesh"));
+    }
+    return lines;
 }
 
 }  // namespace maxhost::app

@@ -6,17 +6,13 @@
 
 #include <optional>
 
+#include "host/app/console.h"
 #include "host/app/dialog_user.h"
 #include "host/app/exit_status.h"
-#include "host/app/faults.h"
-#include "host/app/interrupt.h"
+#include "host/app/export_files.h"
 #include "host/app/places.h"
 #include "host/app/plugin_loader.h"
-#include "host/app/progress.h"
-#include "host/app/scene_contents.h"
-#include "host/app/scene_warnings.h"
-#include "host/app/settings.h"
-#include "host/app/summary.h"
+#include "host/app/scene_report.h"
 #include "host/sdk/host.h"
 
 namespace maxhost::app {
@@ -102,11 +98,11 @@ std::string ReasonOfFailure(const Options& options, const ExportFiles& files,
     return (options.showDialog ? "if no message box said why, " : "") + files.WhyNotMade();
 }
 
-int ReportFailure(const Options& options, const ExportFiles& files, const DialogUser& user,
-                  Console& console) {
+int ReportFailure(const Options& options, const ExportFiles& files, const fs::path& log,
+                  const DialogUser& user, Console& console) {
     console.Report(files.ExportFile().string(),
                    "the export failed: " + ReasonOfFailure(options, files, user));
-    for (const std::string& line : files.Leftovers()) {
+    for (const std::string& line : files.Leftovers(log)) {
         console.Report(line);
     }
     return kExitExportFailed;
@@ -118,6 +114,27 @@ int ReportRefusal(const ExportFiles& files, Console& console) {
         console.Report(line);
     }
     return kExitRefused;
+}
+
+// The status where the dialog, or its lack, left nothing to conclude; `result` is DoExport's.
+std::optional<int> EndedInDialog(const Options& options, int result, const ExportFiles& files,
+                                 const DialogUser& user, Console& console) {
+    const std::string exportFile = files.ExportFile().string();
+    if (user.LacksDialog()) {
+        console.Report(exportFile,
+                       "the exporter showed no options dialog; what it did, it did without the "
+                       "choices asked for");
+        return kExitRefused;
+    }
+    if (user.WasRefused()) {
+        return ReportRefusal(files, console);
+    }
+    const bool personCancelled = options.showDialog && !files.AnyWritten();
+    if (user.HasCancelled() || personCancelled || result == IMPEXP_CANCEL) {
+        console.Report(exportFile, "cancelled in the options dialog; no export was written");
+        return kExitDone;
+    }
+    return std::nullopt;
 }
 
 int Conclude(const ExportOutcome& outcome, ExportFiles& files,
@@ -202,21 +219,10 @@ int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files, 
                                  user, console, showsProgress);
     outcome.log = LogSince(log, console);
     if (result == IMPEXP_FAIL) {
-        return ReportFailure(options, files, user, console);
+        return ReportFailure(options, files, outcome.log, user, console);
     }
-    if (user.LacksDialog()) {
-        console.Report(exportFile,
-                       "the exporter showed no options dialog; what it did, it did without the "
-                       "choices asked for");
-        return kExitRefused;
-    }
-    if (user.WasRefused()) {
-        return ReportRefusal(files, console);
-    }
-    const bool personCancelled = options.showDialog && !files.AnyWritten();
-    if (user.HasCancelled() || personCancelled || result == IMPEXP_CANCEL) {
-        console.Report(exportFile, "cancelled in the options dialog; no export was written");
-        return kExitDone;
+    if (const std::optional<int> status = EndedInDialog(options, result, files, user, console)) {
+        return *status;
     }
     return Conclude(outcome, files, plugInDirectories, options.quiet, console);
 }

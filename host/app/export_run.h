@@ -3,8 +3,8 @@
 
 #include "host/app/console.h"
 #include "host/app/export_files.h"
+#include "host/app/loaded_scene.h"
 #include "host/app/options.h"
-#include "host/app/scene_loader.h"
 
 namespace maxhost::app {
 

@@ -6,9 +6,9 @@
 #include <cmath>
 #include <map>
 #include <memory>
+#include <sstream>
 
 #include "host/app/exit_status.h"
-#include "host/app/help_formatter.h"
 
 namespace maxhost::app {
 namespace {
@@ -65,6 +65,75 @@ CLI::Validator Real(bool (*accepts)(float), const std::string& expected) {
         },
         "");
 }
+
+// ---------------------------------------------------------------- help
+
+constexpr std::size_t kWidth = 100;
+constexpr std::size_t kTextColumn = 30;
+
+std::string Names(const CLI::Option* option, bool isPositional) {
+    if (isPositional) {
+        return option->get_name(true);
+    }
+    std::string names;
+    for (const std::string& name : option->get_snames()) {
+        names += "-" + name + ", ";
+    }
+    const std::vector<std::string>& longNames = option->get_lnames();
+    const bool isSwitch = longNames.size() == 2 && longNames[1] == "no-" + longNames[0];
+    return names + (isSwitch ? "--[no-]" : "--") + longNames.at(0);
+}
+
+std::string Wrapped(const std::string& text) {
+    std::string lines;
+    std::size_t column = kTextColumn;
+    std::istringstream words(text);
+    for (std::string word; words >> word;) {
+        if (column > kTextColumn && column + 1 + word.size() > kWidth) {
+            lines += "\n" + std::string(kTextColumn, ' ');
+            column = kTextColumn;
+        }
+        if (column > kTextColumn) {
+            lines += ' ';
+            ++column;
+        }
+        lines += word;
+        column += word.size();
+    }
+    return lines + "\n";
+}
+
+// One block an option: its names and the name of its value, then its description wrapped to 100
+// columns. A switch with a negative form shows as --[no-]name.
+class HelpFormatter : public CLI::Formatter {
+  public:
+    std::string make_group(std::string group, bool isPositional,
+                           std::vector<const CLI::Option*> options) const override;
+    std::string make_option(const CLI::Option* option, bool isPositional) const override;
+};
+
+std::string HelpFormatter::make_group(std::string group, bool isPositional,
+                                      std::vector<const CLI::Option*> options) const {
+    std::string text = group + ":\n";
+    for (const CLI::Option* option : options) {
+        text += make_option(option, isPositional);
+    }
+    // CLI11 itself puts an empty line between the other groups.
+    return isPositional ? "\n" + text + "\n" : text;
+}
+
+std::string HelpFormatter::make_option(const CLI::Option* option, bool isPositional) const {
+    std::string head = "  " + Names(option, isPositional);
+    if (!isPositional && option->get_items_expected_max() > 0) {
+        head += " " + option->get_type_name();
+    }
+    const std::string gap = head.size() + 2 > kTextColumn
+                                ? "\n" + std::string(kTextColumn, ' ')
+                                : std::string(kTextColumn - head.size(), ' ');
+    return head + gap + Wrapped(option->get_description());
+}
+
+// ---------------------------------------------------------------- options by group
 
 // One group of options at a time, under one heading of the help.
 class Group {

@@ -1,16 +1,22 @@
 #include "host/app/run.h"
 
+#include <impexp.h>
+#include <max.h>
+#include <maxapi.h>
+
 #include <exception>
 
-#include "host/app/about.h"
 #include "host/app/exit_status.h"
 #include "host/app/export_run.h"
-#include "host/app/listing.h"
+#include "host/app/loaded_scene.h"
 #include "host/app/options.h"
 #include "host/app/places.h"
-#include "host/app/scene_choices.h"
-#include "host/app/scene_loader.h"
-#include "host/app/scene_saver.h"
+#include "host/app/plugin_loader.h"
+#include "host/app/scene_report.h"
+#include "host/sdk/host.h"
+#ifdef _WIN32
+#include "host/win32/user.h"
+#endif
 
 namespace maxhost::app {
 namespace {
@@ -42,6 +48,33 @@ LoadedScene Load(const Options& options, Console& console) {
         SaveScene(loaded.scene, *options.saveScene);
     }
     return loaded;
+}
+
+// Nobody could answer the dialogs where no window can be shown. `subject` is what asks for one.
+// Elsewhere than on Windows only `isForPerson` needs a window.
+void RequireDisplay(const std::string& subject, [[maybe_unused]] bool isForPerson) {
+#ifdef _WIN32
+    if (!win32::HasDisplay()) {
+        throw Failure(kExitRefused, subject,
+                      "no window can be made for the exporter's dialogs, expected a display");
+    }
+#else
+    if (isForPerson) {
+        throw Failure(kExitRefused, subject,
+                      "no dialog can be shown to a person here, expected Windows with a display");
+    }
+#endif
+}
+
+// Loads the plug-in, shows its About box and waits.
+int ShowAbout(const Options& options) {
+    RequireDisplay("--about", true);
+    const std::vector<std::string> plugInDirectories = PlugInDirectories(options);
+    Host& host = Host::Instance();
+    host.SetPlugInDirs(plugInDirectories);
+    LoadExporter(PlugInFile(options), plugInDirectories)
+        ->ShowAbout(host.GetInterface()->GetMAXHWnd());
+    return kExitDone;
 }
 
 // Called while an exception is handled: reports it and returns its exit status.

@@ -2,10 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <maxapi.h>
 #include <sstream>
+
+#include "host/sdk/host.h"
 
 namespace maxhost::app {
 namespace {
+
+// ---------------------------------------------------------------- messages
 
 class ConsoleTest : public testing::Test {
   protected:
@@ -59,6 +64,117 @@ TEST(ConsoleEnd, ClearsTheBar) {
     { Console(out, error).ShowBar("###"); }
     EXPECT_EQ(error.str(), "\r###\r   \r");
 }
+
+// ---------------------------------------------------------------- progress bar
+
+class ProgressTest : public testing::Test {
+  protected:
+    // What was written since the last call.
+    std::string Written() {
+        const std::string text = error_.str();
+        error_.str("");
+        return text;
+    }
+
+    std::ostringstream out_, error_;
+    Console console_{out_, error_};
+    ProgressBar bar_{console_};
+};
+
+TEST_F(ProgressTest, ShowsTitleAndShare) {
+    bar_.OnStart("Exporting object...");
+    EXPECT_EQ(Written(), "\r[..............................]   0% Exporting object...");
+    bar_.OnUpdate(50);
+    EXPECT_EQ(Written(), "\r[###############...............]  50% Exporting object...");
+    bar_.OnUpdate(100);
+    EXPECT_EQ(Written(), "\r[##############################] 100% Exporting object...");
+    bar_.OnEnd();
+    EXPECT_EQ(Written(), "\r" + std::string(57, ' ') + "\r");
+}
+
+TEST_F(ProgressTest, RedrawsOnlyWhatChanges) {
+    bar_.OnStart("");
+    bar_.OnUpdate(7);
+    Written();
+    bar_.OnUpdate(7);
+    EXPECT_EQ(Written(), "");
+    bar_.OnUpdate(8);
+    EXPECT_NE(Written(), "");
+}
+
+TEST_F(ProgressTest, StandsNumbersOutOfRangeAndLongTitles) {
+    bar_.OnStart(std::string(1000, 'x') + "\n");
+    EXPECT_LE(Written().size(), 80u);
+    bar_.OnUpdate(-5);
+    EXPECT_EQ(Written(), "") << "still 0";
+    bar_.OnUpdate(2000000000);
+    EXPECT_NE(Written().find("] 100%"), std::string::npos);
+}
+
+// ---------------------------------------------------------------- Ctrl-C
+
+class CancelOnInterruptTest : public testing::TestWithParam<int> {
+  protected:
+    CancelOnInterruptTest() { Host::Instance().CancelAtUpdate(0); }
+    ~CancelOnInterruptTest() override { Host::Instance().CancelAtUpdate(0); }
+};
+
+TEST_P(CancelOnInterruptTest, FirstPressesCancel) {
+    {
+        const CancelOnInterrupt interrupts;
+        EXPECT_FALSE(GetCOREInterface()->GetCancel());
+        std::raise(GetParam());
+        EXPECT_TRUE(GetCOREInterface()->GetCancel());
+    }
+    EXPECT_TRUE(GetCOREInterface()->GetCancel()) << "until the next export";
+    Host::Instance().CancelAtUpdate(0);
+    const CancelOnInterrupt next;
+    EXPECT_FALSE(GetCOREInterface()->GetCancel());
+}
+
+TEST_P(CancelOnInterruptTest, InterruptThatThePlugInDidNotSeeCancelsNothing) {
+    {
+        const CancelOnInterrupt interrupts;
+        std::raise(GetParam());
+    }
+    EXPECT_FALSE(GetCOREInterface()->GetCancel());
+}
+
+TEST_P(CancelOnInterruptTest, FormerHandlersComeBack) {
+    const auto former = std::signal(GetParam(), SIG_DFL);
+    {
+        const CancelOnInterrupt interrupts;
+        std::raise(GetParam());
+    }
+    EXPECT_EQ(std::signal(GetParam(), former), SIG_DFL);
+}
+
+TEST_P(CancelOnInterruptTest, IgnoredSignalsStayIgnored) {
+    const auto former = std::signal(GetParam(), SIG_IGN);
+    {
+        const CancelOnInterrupt interrupts;
+        std::raise(GetParam());
+        EXPECT_FALSE(GetCOREInterface()->GetCancel());
+    }
+    EXPECT_EQ(std::signal(GetParam(), former), SIG_IGN);
+}
+
+#ifndef _WIN32
+TEST_P(CancelOnInterruptTest, SecondEndsTheProgram) {
+    for (const int first : {SIGINT, SIGTERM}) {
+        EXPECT_EXIT(
+            {
+                const CancelOnInterrupt interrupts;
+                std::raise(first);
+                std::raise(GetParam());
+                std::_Exit(0);
+            },
+            testing::KilledBySignal(GetParam()), "");
+    }
+}
+#endif
+
+INSTANTIATE_TEST_SUITE_P(Signals, CancelOnInterruptTest, testing::Values(SIGINT, SIGTERM));
 
 }  // namespace
 }  // namespace maxhost::app

@@ -1,12 +1,59 @@
 #include "host/app/export_files.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <chrono>
 
 #include "tests/support/kta_bytes.h"
 #include "tests/unit/host/app/support.h"
 
 namespace maxhost::app {
 namespace {
+
+// ---------------------------------------------------------------- whether a file was written
+
+class FileMarkTest : public InDirectory {};
+
+TEST_F(FileMarkTest, FileThatIsLeftAloneIsNotWritten) {
+    Write("f", "earlier");
+    const FileMark mark("f");
+    EXPECT_TRUE(mark.IsThere());
+    EXPECT_FALSE(mark.IsWritten());
+}
+
+// The clock of file systems stands still for milliseconds.
+TEST_F(FileMarkTest, SameTextWrittenAtOnceIsWritten) {
+    for (int i = 0; i < 5; ++i) {
+        Write("f", "same");
+        const FileMark mark("f");
+        Write("f", "same");
+        EXPECT_TRUE(mark.IsWritten());
+    }
+}
+
+TEST_F(FileMarkTest, NewFileIsWritten) {
+    const FileMark mark("f");
+    EXPECT_FALSE(mark.IsThere());
+    EXPECT_FALSE(mark.IsWritten());
+    Write("f", "");
+    EXPECT_TRUE(mark.IsThere());
+    EXPECT_TRUE(mark.IsWritten());
+}
+
+TEST_F(FileMarkTest, FileThatIsGoneAndDirectoriesAreNotWritten) {
+    Write("f", "earlier");
+    const FileMark gone("f");
+    std::filesystem::remove("f");
+    EXPECT_FALSE(gone.IsThere());
+    EXPECT_FALSE(gone.IsWritten());
+    const FileMark directory("f");
+    std::filesystem::create_directory("f");
+    EXPECT_FALSE(directory.IsThere());
+    EXPECT_FALSE(directory.IsWritten());
+}
+
+// ---------------------------------------------------------------- the two files
 
 namespace fs = std::filesystem;
 
@@ -101,19 +148,31 @@ TEST_F(ExportFilesTest, PathsAreBoundedInBytes) {
 TEST_F(ExportFilesTest, LeftoversTellThisExportFromAnEarlierOne) {
     Write(Second(), "earlier");
     const ExportFiles files(Export());
-    EXPECT_EQ(files.Leftovers(),
+    EXPECT_EQ(files.Leftovers({}),
               std::vector<std::string>{Second() + ": made by an earlier export, not by this one"});
     Write(First(), "now");
     Write(Second(), "written over");
-    EXPECT_EQ(files.Leftovers(),
+    EXPECT_EQ(files.Leftovers({}),
               (std::vector<std::string>{
                   First() + ": left behind by the failed export, not a whole one",
                   Second() + ": left behind by the failed export, not a whole one"}));
 }
 
+TEST_F(ExportFilesTest, LeftoversThatTheLogSaysWereClosedAreWhole) {
+    const ExportFiles files(Export());
+    Write(First(), "now");
+    Write("log", "Writing file header version 1.1\r\nClosing file\r\n");
+    EXPECT_EQ(files.Leftovers("log"),
+              std::vector<std::string>{First() + ": left behind by the failed export, but whole "
+                                                 "and given to the converter"});
+    Write(Second(), "begun");
+    EXPECT_EQ(files.Leftovers("log").back(),
+              Second() + ": left behind by the failed export, not a whole one");
+}
+
 TEST_F(ExportFilesTest, NothingLeftBehindIsNoLine) {
     fs::create_directory(First());
-    EXPECT_TRUE(ExportFiles(Export()).Leftovers().empty());
+    EXPECT_TRUE(ExportFiles(Export()).Leftovers({}).empty());
     EXPECT_EQ(ExportFiles(Export()).EarlierFiles(), "");
 }
 
@@ -126,6 +185,87 @@ TEST_F(ExportFilesTest, EarlierFilesAreOneLine) {
     EXPECT_EQ(files.EarlierFiles(), First() + ", " + Second() + earlier);
     Write(First(), "now");
     EXPECT_EQ(files.EarlierFiles(), Second() + earlier);
+}
+
+// ---------------------------------------------------------------- faults
+
+using testing::ElementsAre;
+
+std::vector<std::string> Faults(const std::string& beginning, std::size_t count) {
+    std::vector<std::string> lines;
+    for (std::size_t i = 0; i < count; ++i) {
+        lines.push_back(beginning + std::to_string(i));
+    }
+    return lines;
+}
+
+OutputFile FileWith(const char* path, std::vector<std::string> faults) {
+    OutputFile file;
+    file.path = path;
+    file.faults = std::move(faults);
+    return file;
+}
+
+TEST(FaultReport, ConverterAddsOnlyWhatTheFilesDoNotTell) {
+    EXPECT_THAT(FaultReport({FileWith("a", {"a: 1", "a: 1", "a: 2"}), FileWith("b", {"b: 1"})},
+                            {"b: 1", "called out of order", "a: 2"}),
+                ElementsAre("a: 1", "a: 2", "b: 1", "called out of order"));
+}
+
+TEST(FaultReport, RestOfManyFaultsIsCountedFileByFile) {
+    const std::vector<std::string> report = FaultReport(
+        {FileWith("a", Faults("a: ", 20)), FileWith("b", Faults("b: ", 22))}, Faults("c: ", 21));
+    ASSERT_EQ(report.size(), 20u + 21u + 21u);
+    EXPECT_EQ(report[19], "a: 19");
+    EXPECT_EQ(report[39], "b: 19");
+    EXPECT_EQ(report[40], "b: and 2 more faults");
+    EXPECT_EQ(report[61], "haldenexport: and 1 more fault");
+}
+
+// Comparing each line with every other would take minutes.
+TEST(FaultReport, CostGrowsWithTheNumberOfLines) {
+    const std::vector<std::string> lines =
+        Faults("a: a line of a length as lines have it ", 200000);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(FaultReport({FileWith("a", lines)}, lines).size(), 21u);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+}
+
+// ---------------------------------------------------------------- summary
+
+using SummaryTest = InDirectory;
+
+TEST_F(SummaryTest, CountsFilesChunksAndNodes) {
+    ExportFiles files(Path("x.hdo"));
+    Write("x.hdotemp1",
+          support::FileHeader(true) + support::NodeChunk({}) + support::NodeChunk({}));
+    Write("x.hdotemp2", support::FileHeader(false));
+    files.Verify();
+    const std::vector<std::string> lines = Summarize(files.Files(), {3, 0, Path("l.log")});
+    ASSERT_EQ(lines.size(), 4u);
+    EXPECT_EQ(lines[0],
+              Path("x.hdotemp1").string() + ": actor file, 1295 bytes, 2 chunks (2 node)");
+    EXPECT_EQ(lines[1], Path("x.hdotemp2").string() + ": motion file, 7 bytes, 0 chunks");
+    EXPECT_EQ(lines[2], Path("l.log").string() + ": log");
+    EXPECT_EQ(lines[3], "exported 2 of 3 nodes");
+}
+
+TEST_F(SummaryTest, WarningsAreCountedAndMissingThingsLeftOut) {
+    ExportFiles files(Path("x.hdo"));
+    files.Verify();
+    const std::vector<std::string> lines = Summarize(files.Files(), {1, 2, {}});
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0], "exported 0 of 1 node");
+    EXPECT_EQ(lines[1], "2 warnings from reading the scene");
+}
+
+TEST_F(SummaryTest, LostVertexColoursAreSaid) {
+    ExportFiles files(Path("x.hdo"));
+    files.Verify();
+    EXPECT_EQ(Summarize(files.Files(), {1, 0, {}, 1}).back(),
+              "not exported: vertex colours of 1 mesh");
+    EXPECT_EQ(Summarize(files.Files(), {1, 0, {}, 3}).back(),
+              "not exported: vertex colours of 3 meshes");
 }
 
 }  // namespace

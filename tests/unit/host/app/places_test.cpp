@@ -3,12 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <filesystem>
 
 #include "host/app/exit_status.h"
 #include "tests/unit/host/app/support.h"
 
 namespace maxhost::app {
 namespace {
+
+// ---------------------------------------------------------------- places
 
 namespace fs = std::filesystem;
 
@@ -132,6 +135,108 @@ TEST_F(PlacesTest, UserWithoutConfigDirectoryIsTold) {
               "directory");
 }
 
+#endif
+
+// ---------------------------------------------------------------- directories of one run
+
+class PrivateDirectoryTest : public InDirectory {};
+
+TEST_F(PrivateDirectoryTest, GoesWithAllItHolds) {
+    {
+        const PrivateDirectory room(directory_);
+        EXPECT_TRUE(fs::is_directory(room.Path()));
+        EXPECT_EQ(room.Path().parent_path(), directory_);
+        Write(room.Path() / "f", "text");
+    }
+    EXPECT_TRUE(Names().empty());
+}
+
+TEST_F(PrivateDirectoryTest, EachHasItsOwn) {
+    const PrivateDirectory first(directory_), second(directory_);
+    EXPECT_NE(first.Path(), second.Path());
+    EXPECT_EQ(Names().size(), 2u);
+}
+
+TEST_F(PrivateDirectoryTest, NeedsItsParent) {
+    EXPECT_THROW(PrivateDirectory(Path("no")), fs::filesystem_error);
+    Write("f", "");
+    EXPECT_THROW(PrivateDirectory(Path("f")), fs::filesystem_error);
+}
+
+// ---------------------------------------------------------------- settings
+
+class SettingsTest : public InDirectory {};
+
+TEST_F(SettingsTest, FormerSettingsStayWhenNoneWereSaved) {
+    Write("k.cfg", "former");
+    {
+        const DefaultSettings defaults(Path("k.cfg"));
+        EXPECT_TRUE(fs::is_directory(defaults.Directory()));
+        EXPECT_TRUE(fs::is_empty(defaults.Directory()));
+        EXPECT_EQ(Read("k.cfg"), "former");
+    }
+    EXPECT_EQ(Read("k.cfg"), "former");
+    EXPECT_EQ(Names(), std::vector<std::string>{"k.cfg"});
+}
+
+TEST_F(SettingsTest, SavedSettingsReplaceTheFormer) {
+    Write("k.cfg", "former");
+    {
+        const DefaultSettings defaults(Path("k.cfg"));
+        Write(defaults.Directory() / "k.cfg", "new");
+        EXPECT_EQ(Read("k.cfg"), "former");
+    }
+    EXPECT_EQ(Read("k.cfg"), "new");
+    EXPECT_EQ(Names(), std::vector<std::string>{"k.cfg"});
+}
+
+TEST_F(SettingsTest, NoSettingsStayNone) {
+    { const DefaultSettings defaults(Path("k.cfg")); }
+    EXPECT_TRUE(Names().empty());
+}
+
+TEST_F(SettingsTest, RunsSideBySideAreNotInEachOthersWay) {
+    Write("k.cfg", "former");
+    Write("k.cfg.former", "the user's");
+    {
+        const DefaultSettings first(Path("k.cfg"));
+        Write(first.Directory() / "k.cfg", "first");
+        {
+            const DefaultSettings second(Path("k.cfg"));
+            EXPECT_TRUE(fs::is_empty(second.Directory()));
+            Write(second.Directory() / "k.cfg", "second");
+        }
+        EXPECT_EQ(Read("k.cfg"), "second");
+    }
+    EXPECT_EQ(Read("k.cfg"), "first");
+    EXPECT_EQ(Names(), (std::vector<std::string>{"k.cfg", "k.cfg.former"}));
+    EXPECT_EQ(Read("k.cfg.former"), "the user's");
+}
+
+TEST_F(SettingsTest, WithoutAPlaceForThemSettingsAreDropped) {
+    Write("cfg", "not a directory");
+    fs::path used;
+    {
+        const DefaultSettings defaults(Path("cfg") / "k.cfg");
+        used = defaults.Directory();
+        Write(used / "k.cfg", "new");
+    }
+    EXPECT_FALSE(fs::exists(used));
+    EXPECT_EQ(Names(), std::vector<std::string>{"cfg"});
+    EXPECT_EQ(Read("cfg"), "not a directory");
+}
+
+#ifndef _WIN32
+TEST_F(SettingsTest, SymbolicLinksStay) {
+    Write("target.cfg", "former");
+    fs::create_symlink("target.cfg", "k.cfg");
+    {
+        const DefaultSettings defaults(Path("k.cfg"));
+        Write(defaults.Directory() / "k.cfg", "new");
+    }
+    EXPECT_TRUE(fs::is_symlink("k.cfg"));
+    EXPECT_EQ(Read("target.cfg"), "new");
+}
 #endif
 
 }  // namespace

@@ -44,7 +44,7 @@ TEST_F(PlugInLoaderTest, OtherVersionsAreRefused) {
 }
 
 TEST_F(PlugInLoaderTest, PlugInWithoutExporterIsRefused) {
-    plugIn_.superClass = SCENE_IMPORT_CLASS_ID;
+    plugIn_.superClass = 0xA10;
     EXPECT_EQ(Refusal().line, FAKE_PLUGIN ": offers no exporter");
     ResetFakePlugIn().classes = 0;
     EXPECT_EQ(Refusal().line, FAKE_PLUGIN ": offers no exporter");

@@ -6,7 +6,7 @@
 #include <variant>
 
 #include "host/app/exit_status.h"
-#include "host/app/scene_loader.h"
+#include "host/app/loaded_scene.h"
 #include "tests/unit/host/app/support.h"
 
 #ifndef _WIN32
@@ -101,11 +101,18 @@ TEST_F(ProgramTest, SavedSceneExportsTheSameBytes) {
     EXPECT_EQ(Read("a.hdotemp1"), Read("b.hdotemp1"));
 }
 
-TEST_F(ProgramTest, FailedExportIsStatus1) {
+TEST_F(ProgramTest, ActorFileIsCalledWholeWhereOnlyTheMotionFileFailed) {
     std::filesystem::create_directory("x.hdotemp2");
     const Outcome outcome = RunReal("-o x.hdo s.maxscene.json");
     EXPECT_EQ(outcome.status, kExitExportFailed);
-    EXPECT_EQ(Lines(outcome.error).size(), 2u) << outcome.error;
+    EXPECT_THAT(Lines(outcome.error),
+                ElementsAre("hdo-export: " + Path("x.hdo").string() + ": the export failed: " +
+                                Path("x.hdotemp2").string() + " is a directory",
+                            "hdo-export: " + Path("x.hdotemp1").string() +
+                                ": left behind by the failed export, but whole and given to the "
+                                "converter"));
+    ASSERT_EQ(RunReal("-q -o whole.hdo s.maxscene.json").status, kExitDone);
+    EXPECT_EQ(Read("x.hdotemp1"), Read("whole.hdotemp1"));
 }
 
 TEST_F(ProgramTest, BadUsageAndBadScenesAreStatus2) {

@@ -1,4 +1,4 @@
-// Scene files into scene data.
+// The scene of a run: loaded from its file, changed as the command line asks, saved.
 #pragma once
 
 #include <cstddef>
@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "host/app/options.h"
 #include "host/scene/scene.h"
 
 namespace maxhost::app {
@@ -35,5 +36,15 @@ struct LoadChoices {
 // Throws Failure(kExitRefused) that names the file, with what is wrong with it. An animation that
 // is not there is not refused here; the first is loaded.
 LoadedScene LoadScene(const std::string& path, const LoadChoices& choices = {});
+
+// Applies --scale, --frame-rate, --start, --end and --select, and checks that there is what
+// --animation names, which loading has chosen. Throws
+// Failure(kExitRefused) for a node or an animation that is not there, and for a range that ends
+// before it starts.
+void ApplyChoices(const Options& options, LoadedScene& loaded);
+
+// Writes the scene as a scene description. A file of that name is replaced as a whole, or, when
+// writing fails, left as it is; then throws Failure(kExitRefused).
+void SaveScene(const scene::Scene& scene, const std::string& path);
 
 }  // namespace maxhost::app

@@ -1,0 +1,254 @@
+#include "host/app/loaded_scene.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <new>
+#include <string_view>
+#include <unordered_map>
+
+#include "host/app/exit_status.h"
+#include "host/app/places.h"
+#include "host/assimp/import.h"
+#include "host/scene/check.h"
+#include "host/scene/error.h"
+#include "host/scene/scale.h"
+#include "host/scene_file/scene_description.h"
+#include "kta/text.h"
+
+namespace maxhost::app {
+
+// ---------------------------------------------------------------- loading
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
+
+std::string Beginning(const std::string& path) {
+    constexpr std::streamsize kSize = 4096;
+    std::string text(kSize, '\0');
+    std::ifstream file(fs::path(path), std::ios::binary);
+    file.read(text.data(), kSize);
+    text.resize(static_cast<std::size_t>(std::max<std::streamsize>(file.gcount(), 0)));
+    return text;
+}
+
+void CheckReadable(const std::string& path) {
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    if (status.type() == fs::file_type::not_found) {
+        throw Failure(kExitRefused, path, "does not exist, expected a scene file");
+    }
+    if (fs::is_directory(status)) {
+        throw Failure(kExitRefused, path, "is a directory, expected a scene file");
+    }
+    // Opening a FIFO would wait for a writer, and a device may never end.
+    if (fs::exists(status) && !fs::is_regular_file(status)) {
+        throw Failure(kExitRefused, path, "is not a regular file, expected a scene file");
+    }
+    if (!std::ifstream(fs::path(path), std::ios::binary)) {
+        throw Failure(kExitRefused, path, "cannot be opened for reading");
+    }
+}
+
+LoadedScene LoadDescription(const std::string& path) {
+    std::ifstream file(fs::path(path), std::ios::binary);
+    LoadedScene loaded;
+    loaded.scene = import::ReadSceneDescription(file);
+    return loaded;
+}
+
+#ifdef _WIN32
+LoadedScene LoadModel(const std::string&, const LoadChoices&) {
+    throw std::runtime_error(
+        "not a scene description, and model files are not read on Windows, expected a scene "
+        "description (hdo-export --save-scene writes one elsewhere)");
+}
+#else
+LoadedScene LoadModel(const std::string& path, const LoadChoices& choices) {
+    import::ImportedScene imported =
+        import::ImportWithAssimp(path, {choices.animation, choices.frameRate});
+    LoadedScene loaded;
+    loaded.scene = std::move(imported.scene);
+    scene::Check(loaded.scene);
+    loaded.warnings = std::move(imported.warnings);
+    for (const import::AnimationClip& clip : imported.animations) {
+        loaded.animations.push_back({clip.name, clip.seconds});
+    }
+    loaded.coloredMeshes = imported.coloredMeshes;
+    return loaded;
+}
+#endif
+
+}  // namespace
+
+bool IsSceneDescription(const std::string& path) {
+    if (IsNamedAsDescription(path)) {
+        return true;
+    }
+    // A glTF file may carry anything in its extras.
+    if (kta::EndsWithIgnoringCase(path, ".gltf")) {
+        return false;
+    }
+    const std::string beginning = Beginning(path);
+    const std::size_t text = beginning.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
+    const std::size_t first = beginning.find_first_not_of(" \t\r\n", text);
+    return first != std::string::npos && beginning[first] == '{' &&
+           beginning.find("\"maxscene\"") != std::string::npos;
+}
+
+LoadedScene LoadScene(const std::string& path, const LoadChoices& choices) {
+    CheckReadable(path);
+    try {
+        return IsSceneDescription(path) ? LoadDescription(path) : LoadModel(path, choices);
+    } catch (const std::bad_alloc&) {
+        throw Failure(kExitRefused, path, "needs more memory than there is");
+    } catch (const std::exception& error) {
+        throw Failure(kExitRefused, path, error.what());
+    }
+}
+
+// ---------------------------------------------------------------- changes
+
+namespace {
+
+constexpr int kTicksPerSecond = 4800;
+
+// As in: 0 "walk", 1 "run".
+std::string NumberedNames(const std::vector<Animation>& animations) {
+    constexpr std::size_t kMost = 20;
+    std::string text;
+    for (std::size_t i = 0; i < std::min(animations.size(), kMost); ++i) {
+        text += (i > 0 ? ", " : "") + std::to_string(i) + " \"" + kta::Escaped(animations[i].name) +
+                "\"";
+    }
+    return animations.size() > kMost ? text + ", ... (--list shows all)" : text;
+}
+
+void CheckAnimation(const std::string& wanted, const std::vector<Animation>& animations) {
+    std::vector<std::string> names;
+    for (const Animation& animation : animations) {
+        names.push_back(animation.name);
+    }
+    if (import::FindAnimation(wanted, names)) {
+        return;
+    }
+    throw Failure(
+        kExitRefused, "--animation",
+        "\"" + kta::Escaped(wanted) +
+            (names.empty()
+                 ? "\", expected none, the scene has no animations to choose from"
+                 : "\", expected a name or number of the scene's " +
+                       kta::Counted(names.size(), "animation") + ": " + NumberedNames(animations)));
+}
+
+void Scale(float factor, scene::Scene& scene) {
+    try {
+        import::ScaleLengths(scene, factor);
+    } catch (const import::SceneError& error) {
+        throw Failure(kExitRefused, "--scale", std::string("in the scaled scene, ") + error.what());
+    }
+}
+
+void ApplyTime(const Options& options, scene::Time& time) {
+    if (options.frameRate) {
+        time.frameRate = *options.frameRate;
+        time.ticksPerFrame = std::max(1, kTicksPerSecond / *options.frameRate);
+    }
+    time.start = options.start.value_or(time.start);
+    time.end = options.end.value_or(time.end);
+    if ((options.start || options.end) && time.start > time.end) {
+        throw Failure(kExitRefused, options.start ? "--start" : "--end",
+                      "the range would be " + std::to_string(time.start) + " to " +
+                          std::to_string(time.end) +
+                          ", expected one that does not end before it "
+                          "starts");
+    }
+}
+
+void Select(const std::vector<std::string>& names, scene::Scene& scene) {
+    std::unordered_map<std::string, std::vector<int>> nodesByName;
+    for (std::size_t i = 0; i < scene.nodes.size(); ++i) {
+        nodesByName[scene.nodes[i].name].push_back(static_cast<int>(i));
+        scene.nodes[i].selected = false;
+    }
+    scene.selection.clear();
+    for (const std::string& name : names) {
+        const auto found = nodesByName.find(name);
+        if (found == nodesByName.end()) {
+            throw Failure(kExitRefused, "--select",
+                          "\"" + name + "\", expected a node's name (--list shows them)");
+        }
+        for (const int index : found->second) {
+            scene::Node& node = scene.nodes[static_cast<std::size_t>(index)];
+            if (!node.selected) {
+                node.selected = true;
+                scene.selection.push_back(index);
+            }
+        }
+    }
+}
+
+}  // namespace
+
+void ApplyChoices(const Options& options, LoadedScene& loaded) {
+    if (options.animation) {
+        CheckAnimation(*options.animation, loaded.animations);
+    }
+    if (options.scale != 1) {
+        Scale(options.scale, loaded.scene);
+    }
+    ApplyTime(options, loaded.scene.time);
+    if (!options.select.empty()) {
+        Select(options.select, loaded.scene);
+    }
+}
+
+// ---------------------------------------------------------------- saving
+
+namespace {
+
+[[noreturn]] void Refuse(const std::string& path, const std::string& reason) {
+    throw Failure(kExitRefused, path, "the scene cannot be saved: " + reason);
+}
+
+fs::path Target(const std::string& path) {
+    const fs::path target = BehindLinks(path);
+    std::error_code error;
+    const fs::file_status status = fs::status(target, error);
+    if (fs::exists(status) && !fs::is_regular_file(status)) {
+        throw Failure(kExitRefused, path, "is not a regular file, expected a file to write to");
+    }
+    return target;
+}
+
+void Write(const scene::Scene& scene, const fs::path& file, const std::string& path) {
+    std::ofstream out(file, std::ios::binary);
+    try {
+        import::WriteSceneDescription(scene, out);
+    } catch (const import::SceneError& error) {
+        Refuse(path, error.what());
+    }
+    out.close();
+    if (!out) {
+        Refuse(path, "writing failed");
+    }
+}
+
+}  // namespace
+
+void SaveScene(const scene::Scene& scene, const std::string& path) {
+    const fs::path target = Target(path);
+    try {
+        const PrivateDirectory room(target.has_parent_path() ? target.parent_path() : ".");
+        const fs::path made = room.Path() / "scene";
+        Write(scene, made, path);
+        fs::rename(made, target);
+    } catch (const fs::filesystem_error& error) {
+        Refuse(path, "no file can be made there (" + error.code().message() + ")");
+    }
+}
+
+}  // namespace maxhost::app
