@@ -22,11 +22,6 @@ ImportedScene ImportWithAssimp(const std::string& path, const ImportChoices& cho
 // alone, so an import may succeed where this says no.
 bool AssimpKnows(const std::string& path);
 
-// The position of the animation. A name counts before a number: "1" is the first animation of that
-// name, and animation 1 (counted from 0) only where none has it. Nothing: there is no such.
-std::optional<std::size_t> FindAnimation(const std::string& wanted,
-                                         const std::vector<std::string>& names);
-
 // ---------------------------------------------------------------- the steps, for tests
 
 // Reads the file as ImportWithAssimp() does, with triangles where it has polygons. The scene is the

@@ -1,10 +1,13 @@
 // A scene as an import hands it over, and the choices that it is made by.
 #pragma once
 
+#include <algorithm>
+#include <charconv>
 #include <cstddef>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "host/scene/scene.h"
@@ -41,5 +44,20 @@ struct ImportedScene {
     std::vector<AnimationClip> animations;
     std::size_t coloredMeshes = 0;
 };
+
+// The position of the animation. A name counts before a number: "1" is the first animation of that
+// name, and animation 1 (counted from 0) only where none has it. Nothing: there is no such.
+inline std::optional<std::size_t> FindAnimation(const std::string& wanted,
+                                                const std::vector<std::string>& names) {
+    const auto named = std::find(names.begin(), names.end(), wanted);
+    if (named != names.end()) {
+        return static_cast<std::size_t>(named - names.begin());
+    }
+    std::size_t number = 0;
+    const char* const end = wanted.data() + wanted.size();
+    const auto [stop, error] = std::from_chars(wanted.data(), end, number);
+    const bool isNumber = error == std::errc() && stop == end;
+    return isNumber && number < names.size() ? std::optional(number) : std::nullopt;
+}
 
 }  // namespace maxhost::import
