@@ -1,10 +1,10 @@
-// A JSON text as a tree that remembers what a DOM of maps forgets: fields in their order, fields
-// given twice, and the place of every value. One flat array holds all values in the order of the
-// text, so that a mesh of a million faces costs 16 bytes a number.
+// Reads JSON text for callers that must name the place of every fault.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -55,6 +55,9 @@ class JsonValue {
     std::size_t at_;
 };
 
+// A JSON text as a tree that remembers what a DOM of maps forgets: fields in their order, fields
+// given twice, and the place of every value. One flat array holds all values in the order of the
+// text, so that a mesh of a million faces costs 16 bytes a number.
 class JsonTree {
   public:
     // Throws SceneError: for text that is not JSON (UTF-8, nothing before or after the value), for
@@ -85,6 +88,60 @@ class JsonTree {
 
     std::vector<Entry> entries_;
     std::string texts_;
+};
+
+// Each throws SceneError for a value of another kind or out of the range.
+bool ReadBoolean(JsonValue value);
+float ReadReal(JsonValue value);
+std::string ReadText(JsonValue value);
+std::int64_t ReadWhole(JsonValue value, std::int64_t least, std::int64_t most);
+std::uint32_t ReadWord(JsonValue value);  // a number or "0x..."
+void ExpectList(JsonValue value, std::size_t size, std::string_view expected);
+
+// A position that stands as a field's name, as in {"5": ...}: decimal digits without leading zeros.
+std::optional<std::uint32_t> ReadPositionName(std::string_view name);
+
+// Names in a message: "a", "b" or "c"; empty ones are left out.
+std::string ListNames(std::span<const std::string_view> names);
+
+// The fields of one object, asked for by name.
+class JsonObject {
+  public:
+    // Refuses what is not an object; `expected` names the thing, as in "a node".
+    JsonObject(JsonValue object, std::string_view expected);
+
+    // The value, or nothing where the field is absent or null.
+    std::optional<JsonValue> Find(std::string_view name);
+    // The same, but Close() will refuse the object where there is nothing; `what` gives the words
+    // for what was expected.
+    std::optional<JsonValue> Require(std::string_view name, std::string (*what)());
+    // The value as it stands, null included.
+    std::optional<JsonValue> FindOrNull(std::string_view name);
+    // Whether the field is there and not null; does not make the name a known one.
+    bool Has(std::string_view name) const;
+
+    // The position in `names` of what the field "class" says; an empty name stands for a class that
+    // cannot be written. Refuses any other text, and an object without the field.
+    std::size_t Class(std::span<const std::string_view> names);
+
+    // To be called when all fields have been asked for: refuses the first unknown field, else the
+    // first required one that is missing.
+    void Close() const;
+
+    // Throws the SceneError for a field that is absent or null.
+    [[noreturn]] void RefuseMissing(std::string_view name, std::string_view expected) const;
+
+  private:
+    std::optional<JsonValue> Look(std::string_view name) const;
+
+    struct Missing {
+        std::string_view name;
+        std::string (*what)();
+    };
+
+    JsonValue object_;
+    std::vector<std::string_view> known_;
+    std::optional<Missing> missing_;
 };
 
 }  // namespace maxhost::import
