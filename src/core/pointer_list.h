@@ -4,7 +4,7 @@
 #define PLINTH_POINTER_LIST_H
 
 #include "core/array.h"
-#include "core/pointer_index.h"
+#include "core/hash_table.h"
 #include "core/types.h"
 
 namespace Plinth {
@@ -18,8 +18,11 @@ class PointerList {
 
     // The 0-based position of an entry; -1 when it is not in the list.
     Int32 Find(const T* entry) const {
-        Int32 position = -1;
-        return index.Find(entry, position) ? position : -1;
+        HashTable::Walk walk(table, Hash(entry));
+        while (walk.Current() >= 0 && entries[walk.Current()] != entry) {
+            walk.Advance();
+        }
+        return walk.Current();
     }
 
     // Appends an entry that is not in the list yet; returns its position in either case. Without
@@ -29,27 +32,28 @@ class PointerList {
         if (known >= 0) {
             return known;
         }
-        const Int32 position = entries.Count();
         entries.MakeRoom();
-        index.Set(entry, position);
+        table.Add(Hash(entry));
         entries.Add(entry);
-        return position;
+        return entries.Count() - 1;
     }
 
     // Room for `count` entries in all.
     void Reserve(Int32 count) {
         entries.Reserve(count);
-        index.Reserve(count);
+        table.Reserve(count);
     }
 
     void Clear() {
         entries.Clear();
-        index.Clear();
+        table.Clear();
     }
 
   private:
-    Array<T*> entries;
-    PointerIndex index;
+    static UInt32 Hash(const T* entry) { return HashOf(AddressKey(entry), 0); }
+
+    Array<T*> entries;  // by number in `table`
+    HashTable table;
 };
 
 }  // namespace Plinth

@@ -6,7 +6,7 @@
 #include <max.h>
 
 #include "core/array.h"
-#include "core/key_index.h"
+#include "core/hash_table.h"
 #include "core/pointer_list.h"
 #include "core/types.h"
 #include "format/records.h"

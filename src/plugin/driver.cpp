@@ -4,8 +4,8 @@
 
 #include <new>
 
+#include "core/hash_table.h"
 #include "core/log.h"
-#include "core/pointer_index.h"
 #include "export/export_pass.h"
 #include "plugin/converter.h"
 #include "plugin/kta_exp.h"
@@ -40,11 +40,11 @@ class ProgressBar {
 // Adds to `tops` the node that is reached from a selected one by climbing while the parent is
 // selected. Nodes on the way are remembered in `known` with the position of what was found, so that
 // a long selected chain is climbed once.
-void AddTopmostSelected(INode* node, NodeList& tops, Plinth::PointerIndex& known) {
+void AddTopmostSelected(INode* node, NodeList& tops, Plinth::KeyIndex& known) {
     Plinth::Array<INode*> climbed;
     Plinth::Int32 position = -1;
     for (;;) {
-        if (known.Find(node, position)) {
+        if (known.Find(Plinth::AddressKey(node), position)) {
             break;
         }
         climbed.AddAmortized(node);
@@ -56,7 +56,7 @@ void AddTopmostSelected(INode* node, NodeList& tops, Plinth::PointerIndex& known
         node = parent;
     }
     for (Plinth::Int32 i = 0; i < climbed.Count(); ++i) {
-        known.Set(climbed[i], position);
+        known.Set(Plinth::AddressKey(climbed[i]), position);
     }
 }
 
@@ -70,7 +70,7 @@ void GatherRoots(Interface* ip, bool selectedOnly, NodeList& roots) {
         return;
     }
     roots.Reserve(ip->GetSelNodeCount());
-    Plinth::PointerIndex known;
+    Plinth::KeyIndex known;
     for (int i = 0; i < ip->GetSelNodeCount(); ++i) {
         AddTopmostSelected(ip->GetSelNode(i), roots, known);
     }

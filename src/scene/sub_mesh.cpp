@@ -10,7 +10,7 @@ using Plinth::UInt64;
 
 namespace {
 
-enum { kUnnumbered = 666, kFirstCapacity = 64, kMostChains = 1 << 30 };
+enum { kUnnumbered = 666, kFirstCapacity = 64 };
 
 bool IsNumber(Float32 value) {
     return value == value;
@@ -113,12 +113,12 @@ CornerVertex SubMeshList::CornerAt(Int32 position) const {
 
 // The position of the vertex that the corner matches; -1 when there is none.
 Int32 SubMeshList::Find(Int32 subMesh, const CornerVertex& corner) const {
-    if (chains.Count() == 0 || corner.numPairs != numPairs) {
+    if (corner.numPairs != numPairs) {
         return -1;
     }
-    const UInt32 chain = Hash(subMesh, corner) & static_cast<UInt32>(chains.Count() - 1);
-    for (Int32 next = chains[chain]; next != 0; next = links[next - 1].next) {
-        const Int32 position = next - 1;
+    Plinth::HashTable::Walk walk(matches, Hash(subMesh, corner));
+    for (; walk.Current() >= 0; walk.Advance()) {
+        const Int32 position = walk.Current();
         ++comparisons;
         if (links[position].subMesh == subMesh &&
             vertices[position].originalVertex == corner.record.originalVertex &&
@@ -135,22 +135,16 @@ bool SubMeshList::AddVertex(Int32 subMesh, const CornerVertex& corner) {
     if (position == vertices.Capacity() && !GrowVertices()) {
         return false;
     }
-    const Link link = {subMesh, kUnnumbered, 0};
+    const Link link = {subMesh, kUnnumbered};
     vertices.Add(corner.record);
     links.Add(link);
     for (Int32 i = 0; i < 2 * numPairs; ++i) {
         uvs.Add(corner.uvs[i]);
     }
+    // What matches nothing gets a hash of its own: many of one hash would be walked again and
+    // again.
+    matches.Add(CanMatch(corner) ? Hash(subMesh, corner) : static_cast<UInt32>(position));
     ++subMeshes[subMesh].storedVertices;
-    if (!CanMatch(corner)) {
-        // It stays out of the chains: many of them would make one long chain.
-        return true;
-    }
-    if (position >= chains.Count() && chains.Count() < kMostChains) {
-        GrowChains();
-    } else {
-        Chain(position);
-    }
     return true;
 }
 
@@ -169,34 +163,16 @@ bool SubMeshList::GrowVertices() {
     }
     vertices.Reserve(capacity);
     links.Reserve(capacity);
+    matches.Reserve(capacity);
     uvs.Reserve(capacity * 2 * numPairs);
     return true;
-}
-
-// Doubles the number of chains and distributes all vertices anew.
-void SubMeshList::GrowChains() {
-    const Int32 count = chains.Count() > 0 ? 2 * chains.Count() : 2 * kFirstCapacity;
-    chains.Clear();
-    chains.Reserve(count);
-    chains.Resize(count);
-    for (Int32 i = 0; i < vertices.Count(); ++i) {
-        if (CanMatch(CornerAt(i))) {
-            Chain(i);
-        }
-    }
-}
-
-void SubMeshList::Chain(Int32 position) {
-    const UInt32 hash = Hash(links[position].subMesh, CornerAt(position));
-    Int32& first = chains[static_cast<Int32>(hash & static_cast<UInt32>(chains.Count() - 1))];
-    links[position].next = first;
-    first = position + 1;
 }
 
 void SubMeshList::NumberVertices() {
     // What was reserved for corners that turned out to match is given back.
     vertices.Reserve(vertices.Count());
     links.Reserve(links.Count());
+    matches.Reserve(matches.Count());
     uvs.Reserve(uvs.Count());
 
     Plinth::Array<Int32> sorted;

@@ -4,7 +4,7 @@
 #define SCENE_SUB_MESH_H
 
 #include "core/array.h"
-#include "core/key_index.h"
+#include "core/hash_table.h"
 #include "core/types.h"
 #include "format/records.h"
 
@@ -37,9 +37,8 @@ struct SubMeshFace {
 //
 // Two corners are one vertex where they belong to the same sub-mesh and original vertex, their
 // normals and texture coordinates are equal component by component (-0 equals 0, what is not a
-// number equals nothing), and they have as many of these. A hash over all of that finds the vertex
-// (chaining, Knuth, The Art of Computer Programming 3, 6.4), so the cost of a corner does not
-// depend on how many share its original vertex.
+// number equals nothing), and they have as many of these. A hash over all of that finds the vertex,
+// so the cost of a corner does not depend on how many share its original vertex.
 //
 // Where a count does not fit its type, Reserve and AddFace give false; the list is of no use then,
 // nor where memory is missing, which throws std::bad_alloc.
@@ -83,7 +82,6 @@ class SubMeshList {
     struct Link {
         Plinth::Int32 subMesh;
         Plinth::Int32 outputIndex;
-        Plinth::Int32 next;  // in the chain, as the position + 1; 0 ends it
     };
 
     Plinth::Int32 SubMeshOf(Plinth::Int32 material);
@@ -91,8 +89,6 @@ class SubMeshList {
     Plinth::Int32 Find(Plinth::Int32 subMesh, const CornerVertex& corner) const;
     bool AddVertex(Plinth::Int32 subMesh, const CornerVertex& corner);
     bool GrowVertices();
-    void GrowChains();
-    void Chain(Plinth::Int32 position);
     void SortByOriginalVertex(Plinth::Array<Plinth::Int32>& sorted) const;
 
     Plinth::Array<SubMesh> subMeshes;
@@ -103,7 +99,7 @@ class SubMeshList {
     Plinth::Array<KTAVertex> vertices;  // in the order in which they were met, as in the next two
     Plinth::Array<Plinth::Float32> uvs;
     Plinth::Array<Link> links;
-    Plinth::Array<Plinth::Int32> chains;  // by hash, as Link::next; as many as a power of two
+    Plinth::HashTable matches;  // a number a vertex
 
     Plinth::Array<Plinth::Int32> order;  // positions of vertices, sub-mesh after sub-mesh
     Plinth::Array<SubMeshFace> faces;    // sub-mesh after sub-mesh

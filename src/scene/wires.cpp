@@ -2,10 +2,18 @@
 
 #include <string.h>
 
-using Plinth::HashChains;
-using Plinth::HashOfPair;
+using Plinth::HashTable;
 using Plinth::Int32;
+using Plinth::UInt32;
 using Plinth::UInt8;
+
+namespace {
+
+UInt32 HashOfKeys(const Control* first, const Control* second) {
+    return Plinth::HashOf(Plinth::AddressKey(first), Plinth::AddressKey(second));
+}
+
+}  // namespace
 
 const char* MotionVariableName(int part, int component) {
     static const char* const kNames[3][3] = {{"X_Position", "Y_Position", "Z_Position"},
@@ -27,13 +35,13 @@ void PendingWires::AddLink(Control* driver, const WireEnd& end) {
     links.AddAmortized(link);
     const Record record = {end.wire, end.node, links.Count() - 1, static_cast<UInt8>(end.part),
                            static_cast<UInt8>(end.component)};
-    bySecond.Add(HashOfPair(driver, NULL));
+    bySecond.Add(HashOfKeys(driver, NULL));
     AddRecord(record, driver);
 }
 
 void PendingWires::AddRecord(const Record& record, const Control* second) {
     records.AddAmortized(record);
-    byKeys.Add(HashOfPair(record.first, second));
+    byKeys.Add(HashOfKeys(record.first, second));
 }
 
 bool PendingWires::Take(const Control* first, const Control* second, WireEnd& end) {
@@ -48,15 +56,15 @@ bool PendingWires::Take(const Control* first, const Control* second, WireEnd& en
 }
 
 bool PendingWires::TakeBySecond(const Control* second, WireEnd& end) {
-    HashChains::Walk walk(bySecond, HashOfPair(second, NULL));
+    HashTable::Walk walk(bySecond, HashOfKeys(second, NULL));
     while (walk.Current() >= 0) {
         ++numVisited;
         const Link& link = links[walk.Current()];
         if (records[link.record].node == NULL) {
-            walk.Remove();
+            bySecond.Remove(walk);
         } else if (link.second == second) {
             TakeRecord(link.record, end);
-            walk.Remove();
+            bySecond.Remove(walk);
             return true;
         } else {
             walk.Advance();
@@ -71,13 +79,13 @@ const Control* PendingWires::SecondKey(const Record& record) const {
 
 // The oldest record of these keys; kNone: there is none.
 Int32 PendingWires::Find(const Control* first, const Control* second) {
-    HashChains::Walk walk(byKeys, HashOfPair(first, second));
+    HashTable::Walk walk(byKeys, HashOfKeys(first, second));
     while (walk.Current() >= 0) {
         ++numVisited;
         const Int32 position = walk.Current();
         const Record& record = records[position];
         if (record.node == NULL) {
-            walk.Remove();
+            byKeys.Remove(walk);
         } else if (record.first == first && SecondKey(record) == second) {
             return position;
         } else {

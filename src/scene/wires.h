@@ -6,7 +6,7 @@
 #include <max.h>
 
 #include "core/array.h"
-#include "core/hash_chains.h"
+#include "core/hash_table.h"
 #include "core/types.h"
 
 // The name of a channel: `part` 0 is position, 1 rotation, 2 scale; `component` 0 is X, 1 Y, 2 Z.
@@ -78,9 +78,9 @@ class PendingWires {
     void TakeRecord(Plinth::Int32 position, WireEnd& end);
 
     Plinth::Array<Record> records;
-    Plinth::HashChains byKeys;  // one number a record
+    Plinth::HashTable byKeys;  // one number a record
     Plinth::Array<Link> links;
-    Plinth::HashChains bySecond;  // one number a link
+    Plinth::HashTable bySecond;  // one number a link
     Plinth::Int32 numTaken;
     Plinth::UInt64 numVisited;
 };

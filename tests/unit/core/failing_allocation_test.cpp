@@ -10,7 +10,6 @@
 #include "core/exception.h"
 #include "core/log.h"
 #include "core/memory_manager.h"
-#include "core/pointer_index.h"
 #include "core/pointer_list.h"
 #include "core/string.h"
 #include "temporary_directory.h"
@@ -144,30 +143,29 @@ TEST_F(FailingAllocation, ArraysStayAsTheyAre) {
     EXPECT_EQ(array[1], 2);
 }
 
-TEST_F(FailingAllocation, PointerIndexStaysAsItIs) {
-    int objects[9] = {};
-    Plinth::PointerIndex index;
-    for (int i = 0; i < 8; ++i) {
-        index.Set(objects + i, i);
+// Where memory ends at each of the index's requests in turn.
+TEST_F(FailingAllocation, KeyIndexStaysAsItIs) {
+    for (int failing = 0; failing < 3; ++failing) {
+        Plinth::KeyIndex index;
+        for (int i = 0; i < 16; ++i) {
+            index.Set(i, i);
+        }
+        const FailingReallocations refusing(failing);
+        EXPECT_THROW(index.Set(16, 16), std::bad_alloc);
+        EXPECT_THROW(index.Reserve(100), std::bad_alloc);
+        index.Set(0, 100);
+        int value = -1;
+        EXPECT_FALSE(index.Find(16, value));
+        ASSERT_TRUE(index.Find(0, value));
+        EXPECT_EQ(value, 100);
+        EXPECT_EQ(index.Count(), 16);
     }
-    const FailingReallocations failing(0);
-    EXPECT_THROW(index.Set(objects + 8, 8), std::bad_alloc);
-    EXPECT_THROW(index.Reserve(100), std::bad_alloc);
-    EXPECT_EQ(failing.Refused(), 2);
-    index.Set(objects, 100);
-    int value = -1;
-    EXPECT_FALSE(index.Find(objects + 8, value));
-    ASSERT_TRUE(index.Find(objects, value));
-    EXPECT_EQ(value, 100);
-    Plinth::PointerIndex empty;
-    EXPECT_THROW(empty.Set(objects, 0), std::bad_alloc);
-    EXPECT_EQ(empty.Count(), 0);
 }
 
 // Where memory ends at each of the list's requests in turn.
 TEST_F(FailingAllocation, PointerListStaysAsItIs) {
     int objects[2] = {};
-    for (int failing = 0; failing < 2; ++failing) {
+    for (int failing = 0; failing < 3; ++failing) {
         Plinth::PointerList<int> list;
         {
             const FailingReallocations refusing(failing);
@@ -178,7 +176,7 @@ TEST_F(FailingAllocation, PointerListStaysAsItIs) {
         EXPECT_EQ(list.Find(&objects[0]), -1);
         EXPECT_EQ(list.Add(&objects[1]), 0);
         EXPECT_EQ(list.Add(&objects[0]), 1);
-        const FailingReallocations refusing(failing);
+        const FailingReallocations refusing(0);
         EXPECT_THROW(list.Reserve(100), std::bad_alloc);
         EXPECT_EQ(list.Add(&objects[0]), 1);
         EXPECT_EQ(list.Count(), 2);

@@ -13,8 +13,8 @@
 #include <vector>
 
 #include "core/array.h"
+#include "core/hash_table.h"
 #include "core/log.h"
-#include "core/pointer_index.h"
 #include "core/string.h"
 #include "tests/support/debug_output.h"
 #include "wrapped_calls.h"
@@ -87,8 +87,8 @@ TEST(MemoryManagerRequests, ArraysAreCategory2) {
     EXPECT_TRUE(AllFor(2, requests.Take()));
     array.Reserve(20);
     EXPECT_TRUE(AllFor(2, requests.Take()));
-    Plinth::PointerIndex index;
-    index.Set(&array, 1);
+    Plinth::KeyIndex index;
+    index.Set(Plinth::AddressKey(&array), 1);
     EXPECT_TRUE(AllFor(2, requests.Take()));
     index.Reserve(100);
     EXPECT_TRUE(AllFor(2, requests.Take()));
