@@ -10,7 +10,7 @@
 
 namespace corpus {
 
-// What differs; ends the comparison.
+// Names a difference and ends the comparison.
 struct Difference : std::runtime_error {
     using std::runtime_error::runtime_error;
 };

@@ -1,4 +1,4 @@
-// What Assimp gives the importer of a model, seen as a viewer would show it: nodes posed by a clip,
+// A model as Assimp gives it to the importer and as a viewer would show it: nodes posed by a clip,
 // the directions that the file calls right and up. Shares no code with the importer's conversion.
 #pragma once
 

@@ -31,8 +31,8 @@ bool IsListed(const aiNode& parent, const aiNode* child) {
     return child && std::find(begin, end, child) != end;
 }
 
-// What hangs below the node, which stands in `list`, null for the root: Assimp lists the bones of
-// MDL files below one node, each of which names one before it as its parent.
+// The nodes that hang below the node, which stands in `list`, null for the root: Assimp lists the
+// bones of MDL files below one node, each of which names one before it as its parent.
 std::vector<const aiNode*> ChildrenOf(const aiNode& node, const aiNode* list) {
     std::vector<const aiNode*> children;
     for (unsigned i = 0; i < node.mNumChildren; ++i) {

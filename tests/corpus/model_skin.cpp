@@ -13,7 +13,7 @@ Vector ToDouble(const aiVector3D& v) {
     return {v.x, v.y, v.z};
 }
 
-// What is not finite is imported as 0.
+// Numbers that are not finite are imported as 0.
 Vector Finite(const aiVector3D& v) {
     return {std::isfinite(v.x) ? v.x : 0, std::isfinite(v.y) ? v.y : 0,
             std::isfinite(v.z) ? v.z : 0};

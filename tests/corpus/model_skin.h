@@ -1,4 +1,4 @@
-// Where the vertices of a model stand that bones or blend shapes move.
+// The places of a model's vertices that bones or blend shapes move.
 #pragma once
 
 #include <assimp/scene.h>

@@ -35,7 +35,7 @@ struct KeyframedTrack {
     std::array<std::vector<CurveKey>, 3> axes;
 };
 
-// What a motion part says of one of its three components; at most one track of each is set.
+// The tracks of one of a motion part's three components; at most one of each is set.
 struct Tracks {
     std::optional<SampledTrack> sampled;
     std::optional<KeyframedTrack> keyframed;
