@@ -87,7 +87,7 @@ void PrepareNodes(ExportPass& pass, INode* node, int& counter) {
         static_cast<void>(state);
         if (!g_motionPass) {
             Mtl* const material = next->GetMtl();
-            pass.sceneMaterials.Add(material != NULL ? material : pass.defaultMaterials.Get(next));
+            pass.sceneMaterials.Add(material != NULL ? material : pass.defaultMaterials.Make(next));
         }
     }
 }

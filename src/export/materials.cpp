@@ -30,30 +30,32 @@ DefaultMaterials::~DefaultMaterials() {
     }
 }
 
-Mtl* DefaultMaterials::Get(INode* node) {
-    Mtl* known = Find(node);
-    if (known != NULL) {
-        return known;
-    }
+Mtl* DefaultMaterials::Make(INode* node) {
     char name[32];
-    Plinth::FormatInto(name, sizeof(name), "Wire Color %d", materials.Count() + 1);
+    Plinth::FormatInto(name, sizeof(name), "Wire Color %d", nodes.Count() + 1);
     materials.MakeRoom();
-    StdMat* material = NewDefaultStdMat();
+    StdMat* const material = NewDefaultStdMat();
     materials.Add(material);
     material->SetDiffuse(Color(node->GetWireColor()), 0);
     material->SetName(CStr(name));
-    nodes.Add(node);
+    const Plinth::Int32 position = nodes.Add(node);
+    if (position == materialOfNode.Count()) {
+        materialOfNode.AddAmortized(material);
+    } else {
+        materialOfNode[position] = material;
+    }
     return material;
 }
 
 Mtl* DefaultMaterials::Find(INode* node) const {
     const Plinth::Int32 position = nodes.Find(node);
-    return position < 0 ? NULL : materials[position];
+    return position < 0 ? NULL : materialOfNode[position];
 }
 
 void DefaultMaterials::Reserve(Plinth::Int32 count) {
-    nodes.Reserve(count);
     materials.Reserve(count);
+    nodes.Reserve(count);
+    materialOfNode.Reserve(count);
 }
 
 void MaterialTable::Add(Mtl* material, Plinth::Int32 listIndex, Plinth::Int32 subIndex,
@@ -163,10 +165,11 @@ void StoreCoordinates(KTAMaterialLayer& record, StdUVGen* generator) {
     }
 }
 
-void LogLayer(const KTAMaterialLayer& record) {
+// The number of the layer's material need not fit into the record.
+void LogLayer(const KTAMaterialLayer& record, Plinth::Int32 parentMaterial) {
     Plinth::Log("Writing material layer:");
     Plinth::Log("  + Texture         = %s", record.textureFileName);
-    Plinth::Log("  + Parent material = %d", record.parentMaterial);
+    Plinth::Log("  + Parent material = %d", parentMaterial);
     Plinth::Log("  + Amount          = %f", record.amount);
     Plinth::Log("  + Layer type      = %d", record.layerType);
 }
@@ -211,7 +214,7 @@ void WriteLayer(ExportPass& pass, BitmapTex* bitmap, float amount) {
     record.parentMaterial = static_cast<Plinth::Int16>(pass.numMaterials - 1);
     record.amount = pass.layerType == kLayerBump ? amount * kBumpScale : amount;
     StoreCoordinates(record, bitmap->GetUVGen());
-    LogLayer(record);
+    LogLayer(record, pass.numMaterials - 1);
     pass.writer.WriteChunk(record);
     pass.materialTable.CountLayer();
 }

@@ -28,10 +28,11 @@ class DefaultMaterials {
     DefaultMaterials() {}
     ~DefaultMaterials();
 
-    // The material of a node without one; made at the first call for a node. It shows the node's
-    // wire colour and is named "Wire Color " and a number, in order of creation from 1.
-    Mtl* Get(INode* node);
-    // Null when Get has not been called for the node.
+    // A new material for a node without one, in the node's wire colour. It is named "Wire Color "
+    // and the number of nodes that have had one before, plus 1. A node that comes again gets
+    // another one, and has that one from then on.
+    Mtl* Make(INode* node);
+    // The one that the node has; null without any.
     Mtl* Find(INode* node) const;
 
     // Makes room for the materials of that many nodes.
@@ -41,8 +42,9 @@ class DefaultMaterials {
     DefaultMaterials(const DefaultMaterials&);
     DefaultMaterials& operator=(const DefaultMaterials&);
 
+    Plinth::Array<Mtl*> materials;  // owned; all that were made
     Plinth::PointerList<INode> nodes;
-    Plinth::Array<Mtl*> materials;  // owned; by position in `nodes`
+    Plinth::Array<Mtl*> materialOfNode;  // by position in `nodes`
 };
 
 // A written material; the "Extra material" has no entry.

@@ -28,14 +28,22 @@ float RowLength(const Point3& row) {
     return static_cast<float>(sqrt(x * x + y * y + z * z));
 }
 
+// The plain sign of the rows' triple product, also where rounding alone decides it.
+bool IsMirroring(const Matrix3& matrix) {
+    const Point3 row0 = matrix.GetRow(0), row1 = matrix.GetRow(1), row2 = matrix.GetRow(2);
+    const double a[3] = {row0.x, row0.y, row0.z};
+    const double b[3] = {row1.x, row1.y, row1.z};
+    const double c[3] = {row2.x, row2.y, row2.z};
+    return a[0] * (b[1] * c[2] - b[2] * c[1]) + a[1] * (b[2] * c[0] - b[0] * c[2]) +
+               a[2] * (b[0] * c[1] - b[1] * c[0]) <
+           0.0;
+}
+
 // The lengths of the rows, all negative for a mirroring matrix.
 Point3 RowScale(const Matrix3& matrix) {
-    Point3 scale(RowLength(matrix.GetRow(0)), RowLength(matrix.GetRow(1)),
-                 RowLength(matrix.GetRow(2)));
-    if (IsMirroring(matrix)) {
-        scale = Point3(-scale.x, -scale.y, -scale.z);
-    }
-    return scale;
+    const float sign = IsMirroring(matrix) ? -1.0f : 1.0f;
+    return Point3(sign * RowLength(matrix.GetRow(0)), sign * RowLength(matrix.GetRow(1)),
+                  sign * RowLength(matrix.GetRow(2)));
 }
 
 void StoreNames(KTANode& record, INode* node) {

@@ -482,15 +482,11 @@ Quat ToSdk(const Quaternion& a) {
 
 }  // namespace
 
-bool IsMirroring(const Matrix3& matrix) {
-    return Determinant(ColumnsOf(matrix)) < 0.0;
-}
-
 void DecomposeTransform(const Matrix3& matrix, AffineParts& parts) {
     const Matrix33 a = ColumnsOf(matrix);
     Matrix33 q = OrthogonalFactor(a);
     const Matrix33 stretch = StretchFactor(q, a);
-    const bool mirrors = IsMirroring(matrix);
+    const bool mirrors = Determinant(a) < 0.0;
     if (mirrors) {
         for (int i = 0; i < 9; ++i) {
             q.m[i / 3][i % 3] = 0.0 - q.m[i / 3][i % 3];

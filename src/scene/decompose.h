@@ -9,13 +9,10 @@
 // Takes a row-vector matrix apart so that, applied in this order,
 //     matrix = (inverse(u) * diag(k) * u) * f * q * t
 // where u and q are the SDK's quaternions (their conversion to a matrix gives the row-vector
-// matrix), f is -1 for a mirroring matrix and 1 otherwise, and t is the fourth row. Of all the
-// orders and turns of the stretch axes the one nearest to the coordinate axes is taken. Any finite
-// matrix, flat and singular ones included, is the product of its parts.
+// matrix), f is -1 for a mirroring matrix and 1 otherwise, and t is the fourth row. A matrix that
+// rounding cannot tell from a singular one counts as not mirroring. Of all the orders and turns of
+// the stretch axes the one nearest to the coordinate axes is taken. Any finite matrix, flat and
+// singular ones included, is the product of its parts.
 void DecomposeTransform(const Matrix3& matrix, AffineParts& parts);
-
-// Whether the triple product of the rows is negative. A singular matrix is not mirroring, also
-// where rounding makes its product differ from zero.
-bool IsMirroring(const Matrix3& matrix);
 
 #endif

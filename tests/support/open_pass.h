@@ -1,4 +1,4 @@
-// A pass whose operations can be called one by one.
+// A pass whose operations can be called one by one, and what they log.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -6,7 +6,10 @@
 #include <cstdio>
 #include <filesystem>
 #include <string>
+#include <vector>
 
+#include "core/log.h"
+#include "core/string.h"
 #include "export/export_pass.h"
 #include "host/sdk/host.h"
 #include "tests/support/temporary_directory.h"
@@ -46,6 +49,32 @@ class OpenPass {
     TemporaryDirectory directory_;
     const std::string path_ = directory_.PathOf("file");
     ExportPassHolder pass_;
+};
+
+// Takes down what is logged while it lives.
+class LoggedLines {
+  public:
+    LoggedLines() { Plinth::GetLogManager().AddLogCallback(new Sink(lines_)); }
+    ~LoggedLines() { Plinth::GetLogManager().ClearLogCallbacks(); }
+    LoggedLines(const LoggedLines&) = delete;
+    LoggedLines& operator=(const LoggedLines&) = delete;
+
+    const std::vector<std::string>& Lines() const { return lines_; }
+
+  private:
+    class Sink : public Plinth::LogCallback {
+      public:
+        explicit Sink(std::vector<std::string>& lines) : lines_(lines) {}
+        void Log(const Plinth::String& message) override {
+            // Null where there was no memory for it.
+            lines_.push_back(message.Data() != nullptr ? message.Data() : "");
+        }
+
+      private:
+        std::vector<std::string>& lines_;
+    };
+
+    std::vector<std::string> lines_;
 };
 
 }  // namespace support

@@ -9,10 +9,12 @@
 
 #include "export/materials.h"
 #include "host/sdk/host.h"
+#include "tests/support/chunks.h"
 #include "tests/support/export_run.h"
 #include "tests/support/kta_bytes.h"
 #include "tests/support/open_pass.h"
 #include "tests/support/scene_materials.h"
+#include "tests/support/scene_parts.h"
 
 namespace {
 
@@ -650,6 +652,51 @@ TEST_F(OpenExport, MaterialNumberIsNeverNegative) {
     ExportMaterial(*pass, MaterialOf(0), 0, -1);
     EXPECT_EQ(pass->materialTable[0].numberLess, -1);
     EXPECT_EQ(Numbers(*pass, 0, {0}), "0 ");
+}
+
+TEST_F(OpenExport, ANodeThatIsPreparedTwiceHasItsSecondDefaultMaterial) {
+    // A and C are selected and B between them is not, so that C is prepared below A and by itself.
+    Scene scene;
+    for (const char* const name : {"A", "B", "C", "D"}) {
+        scene.nodes.push_back(support::MakeNode(name));
+    }
+    scene.nodes[1].parent = 0;
+    scene.nodes[2].parent = 1;
+    scene.selection = {0, 2, 3};
+    maxhost::scene::Mesh mesh;
+    mesh.vertices = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
+    mesh.faces = {{{0, 1, 2}}};
+    scene.nodes[2].object.emplace().mesh = std::make_shared<const scene::Mesh>(mesh);
+    support::ExportChoices choices;
+    choices.selectedOnly = true;
+    const ExportRun run = Export(scene, choices);
+    std::vector<std::string> names;
+    std::vector<std::uint8_t> numbers;
+    for (const support::Chunk& chunk : support::Chunks(run.actor.value())) {
+        if (chunk.id == 6) {
+            names.push_back(chunk.body.c_str());
+        } else if (chunk.id == 3) {
+            numbers.push_back(static_cast<std::uint8_t>(chunk.body.at(28)));
+        }
+    }
+    EXPECT_EQ(names, (Lines{"Extra material", "Wire Color 1", "Wire Color 2", "Wire Color 3",
+                            "Wire Color 4", "Wire Color 4"}));
+    EXPECT_EQ(numbers, (std::vector<std::uint8_t>{4}));
+}
+
+TEST_F(OpenExport, ALayerLogsItsMaterialsNumberInFull) {
+    Open(SceneOf({WithMaps(Standard("m"), {{0, true, 1, Bitmap("a")}})}));
+    for (const int number : {32767, 32768, 65537}) {
+        const support::LoggedLines log;
+        support::OpenPass pass;
+        pass->numMaterials = number + 1;
+        ExportLayer(*pass, MaterialOf(0)->GetSubTexmap(0), Class_ID(2, 0), 0, 1);
+        EXPECT_EQ(pass.Written(),
+                  LayerChunk(
+                      {.texture = "a", .type = 0, .material = static_cast<std::uint16_t>(number)}));
+        ASSERT_GE(log.Lines().size(), 3u);
+        EXPECT_EQ(log.Lines()[2], "  + Parent material = " + std::to_string(number));
+    }
 }
 
 TEST_F(OpenExport, EveryPassNumbersAnew) {

@@ -12,8 +12,8 @@
 #include "host/sdk/live_objects.h"
 #include "tests/support/chunks.h"
 #include "tests/support/export_run.h"
-#include "tests/support/open_pass.h"
 #include "tests/support/kta_bytes.h"
+#include "tests/support/open_pass.h"
 
 namespace {
 

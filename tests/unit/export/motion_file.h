@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "core/log.h"
 #include "host/sdk/host.h"
 #include "tests/support/kta_bytes.h"
 #include "tests/support/open_pass.h"
@@ -17,32 +16,6 @@ namespace support {
 inline maxhost::scene::Time EvenTime(int start, int end) {
     return {32, 32, start, end};
 }
-
-// Takes down what is logged while it lives.
-class LoggedLines {
-  public:
-    LoggedLines() { Plinth::GetLogManager().AddLogCallback(new Sink(lines_)); }
-    ~LoggedLines() { Plinth::GetLogManager().ClearLogCallbacks(); }
-    LoggedLines(const LoggedLines&) = delete;
-    LoggedLines& operator=(const LoggedLines&) = delete;
-
-    const std::vector<std::string>& Lines() const { return lines_; }
-
-  private:
-    class Sink : public Plinth::LogCallback {
-      public:
-        explicit Sink(std::vector<std::string>& lines) : lines_(lines) {}
-        void Log(const Plinth::String& message) override {
-            // Null where there was no memory for it.
-            lines_.push_back(message.Data() != nullptr ? message.Data() : "");
-        }
-
-      private:
-        std::vector<std::string>& lines_;
-    };
-
-    std::vector<std::string> lines_;
-};
 
 struct Written {
     std::string bytes;

@@ -169,6 +169,27 @@ TEST(NodeExport, RotationIsWrittenInTheFilesAxes) {
     ExpectF32(Body(run, 1), 532, {-kHalfRoot, 0, 0, kHalfRoot});
 }
 
+TEST(NodeExport, TheSignOfTheScaleIsThePlainSignOfTheTripleProduct) {
+    // The product is exactly -36, a part in 10^17 of what its terms come to; it changes its sign
+    // with the first row.
+    scene::Matrix matrix = {{{-9767697, 1117645, 158415},
+                             {-10357503, 1159231, 162807},
+                             {193861, -21681, -3044},
+                             {0, 0, 0}}};
+    for (const bool mirrored : {true, false}) {
+        Scene scene;
+        scene.nodes = {MakeNode("Flat")};
+        scene.nodes[0].transform = Constant(matrix);
+        const std::string body = Body(Export(scene));
+        for (const std::size_t offset : {548, 552, 556}) {
+            EXPECT_EQ(F32At(body, offset) < 0, mirrored) << offset;
+        }
+        for (float& value : matrix[0]) {
+            value = -value;
+        }
+    }
+}
+
 TEST(NodeExport, ScaleIsTheLengthsOfTheRows) {
     Scene scene;
     scene.nodes = {MakeNode("Sheared")};
