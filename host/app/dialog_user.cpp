@@ -6,20 +6,9 @@
 namespace maxhost::app {
 namespace {
 
-// The controls of the exporter's options dialog.
-constexpr int kCancel = 2;
-constexpr int kExport = 3;
-constexpr int kHiddenObjects = 1032;
-constexpr int kOptimizeSkin = 1034;
-constexpr int kHiddenMotions = 1037;
-constexpr int kNonRenderable = 1038;
-constexpr int kSampleRate = 1042;
-constexpr int kWeightThreshold = 1044;
-constexpr int kSampleAnimation = 1049;
-constexpr int kMorphers = 1052;
-
 // The shortest text that reads back to the same number.
-std::string Shortest(float number) {
+template <class Number>
+std::string Shortest(Number number) {
     std::array<char, 32> text;
     const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), number);
     return std::string(text.data(), end);
@@ -28,18 +17,18 @@ std::string Shortest(float number) {
 }  // namespace
 
 void DialogUser::OnDialog(win32::Dialog& dialog) {
-    if (!dialog.IsEnabled(kExport)) {
+    if (!dialog.IsEnabled(IDC_EXPORT)) {
         dialog.Click(dialog.DefaultButton());
         return;
     }
     hasAnswered_ = true;
     if (cancels_) {
         hasCancelled_ = true;
-        dialog.Click(kCancel);
+        dialog.Click(IDC_CANCEL);
     } else if (MakeChoices(dialog)) {
         PressExport(dialog);
     } else {
-        dialog.Click(kCancel);
+        dialog.Click(IDC_CANCEL);
     }
 }
 
@@ -60,46 +49,45 @@ bool DialogUser::Refuse(const std::string& option, const std::string& why) {
 
 // The check boxes first: they enable the edits.
 bool DialogUser::MakeChoices(win32::Dialog& dialog) {
-    return Switch(dialog, kHiddenObjects, "export-hidden", choices_.exportHidden) &&
-           Switch(dialog, kNonRenderable, "non-renderable", choices_.nonRenderable) &&
-           Switch(dialog, kMorphers, "morphers", choices_.morphers) &&
-           Switch(dialog, kOptimizeSkin, "optimize-skin", choices_.optimizeSkin) &&
-           Switch(dialog, kHiddenMotions, "motions-for-hidden", choices_.motionsForHidden) &&
-           Switch(dialog, kSampleAnimation, "sample-animation", choices_.sampleAnimation) &&
-           (!choices_.weightThreshold ||
-            Type(dialog, kWeightThreshold, "--weight-threshold",
-                 Shortest(*choices_.weightThreshold), "--optimize-skin")) &&
-           (!choices_.sampleRate ||
-            Type(dialog, kSampleRate, "--sample-rate", std::to_string(*choices_.sampleRate),
-                 "--sample-animation"));
+    for (const bool boxes : {true, false}) {
+        for (std::size_t i = 0; i < choices_.isChosen.size(); ++i) {
+            const ExporterOption& option = kExporterOptions[i];
+            const auto make = [&](auto setting) {
+                return Set(dialog, option, choices_.values.*setting);
+            };
+            const bool isBox = option.setting.index() == 0;
+            if (choices_.isChosen[i] && isBox == boxes && !std::visit(make, option.setting)) {
+                return false;
+            }
+        }
+    }
+    return true;
 }
 
-bool DialogUser::Switch(win32::Dialog& dialog, int id, const char* option,
-                        std::optional<bool> choice) {
-    if (!choice) {
-        return true;
+bool DialogUser::Set(win32::Dialog& dialog, const ExporterOption& option, Plinth::UInt8 value) {
+    const bool wanted = value != 0;
+    if (dialog.IsChecked(option.control) != wanted) {
+        dialog.Click(option.control);
     }
-    if (dialog.IsChecked(id) != *choice) {
-        dialog.Click(id);
-    }
-    return (dialog.IsEnabled(id) && dialog.IsChecked(id) == *choice) ||
-           Refuse((*choice ? "--" : "--no-") + std::string(option),
+    return (dialog.IsEnabled(option.control) && dialog.IsChecked(option.control) == wanted) ||
+           Refuse((wanted ? "--" : "--no-") + std::string(option.name),
                   "the options dialog does not let it be chosen");
 }
 
-bool DialogUser::Type(win32::Dialog& dialog, int id, const char* option, const std::string& text,
-                      const char* enabledBy) {
-    if (!dialog.IsEnabled(id)) {
-        return Refuse(option, "is disabled in the options dialog, expected " +
-                                  std::string(enabledBy) + " beside it");
+template <class Number>
+bool DialogUser::Set(win32::Dialog& dialog, const ExporterOption& option, Number value) {
+    if (!dialog.IsEnabled(option.control)) {
+        return Refuse("--" + std::string(option.name),
+                      "is disabled in the options dialog, expected --" +
+                          std::string(option.enabledBy) + " beside it");
     }
-    dialog.Type(id, text);
+    dialog.Type(option.control, Shortest(value));
     return true;
 }
 
 void DialogUser::PressExport(win32::Dialog& dialog) {
     const int messageBoxesBefore = messageBoxes_;
-    dialog.Click(kExport);
+    dialog.Click(IDC_EXPORT);
     if (!dialog.IsOpen()) {
         return;
     }
@@ -107,7 +95,7 @@ void DialogUser::PressExport(win32::Dialog& dialog) {
     if (messageBoxes_ == messageBoxesBefore) {
         console_.Report(exportFile_, "the options dialog stays open after Export");
     }
-    dialog.Click(kCancel);
+    dialog.Click(IDC_CANCEL);
 }
 
 }  // namespace maxhost::app

@@ -32,9 +32,9 @@ class DialogUser : public win32::User {
   private:
     bool MakeChoices(win32::Dialog& dialog);
     bool Refuse(const std::string& option, const std::string& why);
-    bool Switch(win32::Dialog& dialog, int id, const char* option, std::optional<bool> choice);
-    bool Type(win32::Dialog& dialog, int id, const char* option, const std::string& text,
-              const char* enabledBy);
+    bool Set(win32::Dialog& dialog, const ExporterOption& option, Plinth::UInt8 value);
+    template <class Number>
+    bool Set(win32::Dialog& dialog, const ExporterOption& option, Number value);
     void PressExport(win32::Dialog& dialog);
 
     Console& console_;

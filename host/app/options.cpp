@@ -32,7 +32,7 @@ const std::map<std::string, ProgressMode> kProgressModes = {{"auto", ProgressMod
 
 constexpr float kGreatestThreshold = 0.9999f;  // of the dialog's spinner
 
-constexpr const char* kAsShown = " (default: as the dialog shows it)";
+const std::string kAsShown = " (default: as the dialog shows it)";
 
 std::string Quoted(const std::string& text) {
     return "\"" + text + "\"";
@@ -163,12 +163,12 @@ class Group {
         return app_.add_flag(names, value, meaning)->group(heading_);
     }
     // --name and --no-name; the last one counts.
-    void AddSwitch(const std::string& name, std::optional<bool>& value,
-                   const std::string& meaning) {
+    CLI::Option* AddSwitch(const std::string& name, Plinth::UInt8& value,
+                           const std::string& meaning) {
         CLI::Option* const option = app_.add_flag("--" + name + ",!--no-" + name, meaning);
         option->multi_option_policy(CLI::MultiOptionPolicy::TakeLast)->group(heading_);
-        option->each([&value, option](const std::string& text) {
-            value = CLI::detail::to_flag_value(text) > 0;
+        return option->each([&value](const std::string& text) {
+            value = CLI::detail::to_flag_value(text) > 0 ? 1 : 0;
         });
     }
 
@@ -218,30 +218,48 @@ void AddImport(CLI::App& app, Options& options) {
               "off)");
 }
 
-void AddDialogChoices(CLI::App& app, Options& options) {
-    Group group(app, "Choices in the options dialog");
-    DialogChoices& choices = options.choices;
-    const auto addSwitch = [&](const char* name, std::optional<bool>& choice,
-                               const std::string& meaning) {
-        group.AddSwitch(name, choice, meaning + kAsShown);
-    };
-    addSwitch("export-hidden", choices.exportHidden, "export hidden objects");
-    addSwitch("non-renderable", choices.nonRenderable, "export meshes for non-renderable objects");
-    addSwitch("morphers", choices.morphers, "export morphers");
-    addSwitch("optimize-skin", choices.optimizeSkin, "optimize skinning info");
-    group
-        .Add("--weight-threshold", "X", choices.weightThreshold,
-             std::string("weight threshold, 0 to 0.9999; asks for --optimize-skin") + kAsShown)
-        ->check(Real([](float value) { return value >= 0 && value <= kGreatestThreshold; },
-                     "a number from 0 to 0.9999"));
-    addSwitch("motions-for-hidden", choices.motionsForHidden, "export motions for hidden objects");
-    addSwitch("sample-animation", choices.sampleAnimation, "sample the animation");
-    group
-        .Add("--sample-rate", "N", choices.sampleRate,
-             std::string("export a keyframe every N frames, at least 1; asks for "
-                         "--sample-animation") +
-                 kAsShown)
-        ->check(Whole(INT_MIN, INT_MAX, "a whole number that fits 32 bits"));
+// Adds each of the exporter's options by the type of its setting.
+class DialogChoiceAdder {
+  public:
+    DialogChoiceAdder(CLI::App& app, ExportOptions& values)
+        : group_(app, "Choices in the options dialog"), values_(values) {}
+
+    CLI::Option* Add(const ExporterOption& option) {
+        return std::visit([&](auto setting) { return Add(option, values_.*setting); },
+                          option.setting);
+    }
+
+  private:
+    static std::string Meaning(const ExporterOption& option) { return option.meaning + kAsShown; }
+    static std::string Name(const ExporterOption& option) {
+        return "--" + std::string(option.name);
+    }
+
+    CLI::Option* Add(const ExporterOption& option, Plinth::UInt8& value) {
+        return group_.AddSwitch(option.name, value, Meaning(option));
+    }
+    CLI::Option* Add(const ExporterOption& option, Plinth::Float32& value) {
+        return group_.Add(Name(option).c_str(), "X", value, Meaning(option))
+            ->check(Real([](float real) { return real >= 0 && real <= kGreatestThreshold; },
+                         "a number from 0 to 0.9999"));
+    }
+    CLI::Option* Add(const ExporterOption& option, Plinth::Int32& value) {
+        return group_.Add(Name(option).c_str(), "N", value, Meaning(option))
+            ->check(Whole(INT_MIN, INT_MAX, "a whole number that fits 32 bits"));
+    }
+
+    Group group_;
+    ExportOptions& values_;
+};
+
+// Gives the options of kExporterOptions, in order.
+std::vector<CLI::Option*> AddDialogChoices(CLI::App& app, Options& options) {
+    DialogChoiceAdder adder(app, options.choices.values);
+    std::vector<CLI::Option*> added;
+    for (const ExporterOption& option : kExporterOptions) {
+        added.push_back(adder.Add(option));
+    }
+    return added;
 }
 
 void AddDialogs(CLI::App& app, Options& options) {
@@ -332,24 +350,14 @@ CommandLine Refusal(std::string error) {
 
 std::vector<std::string> NamesOf(const DialogChoices& choices) {
     std::vector<std::string> names;
-    const auto addFlag = [&](const char* name, const std::optional<bool>& choice) {
-        if (choice) {
-            names.push_back((*choice ? "--" : "--no-") + std::string(name));
+    for (std::size_t i = 0; i < choices.isChosen.size(); ++i) {
+        if (choices.isChosen[i]) {
+            const ExporterOption& option = kExporterOptions[i];
+            const auto* const box = std::get_if<Plinth::UInt8 ExportOptions::*>(&option.setting);
+            const bool isOff = box != nullptr && choices.values.**box == 0;
+            names.push_back((isOff ? "--no-" : "--") + std::string(option.name));
         }
-    };
-    const auto addValue = [&](const char* name, bool isPresent) {
-        if (isPresent) {
-            names.emplace_back(name);
-        }
-    };
-    addFlag("export-hidden", choices.exportHidden);
-    addFlag("non-renderable", choices.nonRenderable);
-    addFlag("morphers", choices.morphers);
-    addFlag("optimize-skin", choices.optimizeSkin);
-    addValue("--weight-threshold", choices.weightThreshold.has_value());
-    addFlag("motions-for-hidden", choices.motionsForHidden);
-    addFlag("sample-animation", choices.sampleAnimation);
-    addValue("--sample-rate", choices.sampleRate.has_value());
+    }
     return names;
 }
 
@@ -363,7 +371,7 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
     app.allow_windows_style_options(false);
     AddScene(app, options);
     AddImport(app, options);
-    AddDialogChoices(app, options);
+    const std::vector<CLI::Option*> dialogChoices = AddDialogChoices(app, options);
     AddDialogs(app, options);
     AddPlaces(app, options);
     AddMessages(app, options, progress);
@@ -383,6 +391,9 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
         return Refusal(app.remaining().front() + ": not expected, expected options and one SCENE");
     } catch (const CLI::ParseError& error) {
         return Refusal(error.what());
+    }
+    for (std::size_t i = 0; i < dialogChoices.size(); ++i) {
+        options.choices.isChosen[i] = dialogChoices[i]->count() > 0;
     }
     options.progress = kProgressModes.at(progress);
     if (const std::string fault = FaultOf(options); !fault.empty()) {

@@ -69,8 +69,13 @@ class DialogUserTest : public testing::Test {
         dialog_.onClick = [this](int id) { dialog_.isOpen = id != 2 && id != 3; };
     }
 
-    DialogUser& Answer(const DialogChoices& choices, bool cancels = false) {
-        user_.emplace(console_, "x.hdo", choices, cancels);
+    static DialogChoices Choices(std::vector<std::string> arguments) {
+        arguments.emplace_back("x.fbx");
+        return ParseCommandLine(arguments).options.value().choices;
+    }
+
+    DialogUser& Answer(const std::vector<std::string>& arguments, bool cancels = false) {
+        user_.emplace(console_, "x.hdo", Choices(arguments), cancels);
         user_->OnDialog(dialog_);
         return *user_;
     }
@@ -90,31 +95,29 @@ TEST_F(DialogUserTest, WithoutChoicesExportIsPressed) {
 }
 
 TEST_F(DialogUserTest, ChoicesWithoutADialogAreNoticed) {
-    DialogChoices choices;
-    EXPECT_FALSE(DialogUser(console_, "x.hdo", choices, false).LacksDialog());
-    EXPECT_TRUE(DialogUser(console_, "x.hdo", choices, true).LacksDialog());
-    choices.sampleRate = 5;
-    EXPECT_TRUE(DialogUser(console_, "x.hdo", choices, false).LacksDialog());
-    EXPECT_FALSE(Answer(choices).LacksDialog());
+    EXPECT_FALSE(DialogUser(console_, "x.hdo", Choices({}), false).LacksDialog());
+    EXPECT_TRUE(DialogUser(console_, "x.hdo", Choices({}), true).LacksDialog());
+    const std::vector<std::string> arguments = {"--sample-rate", "5"};
+    EXPECT_TRUE(DialogUser(console_, "x.hdo", Choices(arguments), false).LacksDialog());
+    EXPECT_FALSE(Answer(arguments).LacksDialog());
     dialog_.isOpen = true;
     dialog_.controls[3].isEnabled = false;  // another dialog
     dialog_.defaultButton = 2;
-    EXPECT_TRUE(Answer(choices).LacksDialog());
+    EXPECT_TRUE(Answer(arguments).LacksDialog());
     EXPECT_EQ(dialog_.actions.back(), "click 2");
 }
 
 TEST_F(DialogUserTest, CancelIsPressedAtOnce) {
-    DialogChoices choices;
-    choices.morphers = true;
-    const DialogUser& user = Answer(choices, true);
+    const DialogUser& user = Answer({"--morphers"}, true);
     EXPECT_THAT(dialog_.actions, ElementsAre("click 2"));
     EXPECT_TRUE(user.HasCancelled());
     EXPECT_FALSE(user.WasRefused());
 }
 
 TEST_F(DialogUserTest, EveryChoiceHasItsControl) {
-    DialogChoices choices{true, true, true, true, 0.1f, true, true, 7};
-    Answer(choices);
+    Answer({"--export-hidden", "--non-renderable", "--morphers", "--optimize-skin",
+            "--weight-threshold", "0.1", "--motions-for-hidden", "--sample-animation",
+            "--sample-rate", "7"});
     EXPECT_THAT(dialog_.actions,
                 ElementsAre("click 1032", "click 1038", "click 1052", "click 1034", "click 1037",
                             "click 1049", "type 1044 0.1", "type 1042 7", "click 3"));
@@ -123,27 +126,18 @@ TEST_F(DialogUserTest, EveryChoiceHasItsControl) {
 TEST_F(DialogUserTest, BoxesInTheWishedStateAreLeftAlone) {
     dialog_.controls[1032].isChecked = true;
     dialog_.controls[1038].isChecked = true;
-    DialogChoices choices;
-    choices.exportHidden = true;
-    choices.nonRenderable = false;
-    choices.morphers = false;
-    Answer(choices);
+    Answer({"--export-hidden", "--no-non-renderable", "--no-morphers"});
     EXPECT_THAT(dialog_.actions, ElementsAre("click 1038", "click 3"));
 }
 
 TEST_F(DialogUserTest, SampleRatesAreTypedAsGiven) {
-    DialogChoices choices;
-    choices.sampleRate = -5;
-    Answer(choices);
+    Answer({"--sample-rate", "-5"});
     EXPECT_THAT(dialog_.actions, ElementsAre("type 1042 -5", "click 3"));
 }
 
 TEST_F(DialogUserTest, DisabledEditsAreSaidAndTheDialogIsCancelled) {
     dialog_.controls[1042].isEnabled = false;
-    DialogChoices choices;
-    choices.morphers = true;
-    choices.sampleRate = 3;
-    EXPECT_TRUE(Answer(choices).WasRefused());
+    EXPECT_TRUE(Answer({"--morphers", "--sample-rate", "3"}).WasRefused());
     EXPECT_THAT(dialog_.actions, ElementsAre("click 1052", "click 2"));
     EXPECT_EQ(error_.str(),
               "hdo-export: --sample-rate: is disabled in the options dialog, expected "
@@ -156,25 +150,19 @@ TEST_F(DialogUserTest, EditsMayBeEnabledByABoxThatIsClickedBefore) {
         dialog_.controls[1044].isEnabled = dialog_.IsChecked(1034);
         dialog_.isOpen = id != 3;
     };
-    DialogChoices choices;
-    choices.weightThreshold = 0.9999f;
-    choices.optimizeSkin = true;
-    EXPECT_FALSE(Answer(choices).WasRefused());
+    EXPECT_FALSE(Answer({"--weight-threshold", "0.9999", "--optimize-skin"}).WasRefused());
     EXPECT_THAT(dialog_.actions, ElementsAre("click 1034", "type 1044 0.9999", "click 3"));
 }
 
 TEST_F(DialogUserTest, BoxesThatDoNotTakeTheChoiceAreSaid) {
     dialog_.controls[1052].isStuck = true;
-    DialogChoices choices;
-    choices.morphers = true;
-    EXPECT_TRUE(Answer(choices).WasRefused());
+    EXPECT_TRUE(Answer({"--morphers"}).WasRefused());
     EXPECT_FALSE(dialog_.isOpen);
     EXPECT_EQ(error_.str(),
               "hdo-export: --morphers: the options dialog does not let it be chosen\n");
     dialog_.controls.erase(1052);
     dialog_.isOpen = true;
-    choices.morphers = false;
-    EXPECT_TRUE(Answer(choices).WasRefused()) << "no such box";
+    EXPECT_TRUE(Answer({"--no-morphers"}).WasRefused()) << "no such box";
 }
 
 TEST_F(DialogUserTest, RefusalWithAMessageBoxIsReportedOnce) {

@@ -99,14 +99,14 @@ TEST(OptionsTest, DialogChoicesAreStored) {
                "--weight-threshold", "0.25", "--motions-for-hidden", "--sample-animation",
                "--sample-rate", "5"})
             .choices;
-    EXPECT_EQ(on.exportHidden, true);
-    EXPECT_EQ(on.nonRenderable, true);
-    EXPECT_EQ(on.morphers, true);
-    EXPECT_EQ(on.optimizeSkin, true);
-    EXPECT_EQ(on.weightThreshold, 0.25f);
-    EXPECT_EQ(on.motionsForHidden, true);
-    EXPECT_EQ(on.sampleAnimation, true);
-    EXPECT_EQ(on.sampleRate, 5);
+    EXPECT_EQ(Chosen(on, &ExportOptions::exportHidden), true);
+    EXPECT_EQ(Chosen(on, &ExportOptions::nonRenderable), true);
+    EXPECT_EQ(Chosen(on, &ExportOptions::morphers), true);
+    EXPECT_EQ(Chosen(on, &ExportOptions::optimizeSkin), true);
+    EXPECT_EQ(Chosen(on, &ExportOptions::weightThreshold), 0.25f);
+    EXPECT_EQ(Chosen(on, &ExportOptions::motionsForHidden), true);
+    EXPECT_EQ(Chosen(on, &ExportOptions::sampleAnimation), true);
+    EXPECT_EQ(Chosen(on, &ExportOptions::sampleRate), 5);
     EXPECT_EQ(NamesOf(on),
               (Arguments{"--export-hidden", "--non-renderable", "--morphers", "--optimize-skin",
                          "--weight-threshold", "--motions-for-hidden", "--sample-animation",
@@ -118,30 +118,36 @@ TEST(OptionsTest, DialogChoicesHaveNegativeForms) {
         Parse({"--no-export-hidden", "--no-non-renderable", "--no-morphers", "--no-optimize-skin",
                "--no-motions-for-hidden", "--no-sample-animation"})
             .choices;
-    EXPECT_EQ(off.exportHidden, false);
-    EXPECT_EQ(off.nonRenderable, false);
-    EXPECT_EQ(off.morphers, false);
-    EXPECT_EQ(off.optimizeSkin, false);
-    EXPECT_FALSE(off.weightThreshold);
-    EXPECT_EQ(off.motionsForHidden, false);
-    EXPECT_EQ(off.sampleAnimation, false);
-    EXPECT_FALSE(off.sampleRate);
+    EXPECT_EQ(Chosen(off, &ExportOptions::exportHidden), false);
+    EXPECT_EQ(Chosen(off, &ExportOptions::nonRenderable), false);
+    EXPECT_EQ(Chosen(off, &ExportOptions::morphers), false);
+    EXPECT_EQ(Chosen(off, &ExportOptions::optimizeSkin), false);
+    EXPECT_FALSE(Chosen(off, &ExportOptions::weightThreshold));
+    EXPECT_EQ(Chosen(off, &ExportOptions::motionsForHidden), false);
+    EXPECT_EQ(Chosen(off, &ExportOptions::sampleAnimation), false);
+    EXPECT_FALSE(Chosen(off, &ExportOptions::sampleRate));
     EXPECT_EQ(NamesOf(off), (Arguments{"--no-export-hidden", "--no-non-renderable", "--no-morphers",
                                        "--no-optimize-skin", "--no-motions-for-hidden",
                                        "--no-sample-animation"}));
 }
 
 TEST(OptionsTest, TheLastOfTwoFormsCounts) {
-    EXPECT_EQ(Parse({"--morphers", "--no-morphers"}).choices.morphers, false);
-    EXPECT_EQ(Parse({"--no-morphers", "--morphers"}).choices.morphers, true);
+    EXPECT_EQ(Chosen(Parse({"--morphers", "--no-morphers"}).choices, &ExportOptions::morphers),
+              false);
+    EXPECT_EQ(Chosen(Parse({"--no-morphers", "--morphers"}).choices, &ExportOptions::morphers),
+              true);
 }
 
 TEST(OptionsTest, BoundsOfNumbersAreAccepted) {
-    EXPECT_EQ(Parse({"--weight-threshold", "0"}).choices.weightThreshold, 0.0f);
-    EXPECT_EQ(Parse({"--weight-threshold", "0.9999"}).choices.weightThreshold, 0.9999f);
-    EXPECT_EQ(Parse({"--sample-rate", "1"}).choices.sampleRate, 1);
-    EXPECT_EQ(Parse({"--sample-rate", "0"}).choices.sampleRate, 0) << "for the dialog to refuse";
-    EXPECT_EQ(Parse({"--sample-rate", "-5"}).choices.sampleRate, -5);
+    EXPECT_EQ(Chosen(Parse({"--weight-threshold", "0"}).choices, &ExportOptions::weightThreshold),
+              0.0f);
+    EXPECT_EQ(
+        Chosen(Parse({"--weight-threshold", "0.9999"}).choices, &ExportOptions::weightThreshold),
+        0.9999f);
+    EXPECT_EQ(Chosen(Parse({"--sample-rate", "1"}).choices, &ExportOptions::sampleRate), 1);
+    EXPECT_EQ(Chosen(Parse({"--sample-rate", "0"}).choices, &ExportOptions::sampleRate), 0)
+        << "for the dialog to refuse";
+    EXPECT_EQ(Chosen(Parse({"--sample-rate", "-5"}).choices, &ExportOptions::sampleRate), -5);
     EXPECT_EQ(Parse({"--frame-rate", "1"}).frameRate, 1);
     EXPECT_EQ(Parse({"--frame-rate", "4800"}).frameRate, 4800);
     EXPECT_EQ(Parse({"--start", "-2147483648", "--end", "2147483647"}).end, 2147483647);

@@ -7,6 +7,7 @@
 
 #include "host/app/exit_status.h"
 #include "host/app/loaded_scene.h"
+#include "host/app/options.h"
 #include "tests/unit/host/app/support.h"
 
 #ifndef _WIN32
@@ -99,6 +100,34 @@ TEST_F(ProgramTest, SavedSceneExportsTheSameBytes) {
               kExitDone);
     ASSERT_EQ(RunReal("-q -o b.hdo t.maxscene.json").status, kExitDone);
     EXPECT_EQ(Read("a.hdotemp1"), Read("b.hdotemp1"));
+}
+
+// By way of the command line and the exporter's own dialog.
+TEST_F(ProgramTest, EveryOptionOfTheExporterReachesItsSettingAndNoOther) {
+    for (const ExporterOption& option : kExporterOptions) {
+        ExportOptions expected = DefaultExportOptions();
+        std::string arguments = "-q --defaults ";
+        if (option.enabledBy && std::string(option.enabledBy) == "sample-animation") {
+            expected.sampleAnimation = 1;
+            arguments += "--sample-animation ";
+        }
+        const std::string name = option.name;
+        if (const auto* box = std::get_if<Plinth::UInt8 ExportOptions::*>(&option.setting)) {
+            arguments += (expected.**box ? "--no-" : "--") + name;
+            expected.** box = expected.**box ? 0 : 1;
+        } else if (const auto* real =
+                       std::get_if<Plinth::Float32 ExportOptions::*>(&option.setting)) {
+            arguments += "--" + name + " 0.25";
+            expected.** real = 0.25f;
+        } else {
+            arguments += "--" + name + " 7";
+            expected.*std::get<Plinth::Int32 ExportOptions::*>(option.setting) = 7;
+        }
+        ASSERT_EQ(RunReal(arguments + " s.maxscene.json").status, kExitDone) << arguments;
+        EXPECT_EQ(Read("cfg/KTAExp2.cfg"),
+                  std::string(reinterpret_cast<const char*>(&expected), sizeof(expected)))
+            << arguments;
+    }
 }
 
 TEST_F(ProgramTest, ActorFileIsCalledWholeWhereOnlyTheMotionFileFailed) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/app/console.h"
+#include "host/app/options.h"
 #include "host/scene/scene.h"
 #include "tests/unit/host/app/modules/fake_plugin.h"
 
@@ -41,6 +42,18 @@ struct Outcome {
     std::string out, error;
 };
 Outcome RunProgram(const std::vector<std::string>& arguments);
+
+// What `choices` says of a setting; absent where it is not chosen.
+template <class Value>
+std::optional<Value> Chosen(const DialogChoices& choices, Value ExportOptions::*setting) {
+    for (std::size_t i = 0; i < choices.isChosen.size(); ++i) {
+        const auto* const own = std::get_if<Value ExportOptions::*>(&kExporterOptions[i].setting);
+        if (choices.isChosen[i] && own != nullptr && *own == setting) {
+            return choices.values.*setting;
+        }
+    }
+    return std::nullopt;
+}
 
 // The path made absolute, with the platform's own separators.
 std::string Native(const std::string& path);
