@@ -1,5 +1,5 @@
-// A position in a KTA file's bytes from which values are read as they lie in memory, and how faults
-// are worded. For the reader's own sources.
+// A position in a KTA file's bytes from which values are read as they lie in memory, and the
+// wording of faults. For the reader's own sources.
 #pragma once
 
 #include <bit>
@@ -27,7 +27,7 @@ class Cursor {
     // A cursor at the same position and place that reports to `faults`.
     Cursor Fork(std::vector<Fault>& faults) const;
 
-    // What faults reported from here on name as their place.
+    // Names the place of the faults that are reported from here on.
     void SetWhere(std::string_view where) { where_ = where; }
 
     // Reports a fault after which the rest can still be read.

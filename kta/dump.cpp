@@ -1,8 +1,11 @@
 #include "kta/dump.h"
 
+#include <utf8.h>
+
 #include <cmath>
 #include <functional>
 #include <iomanip>
+#include <iterator>
 #include <nlohmann/json.hpp>
 
 #include "kta/fields.h"
@@ -13,39 +16,6 @@ namespace {
 
 using Json = nlohmann::basic_json<nlohmann::ordered_map, std::vector, std::string, bool,
                                   std::int64_t, std::uint64_t, float>;
-
-// ---------------------------------------------------------------- UTF-8
-
-struct LeadByte {
-    unsigned char mask;
-    unsigned char bits;
-    std::size_t length;
-    char32_t least;  // smaller code points have a shorter form
-};
-
-constexpr LeadByte kLeadBytes[] = {
-    {0x80, 0x00, 1, 0}, {0xe0, 0xc0, 2, 0x80}, {0xf0, 0xe0, 3, 0x800}, {0xf8, 0xf0, 4, 0x10000}};
-
-// The length of the code point that the text begins with; 0 when that is not valid UTF-8.
-std::size_t CodePointLength(std::string_view text) {
-    const auto first = static_cast<unsigned char>(text[0]);
-    for (const LeadByte& lead : kLeadBytes) {
-        if ((first & lead.mask) != lead.bits || text.size() < lead.length) {
-            continue;
-        }
-        char32_t point = first & static_cast<unsigned char>(~lead.mask);
-        for (std::size_t i = 1; i < lead.length; ++i) {
-            const auto next = static_cast<unsigned char>(text[i]);
-            if ((next & 0xc0) != 0x80) {
-                return 0;
-            }
-            point = point << 6 | (next & 0x3f);
-        }
-        const bool surrogate = point >= 0xd800 && point <= 0xdfff;
-        return point < lead.least || point > 0x10ffff || surrogate ? 0 : lead.length;
-    }
-    return 0;
-}
 
 // ---------------------------------------------------------------- values
 
@@ -410,19 +380,17 @@ void WriteChunk(const Chunk& chunk, std::ostream& out) {
 }  // namespace
 
 std::string ToUtf8(std::string_view text) {
-    std::string utf8;
-    while (!text.empty()) {
-        const std::size_t length = CodePointLength(text);
-        if (length != 0) {
-            utf8 += text.substr(0, length);
-        } else {
-            const auto byte = static_cast<unsigned char>(text[0]);
-            utf8 += static_cast<char>(0xc0 | byte >> 6);
-            utf8 += static_cast<char>(0x80 | (byte & 0x3f));
+    std::string result;
+    for (;;) {
+        const std::size_t valid =
+            static_cast<std::size_t>(utf8::find_invalid(text.begin(), text.end()) - text.begin());
+        result += text.substr(0, valid);
+        if (valid == text.size()) {
+            return result;
         }
-        text.remove_prefix(length != 0 ? length : 1);
+        utf8::append(static_cast<unsigned char>(text[valid]), std::back_inserter(result));
+        text.remove_prefix(valid + 1);
     }
-    return utf8;
 }
 
 std::string NumberText(float value) {

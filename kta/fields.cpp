@@ -132,7 +132,7 @@ std::span<const Field> FieldsOf<KTAMotionPart>() {
     return kFields;
 }
 
-// Which track letters there are goes by the chunk's version.
+// The track letters depend on the chunk's version, so the track's reader checks them.
 template <>
 std::span<const Field> FieldsOf<KTAKeyTrack>() {
     using Record = KTAKeyTrack;

@@ -8,7 +8,7 @@ namespace kta {
 
 enum class FieldType { text, character, u8, u16, i16, i32, u32, f32 };
 
-// What the reader checks of each element. Without a rule a text must have a NUL and a real must be
+// The reader's check of each element. Without a rule a text must have a NUL and a real must be
 // finite.
 enum class FieldRule {
     none,

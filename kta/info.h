@@ -1,4 +1,4 @@
-// What is in a KTA file, at a glance.
+// A summary of a KTA file.
 #pragma once
 
 #include <ostream>
@@ -7,7 +7,7 @@
 
 namespace kta {
 
-// What one kind of chunk takes up in a file, headers included.
+// The chunks of one kind in a file; the bytes include their headers.
 struct ChunkTotal {
     const KTAChunkType* type = nullptr;
     std::size_t count = 0;

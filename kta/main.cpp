@@ -80,7 +80,7 @@ bool Write(const std::string& path, const std::vector<std::uint8_t>& bytes) {
     return static_cast<bool>(file);
 }
 
-// What was read of a faulty file is drawn all the same.
+// Of a faulty file, the chunks before the fault are drawn.
 Status Preview(const std::string& path, const std::string& picturePath,
                const kta::PreviewView& view) {
     const kta::Reading reading = kta::ReadFile(path, kFileKindActor);

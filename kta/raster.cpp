@@ -45,7 +45,7 @@ void Narrow(Span& span, const Vector3& a, const Vector3& b, double side, double 
     }
 }
 
-// What of the line at y lies in the triangle, and a sample more on each side: the division rounds.
+// The part of the line at y in the triangle, and a sample more on each side: the division rounds.
 Span SpanOf(const Vector3& p, const Vector3& q, const Vector3& r, double area, double y) {
     const double side = area > 0 ? 1 : -1;
     Span span;
@@ -106,17 +106,24 @@ void Band::Draw(const PreviewCorner& a, const PreviewCorner& b, const PreviewCor
                 continue;
             }
             const auto nearness = static_cast<float>(u * p[2] + v * q[2] + w * r[2]);
-            const std::size_t sample =
-                static_cast<std::size_t>(y - firstLine_) * static_cast<std::size_t>(columns_) +
-                static_cast<std::size_t>(x);
-            if (nearness > nearness_[sample]) {
-                nearness_[sample] = nearness;
+            if (Rgb* const sample = Nearer(x, y, nearness)) {
                 Vector3 normal = Normalized(a.normal * u + b.normal * v + c.normal * w);
                 normal = Dot(normal, face) < 0 ? normal * -1 : normal;
-                samples_[sample] = Shade(look, normal == Vector3{} ? face : normal);
+                *sample = Shade(look, normal == Vector3{} ? face : normal);
             }
         }
     }
+}
+
+Rgb* Band::Nearer(int x, int y, float nearness) {
+    const std::size_t sample =
+        static_cast<std::size_t>(y - firstLine_) * static_cast<std::size_t>(columns_) +
+        static_cast<std::size_t>(x);
+    if (!(nearness > nearness_[sample])) {
+        return nullptr;
+    }
+    nearness_[sample] = nearness;
+    return &samples_[sample];
 }
 
 void Band::Resolve(Picture& picture) const {

@@ -104,6 +104,9 @@ class Band {
     void Resolve(Picture& picture) const;
 
   private:
+    // The sample, where nothing that is as near or nearer was drawn yet; null otherwise.
+    Rgb* Nearer(int x, int y, float nearness);
+
     int columns_;
     int firstLine_;  // in samples, as is what follows
     int numLines_;

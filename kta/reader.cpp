@@ -234,7 +234,7 @@ Reading Read(std::istream& stream) {
     std::vector<std::uint8_t> bytes;
     errno = 0;
     Append(stream, sizeof(KTAFileHeader), bytes);
-    // What is no KTA file is not read to its end, however long it is.
+    // A file that is no KTA file is not read to its end, however long it is.
     if (!stream.bad() && Read(bytes).file) {
         while (stream) {
             Append(stream, kBlockSize, bytes);

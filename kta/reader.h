@@ -51,9 +51,10 @@ struct Mesh {
     std::vector<SubMesh> subMeshes;
 };
 
-// Which bones move a skinned mesh, whose positions are in world space. A vertex without a record of
-// its own (one that Physique tells nothing of) has no bytes in the file, though the declared size
-// counts it: the body is then shorter than declared, and it is not known which vertices those are.
+// The bones that move a skinned mesh, whose positions are in world space. A vertex without a record
+// of its own (one that Physique tells nothing of) has no bytes in the file, though the declared
+// size counts it: the body is then shorter than declared, and it is not known which vertices those
+// are.
 struct Weights {
     KTAWeights head{};
     std::uint32_t vertexCount = 0;           // by the declared size; at least weightCounts.size()

@@ -1,4 +1,4 @@
-// What hangs from nodes beside their meshes: skinning weights, morphs, wires.
+// The chunks of skinning weights, morphs and wires.
 #include <cmath>
 #include <limits>
 

@@ -31,7 +31,7 @@ std::string Joined(const Texts& texts) {
 // Capital letters A to Z count as small; `ending` holds none.
 bool EndsWithIgnoringCase(std::string_view text, std::string_view ending);
 
-// What is shown of the faults of one file: the first kMostFaultLines, and in a last line, if there
+// The lines shown of one file's faults: the first kMostFaultLines, and in a last line, if there
 // are more, "SUBJECT: and N more faults".
 constexpr std::size_t kMostFaultLines = 20;
 std::vector<std::string> FirstFaults(std::vector<std::string> lines, const std::string& subject);

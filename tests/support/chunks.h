@@ -89,4 +89,13 @@ inline std::vector<Chunk> ChunksOf(const std::string& bytes, std::uint32_t id,
     return chunks;
 }
 
+// Where the materials and layers of an actor file end and its nodes begin.
+inline std::size_t EndOfMaterials(const std::string& actor) {
+    std::size_t offset = 7;
+    while (offset < actor.size() && (U32At(actor, offset) == 6 || U32At(actor, offset) == 7)) {
+        offset += 12 + U32At(actor, offset + 4);
+    }
+    return offset;
+}
+
 }  // namespace support

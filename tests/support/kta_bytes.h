@@ -68,7 +68,7 @@ inline Bytes ChunkHeader(std::uint32_t id, std::uint32_t size, std::uint32_t ver
 
 // ---------------------------------------------------------------- nodes
 
-// What a node chunk says; the defaults are a node at the origin.
+// The contents of a node chunk; the defaults are a node at the origin.
 struct NodeFields {
     std::string name = "node";
     std::string parentName{};
@@ -98,7 +98,7 @@ inline std::string NodeChunk(const NodeFields& fields) {
 
 // ---------------------------------------------------------------- materials
 
-// What a material chunk says; unless told otherwise, the values of a new standard material.
+// The contents of a material chunk; unless told otherwise, the values of a new standard material.
 struct MaterialFields {
     std::string name{};
     std::array<float, 3> ambient{0.588f, 0.588f, 0.588f};
@@ -137,7 +137,7 @@ inline std::string ExtraMaterial() {
                           .shininess = 0});
 }
 
-// What every actor file begins with.
+// The beginning of every actor file.
 inline std::string ActorBeginning() {
     return FileHeader(true) + ExtraMaterial();
 }
@@ -152,7 +152,7 @@ inline std::string WireColorMaterial(int n, const std::array<int, 3>& rgb = {128
     return MaterialChunk(fields);
 }
 
-// What a layer chunk says.
+// The contents of a layer chunk.
 struct LayerFields {
     std::string texture{};
     std::uint8_t type = 1;
@@ -286,6 +286,35 @@ inline std::string MorphChunk(const MorphFields& fields) {
     return bytes.Str();
 }
 
+// The defaults are those of a plain first end.
+struct WireEnd {
+    std::string node{};
+    std::string expression{};
+    std::string variable{};
+    std::uint32_t part = 0;
+    std::uint32_t component = 0;
+    float weight = 1;
+    float listWeight = 0;
+};
+
+inline std::string WireChunk(const WireEnd& first, const WireEnd& second, std::uint8_t linkKind) {
+    return ChunkHeader(14, 1116, 1)
+        .Name(first.node)
+        .Name(second.node)
+        .Name(first.expression)
+        .Name(second.expression)
+        .Name(second.variable, 20)
+        .Name(first.variable, 20)
+        .U32(first.part)
+        .U32(second.part)
+        .U32(first.component)
+        .U32(second.component)
+        .F32({first.weight, second.weight, first.listWeight, second.listWeight})
+        .U8(linkKind)
+        .Zeros(3)
+        .Str();
+}
+
 // ---------------------------------------------------------------- motion
 
 // In the file's order.
@@ -357,23 +386,6 @@ inline std::string KeyframedTrack(char track, const std::vector<std::string>& ke
         chunk += record;
     }
     return chunk;
-}
-
-// ---------------------------------------------------------------- places in files
-
-// Where the materials and layers of an actor file end and its nodes begin.
-inline std::size_t EndOfMaterials(const std::string& actor) {
-    std::size_t offset = FileHeader(true).size();
-    for (;;) {
-        const std::string chunk = actor.substr(offset, 12);
-        if (chunk == ChunkHeader(6, 108, 2).Str()) {
-            offset += 12 + 108;
-        } else if (chunk == ChunkHeader(7, 288, 3).Str()) {
-            offset += 12 + 288;
-        } else {
-            return offset;
-        }
-    }
 }
 
 }  // namespace support

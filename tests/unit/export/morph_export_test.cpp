@@ -36,23 +36,17 @@ std::vector<Chunk> MorphsOf(const Node& node) {
 }
 
 std::string ChannelRecord(const std::string& name) {
-    return Bytes().Name(name).F32({0, 1}).U32(0).U32(0).U32(1).U32(0).U32(0).F32({0}).Str();
+    return support::MorphChunk({.channel = name}).substr(12, 292);
 }
 
 // `packed` are the integers in the file's order.
 std::string Points(const std::string& node, float minimum, float maximum,
                    const std::vector<std::uint16_t>& packed) {
-    const auto count = static_cast<std::uint32_t>(packed.size() / 3);
-    Bytes bytes;
-    bytes.Name(node).U32(count).F32({minimum, maximum}).U32(0);
-    for (const std::uint16_t value : packed) {
-        bytes.U16(value);
+    std::vector<std::array<std::uint16_t, 3>> points;
+    for (std::size_t i = 0; i < packed.size(); i += 3) {
+        points.push_back({packed[i], packed[i + 1], packed[i + 2]});
     }
-    bytes.Text(std::string(packed.size(), '\0'));
-    for (std::uint32_t i = 0; i < count; ++i) {
-        bytes.U32(i);
-    }
-    return bytes.Str();
+    return support::MorphChunk({"", node, minimum, maximum, points}).substr(12 + 292);
 }
 
 // The points of a channel as they stand in the file.

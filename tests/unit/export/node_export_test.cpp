@@ -4,12 +4,12 @@
 #include <stdmat.h>
 
 #include <cmath>
-#include <cstring>
 #include <tuple>
 
 #include "core/log.h"
 #include "host/sdk/host.h"
 #include "scene/node.h"
+#include "tests/support/chunks.h"
 #include "tests/support/export_run.h"
 #include "tests/support/kta_bytes.h"
 #include "tests/support/open_pass.h"
@@ -59,29 +59,20 @@ scene::Object Other(std::uint32_t superClass, scene::ClassId classId) {
     return object;
 }
 
-// What follows the materials in the actor file.
+// The nodes of an actor file of materials and nodes alone.
 std::string Nodes(const ExportRun& run) {
     EXPECT_TRUE(run.actor);
     return run.actor ? run.actor->substr(support::EndOfMaterials(*run.actor)) : "";
 }
 
-// The body of the n-th node chunk of an actor file of materials and nodes alone.
-std::string Body(const ExportRun& run, int n = 0) {
-    const std::string nodes = Nodes(run);
-    const std::size_t start = static_cast<std::size_t>(n) * (12 + 632) + 12;
-    EXPECT_GE(nodes.size(), start + 632);
-    return start < nodes.size() ? nodes.substr(start, 632) : "";
-}
-
-float F32At(const std::string& body, std::size_t offset) {
-    float value;
-    std::memcpy(&value, body.data() + offset, sizeof(value));
-    return value;
+// The body of the n-th node chunk.
+std::string Body(const ExportRun& run, std::size_t n = 0) {
+    return support::ChunksOf(run.actor.value(), 0).at(n).body;
 }
 
 void ExpectF32(const std::string& body, std::size_t offset, std::initializer_list<float> expected) {
     for (const float value : expected) {
-        EXPECT_NEAR(F32At(body, offset), value, 1e-6) << "at offset " << offset;
+        EXPECT_NEAR(support::F32At(body, offset), value, 1e-6) << "at offset " << offset;
         offset += 4;
     }
 }
@@ -204,7 +195,7 @@ TEST(NodeExport, MirroredNodeHasAllScalesNegated) {
     const ExportRun run = Export(scene);
     ExpectF32(Body(run), 548, {-1, -3, -2});
     // Beside the sign of all three axes, half a turn about x is left.
-    EXPECT_NEAR(std::fabs(F32At(Body(run), 532)), 1, 1e-6);
+    EXPECT_NEAR(std::fabs(support::F32At(Body(run), 532)), 1, 1e-6);
     ExpectF32(Body(run), 536, {0, 0, 0});
     EXPECT_EQ(CountLines(run, "+ Determinant = -1.000000"), 1);
     EXPECT_EQ(CountLines(run, "+ Parity      = 0.000000"), 1);
@@ -352,7 +343,7 @@ TEST(NodeExport, ObjectsAreClassifiedByTheirReference) {
         const std::string body = Body(run, n);
         EXPECT_EQ(body[624], row.isBone) << n;
         EXPECT_EQ(body[625], row.hasHelperSize) << n;
-        EXPECT_EQ(F32At(body, 628), row.hasHelperSize ? 12.5f : 0.0f) << n;
+        EXPECT_EQ(support::F32At(body, 628), row.hasHelperSize ? 12.5f : 0.0f) << n;
         ++n;
     }
 }
@@ -363,7 +354,7 @@ TEST(NodeExport, HelperWithoutParameterBlockHasSizeZero) {
     scene.nodes[0].object = Other(0x50, {0x2013, 0});
     const std::string body = Body(Export(scene));
     EXPECT_EQ(body[625], 1);
-    EXPECT_EQ(F32At(body, 628), 0.0f);
+    EXPECT_EQ(support::F32At(body, 628), 0.0f);
 }
 
 TEST(NodeExport, DerivedObjectCountsAsSizedHelperWithoutSize) {
@@ -375,7 +366,7 @@ TEST(NodeExport, DerivedObjectCountsAsSizedHelperWithoutSize) {
     const std::string body = Body(Export(scene));
     EXPECT_EQ(body[624], 0);
     EXPECT_EQ(body[625], 1);
-    EXPECT_EQ(F32At(body, 628), 0.0f);
+    EXPECT_EQ(support::F32At(body, 628), 0.0f);
 }
 
 TEST(NodeExport, FootprintNodeIsSkippedWithALogLine) {

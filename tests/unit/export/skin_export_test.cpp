@@ -94,22 +94,10 @@ constexpr Optimizing kOff = {false, 0.075f, 4};
 
 // ---------------------------------------------------------------- what is expected
 
-struct Entry {
-    int bone;
-    float weight;
-};
-using Entries = std::vector<Entry>;
+using Entries = support::VertexWeights;
 
 std::string WeightsBody(int node, const std::vector<Entries>& vertices) {
-    Bytes bytes;
-    bytes.U32(static_cast<std::uint32_t>(node));
-    for (const Entries& entries : vertices) {
-        bytes.U8(static_cast<std::uint8_t>(entries.size()));
-        for (const Entry& entry : entries) {
-            bytes.U16(static_cast<std::uint16_t>(entry.bone)).U16(0).F32({entry.weight});
-        }
-    }
-    return bytes.Str();
+    return support::WeightsChunk(static_cast<std::uint32_t>(node), vertices).substr(12);
 }
 
 Chunk OnlyWeights(const ExportRun& run) {
@@ -527,7 +515,7 @@ TEST(SkinLimits, A256thWeightIsLeftOutWithAMessage) {
     const Scene scene = BonesFirst(1, {Skin({0}, {weights, {{0, 1.0f}}})});
     const ExportRun run = ExportWith(scene, kOff);
     Entries expected(255, {0, 0.5f});
-    expected[254].weight = 0.25f;
+    expected[254].second = 0.25f;
     ExpectWeights(run, 1, {expected, {{0, 1.0f}}});
     EXPECT_EQ(
         CountLines(run, "WARNING: Vertex 0 has 256 weights, of which the first 255 are written"),

@@ -29,33 +29,10 @@ using support::XNode;
 
 constexpr std::uint32_t kWireChunk = 14;
 
-struct End {
-    std::string node;
-    std::string expression;
-    std::string variable;
-    std::uint32_t part = 0;
-    std::uint32_t component = 0;
-    float weight = 1;
-    float listWeight = 0;
-};
+using End = support::WireEnd;
 
 std::string Record(const End& first, const End& second, std::uint8_t kind) {
-    return Bytes()
-        .Name(first.node)
-        .Name(second.node)
-        .Name(first.expression)
-        .Name(second.expression)
-        .Name(second.variable, 20)
-        .Name(first.variable, 20)
-        .U32(first.part)
-        .U32(second.part)
-        .U32(first.component)
-        .U32(second.component)
-        .F32({first.weight, second.weight, first.listWeight, second.listWeight})
-        .U8(kind)
-        .U8(0)
-        .U16(0)
-        .Str();
+    return support::WireChunk(first, second, kind).substr(12);
 }
 
 using Records = std::vector<std::string>;

@@ -349,7 +349,7 @@ TEST(ReaderFaultTest, NodeChunkInMotionFileIsReadAllTheSame) {
 
 // ---------------------------------------------------------------- cut and damaged files
 
-// What a file of two nodes says when only its first `length` bytes are there.
+// The fault of a file of two nodes that ends after `length` bytes; empty where it has none.
 std::string ExpectedCut(std::size_t length) {
     const auto cut = [](std::size_t offset, const char* where, std::size_t size,
                         std::size_t there) {

@@ -467,7 +467,7 @@ TEST(RigDumpTest, PositionsThatCannotBeTold) {
 }
 
 TEST(RigDumpTest, Wire) {
-    const std::string file = kActor + WireChunk();
+    const std::string file = kActor + SampleWire();
     EXPECT_EQ(DumpFrom(file),
               "\n"
               "offset 7: parameter wiring chunk, id 14, size 1116, version 1\n"

@@ -60,9 +60,9 @@ TEST(WeightsReaderTest, VerticesWithoutRecord) {
         {}, {{}}, {{{0, 1}}}, {{{0, 1}}, {}, {{0, 0.5f}, {1, 0.5f}}}};
     for (const auto& vertices : recorded) {
         const auto unrecorded = static_cast<std::uint32_t>(9 - vertices.size());
-        for (const std::string& next :
-             {std::string(), NodeChunk({}), MeshChunk(Triangle(0, 0, 0)), JointLimitsChunk(),
-              MorphChunk({}), WireChunk(), IkChainChunk(), WeightsChunk(0, vertices, unrecorded)}) {
+        for (const std::string& next : {std::string(), NodeChunk({}), MeshChunk(Triangle(0, 0, 0)),
+                                        JointLimitsChunk(), MorphChunk({}), SampleWire(),
+                                        IkChainChunk(), WeightsChunk(0, vertices, unrecorded)}) {
             const std::string file = SkinFile(vertices, unrecorded) + next;
             const kta::Reading reading = ReadExact(file);
             ASSERT_TRUE(reading.Good()) << FaultsOf(file)[0];
@@ -306,7 +306,7 @@ TEST(MorphReaderFaultTest, ZerosAndNumbersBehindThePoints) {
 // ---------------------------------------------------------------- wires and IK chains
 
 TEST(WireReaderTest, FieldsComeFromTheirOffsets) {
-    const std::string bytes = kActor + WireChunk();
+    const std::string bytes = kActor + SampleWire();
     ASSERT_EQ(bytes.size(), kBody + 1116);
     const kta::Reading reading = ReadExact(bytes);
     ASSERT_TRUE(reading.Good()) << FaultsOf(bytes)[0];
@@ -333,7 +333,7 @@ TEST(WireReaderTest, NamesOfChannels) {
     const char* const names[3][3] = {{"X_Position", "Y_Position", "Z_Position"},
                                      {"X_Rotation", "Y_Rotation", "Z_Rotation"},
                                      {"X_Scale", "Y_Scale", "Z_Scale"}};
-    const std::string file = kActor + WireChunk();
+    const std::string file = kActor + SampleWire();
     for (std::uint32_t part = 0; part < 3; ++part) {
         for (std::uint32_t component = 0; component < 3; ++component) {
             const std::string name = names[part][component];
@@ -350,7 +350,7 @@ TEST(WireReaderTest, NamesOfChannels) {
 }
 
 TEST(WireReaderTest, Faults) {
-    const std::string file = kActor + WireChunk();
+    const std::string file = kActor + SampleWire();
     ExpectFaults(file, "parameter wiring",
                  {{11, U32(0), "size is 0, expected 1116"},
                   {kBody + 1060, U8('X'),

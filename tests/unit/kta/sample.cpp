@@ -80,22 +80,9 @@ std::string JointLimitsChunk() {
     return chunk.U8(1).U8(0).U8(0).U8(0).U8(0).U8(1).U16(0).U32(0).Str();
 }
 
-std::string WireChunk() {
-    return ChunkHeader(14, 1116, 1)
-        .Name("Driver")
-        .Name("Slave")
-        .Name("")
-        .Name("X_Position * 2")
-        .Name("Z_Scale", 20)
-        .Name("", 20)
-        .U32(0)
-        .U32(2)
-        .U32(0)
-        .U32(2)
-        .F32({1, 0.5f, 0, 0.25f})
-        .U8(2)
-        .Zeros(3)
-        .Str();
+std::string SampleWire() {
+    return WireChunk({.node = "Driver"}, {"Slave", "X_Position * 2", "Z_Scale", 2, 2, 0.5f, 0.25f},
+                     2);
 }
 
 std::string IkChainChunk() {
@@ -126,7 +113,7 @@ std::string RigFile() {
     return kActor + MaterialChunk(Grey()) + LayerChunk({.texture = "wood.png", .material = 0}) +
            NodeChunk({.name = "Skin"}) + MeshChunk(Triangle(0, 1, 1)) +
            NodeChunk({.name = "Bone"}) + WeightsChunk(0, weights) + JointLimitsChunk() +
-           IkChainChunk() + WireChunk() + MorphChunk({.packed = {{0, 1, 2}, {65535, 256, 3}}}) +
+           IkChainChunk() + SampleWire() + MorphChunk({.packed = {{0, 1, 2}, {65535, 256, 3}}}) +
            NodeChunk({.name = "Last"});
 }
 

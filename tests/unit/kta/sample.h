@@ -41,7 +41,7 @@ std::string PosedPart(const std::string& name);
 // Of node 3; every limit differs, and the first and the last axis are limited.
 std::string JointLimitsChunk();
 // From a plain "Driver" X_Position to a wired "Slave" Z_Scale.
-std::string WireChunk();
+std::string SampleWire();
 std::string IkChainChunk();
 
 // An actor file with every kind of chunk, and a motion file with every kind of track.

@@ -21,10 +21,10 @@ using maxhost::scene::Node;
 using maxhost::scene::OtherModifier;
 using maxhost::scene::Scene;
 using maxhost::scene::Skin;
-using support::MakeNode;
 using support::Export;
 using support::ExportChoices;
 using support::ExportRun;
+using support::MakeNode;
 using support::WorkDirectory;
 
 // The default settings as they lie in the file.
@@ -68,14 +68,14 @@ std::vector<std::string> NodeNames(const ExportRun& run) {
     if (!run.actor) {
         return names;
     }
-    const std::string& bytes = *run.actor;
-    std::size_t offset = support::EndOfMaterials(bytes);
-    for (; offset + 12 + 632 <= bytes.size(); offset += 12 + 632) {
-        const std::string header = support::Bytes().U32(0).U32(632).U32(3).Str();
-        EXPECT_EQ(bytes.substr(offset, 12), header) << "at offset " << offset;
-        names.push_back(bytes.c_str() + offset + 12);
+    for (const support::Chunk& chunk : support::Chunks(*run.actor)) {
+        if (chunk.id != 6 && chunk.id != 7) {
+            EXPECT_EQ(chunk.id, 0u);
+            EXPECT_EQ(chunk.size, 632u);
+            EXPECT_EQ(chunk.version, 3u);
+            names.push_back(chunk.body.c_str());
+        }
     }
-    EXPECT_EQ(offset, bytes.size()) << "bytes behind the last node";
     return names;
 }
 
