@@ -45,7 +45,7 @@ class Scaler {
         } else if constexpr (scene::Structure<T>) {
             Scale(value);
         } else if constexpr (requires { value.valueless_by_exception(); }) {
-            std::visit([this](auto& kind) { ScaleValue<kMeaning>(kind); }, value);
+            std::visit([&](auto& kind) { ScaleValue<kMeaning>(kind); }, value);
         } else if constexpr (requires { value.use_count(); }) {
             ScaleShared(value);
         } else if constexpr (requires { value.has_value(); }) {
