@@ -151,7 +151,7 @@ TEST(Attack, LongListOfWrongElements) {
     EXPECT_EQ(MessageOf(text + "]}"), "/nodes/0: 0, expected a node");
 }
 
-std::string InScene(const std::string& fields) {
+std::string SceneWith(const std::string& fields) {
     return R"({"maxscene": 1, )" + fields + "}";
 }
 
@@ -180,8 +180,8 @@ TEST(Attack, CostStaysLinear) {
             vertices += (i ? "," : "") + std::string("[0,0,0]");
             normals += (i ? ",\"" : "\"") + std::to_string(i) + "\":[0,0,1]";
         }
-        return InScene(R"("nodes":[{"name":"n","object":{"class":"mesh","vertices":[)" + vertices +
-                       R"(],"normals":{)" + normals + "}}}]");
+        return SceneWith(R"("nodes":[{"name":"n","object":{"class":"mesh","vertices":[)" +
+                         vertices + R"(],"normals":{)" + normals + "}}}]");
     });
     ExpectLinear([](int n) {  // unknown fields
         std::string fields;
@@ -196,7 +196,7 @@ TEST(Attack, CostStaysLinear) {
             const std::string parent = i + 1 < n ? std::to_string(i + 1) : "null";
             nodes += (i ? "," : "") + std::string(R"({"name":"","parent":)") + parent + "}";
         }
-        return InScene(R"("nodes":[)" + nodes + "]");
+        return SceneWith(R"("nodes":[)" + nodes + "]");
     });
     ExpectLinear([](int n) {  // wires that name ids, each far away
         std::string nodes;
@@ -206,7 +206,7 @@ TEST(Attack, CostStaysLinear) {
                      R"("x":{"class":"wire","id":")" + std::to_string(i) +
                      R"(","wires":[{"coController":")" + std::to_string(n - 1 - i) + "\"}]}}}}";
         }
-        return InScene(R"("nodes":[)" + nodes + "]");
+        return SceneWith(R"("nodes":[)" + nodes + "]");
     });
 }
 
