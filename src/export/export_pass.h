@@ -112,7 +112,8 @@ void WriteSampledTrack(ExportPass& pass, INode* node, char track);
 void WriteKeyframedTrack(ExportPass& pass, INode* node, char track);
 // Nothing where the scale is no Bezier scale controller.
 void WriteKeyframedScaleTrack(ExportPass& pass, INode* node);
-// What of the node is animated: by its samples, or by its keys. False when nothing is.
+// Finds out whether position, rotation and scale are animated: by the samples, or by the keys, as
+// the option says. False when none is.
 bool DetectAnimation(ExportPass& pass, INode* node, bool& position, bool& rotation, bool& scale);
 
 #endif

@@ -138,7 +138,7 @@ void StoreOther(KTAMaterial& record, Mtl* material) {
     record.transparencyType = 'F';
 }
 
-// What follows the last separator of the path, or of its last 259 characters.
+// The part behind the last separator of the path, or of the path's last 259 characters.
 const char* TextureName(const char* path) {
     const size_t length = strlen(path);
     if (length >= kNameSize) {
@@ -196,7 +196,7 @@ void WriteMaterial(ExportPass& pass, const KTAMaterial& record) {
     ++pass.numMaterials;
 }
 
-// What is not covered here keeps the type of the layer before.
+// A map in any other place keeps the type of the layer before.
 void ChooseLayerType(ExportPass& pass, const Class_ID& parent, int slot) {
     if (parent == kNoClassId) {
         pass.layerType = kLayerEnvironment;

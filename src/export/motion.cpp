@@ -229,7 +229,7 @@ struct KeySide {
     Float32 length;
 };
 
-// What a record says of its time, before it is put into the file's form.
+// The keys of one time, before they are put into the file's form.
 struct KeyRecord {
     TimeValue time;
     UInt16 axes;

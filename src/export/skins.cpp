@@ -13,7 +13,7 @@ using Plinth::UInt8;
 
 namespace {
 
-// What a vertex's count and a weight's bone number hold.
+// The greatest values of a vertex's count (u8) and a weight's bone number (i16).
 enum { kMostWeights = 255, kHighestBoneNumber = 32767 };
 
 void Optimize(BoneWeights& weights, VertexWeightKind kind, const ExportOptions& options) {

@@ -1,4 +1,4 @@
-// What 3ds Max sees of the module: its entry point, the four library functions, exported under
+// The module as 3ds Max sees it: its entry point, the four library functions, exported under
 // their plain names, and the exporter's class descriptor. No exception leaves any of them.
 #include "plugin/module.h"
 

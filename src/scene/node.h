@@ -1,4 +1,4 @@
-// What is asked of a node: where it stands, its modifiers, its triangle mesh, and the nodes below.
+// Questions to a node: where it stands, its modifiers, its triangle mesh, and the nodes below it.
 #ifndef SCENE_NODE_H
 #define SCENE_NODE_H
 

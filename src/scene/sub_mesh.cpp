@@ -169,7 +169,7 @@ bool SubMeshList::GrowVertices() {
 }
 
 void SubMeshList::NumberVertices() {
-    // What was reserved for corners that turned out to match is given back.
+    // Gives back the room reserved for corners that turned out to match.
     vertices.Reserve(vertices.Count());
     links.Reserve(links.Count());
     matches.Reserve(matches.Count());

@@ -28,7 +28,7 @@ void RemoveBelow(BoneWeights& weights, Float32 threshold) {
     weights.Resize(kept);
 }
 
-// What is not a number comes first, so that the order is total.
+// NaNs come first, so that the order is total.
 int CompareWeights(const void* a, const void* b) {
     const BoneWeight& first = *static_cast<const BoneWeight*>(a);
     const BoneWeight& second = *static_cast<const BoneWeight*>(b);
