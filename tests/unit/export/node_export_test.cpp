@@ -173,7 +173,7 @@ TEST(NodeExport, TheSignOfTheScaleIsThePlainSignOfTheTripleProduct) {
         scene.nodes[0].transform = Constant(matrix);
         const std::string body = Body(Export(scene));
         for (const std::size_t offset : {548, 552, 556}) {
-            EXPECT_EQ(F32At(body, offset) < 0, mirrored) << offset;
+            EXPECT_EQ(support::F32At(body, offset) < 0, mirrored) << offset;
         }
         for (float& value : matrix[0]) {
             value = -value;
