@@ -15,7 +15,7 @@
 #include "host/app/scene_report.h"
 #include "host/sdk/host.h"
 #ifdef _WIN32
-#include "host/win32/user.h"
+#include "host/win32/display.h"
 #endif
 
 namespace maxhost::app {
