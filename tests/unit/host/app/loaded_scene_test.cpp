@@ -2,15 +2,19 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <csignal>
 #include <limits>
 #include <thread>
 
 #include "host/app/exit_status.h"
 #include "host/assimp/import.h"
 #include "tests/unit/host/app/support.h"
+
+#ifndef _WIN32
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#endif
 
 namespace maxhost::app {
 namespace {
