@@ -1,6 +1,7 @@
 #include "core/format.h"
 
 #include <stdio.h>
+#include <string.h>
 
 namespace Plinth {
 
@@ -41,6 +42,20 @@ int MeasureFormat(const char* format, va_list arguments) {
     const int needed = vsnprintf(NULL, 0, format, arguments);
 #endif
     return needed < 0 ? 0 : needed;
+}
+
+void CopyName(char* field, int fieldSize, const char* text) {
+    if (fieldSize < 1) {
+        return;
+    }
+    int length = 0;
+    if (text != NULL) {
+        while (length < fieldSize - 1 && text[length] != '\0') {
+            ++length;
+        }
+        memmove(field, text, length);
+    }
+    memset(field + length, 0, fieldSize - length);
 }
 
 }  // namespace Plinth

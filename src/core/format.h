@@ -1,4 +1,5 @@
-// The bounded printf-style formatter through which all text is made.
+// Text of bounded length: the printf-style formatter through which all text is made, and names in
+// the fixed-width fields of records.
 #ifndef PLINTH_FORMAT_H
 #define PLINTH_FORMAT_H
 
@@ -30,6 +31,11 @@ int FormatInto(char* buffer, int size, const char* format, ...) PLINTH_PRINTF(3,
 // The number of characters that formatting yields, the NUL not counted; 0 where the C library
 // cannot format.
 int MeasureFormat(const char* format, va_list arguments) PLINTH_PRINTF(1, 0);
+
+// Copies a C text into a field of `fieldSize` bytes: at most fieldSize - 1 characters, then zeros
+// up to the field's end. A null text is the empty one; a fieldSize below 1 does nothing. The text
+// may lie in the field itself.
+void CopyName(char* field, int fieldSize, const char* text);
 
 }  // namespace Plinth
 

@@ -40,9 +40,9 @@ class Holder {
     T* held;
 };
 
-void CloseFile(FILE* file);
-void FreeMemory(void* memory);
-void FreeHeapMemory(void* memory);
+inline void CloseFile(FILE* file) {
+    fclose(file);
+}
 
 template <class T>
 void DestroyObject(T* object) {
@@ -51,10 +51,6 @@ void DestroyObject(T* object) {
 
 // A file of the C library.
 typedef Holder<FILE, CloseFile> FileHolder;
-// A block of the memory manager.
-typedef Holder<void, FreeMemory> MemoryHolder;
-// A block of the C heap.
-typedef Holder<void, FreeHeapMemory> HeapHolder;
 
 // An object made by `new`.
 template <class T>

@@ -5,7 +5,7 @@
 #include <iiksys.h>
 #include <interpik.h>
 
-#include "core/copy_name.h"
+#include "core/format.h"
 #include "core/log.h"
 #include "export/export_pass.h"
 

@@ -4,7 +4,6 @@
 #include <max.h>
 #include <stdmat.h>
 
-#include "core/copy_name.h"
 #include "core/format.h"
 #include "core/log.h"
 

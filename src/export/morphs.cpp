@@ -3,7 +3,7 @@
 
 #include <MorpherApi.h>
 
-#include "core/copy_name.h"
+#include "core/format.h"
 #include "export/export_pass.h"
 #include "format/axis_order.h"
 #include "scene/node.h"

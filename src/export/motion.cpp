@@ -10,7 +10,7 @@
 #include <maxapi.h>
 #include <quat.h>
 
-#include "core/copy_name.h"
+#include "core/format.h"
 #include "core/log.h"
 #include "export/export_pass.h"
 #include "format/axis_order.h"

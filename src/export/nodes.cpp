@@ -9,7 +9,7 @@
 #include <iparamb2.h>
 #include <quat.h>
 
-#include "core/copy_name.h"
+#include "core/format.h"
 #include "core/log.h"
 #include "core/string.h"
 #include "export/export_pass.h"

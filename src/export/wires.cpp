@@ -6,7 +6,7 @@
 #include <istdplug.h>
 
 #include "core/array.h"
-#include "core/copy_name.h"
+#include "core/format.h"
 #include "export/export_pass.h"
 #include "scene/bezier_keys.h"
 #include "scene/wires.h"

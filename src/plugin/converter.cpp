@@ -1,6 +1,6 @@
 #include "plugin/converter.h"
 
-#include "core/copy_name.h"
+#include "core/format.h"
 #include "plugin/module.h"
 
 Converter g_converter;

@@ -8,9 +8,9 @@
 #include "core/log.h"
 #include "export/export_pass.h"
 #include "plugin/converter.h"
+#include "plugin/dialogs.h"
 #include "plugin/kta_exp.h"
 #include "plugin/module.h"
-#include "plugin/options_dialog.h"
 #include "resources/resource.h"
 #include "scene/node.h"
 
@@ -132,6 +132,14 @@ void LogAnyway(const Plinth::String& line) {
     }
 }
 
+void LogUnexpectedException(const Plinth::String& outOfMemoryLine) {
+    try {
+        Plinth::Log("*** Unexpected exception: the export is given up ***");
+    } catch (...) {
+        LogAnyway(outOfMemoryLine);
+    }
+}
+
 }  // namespace
 
 int KTAExp::DoExport(const MCHAR* name, ExpInterface*, Interface* i, BOOL, DWORD options) {
@@ -141,7 +149,7 @@ int KTAExp::DoExport(const MCHAR* name, ExpInterface*, Interface* i, BOOL, DWORD
     } catch (const std::bad_alloc&) {
         LogAnyway(outOfMemoryLine);
     } catch (...) {
-        LogAnyway("*** Unexpected exception: the export is given up ***");
+        LogUnexpectedException(outOfMemoryLine);
     }
     return IMPEXP_FAIL;
 }

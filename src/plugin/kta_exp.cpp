@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "plugin/about_dialog.h"
+#include "plugin/dialogs.h"
 #include "plugin/module.h"
 #include "resources/resource.h"
 

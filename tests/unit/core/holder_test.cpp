@@ -2,12 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <cstring>
+#include <cstdio>
 #include <string>
 #include <vector>
 
-#include "core/memory_manager.h"
 #include "temporary_directory.h"
 
 namespace {
@@ -77,15 +75,6 @@ TEST_F(HolderTest, FilesAreClosed) {
         ASSERT_EQ(std::fwrite("abc", 3, 1, file.Get()), 1u);
     }
     EXPECT_EQ(ReadBytes(path), "abc");
-}
-
-// The leak check of the sanitizers sees a block that is not given back.
-TEST_F(HolderTest, MemoryIsGivenBack) {
-    const Plinth::MemoryHolder block(Plinth::GetMemoryManager().Reallocate(nullptr, 100, 2, 16, 2));
-    ASSERT_NE(block.Get(), nullptr);
-    std::memset(block.Get(), 1, 100);
-    const Plinth::HeapHolder heap(std::malloc(100));
-    ASSERT_NE(heap.Get(), nullptr);
 }
 
 struct Counted {

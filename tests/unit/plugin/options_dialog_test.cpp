@@ -1,5 +1,5 @@
 // The plug-in's dialogs, made from its resources and acted on as a person would.
-#include "plugin/options_dialog.h"
+#include "plugin/dialogs.h"
 
 #include <custcont.h>
 #include <gtest/gtest.h>
@@ -12,10 +12,9 @@
 #include <functional>
 #include <limits>
 
-#include "host/sdk/host.h"
-#include "plugin/about_dialog.h"
-#include "plugin/kta_exp.h"
 #include "export/export_pass.h"
+#include "host/sdk/host.h"
+#include "plugin/kta_exp.h"
 #include "resources/resource.h"
 #include "tests/support/export_run.h"
 

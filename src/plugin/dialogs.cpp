@@ -1,4 +1,4 @@
-#include "plugin/options_dialog.h"
+#include "plugin/dialogs.h"
 
 #include <limits.h>
 #include <stdlib.h>
@@ -161,5 +161,25 @@ INT_PTR CALLBACK OptionsDialogProcedure(HWND dialog, UINT message, WPARAM wParam
     } catch (...) {
         EndDialog(dialog, kOptionsDialogOutOfMemory);
         return TRUE;
+    }
+}
+
+// Of the calls here only that of 3ds Max can throw.
+INT_PTR CALLBACK AboutDialogProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
+    switch (message) {
+        case WM_INITDIALOG:
+            try {
+                CenterWindow(dialog, GetParent(dialog));
+            } catch (...) {
+                EndDialog(dialog, 1);
+            }
+            return TRUE;
+        case WM_COMMAND:
+            if (LOWORD(wParam) == IDC_BACK) {
+                EndDialog(dialog, 1);
+            }
+            return TRUE;
+        default:
+            return FALSE;
     }
 }
