@@ -5,6 +5,7 @@
 #include <CS/phyexp.h>
 #include <iskin.h>
 
+#include "core/holder.h"
 #include "core/log.h"
 
 using Plinth::Float32;
@@ -173,10 +174,12 @@ VertexWeightKind SkinWeightReader::Gather(Int32 vertex, BoneWeights& weights) {
 
 // ---------------------------------------------------------------- Physique
 
-// Releases what it asked for, the context before the export interface.
+// Releases what it asked for, the context before the export interface, also where Open throws.
 class PhysiqueWeightReader : public WeightReader {
   public:
-    PhysiqueWeightReader(INode* node, Modifier* modifier);
+    explicit PhysiqueWeightReader(Modifier* source)
+        : modifier(source), physique(NULL), context(NULL), numPoints(0) {}
+    void Open(INode* node);
     virtual ~PhysiqueWeightReader();
 
     virtual bool BeginBones() { return context != NULL; }
@@ -192,11 +195,8 @@ class PhysiqueWeightReader : public WeightReader {
     Int32 numPoints;
 };
 
-PhysiqueWeightReader::PhysiqueWeightReader(INode* node, Modifier* source)
-    : modifier(source),
-      physique(static_cast<IPhysiqueExport*>(source->GetInterface(I_PHYINTERFACE))),
-      context(NULL),
-      numPoints(0) {
+void PhysiqueWeightReader::Open(INode* node) {
+    physique = static_cast<IPhysiqueExport*>(modifier->GetInterface(I_PHYINTERFACE));
     Object* const object = node->EvalWorldState(0).obj;
     if (object != NULL) {
         numPoints = object->NumPoints();
@@ -261,7 +261,10 @@ VertexWeightKind PhysiqueWeightReader::Gather(Int32 number, BoneWeights& weights
 
 WeightReader* MakeWeightReader(INode* node, const SkinModifiers& modifiers) {
     if (modifiers.physique != NULL) {
-        return new PhysiqueWeightReader(node, modifiers.physique);
+        Plinth::ObjectHolder<PhysiqueWeightReader> reader(
+            new PhysiqueWeightReader(modifiers.physique));
+        reader->Open(node);
+        return reader.Release();
     }
     if (modifiers.skin != NULL) {
         return new SkinWeightReader(node, modifiers.skin);

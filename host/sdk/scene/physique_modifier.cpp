@@ -52,8 +52,8 @@ class Lender {
   public:
     Lent* Lend(std::unique_ptr<Lent> made) {
         Lent* lent = made.get();
-        loans_.Lend(lent);
         owned_.emplace(lent, std::move(made));
+        loans_.Lend(lent);
         return lent;
     }
     void TakeBack(Lent* lent) {

@@ -24,6 +24,7 @@
 
 #include "host/scene_file/scene_description.h"
 #include "host/sdk/host.h"
+#include "host/sdk/live_objects.h"
 #include "host/win32/module_function.h"
 #include "host/win32/user.h"
 #include "tests/support/chunks.h"
@@ -292,6 +293,7 @@ class AllocationSweep : public testing::Test {
         const SweptPlugIn plugIn;
         ForgetCalls(SWEPT_CONVERTER);
         const long openFiles = NumOpenFiles();
+        const auto loans = maxhost::CountLoans();
         Outcome outcome;
         SceneExport* exporter = nullptr;
         {
@@ -309,6 +311,8 @@ class AllocationSweep : public testing::Test {
             outcome.allocations = allocations.count;
         }
         outcome.openFiles = NumOpenFiles() - openFiles;
+        EXPECT_EQ(maxhost::CountLoans().outstanding, loans.outstanding);
+        EXPECT_EQ(maxhost::CountLoans().wrongReleases, loans.wrongReleases);
         outcome.log = Contents("KTAExporter.log");
         outcome.actor = Contents("out/a.hdotemp1");
         outcome.motion = Contents("out/a.hdotemp2");
