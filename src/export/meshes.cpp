@@ -3,7 +3,6 @@
 
 #include "core/log.h"
 #include "export/export_pass.h"
-#include "format/axis_order.h"
 #include "scene/node.h"
 #include "scene/sub_mesh.h"
 

@@ -5,7 +5,6 @@
 
 #include "core/format.h"
 #include "export/export_pass.h"
-#include "format/axis_order.h"
 #include "scene/node.h"
 
 using Plinth::Float32;

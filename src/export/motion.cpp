@@ -13,7 +13,6 @@
 #include "core/format.h"
 #include "core/log.h"
 #include "export/export_pass.h"
-#include "format/axis_order.h"
 #include "scene/bezier_keys.h"
 #include "scene/decompose.h"
 #include "scene/node.h"
