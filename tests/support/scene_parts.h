@@ -10,6 +10,9 @@
 
 namespace support {
 
+// The sine and the cosine of 45 degrees.
+constexpr float kHalfRoot = 0.70710678f;
+
 inline maxhost::scene::Node MakeNode(const std::string& name, int parent = maxhost::scene::kNone) {
     maxhost::scene::Node node;
     node.name = name;

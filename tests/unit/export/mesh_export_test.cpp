@@ -14,6 +14,7 @@
 #include "tests/support/export_run.h"
 #include "tests/support/kta_bytes.h"
 #include "tests/support/open_pass.h"
+#include "tests/support/scene_parts.h"
 
 namespace {
 
@@ -30,7 +31,6 @@ using support::ExportChoices;
 using support::ExportRun;
 
 constexpr std::uint32_t kMeshChunk = 3;
-constexpr float kHalfRoot = 0.70710678f;
 
 scene::Mesh TriangleMesh() {
     scene::Mesh mesh;
@@ -406,8 +406,8 @@ TEST(MeshNormals, FacetedFacesHaveTheirOwn) {
 TEST(MeshNormals, OneNormalIsShared) {
     const Chunk chunk = OnlyMesh(Export(MeshScene(Fold(1, 1))));
     ASSERT_EQ(NormalsOf(chunk, 0).size(), 1u);
-    EXPECT_FLOAT_EQ(NormalsOf(chunk, 0)[0][1], -kHalfRoot);
-    EXPECT_FLOAT_EQ(NormalsOf(chunk, 0)[0][2], kHalfRoot);
+    EXPECT_FLOAT_EQ(NormalsOf(chunk, 0)[0][1], -support::kHalfRoot);
+    EXPECT_FLOAT_EQ(NormalsOf(chunk, 0)[0][2], support::kHalfRoot);
 }
 
 TEST(MeshNormals, AFacetedFaceBesideASmoothOneKeepsItsOwn) {

@@ -37,7 +37,7 @@ scene::Transform Runner() {
 }
 
 // The settings file of these choices, otherwise the defaults.
-std::string Settings(bool exportHidden, bool motionsForHidden, bool sampled = false) {
+std::string MotionSettings(bool exportHidden, bool motionsForHidden, bool sampled = false) {
     return support::Bytes()
         .U8(0)
         .U8(exportHidden)
@@ -70,7 +70,7 @@ TEST(MotionExport, FileOfASceneThatStandsStillIsItsHeader) {
         scene::Scene scene = NodeScene(Prs(Axes(1, 2, 3)));
         scene.nodes.push_back(MakeNode("Still", 0));
         ExportChoices choices;
-        choices.settings = Settings(false, false, sampled);
+        choices.settings = MotionSettings(false, false, sampled);
         const ExportRun run = Export(scene, choices);
         EXPECT_EQ(run.motion, FileHeader(false));
         EXPECT_EQ(run.actor->substr(0, 7), FileHeader(true));
@@ -95,7 +95,7 @@ TEST(MotionExport, WholeFile) {
 TEST(MotionExport, SamplesByTheOptions) {
     scene::Scene scene = NodeScene(Runner(), EvenTime(0, 64));
     ExportChoices choices;
-    choices.settings = Settings(false, false, true);
+    choices.settings = MotionSettings(false, false, true);
     EXPECT_EQ(Export(scene, choices).motion->substr(7), WriteMotion(scene, 1).bytes);
     choices.settings->at(20) = 2;
     EXPECT_EQ(Export(scene, choices).motion->substr(7), WriteMotion(scene, 2).bytes);
@@ -124,9 +124,9 @@ TEST(MotionExport, HiddenNodesByTheirOwnOption) {
     scene.nodes[2].hidden = true;
     for (const bool exportHidden : {false, true}) {
         ExportChoices choices;
-        choices.settings = Settings(exportHidden, false);
+        choices.settings = MotionSettings(exportHidden, false);
         EXPECT_THAT(MovingNames(*Export(scene, choices).motion), ElementsAre("Child", "Deeper"));
-        choices.settings = Settings(exportHidden, true);
+        choices.settings = MotionSettings(exportHidden, true);
         const ExportRun run = Export(scene, choices);
         EXPECT_THAT(MovingNames(*run.motion), ElementsAre("Mover", "Child", "Deep", "Deeper"));
         EXPECT_EQ(support::CountLines(run, "- Exporting node 'Deep'"), exportHidden ? 1 : 0);

@@ -27,7 +27,6 @@ using support::ExportChoices;
 using support::ExportRun;
 using support::MakeNode;
 
-constexpr float kHalfRoot = 0.70710678f;
 constexpr double kPi = 3.14159265358979323846;
 
 scene::Transform Constant(const scene::Matrix& matrix) {
@@ -156,8 +155,8 @@ TEST(NodeExport, RotationIsWrittenInTheFilesAxes) {
     scene.nodes[0].transform = Constant({{{0, 1, 0}, {-1, 0, 0}, {0, 0, 1}, {0, 0, 0}}});
     scene.nodes[1].transform = Constant({{{1, 0, 0}, {0, 0, 1}, {0, -1, 0}, {0, 0, 0}}});
     const ExportRun run = Export(scene);
-    ExpectF32(Body(run, 0), 532, {0, -kHalfRoot, 0, kHalfRoot});
-    ExpectF32(Body(run, 1), 532, {-kHalfRoot, 0, 0, kHalfRoot});
+    ExpectF32(Body(run, 0), 532, {0, -support::kHalfRoot, 0, support::kHalfRoot});
+    ExpectF32(Body(run, 1), 532, {-support::kHalfRoot, 0, 0, support::kHalfRoot});
 }
 
 TEST(NodeExport, TheSignOfTheScaleIsThePlainSignOfTheTripleProduct) {
@@ -397,7 +396,7 @@ TEST(NodeExport, NodeWithoutTransformControllerStandsAtItsParent) {
 constexpr char kMeshLine[] = "  + Exporting mesh...";
 constexpr char kCollisionLine[] = "  + Exporting collision mesh...";
 
-std::string Settings(bool collision, bool meshes, bool nonRenderable) {
+std::string MeshSettings(bool collision, bool meshes, bool nonRenderable) {
     return Bytes().U8(collision).U8(0).U8(meshes).U8(nonRenderable).Str();
 }
 
@@ -415,10 +414,10 @@ ExportRun ExportTriangle(const std::string& userProperties, bool renderable,
 
 TEST(NodeExport, UserPropertyInAnyCaseMakesACollisionMesh) {
     for (const char* text : {"CollisionMesh", "xx collisionmeshes", "a = 1\r\nCOLLISIONMESH\r\n"}) {
-        const ExportRun on = ExportTriangle(text, false, Settings(true, true, false));
+        const ExportRun on = ExportTriangle(text, false, MeshSettings(true, true, false));
         EXPECT_EQ(CountLines(on, kCollisionLine), 1) << text;
         EXPECT_EQ(CountLines(on, kMeshLine), 0) << text;
-        const ExportRun off = ExportTriangle(text, true, Settings(false, true, true));
+        const ExportRun off = ExportTriangle(text, true, MeshSettings(false, true, true));
         EXPECT_EQ(CountLines(off, kCollisionLine), 0) << text;
         EXPECT_EQ(CountLines(off, kMeshLine), 0) << text;
     }
@@ -432,7 +431,7 @@ TEST(NodeExport, OrdinaryMeshesFollowTheirSwitches) {
                 {false, true, true, 1}, {false, false, true, 0}, {true, false, true, 0}};
     for (const auto& row : rows) {
         const ExportRun run = ExportTriangle("collision mesh", row.renderable,
-                                             Settings(true, row.meshes, row.nonRenderable));
+                                             MeshSettings(true, row.meshes, row.nonRenderable));
         EXPECT_EQ(CountLines(run, kMeshLine), row.lines);
         EXPECT_EQ(CountLines(run, kCollisionLine), 0);
     }

@@ -27,8 +27,6 @@ using support::WriteMotion;
 using support::Written;
 using testing::ElementsAre;
 
-constexpr float kHalfRoot = 0.70710678f;
-
 // Moves along x by 1 a tick.
 scene::Transform Runner() {
     return Prs(Axes(Ramp(-100000, -100000, 100000, 100000), Constant(0), Constant(0)));
@@ -167,8 +165,8 @@ TEST(SampledMotion, VectorsAndRotationsAreInTheFilesAxes) {
     std::array<float, 5> turned;
     std::memcpy(turned.data(), rotation.data(), 20);
     EXPECT_EQ(turned[0], frame);
-    EXPECT_THAT(turned, ElementsAre(frame, 0, testing::FloatNear(-kHalfRoot, 1e-6f), 0,
-                                    testing::FloatNear(kHalfRoot, 1e-6f)));
+    EXPECT_THAT(turned, ElementsAre(frame, 0, testing::FloatNear(-support::kHalfRoot, 1e-6f), 0,
+                                    testing::FloatNear(support::kHalfRoot, 1e-6f)));
     const std::string scale = written.bytes.substr(expected.size() + 40);
     EXPECT_EQ(scale, SampledHead(56, 3, 'S') + Key(0, {1, 1, 1}) + Key(frame, {2, 4, 3}) +
                          Key(frame, {2, 4, 3}));

@@ -51,7 +51,7 @@ scene::Node Skinned(std::vector<Modifier> modifiers, std::size_t numVertices = 3
     return node;
 }
 
-Modifier Skin(std::vector<int> bones, Slots weights) {
+Modifier SkinOf(std::vector<int> bones, Slots weights) {
     return {true, scene::Skin{std::move(bones), std::move(weights), true}};
 }
 
@@ -144,7 +144,8 @@ Lines SkinLog(const ExportRun& run) {
 // ---------------------------------------------------------------- whole chunks
 
 TEST(SkinExport, SkinByteForByte) {
-    const Scene scene = BonesFirst(2, {Skin({0, 1}, {{{0, 0.25f}, {1, 0.75f}}, {}, {{1, 1.0f}}})});
+    const Scene scene =
+        BonesFirst(2, {SkinOf({0, 1}, {{{0, 0.25f}, {1, 0.75f}}, {}, {{1, 1.0f}}})});
     const ExportRun run = Export(scene);
     const Chunk chunk = OnlyWeights(run);
     EXPECT_EQ(chunk.version, 1u);
@@ -170,7 +171,7 @@ TEST(SkinExport, SkinByteForByte) {
 
 TEST(SkinExport, LogOfASkin) {
     const Scene scene = BonesFirst(
-        3, {Skin({2, 0, 1}, {{{1, 0.5f}, {0, 0.5f}}, {{0, 0.9f}, {1, 0.05f}}, {{1, 1.0f}}})});
+        3, {SkinOf({2, 0, 1}, {{{1, 0.5f}, {0, 0.5f}}, {{0, 0.9f}, {1, 0.05f}}, {{1, 1.0f}}})});
     const Lines expected = {
         "    + Exporting bones...",
         "*** Skin modifier found, exporting bones ***",
@@ -220,7 +221,7 @@ TEST(SkinExport, PhysiqueVerticesWithoutInterfaceWriteNothingButAreAnnounced) {
 }
 
 TEST(SkinExport, SkinVerticesAreThoseOfItsContext) {
-    const Scene scene = BonesFirst(1, {Skin({0}, {{{0, 1.0f}}})}, 5);
+    const Scene scene = BonesFirst(1, {SkinOf({0}, {{{0, 1.0f}}})}, 5);
     const ExportRun run = Export(scene);
     ExpectWeights(run, 1, {{{0, 1.0f}}});
     EXPECT_EQ(CountLines(run, "   + Skin modifier reports 1 skinned vertices..."), 1);
@@ -235,7 +236,7 @@ ExportRun ExportVertex(const std::vector<float>& weights, const Optimizing& how)
         slots[0].push_back({static_cast<int>(bones.size()), weight});
         bones.push_back(static_cast<int>(bones.size()));
     }
-    return ExportWith(BonesFirst(bones.size(), {Skin(bones, slots)}), how);
+    return ExportWith(BonesFirst(bones.size(), {SkinOf(bones, slots)}), how);
 }
 
 TEST(SkinOptimisation, SmallWeightsGoAndTheRestIsScaled) {
@@ -304,7 +305,7 @@ TEST(SkinOptimisation, OptimizesBlendedPhysiqueVertices) {
 }
 
 TEST(SkinOptimisation, TheSameBoneMayStandTwice) {
-    const Scene scene = BonesFirst(1, {Skin({0, 0}, {{{0, 0.25f}, {1, 0.75f}, {0, 0.5f}}})});
+    const Scene scene = BonesFirst(1, {SkinOf({0, 0}, {{{0, 0.25f}, {1, 0.75f}, {0, 0.5f}}})});
     const ExportRun run = Export(scene);
     ExpectWeights(run, 1, {{{0, 0.25f}, {0, 0.75f}, {0, 0.5f}}});
     EXPECT_EQ(CountLines(run, "#1 : B0"), 1);
@@ -314,7 +315,7 @@ TEST(SkinOptimisation, TheSameBoneMayStandTwice) {
 // ---------------------------------------------------------------- what is missing
 
 TEST(SkinExport, NegativeBoneNumbersAreLeftOutWithAMessage) {
-    const Scene scene = BonesFirst(1, {Skin({0}, {{{-1, 0.5f}, {0, 0.5f}}, {{-7, 1.0f}}})});
+    const Scene scene = BonesFirst(1, {SkinOf({0}, {{{-1, 0.5f}, {0, 0.5f}}, {{-7, 1.0f}}})});
     const ExportRun run = ExportWith(scene, kOff);
     ExpectWeights(run, 1, {{{0, 0.5f}}, {}});
     const Lines expected = {
@@ -368,13 +369,13 @@ TEST(SkinExport, WithoutPhysiqueInterfaceTheChunkBreaksOffBehindTheNodeNumber) {
 }
 
 TEST(SkinExport, SkinWithoutWeightsNamesNoBones) {
-    const ExportRun run = Export(BonesFirst(1, {Skin({0}, {{}, {}})}));
+    const ExportRun run = Export(BonesFirst(1, {SkinOf({0}, {{}, {}})}));
     ExpectWeights(run, 1, {{}, {}});
     EXPECT_EQ(CountLines(run, "Bones influencing node 'Skinned':"), 0);
 }
 
 TEST(SkinExport, MeshesThatAreNotWrittenHaveNoSkin) {
-    Scene scene = BonesFirst(1, {Skin({0}, {{{0, 1.0f}}})});
+    Scene scene = BonesFirst(1, {SkinOf({0}, {{{0, 1.0f}}})});
     scene.nodes[1].object->mesh = std::make_shared<const scene::Mesh>();
     const ExportRun run = Export(scene);
     EXPECT_EQ(Order(*run.actor), (Lines{"B0", "Skinned"}));
@@ -382,7 +383,7 @@ TEST(SkinExport, MeshesThatAreNotWrittenHaveNoSkin) {
 }
 
 TEST(SkinExport, CollisionMeshesHaveTheirSkin) {
-    Scene scene = BonesFirst(1, {Skin({0}, {{{0, 1.0f}}})});
+    Scene scene = BonesFirst(1, {SkinOf({0}, {{{0, 1.0f}}})});
     scene.nodes[1].userProperties = "CollisionMesh";
     ExpectWeights(ExportWith(scene, {}), 1, {{{0, 1.0f}}});
 }
@@ -390,7 +391,7 @@ TEST(SkinExport, CollisionMeshesHaveTheirSkin) {
 // ---------------------------------------------------------------- which modifier
 
 TEST(SkinExport, DisabledModifiersCountForNothing) {
-    const Modifier skin = Skin({0}, {{{0, 1.0f}}});
+    const Modifier skin = SkinOf({0}, {{{0, 1.0f}}});
     const Modifier physique = Physique(PhysiqueVertices(3, scene::PhysiqueRigid{0}));
     const ExportRun none = Export(BonesFirst(1, {Disabled(skin), Disabled(physique)}));
     EXPECT_TRUE(support::ChunksOf(*none.actor, kWeightsChunk).empty());
@@ -398,20 +399,20 @@ TEST(SkinExport, DisabledModifiersCountForNothing) {
     ExpectWeights(Export(BonesFirst(1, {Disabled(physique), skin})), 1, {{{0, 1.0f}}});
     // The topmost enabled one of a class.
     ExpectWeights(
-        Export(BonesFirst(2, {Disabled(Skin({0}, {{}, {}})), Skin({1}, {{{0, 1.0f}}}), skin})), 2,
-        {{{1, 1.0f}}});
+        Export(BonesFirst(2, {Disabled(SkinOf({0}, {{}, {}})), SkinOf({1}, {{{0, 1.0f}}}), skin})),
+        2, {{{1, 1.0f}}});
 }
 
 TEST(SkinExport, PhysiqueCountsWhereThereAreBoth) {
     const Modifier physique = Physique(PhysiqueVertices(3, scene::PhysiqueRigid{1}));
-    const ExportRun run = Export(BonesFirst(2, {Skin({0}, {{{0, 1.0f}}}), physique}));
+    const ExportRun run = Export(BonesFirst(2, {SkinOf({0}, {{{0, 1.0f}}}), physique}));
     ExpectWeights(run, 2, std::vector<Entries>(3, Entries{{1, 1.0f}}));
     EXPECT_EQ(CountLines(run, "*** Skin modifier found, exporting bones ***"), 0);
 }
 
 TEST(SkinExport, ModifiersOfAReferenceCount) {
     Scene scene = BonesFirst(1, {});
-    scene.nodes[1].referenceModifiers = {Skin({0}, {{{0, 1.0f}}})};
+    scene.nodes[1].referenceModifiers = {SkinOf({0}, {{{0, 1.0f}}})};
     ExpectWeights(Export(scene), 1, {{{0, 1.0f}}});
 }
 
@@ -419,8 +420,8 @@ TEST(SkinExport, ModifiersOfAReferenceCount) {
 
 TEST(SkinBones, AreWrittenBeforeTheWeights) {
     Scene scene;
-    scene.nodes = {Skinned({Skin({2, 1, 3}, {{{0, 0.5f}, {1, 0.5f}}, {{1, 1.0f}}})}), Bone("First"),
-                   Bone("Second", 1), Bone("Unused", 2)};
+    scene.nodes = {Skinned({SkinOf({2, 1, 3}, {{{0, 0.5f}, {1, 0.5f}}, {{1, 1.0f}}})}),
+                   Bone("First"), Bone("Second", 1), Bone("Unused", 2)};
     const ExportRun run = Export(scene);
     EXPECT_EQ(Order(*run.actor),
               (Lines{"Skinned", "mesh", "Second", "First", "weights of 0", "Unused"}));
@@ -433,7 +434,7 @@ TEST(SkinBones, AreWrittenBeforeTheWeights) {
 
 TEST(SkinBones, HiddenOnesAreWritten) {
     Scene scene;
-    scene.nodes = {Bone("Hidden"), Skinned({Skin({0}, {{{0, 1.0f}}})}), Bone("HiddenToo")};
+    scene.nodes = {Bone("Hidden"), Skinned({SkinOf({0}, {{{0, 1.0f}}})}), Bone("HiddenToo")};
     scene.nodes[0].hidden = true;
     scene.nodes[2].hidden = true;
     const ExportRun run = Export(scene);
@@ -443,7 +444,7 @@ TEST(SkinBones, HiddenOnesAreWritten) {
 
 TEST(SkinBones, ThoseOutsideTheSelectionAreWritten) {
     Scene scene;
-    scene.nodes = {Bone("Outside"), Skinned({Skin({0}, {{{0, 1.0f}}})})};
+    scene.nodes = {Bone("Outside"), Skinned({SkinOf({0}, {{{0, 1.0f}}})})};
     scene.selection = {1};
     ExportChoices choices;
     choices.selectedOnly = true;
@@ -453,7 +454,7 @@ TEST(SkinBones, ThoseOutsideTheSelectionAreWritten) {
 }
 
 TEST(SkinBones, SlotsWithoutNodeHaveNoNumber) {
-    const Scene skin = BonesFirst(1, {Skin({scene::kNone, 0}, {{{0, 0.5f}, {1, 0.5f}}})});
+    const Scene skin = BonesFirst(1, {SkinOf({scene::kNone, 0}, {{{0, 0.5f}, {1, 0.5f}}})});
     const ExportRun run = ExportWith(skin, kOff);
     ExpectWeights(run, 1, {{{-1, 0.5f}, {0, 0.5f}}});
     EXPECT_EQ(CountLines(run, "#1 : B0"), 1);
@@ -468,7 +469,7 @@ TEST(SkinBones, SlotsWithoutNodeHaveNoNumber) {
 // All of a vertex's weights are gathered, with what is to be said of them, before its bones.
 TEST(SkinBones, OfAVertexFollowWhatIsSaidOfItsWeights) {
     Scene scene;
-    scene.nodes = {Skinned({Skin({1}, {{{0, 0.5f}, {-1, 0.5f}}})}), Bone("Late")};
+    scene.nodes = {Skinned({SkinOf({1}, {{{0, 0.5f}, {-1, 0.5f}}})}), Bone("Late")};
     const Lines log = ExportWith(scene, kOff).log;
     const auto said = std::find(log.begin(), log.end(), "Help! BoneNr is < 0 (-1)");
     const auto bone = std::find(log.begin(), log.end(), "- Exporting node 'Late'");
@@ -477,7 +478,7 @@ TEST(SkinBones, OfAVertexFollowWhatIsSaidOfItsWeights) {
 }
 
 TEST(SkinBones, FootprintsHaveNoNumber) {
-    Scene scene = BonesFirst(1, {Skin({0}, {{{0, 0.5f}}, {{0, 1.0f}, {0, 1.0f}}})});
+    Scene scene = BonesFirst(1, {SkinOf({0}, {{{0, 0.5f}}, {{0, 1.0f}, {0, 1.0f}}})});
     scene.nodes[0].transform.emplace().kind = scene::FootprintTransform{};
     const ExportRun run = ExportWith(scene, kOff);
     ExpectWeights(run, 0, {{{-1, 0.5f}}, {{-1, 1.0f}, {-1, 1.0f}}});
@@ -490,7 +491,7 @@ TEST(SkinBones, FootprintsHaveNoNumber) {
 TEST(SkinBones, MayBeSkinnedThemselves) {
     Scene scene;
     for (int i = 0; i < 3; ++i) {
-        scene.nodes.push_back(Skinned({Skin({(i + 1) % 3}, {{{0, 1.0f}}})}));
+        scene.nodes.push_back(Skinned({SkinOf({(i + 1) % 3}, {{{0, 1.0f}}})}));
         scene.nodes.back().name = "S" + std::to_string(i);
     }
     const ExportRun run = Export(scene);
@@ -504,7 +505,7 @@ TEST(SkinBones, MayBeSkinnedThemselves) {
 }
 
 TEST(SkinBones, NodeMayBeItsOwnBone) {
-    ExpectWeights(Export(BonesFirst(0, {Skin({0}, {{{0, 1.0f}}})})), 0, {{{0, 1.0f}}});
+    ExpectWeights(Export(BonesFirst(0, {SkinOf({0}, {{{0, 1.0f}}})})), 0, {{{0, 1.0f}}});
 }
 
 // ---------------------------------------------------------------- limits
@@ -512,7 +513,7 @@ TEST(SkinBones, NodeMayBeItsOwnBone) {
 TEST(SkinLimits, A256thWeightIsLeftOutWithAMessage) {
     std::vector<scene::SkinWeight> weights(256, {0, 0.5f});
     weights[254].weight = 0.25f;
-    const Scene scene = BonesFirst(1, {Skin({0}, {weights, {{0, 1.0f}}})});
+    const Scene scene = BonesFirst(1, {SkinOf({0}, {weights, {{0, 1.0f}}})});
     const ExportRun run = ExportWith(scene, kOff);
     Entries expected(255, {0, 0.5f});
     expected[254].second = 0.25f;
@@ -524,7 +525,7 @@ TEST(SkinLimits, A256thWeightIsLeftOutWithAMessage) {
 
 TEST(SkinLimits, TwoHundredAndFiftyFiveWeightsAreWritten) {
     const Scene scene =
-        BonesFirst(1, {Skin({0}, {std::vector<scene::SkinWeight>(255, {0, 0.5f})})});
+        BonesFirst(1, {SkinOf({0}, {std::vector<scene::SkinWeight>(255, {0, 0.5f})})});
     const ExportRun run = ExportWith(scene, kOff);
     ExpectWeights(run, 1, {Entries(255, {0, 0.5f})});
     for (const std::string& line : run.log) {
@@ -562,7 +563,7 @@ class DirectExport {
 
 TEST(SkinLimits, BonesWhoseNumbersDoNotFitAreWrittenAsNone) {
     const support::WorkDirectory directory;
-    DirectExport direct(BonesFirst(32769, {Skin({32767, 32768}, {{{0, 0.5f}, {1, 0.5f}}})}));
+    DirectExport direct(BonesFirst(32769, {SkinOf({32767, 32768}, {{{0, 0.5f}, {1, 0.5f}}})}));
     direct.ExportNodes(0, 32769);
     Plinth::GetLogManager().AddLogFileCallback("log");
     direct.ExportNodes(32769, 32770);
@@ -577,7 +578,7 @@ TEST(SkinLimits, SkinsOnSkinsToAnyDepth) {
     constexpr int kDepth = 30000;
     Scene scene;
     for (int i = 0; i < kDepth; ++i) {
-        scene.nodes.push_back(Skinned({Skin({std::min(i + 1, kDepth - 1)}, {{{0, 1.0f}}})}));
+        scene.nodes.push_back(Skinned({SkinOf({std::min(i + 1, kDepth - 1)}, {{{0, 1.0f}}})}));
     }
     DirectExport direct(std::move(scene));
     direct.Run();
@@ -605,7 +606,7 @@ TEST(SkinExport, GivesBackWhatItAskedForWhereMemoryIsMissing) {
                                        scene::PhysiqueBlended{{{2, 0.5f}, {3, 0.5f}}},
                                        scene::PhysiqueRigid{2}};
     for (const Modifier& modifier :
-         {Physique(vertices), Skin({1, 2, 3}, {{{0, 0.5f}, {1, 0.5f}}, {{2, 1.0f}}})}) {
+         {Physique(vertices), SkinOf({1, 2, 3}, {{{0, 0.5f}, {1, 0.5f}}, {{2, 1.0f}}})}) {
         Scene scene;
         scene.nodes = {Skinned({modifier}), Bone("A"), Bone("B"), Bone("C")};
         const maxhost::LoanCounts before = maxhost::CountLoans();
@@ -647,7 +648,7 @@ double SecondsOfSkin(int numBones, int numVertices) {
         }
     }
     // Behind the skinned node: each has to be found to be not exported yet.
-    scene.nodes = {Skinned({Skin(std::move(bones), std::move(weights))})};
+    scene.nodes = {Skinned({SkinOf(std::move(bones), std::move(weights))})};
     for (int i = 0; i < numBones; ++i) {
         scene.nodes.push_back(Bone("B"));
     }

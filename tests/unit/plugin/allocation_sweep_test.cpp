@@ -182,7 +182,7 @@ const char kScene[] = R"({"maxscene": 1,
 
 const std::string kOutOfMemory = "*** Out of memory: the export is given up ***";
 
-std::string Settings(bool sampled) {
+std::string SweepSettings(bool sampled) {
     support::Bytes bytes;
     for (const int option : {1, 1, 1, 1, 1, 1, 0, 0}) {
         bytes.U8(static_cast<unsigned char>(option));
@@ -274,7 +274,7 @@ class AllocationSweep : public testing::Test {
     void Open(bool sampled, bool selected) {
         fs::create_directory("out");
         fs::create_directory("config");
-        settings_ = Settings(sampled);
+        settings_ = SweepSettings(sampled);
         selected_ = selected;
         maxhost::Host& host = maxhost::Host::Instance();
         host.SetDir(APP_PLUGCFG_DIR, fs::absolute("config").string());
