@@ -1,9 +1,9 @@
 // The command `kta`. Results go to standard output, everything else to standard error.
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <exception>
-#include <fstream>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -17,6 +17,7 @@
 #include "kta/preview.h"
 #include "kta/reader.h"
 #include "kta/text.h"
+#include "kta/whole_file.h"
 
 namespace {
 
@@ -72,14 +73,6 @@ Status Dump(const std::string& path, bool json) {
     return Report(kta::FaultLines(path, reading), reading);
 }
 
-bool Write(const std::string& path, const std::vector<std::uint8_t>& bytes) {
-    std::ofstream file(path, std::ios::binary);
-    file.write(reinterpret_cast<const char*>(bytes.data()),
-               static_cast<std::streamsize>(bytes.size()));
-    file.close();
-    return static_cast<bool>(file);
-}
-
 // Of a faulty file, the chunks before the fault are drawn.
 Status Preview(const std::string& path, const std::string& picturePath,
                const kta::PreviewView& view) {
@@ -93,8 +86,14 @@ Status Preview(const std::string& path, const std::string& picturePath,
         Complain(path + ": no triangle to show, nothing written");
         return kUnusable;
     }
-    if (!Write(picturePath, kta::EncodePng(*picture))) {
-        Complain(picturePath + ": cannot be written");
+    const std::vector<std::uint8_t> bytes = kta::EncodePng(*picture);
+    try {
+        kta::ReplaceFile(picturePath, [&](std::ostream& out) {
+            out.write(reinterpret_cast<const char*>(bytes.data()),
+                      static_cast<std::streamsize>(bytes.size()));
+        });
+    } catch (const std::system_error& error) {
+        Complain(picturePath + ": cannot be written (" + error.code().message() + ")");
         return kUnusable;
     }
     return status;
@@ -233,16 +232,19 @@ Status Run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     std::ios::sync_with_stdio(false);
-    Status status = kDone;
+    // A result that finds no room ends the program at once, while it is known why.
+    std::cout.exceptions(std::ios::failbit | std::ios::badbit);
     try {
-        status = Run(argc, argv);
+        const Status status = Run(argc, argv);
+        std::cout.flush();
+        return status;
+    } catch (const std::ios_base::failure&) {
+        const int reason = errno;
+        std::cout.exceptions(std::ios::goodbit);  // the library flushes once more in the end
+        Complain("standard output: cannot be written (" + std::generic_category().message(reason) +
+                 ")");
     } catch (const std::exception& error) {
         Complain(error.what());
-        status = kUnusable;
     }
-    if (!std::cout.flush()) {
-        Complain("standard output: cannot be written");
-        status = kUnusable;
-    }
-    return status;
+    return kUnusable;
 }

@@ -2,8 +2,6 @@
 
 #include <array>
 #include <cstdlib>
-#include <fstream>
-#include <random>
 #include <string>
 
 #include "host/app/exit_status.h"
@@ -125,69 +123,22 @@ fs::path SettingsFile(const fs::path& configDirectory) {
     return configDirectory / "KTAExp2.cfg";
 }
 
-// ---------------------------------------------------------------- directories of one run
+// ---------------------------------------------------------------- settings of one run
 
 namespace {
 
-constexpr int kAttempts = 1000;
-
-std::string RandomName() {
-    constexpr char kDigits[] = "0123456789abcdef";
-    static std::random_device random;
-    std::string name = ".hdo-export-";
-    for (int i = 0; i < 16; ++i) {
-        name += kDigits[random() & 15];
-    }
-    return name;
-}
-
-// Making a directory fails where there is one, so it says whose it is, on every system.
-fs::path MakeDirectory(const fs::path& parent) {
-    for (int i = 0; i < kAttempts; ++i) {
-        fs::path path = parent / RandomName();
-        if (fs::create_directory(path)) {
-            return path;
-        }
-    }
-    throw fs::filesystem_error("no name is free", parent,
-                               std::make_error_code(std::errc::file_exists));
-}
-
-}  // namespace
-
-PrivateDirectory::PrivateDirectory(const fs::path& parent) : path_(MakeDirectory(parent)) {
-}
-
-PrivateDirectory::~PrivateDirectory() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-}
-
-fs::path BehindLinks(const fs::path& file) {
-    std::error_code error;
-    fs::path target = fs::canonical(file, error);
-    return error ? file : target;
-}
-
-namespace {
-
-std::unique_ptr<PrivateDirectory> MakeSettingsDirectory(const fs::path& settingsFile) {
+std::unique_ptr<kta::PrivateDirectory> MakeSettingsDirectory(const fs::path& settingsFile) {
     try {
-        return std::make_unique<PrivateDirectory>(settingsFile.parent_path());
+        return std::make_unique<kta::PrivateDirectory>(settingsFile.parent_path());
     } catch (const fs::filesystem_error&) {
         // Settings are not kept then, but the export needs none.
     }
     try {
-        return std::make_unique<PrivateDirectory>(fs::temp_directory_path());
+        return std::make_unique<kta::PrivateDirectory>(fs::temp_directory_path());
     } catch (const fs::filesystem_error& error) {
         throw Failure(kExitRefused, "--defaults",
                       "no temporary directory can be made: " + error.code().message());
     }
-}
-
-bool IsWriteProtected(const fs::path& file) {
-    std::error_code error;
-    return fs::exists(file, error) && !std::ofstream(file, std::ios::app);
 }
 
 }  // namespace
@@ -198,9 +149,9 @@ DefaultSettings::DefaultSettings(fs::path settingsFile)
 
 DefaultSettings::~DefaultSettings() {
     const fs::path saved = Directory() / file_.filename();
-    const fs::path target = BehindLinks(file_);
+    const fs::path target = kta::BehindLinks(file_);
     std::error_code ignored;
-    if (fs::exists(saved, ignored) && !IsWriteProtected(target)) {
+    if (fs::exists(saved, ignored) && !kta::IsWriteProtected(target)) {
         fs::rename(saved, target, ignored);
     }
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/app/options.h"
+#include "kta/whole_file.h"
 
 namespace maxhost::app {
 
@@ -33,26 +34,6 @@ std::filesystem::path ConfigDirectory(const Options& options);
 // The exporter's settings in that directory.
 std::filesystem::path SettingsFile(const std::filesystem::path& configDirectory);
 
-// A new directory of a name that nothing else has, taken away with all it holds at the object's
-// end. What is made in it comes to its place whole, by renaming, since both are on one file system.
-class PrivateDirectory {
-  public:
-    // Throws std::filesystem::filesystem_error when no directory can be made in `parent`.
-    explicit PrivateDirectory(const std::filesystem::path& parent);
-    ~PrivateDirectory();
-
-    const std::filesystem::path& Path() const { return path_; }
-
-    PrivateDirectory(const PrivateDirectory&) = delete;
-    PrivateDirectory& operator=(const PrivateDirectory&) = delete;
-
-  private:
-    std::filesystem::path path_;
-};
-
-// Where a file to be replaced really stands: what symbolic links lead to, so that they stay.
-std::filesystem::path BehindLinks(const std::filesystem::path& file);
-
 // A configuration directory for one export that is to start from the exporter's defaults: empty,
 // and of this run alone, so that the user's settings stay in their place and runs side by side are
 // not in each other's way. Settings that the export saved in it replace the user's as a whole at
@@ -71,7 +52,7 @@ class DefaultSettings {
 
   private:
     std::filesystem::path file_;
-    std::unique_ptr<PrivateDirectory> directory_;  // never null
+    std::unique_ptr<kta::PrivateDirectory> directory_;  // never null
 };
 
 }  // namespace maxhost::app

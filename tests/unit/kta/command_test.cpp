@@ -4,10 +4,13 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <system_error>
+#include <utility>
 
 #include "tests/unit/kta/sample.h"
 
@@ -50,6 +53,10 @@ Result Kta(const std::string& arguments) {
     result.output = LinesOf(output);
     result.errors = LinesOf(errors);
     return result;
+}
+
+std::string NoSuchFile() {
+    return std::make_error_code(std::errc::no_such_file_or_directory).message();
 }
 
 std::string InQuotes(const std::string& path) {
@@ -265,10 +272,31 @@ TEST(PreviewCommandTest, PictureThatCannotBeWritten) {
     const std::string picture = ScratchPath("no_such_directory") + "/x.png";
     const Result result = Kta("preview " + InQuotes(path) + " -o " + InQuotes(picture));
     EXPECT_EQ(result.status, 2);
-    EXPECT_EQ(result.errors, "kta: " + picture + ": cannot be written\n");
+    EXPECT_EQ(result.errors, "kta: " + picture + ": cannot be written (" + NoSuchFile() + ")\n");
 }
 
 #ifdef __linux__
+// A file system of 64 KiB, of the command's own, with the picture's former file in it.
+TEST(PreviewCommandTest, FullDisk) {
+    const std::string path = Save("triangle", TriangleFile());
+    const std::string disk = ScratchPath("disk");
+    const std::string errors = ScratchPath("errors");
+    std::filesystem::create_directories(disk);
+    const std::string withDisk = "unshare -r -m sh -c 'mount -t tmpfs -o size=64k none \"" + disk +
+                                 "\" || exit 99; cd \"" + disk + "\"; ";
+    if (System(withDisk + "' 2> /dev/null") != 0) {
+        GTEST_SKIP() << "no file system can be mounted here";
+    }
+    EXPECT_EQ(System(withDisk + "printf former > x.png; head -c 60000 /dev/zero > ballast; \"" +
+                     KTA_PROGRAM "\" preview \"" + path + "\" -o x.png --size 2000x2000 2> \"" +
+                     errors + "\"; echo \"status $?\" >> \"" + errors + "\"; ls -A >> \"" + errors +
+                     "\"; cat x.png >> \"" + errors + "\"'"),
+              0);
+    EXPECT_EQ(LinesOf(errors),
+              "kta: x.png: cannot be written (No space left on device)\nstatus 2\nballast\nx.png\n"
+              "former");
+}
+
 TEST(CommandTest, ControlCharactersOfNamesStayOutOfMessages) {
     EXPECT_TRUE(Kta("info \"/no\nsuch\x1b[31m\"")
                     .errors.starts_with("kta: /no such [31m: cannot be opened ("));
@@ -284,12 +312,16 @@ TEST(CommandTest, OutputThatCannotBeWritten) {
     const std::string path = Save("output", ActorFile({{}, {}}));
     const std::string errors = ScratchPath("errors");
     for (const std::string arguments : {"info", "dump", "dump --json"}) {
-        for (const char* sink : {" > /dev/full", " >&-"}) {
+        for (const auto& [sink, reason] :
+             {std::pair(" > /dev/full",
+                        "kta: standard output: cannot be written (No space left on device)\n"),
+              std::pair(" >&-",
+                        "kta: standard output: cannot be written (Bad file descriptor)\n")}) {
             EXPECT_EQ(System("\"" KTA_PROGRAM "\" " + arguments + " " + InQuotes(path) + sink +
                              " 2> " + InQuotes(errors)),
                       2)
                 << arguments << sink;
-            EXPECT_EQ(LinesOf(errors), "kta: standard output: cannot be written\n");
+            EXPECT_EQ(LinesOf(errors), reason);
         }
     }
     EXPECT_EQ(System("\"" KTA_PROGRAM "\" --help > /dev/full 2> " + InQuotes(errors)), 2);

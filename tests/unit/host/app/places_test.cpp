@@ -137,32 +137,6 @@ TEST_F(PlacesTest, UserWithoutConfigDirectoryIsTold) {
 
 #endif
 
-// ---------------------------------------------------------------- directories of one run
-
-class PrivateDirectoryTest : public InDirectory {};
-
-TEST_F(PrivateDirectoryTest, GoesWithAllItHolds) {
-    {
-        const PrivateDirectory room(directory_);
-        EXPECT_TRUE(fs::is_directory(room.Path()));
-        EXPECT_EQ(room.Path().parent_path(), directory_);
-        Write(room.Path() / "f", "text");
-    }
-    EXPECT_TRUE(Names().empty());
-}
-
-TEST_F(PrivateDirectoryTest, EachHasItsOwn) {
-    const PrivateDirectory first(directory_), second(directory_);
-    EXPECT_NE(first.Path(), second.Path());
-    EXPECT_EQ(Names().size(), 2u);
-}
-
-TEST_F(PrivateDirectoryTest, NeedsItsParent) {
-    EXPECT_THROW(PrivateDirectory(Path("no")), fs::filesystem_error);
-    Write("f", "");
-    EXPECT_THROW(PrivateDirectory(Path("f")), fs::filesystem_error);
-}
-
 // ---------------------------------------------------------------- settings
 
 class SettingsTest : public InDirectory {};
