@@ -182,13 +182,6 @@ fs::path LogSince(const FileMark& mark, Console& console) {
     return {};
 }
 
-void WarnOfNames(const std::string& scene, const std::vector<std::string>& warnings,
-                 Console& console) {
-    for (const std::string& warning : warnings) {
-        console.Warn(scene, warning);
-    }
-}
-
 }  // namespace
 
 int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files, Console& console,
@@ -209,7 +202,6 @@ int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files, 
     if (options.verbose) {
         console.Report(SettingsFile(configDirectory).string(), "settings file");
     }
-    WarnOfNames(options.scene, NameWarnings(loaded.scene), console);
     ExportOutcome outcome{
         loaded.scene.nodes.size(), loaded.warnings.size(), {}, loaded.coloredMeshes};
     host.OpenScene(std::move(loaded.scene));

@@ -73,6 +73,10 @@ LoadedScene LoadModel(const std::string& path, const LoadChoices& choices) {
         import::ImportWithAssimp(path, {choices.animation, choices.frameRate});
     LoadedScene loaded;
     loaded.scene = std::move(imported.scene);
+    if (loaded.scene.nodes.empty() && !choices.allowEmpty) {
+        throw std::runtime_error(
+            "no node in it, expected a model with at least one (--allow-empty lets it pass)");
+    }
     scene::Check(loaded.scene);
     loaded.warnings = std::move(imported.warnings);
     for (const import::AnimationClip& clip : imported.animations) {
@@ -204,6 +208,11 @@ void ApplyChoices(const Options& options, LoadedScene& loaded) {
     ApplyTime(options, loaded.scene.time);
     if (!options.select.empty()) {
         Select(options.select, loaded.scene);
+    }
+    if (options.selectedOnly && loaded.scene.selection.empty() && !options.allowEmpty) {
+        throw Failure(kExitRefused, "--selected",
+                      "nothing is selected in " + options.scene +
+                          ", expected a selection (--allow-empty lets it pass)");
     }
 }
 

@@ -31,6 +31,7 @@ bool IsSceneDescription(const std::string& path);
 struct LoadChoices {
     std::optional<std::string> animation;
     std::optional<int> frameRate;
+    bool allowEmpty = false;  // a model without any node
 };
 
 // Throws Failure(kExitRefused) that names the file, with what is wrong with it. An animation that
@@ -38,9 +39,9 @@ struct LoadChoices {
 LoadedScene LoadScene(const std::string& path, const LoadChoices& choices = {});
 
 // Applies --scale, --frame-rate, --start, --end and --select, and checks that there is what
-// --animation names, which loading has chosen. Throws
-// Failure(kExitRefused) for a node or an animation that is not there, and for a range that ends
-// before it starts.
+// --animation names, which loading has chosen, and a selection where --selected asks for it. Throws
+// Failure(kExitRefused) for a node or an animation that is not there, for an empty selection that
+// nothing allows, and for a range that ends before it starts.
 void ApplyChoices(const Options& options, LoadedScene& loaded);
 
 // Writes the scene as a scene description. A file of that name is replaced as a whole, or, when

@@ -21,8 +21,11 @@ constexpr const char* kFooter =
     "SCENE is a scene description (*.maxscene.json) or a model file that Assimp reads.\n"
     "\n"
     "Exit status: 0 done, also when a dialog was cancelled; 1 the exporter failed; 2 bad usage, a\n"
-    "scene that cannot be read, or a choice that is refused; 3 the plug-in did not load; 4 the\n"
-    "export ran, but a check of what was written found a fault.\n"
+    "scene that cannot be read or holds nothing, or a choice that is refused; 3 the plug-in did "
+    "not\n"
+    "load; 4 the export ran, but a check of what was written found a fault, or with --strict "
+    "there\n"
+    "was a warning.\n"
     "\n"
     "An interrupt (Ctrl-C) presses Cancel in the progress bar; a second one ends the program.\n";
 
@@ -184,10 +187,15 @@ void AddScene(CLI::App& app, Options& options) {
                   "export file (default: SCENE's name with .hdo; x.maxscene.json gives x.hdo); "
                   "FILEtemp1 and FILEtemp2 appear beside it");
     group.Add("--selected", options.selectedOnly,
-              "export the selection only (default: the whole scene)");
+              "export the selection only; an empty one is refused (default: the whole scene)");
     group.Add("--select", "NAME", options.select,
-              "select all nodes of that name; repeatable, in order (default: the scene's own "
-              "selection)");
+              "select all nodes of that name and export the selection; repeatable, in order "
+              "(default: the scene's own selection)");
+    group.Add("--allow-empty", options.allowEmpty,
+              "a model without any node, or an empty selection, is no error (default: off)");
+    group.Add("--strict", options.strict,
+              "a warning about the scene is a failure, exit status 4, and nothing is written "
+              "(default: off)");
     group.Add("--animation", "NAME|N", options.animation,
               "which animation of a file with several (default: the first)");
 }
@@ -395,6 +403,7 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
     for (std::size_t i = 0; i < dialogChoices.size(); ++i) {
         options.choices.isChosen[i] = dialogChoices[i]->count() > 0;
     }
+    options.selectedOnly = options.selectedOnly || !options.select.empty();
     options.progress = kProgressModes.at(progress);
     if (const std::string fault = FaultOf(options); !fault.empty()) {
         return Refusal(fault);

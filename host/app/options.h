@@ -61,8 +61,10 @@ struct Options {
     std::string scene;  // empty only with `about`
     std::optional<std::string> output;
 
-    bool selectedOnly = false;
+    bool selectedOnly = false;  // also where `select` is not empty
     std::vector<std::string> select;
+    bool allowEmpty = false;
+    bool strict = false;
     DialogChoices choices;
     bool defaults = false;
     bool cancelDialog = false;

@@ -14,6 +14,7 @@
 #include "host/app/plugin_loader.h"
 #include "host/app/scene_report.h"
 #include "host/sdk/host.h"
+#include "kta/text.h"
 #ifdef _WIN32
 #include "host/win32/display.h"
 #endif
@@ -38,11 +39,33 @@ void PrintList(const LoadedScene& loaded, Console& console) {
     }
 }
 
-LoadedScene Load(const Options& options, Console& console) {
-    LoadedScene loaded = LoadScene(options.scene, {options.animation, options.frameRate});
-    for (const std::string& warning : loaded.warnings) {
+bool IsExported(const Options& options) {
+    return !options.list && (!options.saveScene || options.output);
+}
+
+// What loading changed or left out, and what the exported files cannot say. With --strict throws
+// Failure(kExitFaultyOutput) where there is any.
+void Warn(const Options& options, const LoadedScene& loaded, Console& console) {
+    std::vector<std::string> warnings = loaded.warnings;
+    if (IsExported(options)) {
+        for (std::string& warning : NameWarnings(loaded.scene)) {
+            warnings.push_back(std::move(warning));
+        }
+    }
+    for (const std::string& warning : warnings) {
         console.Warn(options.scene, warning);
     }
+    if (options.strict && !warnings.empty()) {
+        throw Failure(kExitFaultyOutput, options.scene,
+                      kta::Counted(warnings.size(), "warning") +
+                          ", expected none with --strict; nothing is written");
+    }
+}
+
+LoadedScene Load(const Options& options, Console& console) {
+    LoadedScene loaded =
+        LoadScene(options.scene, {options.animation, options.frameRate, options.allowEmpty});
+    Warn(options, loaded, console);
     ApplyChoices(options, loaded);
     if (options.saveScene) {
         SaveScene(loaded.scene, *options.saveScene);
@@ -109,7 +132,7 @@ int Execute(const Options& options, Console& console, bool isTerminal) {
     if (options.about) {
         return ShowAbout(options);
     }
-    if (options.list || (options.saveScene && !options.output)) {
+    if (!IsExported(options)) {
         const LoadedScene loaded = Load(options, console);
         if (options.list) {
             PrintList(loaded, console);

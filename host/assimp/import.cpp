@@ -6,16 +6,13 @@
 
 #include <algorithm>
 #include <assimp/Importer.hpp>
-#include <cerrno>
 #include <cmath>
 #include <cstdint>
 #include <exception>
 #include <filesystem>
-#include <fstream>
 #include <limits>
 #include <set>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 #include "host/assimp/maths.h"
@@ -27,6 +24,7 @@
 #include "host/assimp/motion/clips.h"
 #include "host/assimp/process/reader_process.h"
 #include "host/assimp/process/scene_blob.h"
+#include "host/assimp/source_file.h"
 #include "host/assimp/text.h"
 #include "host/assimp/tree/roles.h"
 #include "host/assimp/tree/tree.h"
@@ -63,44 +61,6 @@ std::string ErrorLine(const std::string& text) {
     }
     const std::string reason = ErrorLine(assimpsWords);
     throw ImportError("cannot be read: " + (reason.empty() ? "no reason is given" : reason));
-}
-
-std::uint64_t SizeOf(const std::filesystem::path& file) {
-    std::error_code error;
-    const std::uintmax_t size = std::filesystem::file_size(file, error);
-    return error ? 0 : size;
-}
-
-void CheckFile(const std::string& path) {
-    std::error_code error;
-    const std::filesystem::file_status status = std::filesystem::status(path, error);
-    if (error || !std::filesystem::exists(status)) {
-        throw ImportError(error ? error.message() : "no such file");
-    }
-    if (!std::filesystem::is_regular_file(status)) {
-        throw ImportError(std::filesystem::is_directory(status) ? "a directory, not a scene file"
-                                                                : "not a regular file");
-    }
-    errno = 0;
-    if (!std::ifstream(path, std::ios::binary)) {
-        throw ImportError(std::generic_category().message(errno ? errno : EIO));
-    }
-    if (SizeOf(path) == 0) {
-        throw ImportError("an empty file, expected a scene");
-    }
-}
-
-// Of the file and of the buffers that may stand beside it.
-std::uint64_t InputSize(const std::string& path) {
-    std::uint64_t size = SizeOf(path);
-    std::error_code error;
-    if (std::filesystem::path(path).extension() == ".gltf") {
-        const auto folder = std::filesystem::absolute(path, error).parent_path();
-        for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
-            size += entry.path().extension() == ".bin" ? SizeOf(entry.path()) : 0;
-        }
-    }
-    return size;
 }
 
 // ---------------------------------------------------------------- triangles
@@ -244,9 +204,6 @@ class Converter {
         materials_.WarnOfUnused();
         WarnOfFile();
         result_.warnings = warnings_.Lines();
-        if (tree_.nodes.empty()) {
-            result_.warnings.push_back("no nodes in the file");
-        }
         return std::move(result_);
     }
 
@@ -374,6 +331,7 @@ class Converter {
 
 const aiScene& LoadScene(Assimp::Importer& importer, const std::string& path) {
     Configure(importer);
+    importer.SetIOHandler(new SourceFiles());  // the importer's from here on
     if (!importer.ReadFile(path, 0)) {
         Refuse(importer.GetErrorString());
     }
@@ -405,9 +363,9 @@ ImportedScene ReadHere(const std::string& path, const ImportChoices& choices) {
 }
 
 ImportedScene ImportWithAssimp(const std::string& path, const ImportChoices& choices) {
-    CheckFile(path);
+    CheckSourceFile(path);
     return DecodeScene(RunInReaderProcess([&] { return EncodeScene(ReadHere(path, choices)); },
-                                          LimitsFor(InputSize(path))));
+                                          LimitsFor(SourceSize(path))));
 }
 
 bool AssimpKnows(const std::string& path) {

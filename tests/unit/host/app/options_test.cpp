@@ -33,6 +33,8 @@ TEST(OptionsTest, DefaultsAreThoseOfTheHelp) {
     EXPECT_FALSE(options.output);
     EXPECT_FALSE(options.selectedOnly);
     EXPECT_TRUE(options.select.empty());
+    EXPECT_FALSE(options.allowEmpty);
+    EXPECT_FALSE(options.strict);
     EXPECT_TRUE(NamesOf(options.choices).empty());
     EXPECT_FALSE(options.defaults);
     EXPECT_FALSE(options.cancelDialog);
@@ -80,6 +82,9 @@ TEST(OptionsTest, EveryOptionIsStored) {
     EXPECT_TRUE(options.verbose);
     EXPECT_TRUE(Parse({"--list"}).list);
     EXPECT_TRUE(Parse({"-q"}).quiet);
+    EXPECT_TRUE(Parse({"--select", "a"}).selectedOnly);
+    EXPECT_TRUE(Parse({"--allow-empty"}).allowEmpty);
+    EXPECT_TRUE(Parse({"--strict"}).strict);
     EXPECT_EQ(Parse({"--output", "x"}).output, "x");
     EXPECT_EQ(Parse({"--progress", "always"}).progress, ProgressMode::always);
     EXPECT_EQ(Parse({"--progress", "auto"}).progress, ProgressMode::automatic);
@@ -247,6 +252,8 @@ TEST(OptionsTest, HelpExplainsEveryOptionWithItsDefault) {
     const std::vector<std::string> names = {"-o, --output FILE",
                                             "--selected",
                                             "--select NAME",
+                                            "--allow-empty",
+                                            "--strict",
                                             "--[no-]export-hidden",
                                             "--[no-]non-renderable",
                                             "--[no-]morphers",

@@ -102,6 +102,105 @@ TEST_F(ProgramTest, SavedSceneExportsTheSameBytes) {
     EXPECT_EQ(Read("a.hdotemp1"), Read("b.hdotemp1"));
 }
 
+TEST_F(ProgramTest, NodesByNameAreTheSelectionAndItIsExported) {
+    const Outcome outcome = RunReal("--select leaf -o x.hdo s.maxscene.json");
+    EXPECT_EQ(outcome.status, kExitDone) << outcome.error;
+    EXPECT_THAT(Lines(outcome.out), testing::Contains("exported 1 of 3 nodes"));
+    ASSERT_EQ(RunReal("-q --selected --select leaf -o y.hdo s.maxscene.json").status, kExitDone);
+    EXPECT_EQ(Read("x.hdotemp1"), Read("y.hdotemp1"));
+}
+
+TEST_F(ProgramTest, EmptySelectionIsStatus2UnlessAllowed) {
+    Write("x.hdotemp1", "former");
+    const Outcome outcome = RunReal("--selected -o x.hdo s.maxscene.json");
+    EXPECT_EQ(outcome.status, kExitRefused);
+    EXPECT_EQ(
+        Lines(outcome.error).at(0),
+        "hdo-export: --selected: nothing is selected in s.maxscene.json, expected a selection "
+        "(--allow-empty lets it pass)");
+    EXPECT_EQ(Read("x.hdotemp1"), "former");
+    const Outcome allowed = RunReal("--selected --allow-empty -o x.hdo s.maxscene.json");
+    EXPECT_EQ(allowed.status, kExitDone);
+    EXPECT_THAT(Lines(allowed.out), testing::Contains("exported 0 of 3 nodes"));
+}
+
+TEST_F(ProgramTest, AnEmptySceneDescriptionIsNoError) {
+    Write("e.maxscene.json", R"({"maxscene": 1, "nodes": []})");
+    const Outcome outcome = RunReal("--strict e.maxscene.json");
+    EXPECT_EQ(outcome.status, kExitDone) << outcome.error;
+    EXPECT_THAT(Lines(outcome.out), testing::Contains("exported 0 of 0 nodes"));
+}
+
+TEST_F(ProgramTest, WarningsAreFailuresOnRequest) {
+    Write("t.maxscene.json", R"({"maxscene": 1, "nodes": [{"name": "a"}, {"name": "a"}]})");
+    Write("x.hdotemp1", "former");
+    const Outcome outcome =
+        RunReal("--strict --save-scene u.maxscene.json -o x.hdo t.maxscene.json");
+    EXPECT_EQ(outcome.status, kExitFaultyOutput);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_THAT(Lines(outcome.error),
+                testing::IsSupersetOf({"hdo-export: t.maxscene.json: warning: several nodes of one "
+                                       "name, and the files tell parents by name: \"a\" (2 nodes)",
+                                       "hdo-export: t.maxscene.json: 1 warning, expected none with "
+                                       "--strict; nothing is written"}));
+    EXPECT_EQ(Read("x.hdotemp1"), "former");
+    EXPECT_FALSE(std::filesystem::exists("x.hdotemp2"));
+    EXPECT_FALSE(std::filesystem::exists("u.maxscene.json"));
+    EXPECT_EQ(RunReal("-q --strict -o y.hdo s.maxscene.json").status, kExitDone);
+}
+
+#ifndef _WIN32  // where models are not read
+TEST_F(ProgramTest, WarningsOfAModelAreFailuresOnRequest) {
+    Write("m.ply",
+          "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
+          "property float z\nelement face 1\nproperty list uchar int vertex_indices\n"
+          "end_header\n0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n");
+    const Outcome outcome = RunReal("--strict -o x.hdo m.ply");
+    EXPECT_EQ(outcome.status, kExitFaultyOutput);
+    EXPECT_THAT(outcome.error, testing::HasSubstr("1 warning, expected none with --strict"));
+    EXPECT_FALSE(std::filesystem::exists("x.hdotemp1"));
+    EXPECT_EQ(RunReal("-q -o x.hdo m.ply").status, kExitDone);
+}
+
+TEST_F(ProgramTest, AModelWithoutNodesIsStatus2UnlessAllowed) {
+    Write("e.obj", "# nothing in it\n");
+    Write("x.hdotemp1", "former");
+    const Outcome outcome = RunReal("-o x.hdo e.obj");
+    EXPECT_EQ(outcome.status, kExitRefused);
+    EXPECT_EQ(Lines(outcome.error).at(0),
+              "hdo-export: e.obj: no node in it, expected a model with at least one (--allow-empty "
+              "lets it pass)");
+    EXPECT_EQ(Read("x.hdotemp1"), "former");
+    const Outcome allowed = RunReal("--allow-empty -o x.hdo e.obj");
+    EXPECT_EQ(allowed.status, kExitDone) << allowed.error;
+    EXPECT_THAT(Lines(allowed.out), testing::Contains("exported 0 of 0 nodes"));
+}
+
+TEST_F(ProgramTest, GarbageUnderTheNameOfATextFormatIsStatus2) {
+    Write("g.obj", std::string("v 0 0 0\0", 8));
+    const Outcome outcome = RunReal("--allow-empty -o x.hdo g.obj");
+    EXPECT_EQ(outcome.status, kExitRefused);
+    EXPECT_THAT(Lines(outcome.error),
+                ElementsAre("hdo-export: g.obj: not text, which .obj files are: character 0x00 at "
+                            "offset 7"));
+}
+
+TEST_F(ProgramTest, Utf16ModelExportsTheSameBytes) {
+    const std::string text = "v 0 0 0\nv 1 0 0\nv 0 1 0\no box\nf 1 2 3\n";
+    Write("m.obj", text);
+    ASSERT_EQ(RunReal("-q -o a.hdo m.obj").status, kExitDone);
+    std::string coded = "\xff\xfe";
+    for (const char c : text) {
+        coded += {c, '\0'};
+    }
+    Write("m.obj", coded);
+    const Outcome outcome = RunReal("-q -o b.hdo m.obj");
+    EXPECT_EQ(outcome.status, kExitDone) << outcome.error;
+    EXPECT_GT(Read("a.hdotemp1").size(), 632u);
+    EXPECT_EQ(Read("a.hdotemp1"), Read("b.hdotemp1"));
+}
+#endif
+
 // By way of the command line and the exporter's own dialog.
 TEST_F(ProgramTest, EveryOptionOfTheExporterReachesItsSettingAndNoOther) {
     for (const ExporterOption& option : kExporterOptions) {

@@ -96,13 +96,16 @@ TEST_F(RunTest, SelectionIsExportedOnRequest) {
         EXPECT_STREQ(GetCOREInterface()->GetSelNode(0)->GetName(), "b");
         return WriteBoth(name);
     };
-    EXPECT_EQ(Export({"--selected", "--select", "b"}).status, kExitDone);
-    EXPECT_EQ(options_, DWORD{SCENE_EXPORT_SELECTED});
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"--select", "b"}, {"--selected", "--select", "b"}}) {
+        EXPECT_EQ(Export(arguments).status, kExitDone);
+        EXPECT_EQ(options_, DWORD{SCENE_EXPORT_SELECTED});
+    }
 }
 
 TEST_F(RunTest, PlugInIsAskedWhetherItExportsSelections) {
     plugIn_.supportsSelection = false;
-    const Outcome outcome = Export({"--selected"});
+    const Outcome outcome = Export({"--selected", "--allow-empty"});
     EXPECT_EQ(outcome.status, kExitRefused);
     EXPECT_EQ(outcome.error,
               "hdo-export: --selected: " + Native(FAKE_PLUGIN) + " does not export selections\n");

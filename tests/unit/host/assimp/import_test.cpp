@@ -7,12 +7,14 @@
 #include <random>
 
 #include "host/assimp/import.h"
+#include "host/assimp/process/scene_blob.h"
 #include "host/scene/check.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/unit/host/assimp/shown_scene.h"
 #include "tests/unit/host/assimp/source_scene.h"
 
 using maxhost::import::AssimpKnows;
+using maxhost::import::EncodeScene;
 using maxhost::import::ImportedScene;
 using maxhost::import::ImportError;
 using maxhost::import::ImportWithAssimp;
@@ -308,6 +310,62 @@ TEST(BadFiles, SayWhatTheReaderSays) {
               "cannot be read: GLTF: No scene");
     EXPECT_EQ(Refusal((kModels / "glTF2/MissingBin/BoxTextured.gltf").string()),
               "cannot be read: GLTF: could not open referenced file \"BoxTextured0.bin\"");
+}
+
+TEST(BadFiles, TextFormatsHoldNoControlCharacters) {
+    const support::TemporaryDirectory files;
+    const std::string box = "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";
+    for (const char* const name :
+         {"a.obj", "a.OBJ", "a.ase", "a.dae", "a.gltf", "a.bvh", "a.smd"}) {
+        const std::string extension = name[2] == 'O' ? ".obj" : name + 1;
+        EXPECT_EQ(Refusal(files.Write(name, box + '\0')),
+                  "not text, which " + extension + " files are: character 0x00 at offset 32");
+        EXPECT_EQ(Refusal(files.Write(name, box.substr(0, 31) + '\x1f')),
+                  "not text, which " + extension + " files are: character 0x1f at offset 31");
+    }
+    const std::string far = "#" + std::string(200'000, 'x') + '\x01';
+    EXPECT_EQ(Refusal(files.Write("a.obj", far)),
+              "not text, which .obj files are: character 0x01 at offset 200001");
+    EXPECT_EQ(ImportWithAssimp(files.Write("b.obj", "# \x1b$B \x07\t\f\xe9\r\n" + box + "\x1a"))
+                  .scene.nodes.size(),
+              1u);
+}
+
+// The text in UTF-16, which holds ASCII alone.
+std::string InUtf16(const std::string& text, bool isBigEndian) {
+    std::string coded;
+    for (const char c : text) {
+        coded += isBigEndian ? std::string{'\0', c} : std::string{c, '\0'};
+    }
+    return coded;
+}
+
+TEST(Files, Utf16TextIsReadAsUtf8Is) {
+    const support::TemporaryDirectory files;
+    const std::string ply =
+        "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
+        "property float z\nelement face 1\nproperty list uchar int vertex_index\nend_header\n"
+        "0 0 0\n1 0 0\n1 1 0\n3 0 1 2\n";
+    const std::string bvh = BvhText("0 0 0 0 0 0 0 0 0\n1 2 3 0 0 0 0 0 30\n0 0 0 0 0 0 0 0 0\n");
+    for (const auto& [name, text] :
+         {std::pair<const char*, std::string>{"a.dae", ColladaText("Z_UP")},
+          {"a.bvh", bvh},
+          {"a.ply", ply}}) {
+        const ImportedScene plain = ImportWithAssimp(files.Write(name, text));
+        ASSERT_FALSE(plain.scene.nodes.empty());
+        for (const auto& [mark, isBigEndian] :
+             {std::pair<const char*, bool>{"\xff\xfe", false}, {"\xfe\xff", true}}) {
+            const ImportedScene coded =
+                ImportWithAssimp(files.Write(name, mark + InUtf16(text, isBigEndian)));
+            EXPECT_EQ(EncodeScene(coded), EncodeScene(plain)) << name;
+        }
+    }
+    const std::string obj = "o box\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";
+    EXPECT_EQ(EncodeScene(ImportWithAssimp(files.Write("b.obj", InUtf16(obj, false)))),
+              EncodeScene(ImportWithAssimp(files.Write("b.obj", obj))))
+        << "without a mark";
+    EXPECT_EQ(Refusal(files.Write("c.obj", "\xff\xfe" + InUtf16(obj, false) + "\x01\xd8 .")),
+              "begins as UTF-16 text, but is none");
 }
 
 // A polygon with a corner that does not exist would be read beyond the vertices while it is cut

@@ -11,6 +11,7 @@
 #include <map>
 
 #include "host/assimp/import.h"
+#include "host/assimp/source_file.h"
 #include "host/assimp/tree/tree.h"
 #include "host/scene/check.h"
 #include "tests/support/every_field.h"
@@ -219,6 +220,7 @@ TEST_P(Models, HoldWhatAssimpSays) {
         SCOPED_TRACE(path);
         Assimp::Importer importer;
         importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
+        importer.SetIOHandler(new maxhost::import::SourceFiles());
         const aiScene* const expected = importer.ReadFile(path, aiProcess_Triangulate);
         if (!expected) {
             EXPECT_THROW(ImportWithAssimp(path), ImportError);

@@ -1,0 +1,27 @@
+// The file that a model is read from: whether it is fit to be read, how large the model is, and its
+// text in UTF-8.
+#pragma once
+
+#include <assimp/DefaultIOSystem.h>
+
+#include <cstdint>
+#include <string>
+
+namespace maxhost::import {
+
+// Throws ImportError for what is no file with bytes in it, and for a file whose name says that it
+// is text (.obj, .ase, .dae, ...) and that holds control characters which no text has. Text may be
+// UTF-16, with or without a byte order mark.
+void CheckSourceFile(const std::string& path);
+
+// Bytes of the file and of the files beside it that its format may refer to.
+std::uint64_t SourceSize(const std::string& path);
+
+// Hands out text files that are UTF-16 as UTF-8 without a byte order mark, which few of Assimp's
+// readers do themselves, and all others as they are.
+class SourceFiles : public Assimp::DefaultIOSystem {
+  public:
+    Assimp::IOStream* Open(const char* path, const char* mode) override;
+};
+
+}  // namespace maxhost::import
