@@ -7,6 +7,9 @@ foreach(library nlohmann CLI stb utf8 utf8.h)
     file(CREATE_LINK /usr/include/${library} ${HDO_HEADER_ONLY_INCLUDE_DIR}/${library} SYMBOLIC)
 endforeach()
 
+# Part of the program, so that no other zlib is found when it runs.
+set(ZLIB_USE_STATIC_LIBS ON)
+
 # The compiler's libraries, beside the programs.
 foreach(library libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
     execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${library}

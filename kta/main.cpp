@@ -78,15 +78,23 @@ Status Preview(const std::string& path, const std::string& picturePath,
                const kta::PreviewView& view) {
     const kta::Reading reading = kta::ReadFile(path, kFileKindActor);
     Status status = Report(kta::FirstFaults(kta::FaultLines(path, reading), path), reading);
-    if (!reading.file || reading.file->kind != kFileKindActor) {
-        return status;
-    }
-    const std::optional<kta::Picture> picture = kta::DrawPreview(*reading.file, view);
-    if (!picture) {
-        Complain(path + ": no triangle to show, nothing written");
+    if (reading.file && reading.file->kind != kFileKindActor) {
         return kUnusable;
     }
-    const std::vector<std::uint8_t> bytes = kta::EncodePng(*picture);
+    if (!reading.file) {
+        return status;
+    }
+    const kta::Preview preview = kta::DrawPreview(*reading.file, view);
+    if (!preview.picture) {
+        Complain(path + ": " +
+                 (preview.triangles == 0
+                      ? "no triangle to show"
+                      : "nothing shows of " + kta::Counted(preview.triangles, "triangle") +
+                            ", without area or seen from the edge") +
+                 ", nothing written");
+        return kUnusable;
+    }
+    const std::vector<std::uint8_t> bytes = kta::EncodePng(*preview.picture);
     try {
         kta::ReplaceFile(picturePath, [&](std::ostream& out) {
             out.write(reinterpret_cast<const char*>(bytes.data()),

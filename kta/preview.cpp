@@ -1,8 +1,10 @@
 #include "kta/preview.h"
 
+#include <future>
 #include <limits>
 #include <numbers>
 #include <stdexcept>
+#include <thread>
 #include <unordered_set>
 
 namespace kta {
@@ -151,9 +153,10 @@ class Collector {
 
 // ---------------------------------------------------------------- view
 
-constexpr double kMargin = 0.05;             // of the picture, on each side
-constexpr double kGrid = 256;                // steps a sample on which corners stand
-constexpr int kMostBandSamples = 8'000'000;  // that a band may hold in memory
+constexpr double kMargin = 0.05;  // of the picture, on each side
+constexpr double kGrid = 256;     // steps a sample on which corners stand
+constexpr int kMostWorkers = 8;
+constexpr int kMostBandSamples = 200'000;  // of a band, which stays in the processor's cache
 
 // The viewer's axes in the scene's.
 struct Axes {
@@ -223,12 +226,91 @@ void Frame(PreviewScene& scene, const PreviewView& view) {
     }
 }
 
+// The triangles that each band shows, for bands from the top down.
+class TriangleQueue {
+  public:
+    explicit TriangleQueue(const PreviewScene& scene) : scene_(scene) {
+        waiting_.reserve(scene.triangles.size());
+        for (const PreviewTriangle& triangle : scene.triangles) {
+            waiting_.push_back(&triangle);
+        }
+        std::stable_sort(waiting_.begin(), waiting_.end(),
+                         [this](const auto* a, const auto* b) { return Top(*a) < Top(*b); });
+    }
+
+    // Those that reach into lines [first, end), which follow those of the last call, in the
+    // scene's order, upon which it depends what is shown where several are equally near.
+    const std::vector<const PreviewTriangle*>& In(double first, double end) {
+        std::erase_if(drawn_, [&](const auto* triangle) { return Bottom(*triangle) < first; });
+        const auto old = static_cast<std::ptrdiff_t>(drawn_.size());
+        for (; next_ < waiting_.size() && Top(*waiting_[next_]) < end; ++next_) {
+            drawn_.push_back(waiting_[next_]);
+        }
+        std::sort(drawn_.begin() + old, drawn_.end());
+        std::inplace_merge(drawn_.begin(), drawn_.begin() + old, drawn_.end());
+        return drawn_;
+    }
+
+  private:
+    double Line(const PreviewTriangle& triangle, std::size_t corner) const {
+        return scene_.corners[triangle.corners[corner]].position[1];
+    }
+    double Top(const PreviewTriangle& triangle) const {
+        return std::min({Line(triangle, 0), Line(triangle, 1), Line(triangle, 2)});
+    }
+    double Bottom(const PreviewTriangle& triangle) const {
+        return std::max({Line(triangle, 0), Line(triangle, 1), Line(triangle, 2)});
+    }
+
+    const PreviewScene& scene_;
+    std::vector<const PreviewTriangle*> waiting_;  // from the top
+    std::size_t next_ = 0;                         // of those
+    std::vector<const PreviewTriangle*> drawn_;
+};
+
+// Draws each of the picture's bands whose number, divided by `workers`, leaves `worker`. Whether
+// anything was drawn.
+bool DrawBands(const PreviewScene& scene, Picture& picture, int worker, int workers) {
+    TriangleQueue queue(scene);
+    bool isDrawn = false;
+    const int rows = std::max(1, kMostBandSamples / (picture.width * kSamples * kSamples));
+    for (int row = worker * rows; row < picture.height; row += workers * rows) {
+        const int end = std::min(row + rows, picture.height);
+        Band band(picture.width, row, end - row);
+        for (const PreviewTriangle* triangle : queue.In(row * kSamples, end * kSamples)) {
+            band.Draw(scene.corners[triangle->corners[0]], scene.corners[triangle->corners[1]],
+                      scene.corners[triangle->corners[2]], scene.looks[triangle->look]);
+        }
+        isDrawn = band.Resolve(picture) || isDrawn;
+    }
+    return isDrawn;
+}
+
+// Every processor draws some of the bands; how many there are makes no difference to the picture.
+bool DrawBands(const PreviewScene& scene, Picture& picture) {
+    const int workers =
+        std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, kMostWorkers);
+    std::vector<std::future<bool>> parts;
+    for (int worker = 0; worker < workers; ++worker) {
+        parts.push_back(std::async(std::launch::async, [&scene, &picture, worker, workers] {
+            return DrawBands(scene, picture, worker, workers);
+        }));
+    }
+    bool isDrawn = false;
+    for (std::future<bool>& part : parts) {
+        isDrawn = part.get() || isDrawn;
+    }
+    return isDrawn;
+}
+
 }  // namespace
 
-std::optional<Picture> DrawPreview(const File& file, const PreviewView& view) {
+Preview DrawPreview(const File& file, const PreviewView& view) {
     PreviewScene scene = Collector(file, view.withCollision).Take();
+    Preview preview;
+    preview.triangles = scene.triangles.size();
     if (scene.triangles.empty()) {
-        return std::nullopt;
+        return preview;
     }
     Turn(scene, view);
     Frame(scene, view);
@@ -237,16 +319,10 @@ std::optional<Picture> DrawPreview(const File& file, const PreviewView& view) {
     picture.height = view.height;
     picture.pixels.resize(static_cast<std::size_t>(view.width) *
                           static_cast<std::size_t>(view.height));
-    const int rows = std::max(1, kMostBandSamples / (view.width * kSamples * kSamples));
-    for (int row = 0; row < view.height; row += rows) {
-        Band band(view.width, row, std::min(rows, view.height - row));
-        for (const PreviewTriangle& triangle : scene.triangles) {
-            band.Draw(scene.corners[triangle.corners[0]], scene.corners[triangle.corners[1]],
-                      scene.corners[triangle.corners[2]], scene.looks[triangle.look]);
-        }
-        band.Resolve(picture);
+    if (DrawBands(scene, picture)) {
+        preview.picture = std::move(picture);
     }
-    return picture;
+    return preview;
 }
 
 }  // namespace kta

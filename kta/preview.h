@@ -18,9 +18,14 @@ struct PreviewView {
     bool withCollision = false;
 };
 
+struct Preview {
+    std::size_t triangles = 0;       // that there are to show
+    std::optional<Picture> picture;  // none when none of them covers a part of it
+};
+
 // The meshes in their materials' diffuse and self-illumination colours, without textures and
-// opacity, as parallel projection shows them; they fill the picture but for a margin. None when
-// there is no triangle to show. Linear in the triangles and in the samples that they cover.
-std::optional<Picture> DrawPreview(const File& file, const PreviewView& view);
+// opacity, as parallel projection shows them; they fill the picture but for a margin. Linear in
+// the triangles and in the samples that they cover.
+Preview DrawPreview(const File& file, const PreviewView& view);
 
 }  // namespace kta

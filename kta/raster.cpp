@@ -1,12 +1,33 @@
 #include "kta/raster.h"
 
+#include <zlib.h>
+
 #include <algorithm>
+#include <cstdlib>
 #include <limits>
+#include <memory>
 #include <new>
-#include <utility>
+
+namespace {
+
+// The compressor of the PNG writer, whose own takes far longer. The caller frees the result.
+unsigned char* Deflated(const unsigned char* data, int size, int* deflatedSize) {
+    constexpr int kLevel = 6;
+    uLongf most = compressBound(static_cast<uLong>(size));
+    std::unique_ptr<void, decltype(&std::free)> deflated(std::malloc(most), std::free);
+    if (!deflated || compress2(static_cast<Bytef*>(deflated.get()), &most, data,
+                               static_cast<uLong>(size), kLevel) != Z_OK) {
+        return nullptr;
+    }
+    *deflatedSize = static_cast<int>(most);
+    return static_cast<unsigned char*>(deflated.release());
+}
+
+}  // namespace
 
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #define STB_IMAGE_WRITE_STATIC
+#define STBIW_ZLIB_COMPRESS(data, size, deflatedSize, quality) Deflated(data, size, deflatedSize)
 #include <stb/stb_image_write.h>
 
 namespace kta {
@@ -62,25 +83,56 @@ Vector3 FaceNormal(const Vector3& a, const Vector3& b, const Vector3& c) {
     return normal[2] < 0 ? normal * -1 : normal;
 }
 
+constexpr std::uint32_t Packed(const Rgb& colour) {
+    return colour[0] | static_cast<std::uint32_t>(colour[1]) << 8 |
+           static_cast<std::uint32_t>(colour[2]) << 16;
+}
+
+// The colour of a surface with that normal, of length 1 and on the viewer's side, packed.
+inline std::uint32_t ShadePacked(const Look& look, const Vector3& normal) {
+    const double light = kAmbient + (1 - kAmbient) * std::max(0.0, Dot(normal, kLight));
+    std::uint32_t colour = 0;
+    for (std::size_t i = 3; i-- > 0;) {
+        const double value = look.diffuse[i] * light + look.selfIllumination[i];
+        colour = colour << 8 |
+                 static_cast<std::uint32_t>(static_cast<int>(std::min(value, 1.0) * 255 + 0.5));
+    }
+    return colour;
+}
+
+// Of a triangle, where its corners' normals give that one, of any length up to 1.
+inline std::uint32_t ShadeAt(const Look& look, const Vector3& normal, const Vector3& face) {
+    const double square = Dot(normal, normal);
+    const double factor = (Dot(normal, face) < 0 ? -1 : 1) / std::sqrt(square);
+    return ShadePacked(look, square > 0 ? normal * factor : face);
+}
+
+// Edge() along the line at y.
+struct LineEdge {
+    double atStart;
+    double rise;
+    double start;
+
+    LineEdge(const Vector3& a, const Vector3& b, double y)
+        : atStart((b[0] - a[0]) * (y - a[1])), rise(b[1] - a[1]), start(a[0]) {}
+    double At(double x) const { return atStart - rise * (x - start); }
+};
+
 }  // namespace
 
 Rgb Shade(const Look& look, const Vector3& normal) {
-    const double light = kAmbient + (1 - kAmbient) * std::max(0.0, Dot(normal, kLight));
-    Rgb colour{};
-    for (std::size_t i = 0; i < 3; ++i) {
-        const double value = look.diffuse[i] * light + look.selfIllumination[i];
-        colour[i] = static_cast<std::uint8_t>(std::clamp(value, 0.0, 1.0) * 255 + 0.5);
-    }
-    return colour;
+    const std::uint32_t colour = ShadePacked(look, normal);
+    return {static_cast<std::uint8_t>(colour), static_cast<std::uint8_t>(colour >> 8),
+            static_cast<std::uint8_t>(colour >> 16)};
 }
 
 Band::Band(int width, int firstRow, int numRows)
     : columns_(width * kSamples),
       firstLine_(firstRow * kSamples),
       numLines_(numRows * kSamples),
-      nearness_(static_cast<std::size_t>(columns_) * static_cast<std::size_t>(numLines_),
-                -std::numeric_limits<float>::infinity()),
-      samples_(nearness_.size(), kBackground) {
+      drawn_(static_cast<std::size_t>(numRows), {columns_, 0}),
+      samples_(static_cast<std::size_t>(columns_) * static_cast<std::size_t>(numLines_),
+               {-std::numeric_limits<float>::infinity(), Packed(kBackground)}) {
 }
 
 void Band::Draw(const PreviewCorner& a, const PreviewCorner& b, const PreviewCorner& c,
@@ -95,64 +147,80 @@ void Band::Draw(const PreviewCorner& a, const PreviewCorner& b, const PreviewCor
         return;
     }
     const Vector3 face = FaceNormal(p, q, r);
+    const bool isFlat = a.normal == b.normal && b.normal == c.normal;
+    const std::uint32_t flatColour = ShadeAt(look, a.normal, face);
     for (int y = top; y < bottom; ++y) {
         const Span span = SpanOf(p, q, r, area, y + 0.5);
         const auto [first, end] = Between(span.low, span.high, left, right);
+        const LineEdge qr(q, r, y + 0.5), rp(r, p, y + 0.5), pq(p, q, y + 0.5);
+        Sample* const line = &samples_[static_cast<std::size_t>(y - firstLine_) *
+                                       static_cast<std::size_t>(columns_)];
+        int endDrawn = first;
         for (int x = first; x < end; ++x) {
-            const double u = Edge(q, r, x + 0.5, y + 0.5) / area;
-            const double v = Edge(r, p, x + 0.5, y + 0.5) / area;
-            const double w = Edge(p, q, x + 0.5, y + 0.5) / area;
+            const double u = qr.At(x + 0.5) / area;
+            const double v = rp.At(x + 0.5) / area;
+            const double w = pq.At(x + 0.5) / area;
             if (u < 0 || v < 0 || w < 0) {
                 continue;
             }
             const auto nearness = static_cast<float>(u * p[2] + v * q[2] + w * r[2]);
-            if (Rgb* const sample = Nearer(x, y, nearness)) {
-                Vector3 normal = Normalized(a.normal * u + b.normal * v + c.normal * w);
-                normal = Dot(normal, face) < 0 ? normal * -1 : normal;
-                *sample = Shade(look, normal == Vector3{} ? face : normal);
+            if (nearness > line[x].nearness) {
+                const std::uint32_t colour =
+                    isFlat ? flatColour
+                           : ShadeAt(look, a.normal * u + b.normal * v + c.normal * w, face);
+                line[x] = {nearness, colour};
+                endDrawn = x + 1;
             }
+        }
+        if (endDrawn > first) {
+            auto& drawn = drawn_[static_cast<std::size_t>((y - firstLine_) / kSamples)];
+            drawn = {std::min(drawn.first, first), std::max(drawn.second, endDrawn)};
         }
     }
 }
 
-Rgb* Band::Nearer(int x, int y, float nearness) {
-    const std::size_t sample =
-        static_cast<std::size_t>(y - firstLine_) * static_cast<std::size_t>(columns_) +
-        static_cast<std::size_t>(x);
-    if (!(nearness > nearness_[sample])) {
-        return nullptr;
-    }
-    nearness_[sample] = nearness;
-    return &samples_[sample];
-}
-
-void Band::Resolve(Picture& picture) const {
-    constexpr int kCount = kSamples * kSamples;
-    for (int row = 0; row < numLines_ / kSamples; ++row) {
-        for (int column = 0; column < picture.width; ++column) {
-            std::array<int, 3> sums{};
-            for (int i = 0; i < kCount; ++i) {
-                const int x = column * kSamples + i % kSamples;
-                const int y = row * kSamples + i / kSamples;
-                const Rgb& sample =
-                    samples_[static_cast<std::size_t>(y) * static_cast<std::size_t>(columns_) +
-                             static_cast<std::size_t>(x)];
-                for (std::size_t k = 0; k < 3; ++k) {
-                    sums[k] += sample[k];
-                }
-            }
-            Rgb& pixel = picture.pixels[static_cast<std::size_t>(firstLine_ / kSamples + row) *
-                                            static_cast<std::size_t>(picture.width) +
-                                        static_cast<std::size_t>(column)];
-            for (std::size_t k = 0; k < 3; ++k) {
-                pixel[k] = static_cast<std::uint8_t>((sums[k] + kCount / 2) / kCount);
-            }
+// Red and blue are summed in one number, since their sums stay below 2^16.
+Rgb Band::Average(const Sample* firstOfThree) const {
+    constexpr std::uint32_t kCount = kSamples * kSamples;
+    std::uint32_t redAndBlue = 0;
+    std::uint32_t green = 0;
+    for (int line = 0; line < kSamples; ++line, firstOfThree += columns_) {
+        for (int i = 0; i < kSamples; ++i) {
+            redAndBlue += firstOfThree[i].colour & 0xff00ff;
+            green += firstOfThree[i].colour >> 8 & 0xff;
         }
     }
+    const auto average = [](std::uint32_t sum) {
+        return static_cast<std::uint8_t>((sum + kCount / 2) / kCount);
+    };
+    return {average(redAndBlue & 0xffff), average(green), average(redAndBlue >> 16)};
+}
+
+bool Band::Resolve(Picture& picture) const {
+    bool isDrawn = false;
+    for (std::size_t row = 0; row < drawn_.size(); ++row) {
+        const auto [first, end] = drawn_[row];
+        isDrawn = isDrawn || first < end;
+        const std::size_t line = row * kSamples;
+        const Sample* const samples = &samples_[line * static_cast<std::size_t>(columns_)];
+        Rgb* const pixels =
+            &picture.pixels[(static_cast<std::size_t>(firstLine_ / kSamples) + row) *
+                            static_cast<std::size_t>(picture.width)];
+        const int firstColumn = std::min(first / kSamples, picture.width);
+        const int endColumn = std::max(firstColumn, (end + kSamples - 1) / kSamples);
+        std::fill(pixels, pixels + firstColumn, kBackground);
+        for (int column = firstColumn; column < endColumn; ++column) {
+            pixels[column] = Average(samples + column * kSamples);
+        }
+        std::fill(pixels + endColumn, pixels + picture.width, kBackground);
+    }
+    return isDrawn;
 }
 
 std::vector<std::uint8_t> EncodePng(const Picture& picture) {
     static_assert(sizeof(Rgb) == 3);
+    constexpr int kUpFilter = 2;  // the difference to the row above, which is that of most colours
+    stbi_write_force_png_filter = kUpFilter;
     std::vector<std::uint8_t> bytes;
     const auto append = [](void* context, void* data, int size) {
         const auto* begin = static_cast<const std::uint8_t*>(data);

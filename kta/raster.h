@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace kta {
@@ -57,12 +58,13 @@ struct Picture {
     }
 };
 
-// A whole PNG file of 8-bit colours. The same picture gives the same bytes.
+// A whole PNG file of 8-bit colours. The same picture gives the same bytes. Throws std::bad_alloc.
 std::vector<std::uint8_t> EncodePng(const Picture& picture);
 
 // ---------------------------------------------------------------- triangles
 
-// How a material shows; the default is the exporter's "Extra material".
+// How a material shows, in numbers that are not negative; the default is the exporter's "Extra
+// material".
 struct Look {
     Vector3 diffuse = {0.75, 0.75, 0.75};
     Vector3 selfIllumination{};
@@ -93,6 +95,7 @@ Rgb Shade(const Look& look, const Vector3& normal);
 // the viewer. Positions must be finite; only what lies in the band is drawn.
 class Band {
   public:
+    // Rows from `firstRow` on, without anything drawn.
     Band(int width, int firstRow, int numRows);
 
     // Both sides are shown. Where interpolated normals point to the far side they are turned
@@ -100,18 +103,23 @@ class Band {
     void Draw(const PreviewCorner& a, const PreviewCorner& b, const PreviewCorner& c,
               const Look& look);
 
-    // Writes the band's pixels into the picture.
-    void Resolve(Picture& picture) const;
+    // Writes the band's pixels into the picture. Whether anything was drawn.
+    bool Resolve(Picture& picture) const;
 
   private:
-    // The sample, where nothing that is as near or nearer was drawn yet; null otherwise.
-    Rgb* Nearer(int x, int y, float nearness);
+    struct Sample {
+        float nearness;
+        std::uint32_t colour;  // red in the lowest byte
+    };
+
+    Rgb Average(const Sample* firstOfThree) const;
 
     int columns_;
     int firstLine_;  // in samples, as is what follows
     int numLines_;
-    std::vector<float> nearness_;
-    std::vector<Rgb> samples_;
+    // The columns of each pixel row that something was drawn in.
+    std::vector<std::pair<int, int>> drawn_;
+    std::vector<Sample> samples_;
 };
 
 }  // namespace kta

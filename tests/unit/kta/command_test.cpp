@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -169,8 +170,19 @@ TEST(CommandTest, UnreadableFileOutranksFaultyOnesAndTheRestIsDone) {
 
 // ---------------------------------------------------------------- preview
 
+// In the plane of the front view.
+MeshFields UprightTriangle() {
+    MeshFields mesh = Triangle(0, 0, 0);
+    for (std::size_t i = 0; i < 3; ++i) {
+        const std::array<std::array<float, 3>, 3> corners = {{{0, 0, 0}, {2, 0, 0}, {0, 2, 0}}};
+        std::copy(corners[i].begin(), corners[i].end(),
+                  std::begin(mesh.subMeshes[0].vertices[i].position));
+    }
+    return mesh;
+}
+
 std::string TriangleFile() {
-    return kActor + MeshChunk(Triangle(0, 0, 0));
+    return kActor + MeshChunk(UprightTriangle());
 }
 
 std::string BytesOf(const std::string& path) {
@@ -194,7 +206,7 @@ TEST(PreviewCommandTest, WritesTheSamePngEachTime) {
     const std::string b = ScratchPath("b.PNG");
     for (const std::string& picture : {a, b}) {
         const Result result = Kta("preview " + InQuotes(path) + " -o " + InQuotes(picture) +
-                                  " --size 320x200 --azimuth -20.5 --elevation 90 --collision");
+                                  " --size 320x200 --azimuth -20.5 --elevation 45 --collision");
         EXPECT_EQ(result.status, 0);
         EXPECT_EQ(result.output + result.errors, "");
     }
@@ -228,7 +240,7 @@ TEST(PreviewCommandTest, BadUsage) {
 }
 
 TEST(PreviewCommandTest, NothingToShow) {
-    MeshFields collision = Triangle(0, 0, 0);
+    MeshFields collision = UprightTriangle();
     collision.isCollision = 1;
     const std::string path = Save("collision", kActor + MeshChunk(collision));
     const std::string picture = ScratchPath("x.png");
@@ -241,6 +253,18 @@ TEST(PreviewCommandTest, NothingToShow) {
     EXPECT_EQ(Kta(arguments + " --collision").status, 0);
 }
 
+TEST(PreviewCommandTest, TrianglesThatCoverNothing) {
+    const std::string path = Save("triangle", TriangleFile());
+    const std::string picture = ScratchPath("x.png");
+    const Result result = Kta("preview " + InQuotes(path) + " -o " + InQuotes(picture) +
+                              " --azimuth 90 --elevation 0");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.errors, "kta: " + path +
+                                 ": nothing shows of 1 triangle, without area or seen from the "
+                                 "edge, nothing written\n");
+    EXPECT_FALSE(std::ifstream(picture));
+}
+
 TEST(PreviewCommandTest, FilesThatCannotBeDrawn) {
     const std::string picture = " -o " + InQuotes(ScratchPath("x.png"));
     const std::string missing = ScratchPath("missing");
@@ -250,7 +274,7 @@ TEST(PreviewCommandTest, FilesThatCannotBeDrawn) {
 
     const std::string motion = Save("motion", kMotion);
     const Result result = Kta("preview " + InQuotes(motion) + picture);
-    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.errors, "kta: " + motion +
                                  ": offset 6: header: file kind is \"motion\", expected "
                                  "\"actor\"\n");

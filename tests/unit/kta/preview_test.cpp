@@ -73,7 +73,7 @@ kta::File FileOf(const Actor& actor) {
 constexpr kta::PreviewView kFront = {.width = 100, .height = 100, .azimuth = 0, .elevation = 0};
 
 kta::Picture Draw(const Actor& actor, const kta::PreviewView& view = kFront) {
-    return kta::DrawPreview(FileOf(actor), view).value();
+    return kta::DrawPreview(FileOf(actor), view).picture.value();
 }
 
 Rgb Colour(const std::array<double, 3>& diffuse, const kta::Vector3& normal,
@@ -276,7 +276,7 @@ TEST(PreviewTest, SkinnedMeshesStandWhereTheirNumbersSay) {
             kActor + NodeChunk(node) + NodeChunk(node) + MeshChunk(skinned) + MeshChunk(moved) +
             MeshChunk(Square(-1, 2, 0)) + WeightsChunk(nodeOfWeights, {{{1, 1}}}));
         EXPECT_TRUE(reading.Good());
-        return kta::DrawPreview(reading.file.value(), kFront).value();
+        return kta::DrawPreview(reading.file.value(), kFront).picture.value();
     };
     // The third mesh is of node 0 as well. From -2 to 12: 90 pixels.
     const kta::Picture picture = draw(0);
@@ -324,7 +324,7 @@ TEST(PreviewTest, CollisionMeshesAreLeftOutUnlessAskedFor) {
     kta::PreviewView view = kFront;
     EXPECT_EQ(Covered(Draw({.meshes = {collision, Square(0, 2, 0)}}, view)),
               (std::array<int, 4>{5, 5, 94, 94}));
-    EXPECT_FALSE(kta::DrawPreview(FileOf({.meshes = {collision}}), view));
+    EXPECT_EQ(kta::DrawPreview(FileOf({.meshes = {collision}}), view).triangles, 0u);
     view.withCollision = true;
     EXPECT_EQ(Covered(Draw({.meshes = {collision, Square(0, 2, 0)}}, view)),
               (std::array<int, 4>{5, 42, 94, 57}));
@@ -437,8 +437,24 @@ TEST(PreviewTest, NoGapsBetweenTriangles) {
 // ---------------------------------------------------------------- odd input
 
 TEST(PreviewTest, NothingToShow) {
-    EXPECT_FALSE(kta::DrawPreview(FileOf({}), kFront));
-    EXPECT_FALSE(kta::DrawPreview(FileOf({.nodes = {{}}}), kFront));
+    EXPECT_EQ(kta::DrawPreview(FileOf({}), kFront).triangles, 0u);
+    EXPECT_EQ(kta::DrawPreview(FileOf({.nodes = {{}}}), kFront).triangles, 0u);
+}
+
+// Without area, seen from the edge, or so small beside the others that no sample lies in them.
+TEST(PreviewTest, TrianglesThatCoverNothing) {
+    const MeshFields line = Faces({{0, 0, 0}, {1, 1, 1}, {2, 2, 2}}, kTowardsFront);
+    const MeshFields point = Faces({{1, 1, 1}, {1, 1, 1}, {1, 1, 1}}, kTowardsFront);
+    for (const MeshFields& mesh : {line, point}) {
+        const kta::Preview preview = kta::DrawPreview(FileOf({.meshes = {mesh}}), kFront);
+        EXPECT_FALSE(preview.picture);
+        EXPECT_EQ(preview.triangles, 1u);
+    }
+    const kta::File square = FileOf({.meshes = {Square(0, 2, 0)}});
+    const kta::Preview fromTheSide = kta::DrawPreview(square, {.azimuth = 90, .elevation = 0});
+    EXPECT_FALSE(fromTheSide.picture);
+    EXPECT_EQ(fromTheSide.triangles, 2u);
+    EXPECT_TRUE(kta::DrawPreview(square, {.azimuth = 89, .elevation = 0}).picture);
 }
 
 TEST(PreviewTest, NumbersThatAreNotFiniteAreLeftOut) {
@@ -450,7 +466,7 @@ TEST(PreviewTest, NumbersThatAreNotFiniteAreLeftOut) {
     for (VertexFields& vertex : mesh.subMeshes[0].vertices) {
         vertex.position[2] = std::numeric_limits<float>::quiet_NaN();
     }
-    EXPECT_FALSE(kta::DrawPreview(FileOf({.meshes = {mesh}}), kFront));
+    EXPECT_EQ(kta::DrawPreview(FileOf({.meshes = {mesh}}), kFront).triangles, 0u);
     // Normals without direction are as good as none.
     EXPECT_EQ(Draw({.meshes = {Square(0, 2, 0, 0, {kInfinity, 0, 0})}}).At(50, 50), kGrey);
 }
@@ -462,13 +478,6 @@ TEST(PreviewTest, ExtremeSizes) {
                   (std::array<int, 4>{5, 5, 94, 94}))
             << side;
     }
-    // Triangles without area show nothing, but they are there.
-    const kta::Picture line =
-        Draw({.meshes = {Faces({{0, 0, 0}, {1, 1, 1}, {2, 2, 2}}, kTowardsFront)}});
-    EXPECT_EQ(Covered(line)[2], -1);
-    const kta::Picture point =
-        Draw({.meshes = {Faces({{1, 1, 1}, {1, 1, 1}, {1, 1, 1}}, kTowardsFront)}});
-    EXPECT_EQ(Covered(point)[2], -1);
     const kta::Picture pixel = Draw({.meshes = {Square(0, 2, 0)}},
                                     {.width = 1, .height = 1, .azimuth = 0, .elevation = 0});
     EXPECT_EQ(pixel.pixels.size(), 1u);
