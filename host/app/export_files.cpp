@@ -1,8 +1,10 @@
 #include "host/app/export_files.h"
 
+#include <algorithm>
 #include <fstream>
 #include <string_view>
 #include <thread>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "kta/info.h"
@@ -227,6 +229,52 @@ std::string Line(const OutputFile& output, const kta::File& file, const kta::Sum
     return line + (kinds.empty() ? "" : " (" + kta::Joined(kinds) + ")");
 }
 
+constexpr std::size_t kMostNodeLines = 10;
+
+// The scene's nodes that the actor file does not hold. Of several with one name, those without a
+// reason to be left out count as held first.
+std::vector<const NodeToExport*> NodesLeftOut(const kta::File& actor,
+                                              const std::vector<NodeToExport>& nodes) {
+    std::unordered_map<std::string, std::size_t> held;
+    for (const kta::Chunk& chunk : actor.chunks) {
+        if (const auto* const node = chunk.As<KTANode>()) {
+            ++held[std::string(kta::TextOf(node->nodeName))];
+        }
+    }
+    std::vector<bool> isHeld(nodes.size());
+    for (const bool hasReason : {false, true}) {
+        for (std::size_t i = 0; i < nodes.size(); ++i) {
+            std::size_t& left = held[nodes[i].name.substr(0, sizeof(KTANode::nodeName) - 1)];
+            if ((nodes[i].whyNot != nullptr) == hasReason && left > 0) {
+                isHeld[i] = true;
+                --left;
+            }
+        }
+    }
+    std::vector<const NodeToExport*> leftOut;
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        if (!isHeld[i]) {
+            leftOut.push_back(&nodes[i]);
+        }
+    }
+    return leftOut;
+}
+
+void AddNodesLeftOut(const kta::File& actor, const ExportOutcome& outcome,
+                     std::vector<std::string>& lines) {
+    const std::vector<const NodeToExport*> nodes = NodesLeftOut(actor, outcome.nodes);
+    const std::size_t shown =
+        outcome.namesAll ? nodes.size() : std::min(nodes.size(), kMostNodeLines);
+    for (std::size_t i = 0; i < shown; ++i) {
+        lines.push_back("not exported: \"" + kta::Escaped(nodes[i]->name) + "\": " +
+                        (nodes[i]->whyNot ? nodes[i]->whyNot : "left out by the exporter"));
+    }
+    if (shown < nodes.size()) {
+        lines.push_back("not exported: " + kta::Counted(nodes.size() - shown, "other node") +
+                        " (-v names all)");
+    }
+}
+
 }  // namespace
 
 std::vector<std::string> Summarize(const std::vector<OutputFile>& files,
@@ -244,7 +292,10 @@ std::vector<std::string> Summarize(const std::vector<OutputFile>& files,
         lines.push_back(outcome.log.string() + ": log");
     }
     lines.push_back("exported " + std::to_string(nodes) + " of " +
-                    kta::Counted(outcome.sceneNodes, "node"));
+                    kta::Counted(outcome.nodes.size(), "node"));
+    if (const kta::Reading& actor = files.front().reading; actor.file && actor.Good()) {
+        AddNodesLeftOut(*actor.file, outcome, lines);
+    }
     if (outcome.warnings > 0) {
         lines.push_back(kta::Counted(outcome.warnings, "warning") + " from reading the scene");
     }

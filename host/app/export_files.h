@@ -81,10 +81,16 @@ class ExportFiles {
 std::vector<std::string> FaultReport(const std::vector<OutputFile>& files,
                                      const std::vector<std::string>& converterFaults);
 
+struct NodeToExport {
+    std::string name;
+    const char* whyNot = nullptr;  // why an export may leave it out; null: it has no such reason
+};
+
 struct ExportOutcome {
-    std::size_t sceneNodes = 0;
+    std::vector<NodeToExport> nodes{};  // of the scene
+    bool namesAll = false;              // all nodes that were not exported, not the first ten
     std::size_t warnings = 0;
-    std::filesystem::path log;      // empty: this export wrote none
+    std::filesystem::path log{};    // empty: this export wrote none
     std::size_t coloredMeshes = 0;  // whose vertex colours are lost
 };
 

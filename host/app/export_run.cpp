@@ -182,6 +182,24 @@ fs::path LogSince(const FileMark& mark, Console& console) {
     return {};
 }
 
+// The open scene's nodes; an export leaves out those with a reason, which is the first that holds.
+std::vector<NodeToExport> NodesToExport(const Options& options) {
+    const Class_ID footprint(0x3011, 0);
+    const bool isCancelled = Host::Instance().GetInterface()->GetCancel() != FALSE;
+    std::vector<NodeToExport> nodes;
+    for (INode* const node : Host::Instance().Nodes()) {
+        Control* const transform = node->GetTMController();
+        const bool isFootprint = transform != nullptr && transform->ClassID() == footprint;
+        const bool isHidden = node->IsHidden(0, FALSE) && !options.choices.values.exportHidden;
+        nodes.push_back({node->GetName(), options.selectedOnly && !node->Selected() ? "not selected"
+                                          : isFootprint ? "a biped footprint"
+                                          : isHidden    ? "hidden"
+                                          : isCancelled ? "cancelled before"
+                                                        : nullptr});
+    }
+    return nodes;
+}
+
 }  // namespace
 
 int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files, Console& console,
@@ -202,14 +220,14 @@ int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files, 
     if (options.verbose) {
         console.Report(SettingsFile(configDirectory).string(), "settings file");
     }
-    ExportOutcome outcome{
-        loaded.scene.nodes.size(), loaded.warnings.size(), {}, loaded.coloredMeshes};
+    ExportOutcome outcome{{}, options.verbose, loaded.warnings.size(), {}, loaded.coloredMeshes};
     host.OpenScene(std::move(loaded.scene));
     const FileMark log(fs::current_path() / kLogName);
     DialogUser user(console, exportFile, options.choices, options.cancelDialog);
     const int result = RunPlugIn(options, exporter, exportOptions, exportFile, configDirectory,
                                  user, console, showsProgress);
     outcome.log = LogSince(log, console);
+    outcome.nodes = NodesToExport(options);
     if (result == IMPEXP_FAIL) {
         return ReportFailure(options, files, outcome.log, user, console);
     }

@@ -1,6 +1,8 @@
 #include "host/app/loaded_scene.h"
 
 #include <algorithm>
+#include <climits>
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <new>
@@ -157,13 +159,25 @@ void Scale(float factor, scene::Scene& scene) {
     }
 }
 
+int TicksOf(const Moment& moment, const scene::Time& time, const char* option) {
+    const double frame = time.ticksPerFrame;
+    const double unit = moment.unit == Moment::Unit::frames    ? frame
+                        : moment.unit == Moment::Unit::seconds ? frame * time.frameRate
+                                                               : 1;
+    const double ticks = std::round(moment.count * unit);
+    if (ticks < INT_MIN || ticks > INT_MAX) {
+        throw Failure(kExitRefused, option, "beyond what 32 bits hold of ticks");
+    }
+    return static_cast<int>(ticks);
+}
+
 void ApplyTime(const Options& options, scene::Time& time) {
     if (options.frameRate) {
         time.frameRate = *options.frameRate;
         time.ticksPerFrame = std::max(1, kTicksPerSecond / *options.frameRate);
     }
-    time.start = options.start.value_or(time.start);
-    time.end = options.end.value_or(time.end);
+    time.start = options.start ? TicksOf(*options.start, time, "--start") : time.start;
+    time.end = options.end ? TicksOf(*options.end, time, "--end") : time.end;
     if ((options.start || options.end) && time.start > time.end) {
         throw Failure(kExitRefused, options.start ? "--start" : "--end",
                       "the range would be " + std::to_string(time.start) + " to " +

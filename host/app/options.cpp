@@ -1,12 +1,14 @@
 #include "host/app/options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
 #include <climits>
 #include <cmath>
 #include <map>
 #include <memory>
 #include <sstream>
+#include <string_view>
 
 #include "host/app/exit_status.h"
 
@@ -71,8 +73,8 @@ CLI::Validator Real(bool (*accepts)(float), const std::string& expected) {
 
 // ---------------------------------------------------------------- help
 
-constexpr std::size_t kWidth = 100;
-constexpr std::size_t kTextColumn = 30;
+constexpr std::size_t kMostColumns = 100;
+constexpr std::size_t kFewestColumns = 40;
 
 std::string Names(const CLI::Option* option, bool isPositional) {
     if (isPositional) {
@@ -87,16 +89,17 @@ std::string Names(const CLI::Option* option, bool isPositional) {
     return names + (isSwitch ? "--[no-]" : "--") + longNames.at(0);
 }
 
-std::string Wrapped(const std::string& text) {
+// The words of a paragraph that begins at column `indent`, with a line end.
+std::string Wrapped(const std::string& text, std::size_t indent, std::size_t columns) {
     std::string lines;
-    std::size_t column = kTextColumn;
+    std::size_t column = indent;
     std::istringstream words(text);
     for (std::string word; words >> word;) {
-        if (column > kTextColumn && column + 1 + word.size() > kWidth) {
-            lines += "\n" + std::string(kTextColumn, ' ');
-            column = kTextColumn;
+        if (column > indent && column + 1 + word.size() > columns) {
+            lines += "\n" + std::string(indent, ' ');
+            column = indent;
         }
-        if (column > kTextColumn) {
+        if (column > indent) {
             lines += ' ';
             ++column;
         }
@@ -106,13 +109,30 @@ std::string Wrapped(const std::string& text) {
     return lines + "\n";
 }
 
-// One block an option: its names and the name of its value, then its description wrapped to 100
-// columns. A switch with a negative form shows as --[no-]name.
+// Paragraphs stand apart by an empty line.
+std::string WrappedParagraphs(const std::string& text, std::size_t columns) {
+    std::string lines;
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t end = std::min(text.find("\n\n", begin), text.size());
+        lines += (begin > 0 ? "\n" : "") + Wrapped(text.substr(begin, end - begin), 0, columns);
+        begin = end + 2;
+    }
+    return lines;
+}
+
+// One block an option: its names and the name of its value, then its wrapped description. A switch
+// with a negative form shows as --[no-]name.
 class HelpFormatter : public CLI::Formatter {
   public:
+    explicit HelpFormatter(std::size_t columns)
+        : columns_(columns), textColumn_(columns >= 70 ? 30 : 8) {}
+
     std::string make_group(std::string group, bool isPositional,
                            std::vector<const CLI::Option*> options) const override;
     std::string make_option(const CLI::Option* option, bool isPositional) const override;
+
+  private:
+    std::size_t columns_, textColumn_;
 };
 
 std::string HelpFormatter::make_group(std::string group, bool isPositional,
@@ -130,10 +150,29 @@ std::string HelpFormatter::make_option(const CLI::Option* option, bool isPositio
     if (!isPositional && option->get_items_expected_max() > 0) {
         head += " " + option->get_type_name();
     }
-    const std::string gap = head.size() + 2 > kTextColumn
-                                ? "\n" + std::string(kTextColumn, ' ')
-                                : std::string(kTextColumn - head.size(), ' ');
-    return head + gap + Wrapped(option->get_description());
+    const std::string gap = head.size() + 2 > textColumn_
+                                ? "\n" + std::string(textColumn_, ' ')
+                                : std::string(textColumn_ - head.size(), ' ');
+    return head + gap + Wrapped(option->get_description(), textColumn_, columns_);
+}
+
+// ---------------------------------------------------------------- times
+
+// Nothing where the text is no time. Ticks are whole.
+std::optional<Moment> MomentOf(const std::string& text) {
+    Moment moment;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, moment.count);
+    const std::string_view unit(stop, static_cast<std::size_t>(end - stop));
+    moment.unit = unit == "f"   ? Moment::Unit::frames
+                  : unit == "s" ? Moment::Unit::seconds
+                                : Moment::Unit::ticks;
+    const bool isUnit = unit.empty() || moment.unit != Moment::Unit::ticks;
+    const bool isWhole =
+        moment.unit != Moment::Unit::ticks || (std::trunc(moment.count) == moment.count &&
+                                               moment.count >= INT_MIN && moment.count <= INT_MAX);
+    const bool isGood = error == std::errc() && std::isfinite(moment.count) && isUnit && isWhole;
+    return isGood ? std::optional(moment) : std::nullopt;
 }
 
 // ---------------------------------------------------------------- options by group
@@ -175,6 +214,23 @@ class Group {
         });
     }
 
+    CLI::Option* AddMoment(const char* name, std::optional<Moment>& value,
+                           const std::string& meaning) {
+        return app_
+            .add_option_function<std::string>(
+                name, [&value](const std::string& text) { value = MomentOf(text); }, meaning)
+            ->type_name("T")
+            ->group(heading_)
+            ->check(CLI::Validator(
+                [](std::string& text) {
+                    return MomentOf(text) ? std::string()
+                                          : Quoted(text) +
+                                                ", expected whole ticks that fit 32 bits (480), "
+                                                "frames (3f) or seconds (0.1s)";
+                },
+                ""));
+    }
+
   private:
     CLI::App& app_;
     const char* heading_;
@@ -211,13 +267,10 @@ void AddImport(CLI::App& app, Options& options) {
         .Add("--frame-rate", "N", options.frameRate,
              "frames a second; ticks a frame follow, 4800 / N (default: the scene's)")
         ->check(Whole(1, 4800, "a whole number from 1 to 4800"));
-    const CLI::Validator tick =
-        Whole(INT_MIN, INT_MAX, "a whole number of ticks that fits 32 bits");
-    group
-        .Add("--start", "T", options.start,
-             "first tick of the animation range (default: the scene's)")
-        ->check(tick);
-    group.Add("--end", "T", options.end, "its last tick (default: the scene's)")->check(tick);
+    group.AddMoment("--start", options.start,
+                    "where the animation range begins: ticks (480), frames (3f) or seconds (0.1s) "
+                    "(default: the scene's)");
+    group.AddMoment("--end", options.end, "where it ends (default: the scene's)");
     group.AddPath("--save-scene", "FILE", options.saveScene,
                   "write the loaded scene as a scene description; without -o nothing is exported "
                   "(default: not written)");
@@ -274,6 +327,16 @@ void AddDialogs(CLI::App& app, Options& options) {
     Group group(app, "Dialogs");
     group.Add("--defaults", options.defaults,
               "start from the exporter's defaults (default: from the saved settings)");
+    group.Add("--about", options.about,
+              "show the About box to a person and wait; nothing is exported (default: off; Windows "
+              "only)");
+    group.Add("--show-dialog", options.showDialog,
+              "show the options dialog to a person and wait (default: off, the choices above are "
+              "made without one; Windows only)");
+}
+
+void AddTestOptions(CLI::App& app, Options& options) {
+    Group group(app, "For tests");
     group.Add("--cancel-dialog", options.cancelDialog,
               "press Cancel in the options dialog (default: Export)");
     group
@@ -281,12 +344,6 @@ void AddDialogs(CLI::App& app, Options& options) {
              "press Cancel in the progress bar at its N-th update, counted over the whole export; "
              "it stays pressed until the export ends (default: 0, never)")
         ->check(Whole(0, INT_MAX, "a whole number of at least 0"));
-    group.Add("--about", options.about,
-              "show the About box to a person and wait; nothing is exported (default: off; Windows "
-              "only)");
-    group.Add("--show-dialog", options.showDialog,
-              "show the options dialog to a person and wait (default: off, the choices above are "
-              "made without one; Windows only)");
 }
 
 void AddPlaces(CLI::App& app, Options& options) {
@@ -316,13 +373,10 @@ void AddMessages(CLI::App& app, Options& options, std::string& progress) {
                            : Quoted(text) + ", expected auto, always or never";
             },
             ""));
-    CLI::Option* const quiet =
-        group.Add("-q,--quiet", options.quiet, "no progress bar and no summary (default: both)");
-    group
-        .Add("-v,--verbose", options.verbose,
-             "name the settings file, and copy the log to standard error, on Windows to a "
-             "debugger (default: off)")
-        ->excludes(quiet);
+    group.Add("-q,--quiet", options.quiet, "no summary (default: one)");
+    group.Add("-v,--verbose", options.verbose,
+              "name the settings file, and copy the log to standard error, on Windows to a "
+              "debugger (default: off)");
     app.set_version_flag("--version", "hdo-export " HDO_VERSION, "print the version and end")
         ->group("Messages");
     app.set_help_flag("-h,--help", "print this help and end")->group("Messages");
@@ -333,8 +387,9 @@ std::string FaultOf(const Options& options) {
     if (options.scene.empty() && !options.about) {
         return "SCENE: none given, expected a scene file (hdo-export --help explains all options)";
     }
-    if (options.start && options.end && *options.start > *options.end) {
-        return "--start: behind --end, expected a tick that is not";
+    if (options.start && options.end && options.start->unit == options.end->unit &&
+        options.start->count > options.end->count) {
+        return "--start: behind --end, expected a time that is not";
     }
     if (options.showDialog && (options.cancelDialog || !NamesOf(options.choices).empty())) {
         return "--show-dialog: excludes " +
@@ -369,12 +424,13 @@ std::vector<std::string> NamesOf(const DialogChoices& choices) {
     return names;
 }
 
-CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
+CommandLine ParseCommandLine(const std::vector<std::string>& arguments, std::size_t columns) {
+    const std::size_t width = std::clamp(columns, kFewestColumns, kMostColumns);
     Options options;
     std::string progress = "auto";
-    CLI::App app(kDescription, "hdo-export");
-    app.footer(kFooter);
-    app.formatter(std::make_shared<HelpFormatter>());
+    CLI::App app(WrappedParagraphs(kDescription, width), "hdo-export");
+    app.footer(WrappedParagraphs(kFooter, width));
+    app.formatter(std::make_shared<HelpFormatter>(width));
     // A slash begins a path on every system here.
     app.allow_windows_style_options(false);
     AddScene(app, options);
@@ -383,6 +439,7 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments) {
     AddDialogs(app, options);
     AddPlaces(app, options);
     AddMessages(app, options, progress);
+    AddTestOptions(app, options);
 
     CommandLine result;
     try {

@@ -55,6 +55,13 @@ struct DialogChoices {
 // The options that are chosen, as on the command line: --morphers, --no-morphers, --sample-rate.
 std::vector<std::string> NamesOf(const DialogChoices& choices);
 
+// A time of the scene as the command line gives it.
+struct Moment {
+    enum class Unit { ticks, frames, seconds };
+    double count = 0;
+    Unit unit = Unit::ticks;
+};
+
 enum class ProgressMode { automatic, always, never };
 
 struct Options {
@@ -79,7 +86,7 @@ struct Options {
     std::optional<std::string> animation;
     float scale = 1;
     std::optional<int> frameRate;
-    std::optional<int> start, end;  // ticks
+    std::optional<Moment> start, end;
 
     bool about = false;
     bool showDialog = false;
@@ -97,7 +104,7 @@ struct CommandLine {
     std::string error;
 };
 
-// `arguments` without the program's name.
-CommandLine ParseCommandLine(const std::vector<std::string>& arguments);
+// `arguments` without the program's name; --help is wrapped to `columns`, at most 100.
+CommandLine ParseCommandLine(const std::vector<std::string>& arguments, std::size_t columns = 80);
 
 }  // namespace maxhost::app

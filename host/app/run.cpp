@@ -4,6 +4,7 @@
 #include <max.h>
 #include <maxapi.h>
 
+#include <cstdlib>
 #include <exception>
 
 #include "host/app/exit_status.h"
@@ -17,10 +18,29 @@
 #include "kta/text.h"
 #ifdef _WIN32
 #include "host/win32/display.h"
+#else
+#include <sys/ioctl.h>
+#include <unistd.h>
 #endif
 
 namespace maxhost::app {
 namespace {
+
+// The width that --help is wrapped to: COLUMNS, else the terminal's, else 80.
+std::size_t TerminalColumns() {
+    constexpr std::size_t kUsual = 80;
+    if (const char* const columns = std::getenv("COLUMNS")) {
+        const long count = std::strtol(columns, nullptr, 10);
+        return count > 0 ? static_cast<std::size_t>(count) : kUsual;
+    }
+#ifndef _WIN32
+    winsize size{};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
+        return size.ws_col;
+    }
+#endif
+    return kUsual;
+}
 
 bool ShowsProgress(const Options& options, bool isTerminal) {
     switch (options.progress) {
@@ -29,7 +49,7 @@ bool ShowsProgress(const Options& options, bool isTerminal) {
         case ProgressMode::never:
             return false;
         default:
-            return isTerminal && !options.quiet;
+            return isTerminal;
     }
 }
 
@@ -159,7 +179,7 @@ int RunParsed(const CommandLine& commandLine, Console& console, bool isTerminal)
 int Run(const std::vector<std::string>& arguments, Console& console, bool isTerminal) {
     int status = kExitRefused;
     try {
-        status = RunParsed(ParseCommandLine(arguments), console, isTerminal);
+        status = RunParsed(ParseCommandLine(arguments, TerminalColumns()), console, isTerminal);
     } catch (...) {
         status = ReportException(console);
     }

@@ -145,8 +145,8 @@ TEST(ApplyChoices, FrameRateSetsTicksPerFrame) {
 TEST(ApplyChoices, RangeIsInTicks) {
     LoadedScene loaded = Sample();
     Options options;
-    options.start = -320;
-    options.end = 4800;
+    options.start = Moment{-320};
+    options.end = Moment{4800};
     ApplyChoices(options, loaded);
     EXPECT_EQ(loaded.scene.time.start, -320);
     EXPECT_EQ(loaded.scene.time.end, 4800);
@@ -155,7 +155,7 @@ TEST(ApplyChoices, RangeIsInTicks) {
 TEST(ApplyChoices, RangeThatEndsBeforeItStartsIsRefused) {
     LoadedScene loaded = Sample();
     Options options;
-    options.start = 16001;
+    options.start = Moment{16001};
     const Thrown start = Catch([&] { ApplyChoices(options, loaded); });
     EXPECT_EQ(start.status, kExitRefused);
     EXPECT_EQ(start.line,
@@ -163,7 +163,7 @@ TEST(ApplyChoices, RangeThatEndsBeforeItStartsIsRefused) {
               "it starts");
     LoadedScene again = Sample();
     options.start.reset();
-    options.end = -1;
+    options.end = Moment{-1};
     EXPECT_EQ(Catch([&] { ApplyChoices(options, again); }).line,
               "--end: the range would be 0 to -1, expected one that does not end before it starts");
 }

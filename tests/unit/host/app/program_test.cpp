@@ -110,6 +110,91 @@ TEST_F(ProgramTest, NodesByNameAreTheSelectionAndItIsExported) {
     EXPECT_EQ(Read("x.hdotemp1"), Read("y.hdotemp1"));
 }
 
+TEST_F(ProgramTest, NodesThatAreNotExportedAreNamedWithTheReason) {
+    EXPECT_THAT(
+        Lines(RunReal("s.maxscene.json").out),
+        testing::IsSupersetOf({"exported 2 of 3 nodes", "not exported: \"hidden\": hidden"}));
+    EXPECT_THAT(
+        Lines(RunReal("--select leaf s.maxscene.json").out),
+        testing::IsSupersetOf({"exported 1 of 3 nodes", "not exported: \"root\": not selected",
+                               "not exported: \"hidden\": not selected"}));
+    EXPECT_THAT(RunReal("--export-hidden s.maxscene.json").out,
+                testing::Not(testing::HasSubstr("not exported")));
+    EXPECT_THAT(RunReal("--cancel-after 2 --keep-partial s.maxscene.json").out +
+                    RunReal("--cancel-after 2 s.maxscene.json").out,
+                testing::HasSubstr("not exported: \"leaf\": cancelled before\n"));
+}
+
+TEST_F(ProgramTest, ABipedFootprintIsNamedAsTheReason) {
+    Write("b.maxscene.json", R"({"maxscene": 1, "nodes": [{"name": "a"}, {"name": "b",
+        "transform": {"class": "footprint"}}]})");
+    const Outcome outcome = RunReal("b.maxscene.json");
+    EXPECT_THAT(
+        Lines(outcome.out),
+        testing::IsSupersetOf({"exported 1 of 2 nodes", "not exported: \"b\": a biped footprint"}))
+        << outcome.error;
+}
+
+TEST_F(ProgramTest, TenNodesThatAreNotExportedAreNamedAndAllOnRequest) {
+    std::string nodes = R"({"name": "shown\n"})";
+    for (int i = 0; i < 13; ++i) {
+        nodes += R"(, {"hidden": true, "name": "n)" + std::to_string(i) + "\"}";
+    }
+    // Of two nodes with one name the hidden one is left out.
+    nodes += R"(, {"name": "shown\n", "hidden": true})";
+    Write("t.maxscene.json", R"({"maxscene": 1, "nodes": [)" + nodes + "]}");
+    const std::string few = RunReal("t.maxscene.json").out;
+    EXPECT_THAT(Lines(few),
+                testing::IsSupersetOf({"exported 1 of 15 nodes", "not exported: \"n9\": hidden",
+                                       "not exported: 4 other nodes (-v names all)"}));
+    EXPECT_THAT(few, testing::Not(testing::HasSubstr("\"n10\"")));
+    const std::string all = RunReal("-v t.maxscene.json").out;
+    EXPECT_THAT(Lines(all), testing::IsSupersetOf({"not exported: \"n12\": hidden",
+                                                   "not exported: \"shown\\x0a\": hidden"}));
+    EXPECT_THAT(all, testing::Not(testing::HasSubstr("other node")));
+}
+
+TEST_F(ProgramTest, TheRangeIsGivenInTicksFramesOrSeconds) {
+    const auto range = [this](const std::string& arguments) {
+        EXPECT_EQ(RunReal(arguments + " --save-scene t.maxscene.json s.maxscene.json").status,
+                  kExitDone);
+        const scene::Time time = LoadScene("t.maxscene.json").scene.time;
+        return std::pair(time.start, time.end);
+    };
+    EXPECT_EQ(range("--start 480 --end 960"), std::pair(480, 960));
+    EXPECT_EQ(range("--start 3f --end 12.5f"), std::pair(480, 2000));
+    EXPECT_EQ(range("--start 0.1s --end 12f --frame-rate 25"), std::pair(480, 12 * 192));
+    EXPECT_EQ(range("--start 1f --end 0.4s --frame-rate 29"), std::pair(165, 29 * 165 * 2 / 5));
+    const Outcome outcome = RunReal("--start 0.5s --end 3f s.maxscene.json");
+    EXPECT_EQ(outcome.status, kExitRefused);
+    EXPECT_THAT(outcome.error, testing::HasSubstr("--start: the range would be 2400 to 480"));
+    EXPECT_EQ(RunReal("--end 1e9s s.maxscene.json").status, kExitRefused);
+}
+
+#ifndef _WIN32
+TEST_F(ProgramTest, HelpIsWrappedToTheTerminal) {
+    ASSERT_EQ(std::system("COLUMNS=60 \"" HDO_EXPORT "\" --help >narrow.txt"), 0);
+    ASSERT_EQ(std::system("COLUMNS=90 \"" HDO_EXPORT "\" --help >wide.txt"), 0);
+    std::size_t narrow = 0, wide = 0;
+    for (const std::string& line : Lines(Read("narrow.txt"))) {
+        narrow = std::max(narrow, line.size());
+    }
+    for (const std::string& line : Lines(Read("wide.txt"))) {
+        wide = std::max(wide, line.size());
+    }
+    EXPECT_LE(narrow, 60u);
+    EXPECT_GT(wide, 80u);
+    EXPECT_LE(wide, 90u);
+}
+
+TEST_F(ProgramTest, QuietRunsCopyTheLogAllTheSame) {
+    const Outcome outcome = RunReal("-q -v s.maxscene.json");
+    EXPECT_EQ(outcome.status, kExitDone);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_THAT(outcome.error, testing::HasSubstr("Exporting node 'leaf'"));
+}
+#endif
+
 TEST_F(ProgramTest, EmptySelectionIsStatus2UnlessAllowed) {
     Write("x.hdotemp1", "former");
     const Outcome outcome = RunReal("--selected -o x.hdo s.maxscene.json");

@@ -63,7 +63,9 @@ TEST_F(RunTest, ExportsAndSumsUp) {
     EXPECT_THAT(Lines(outcome.out),
                 ElementsAre(First() + ": actor file, 7 bytes, 0 chunks",
                             Second() + ": motion file, 7 bytes, 0 chunks",
-                            Path("KTAExporter.log").string() + ": log", "exported 0 of 2 nodes"));
+                            Path("KTAExporter.log").string() + ": log", "exported 0 of 2 nodes",
+                            "not exported: \"a\": left out by the exporter",
+                            "not exported: \"b\": left out by the exporter"));
     EXPECT_EQ(plugIn_.exporters, 0);
 }
 
