@@ -7,6 +7,7 @@
 #include <iomanip>
 #include <iterator>
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "kta/fields.h"
 #include "kta/text.h"
@@ -283,11 +284,14 @@ void WriteSubMeshLines(const Mesh& mesh, const SubMesh& subMesh, std::ostream& o
     }
 }
 
-void WriteChunkLines(const Chunk& chunk, std::ostream& out) {
+void WriteChunkLines(const Chunk& chunk, bool withArrays, std::ostream& out) {
     for (const auto& [fields, record, offset] : RecordsOf(chunk)) {
         for (const Field& field : fields) {
             WriteField(field, record, offset + field.offset, out);
         }
+    }
+    if (!withArrays) {
+        return;
     }
     if (const auto* mesh = chunk.As<Mesh>()) {
         for (const SubMesh& subMesh : mesh->subMeshes) {
@@ -314,6 +318,17 @@ std::string ChunkHead(const Chunk& chunk) {
         }
     }
     return json.dump();
+}
+
+std::vector<const Chunk*> Selected(const File& file, const DumpSelection& selection) {
+    std::vector<const Chunk*> chunks;
+    for (const Chunk& chunk : file.chunks) {
+        if (selection.chunks.empty() || std::find(selection.chunks.begin(), selection.chunks.end(),
+                                                  chunk.type->name) != selection.chunks.end()) {
+            chunks.push_back(&chunk);
+        }
+    }
+    return chunks;
 }
 
 Json FaultJson(const Fault& fault) {
@@ -358,11 +373,11 @@ void WriteItems(const ItemList& list, std::ostream& out) {
     out << end;
 }
 
-void WriteChunk(const Chunk& chunk, std::ostream& out) {
+void WriteChunk(const Chunk& chunk, bool withArrays, std::ostream& out) {
     std::string head = ChunkHead(chunk);
     const Mesh* mesh = chunk.As<Mesh>();
     const ItemList list = ItemsOf(chunk);
-    if (mesh == nullptr && list.name == nullptr) {
+    if (!withArrays || (mesh == nullptr && list.name == nullptr)) {
         out << head;
         return;
     }
@@ -397,7 +412,8 @@ std::string NumberText(float value) {
     return Value(value).dump();
 }
 
-void DumpText(const std::string& path, const File& file, std::ostream& out) {
+void DumpText(const std::string& path, const File& file, std::ostream& out,
+              const DumpSelection& selection) {
     out << OneLine(ToUtf8(path)) << ": " << KindName(file.kind) << " file, " << file.size
         << " bytes\n";
     out << "\noffset 0: header\n";
@@ -405,23 +421,36 @@ void DumpText(const std::string& path, const File& file, std::ostream& out) {
     WriteFieldLine(offsetof(KTAFileHeader, majorVersion), "version", Json(file.version).dump(),
                    out);
     WriteFieldLine(offsetof(KTAFileHeader, kind), "kind", KindName(file.kind), out);
-    for (const Chunk& chunk : file.chunks) {
-        out << "\noffset " << chunk.offset << ": " << chunk.type->name << " chunk, id "
-            << chunk.type->id << ", size " << chunk.size << ", version " << chunk.version << '\n';
-        WriteChunkLines(chunk, out);
+    for (const Chunk* chunk : Selected(file, selection)) {
+        out << "\noffset " << chunk->offset << ": " << chunk->type->name << " chunk, id "
+            << chunk->type->id << ", size " << chunk->size << ", version " << chunk->version
+            << '\n';
+        WriteChunkLines(*chunk, selection.withArrays, out);
     }
 }
 
-void DumpJson(const std::string& path, const File& file, const std::vector<Fault>& faults,
-              std::ostream& out) {
-    out << "{\"file\":" << Json(ToUtf8(path)).dump() << ",\n\"kind\":\"" << KindName(file.kind)
-        << "\",\n\"version\":" << Json(file.version).dump() << ",\n\"chunks\":";
-    WriteList(file.chunks, out, [&](const Chunk& chunk) { WriteChunk(chunk, out); });
-    if (!faults.empty()) {
-        out << ",\n\"faults\":";
-        WriteList(faults, out, [&](const Fault& fault) { out << FaultJson(fault).dump(); });
+std::string FaultMembers(const Reading& reading) {
+    std::ostringstream out;
+    if (!reading.inputError.empty()) {
+        out << ",\n\"error\":" << Json(ToUtf8(reading.inputError)).dump();
     }
-    out << "}\n";
+    if (!reading.faults.empty()) {
+        out << ",\n\"faults\":";
+        WriteList(reading.faults, out, [&](const Fault& fault) { out << FaultJson(fault).dump(); });
+    }
+    return out.str();
+}
+
+void DumpJson(const std::string& path, const Reading& reading, std::ostream& out,
+              const DumpSelection& selection) {
+    out << "{\"file\":" << Json(ToUtf8(path)).dump();
+    if (reading.file) {
+        out << ",\n\"kind\":\"" << KindName(reading.file->kind)
+            << "\",\n\"version\":" << Json(reading.file->version).dump() << ",\n\"chunks\":";
+        WriteList(Selected(*reading.file, selection), out,
+                  [&](const Chunk* chunk) { WriteChunk(*chunk, selection.withArrays, out); });
+    }
+    out << FaultMembers(reading) << "}\n";
 }
 
 }  // namespace kta

@@ -5,19 +5,32 @@
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "kta/reader.h"
 
 namespace kta {
 
+// What of a file is dumped.
+struct DumpSelection {
+    std::vector<std::string> chunks;  // names of kinds of chunks; empty: all
+    bool withArrays = true;           // vertices, faces, keys, weights and points too
+};
+
 // `path` is shown as the file's name. Lines with the fields' offsets, in file order.
-void DumpText(const std::string& path, const File& file, std::ostream& out);
+void DumpText(const std::string& path, const File& file, std::ostream& out,
+              const DumpSelection& selection = {});
 
 // One JSON object, a line for each chunk. A finite float is written with the digits that read back
 // to the same f32; others are the texts "nan", "inf" and "-inf". Faults, where there are any, are
-// the object's last member.
-void DumpJson(const std::string& path, const File& file, const std::vector<Fault>& faults,
-              std::ostream& out);
+// the object's last member; of a file that could not be read, or whose header is faulty, they or
+// the reason ("error") are all that there is.
+void DumpJson(const std::string& path, const Reading& reading, std::ostream& out,
+              const DumpSelection& selection = {});
+
+// The object's members that tell what is wrong with a file, each with a comma before it; empty
+// where nothing is.
+std::string FaultMembers(const Reading& reading);
 
 // The text as UTF-8: valid UTF-8 stays, and every byte that is no part of it becomes the code
 // point of its own number (Latin-1).

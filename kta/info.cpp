@@ -3,6 +3,7 @@
 #include <cmath>
 #include <iomanip>
 #include <limits>
+#include <nlohmann/json.hpp>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -12,6 +13,8 @@
 namespace kta {
 namespace {
 
+using InfoJson = nlohmann::basic_json<nlohmann::ordered_map, std::vector, std::string, bool,
+                                      std::int64_t, std::uint64_t, float>;
 using Nodes = std::vector<const KTANode*>;
 
 // ---------------------------------------------------------------- chunks and nodes
@@ -327,6 +330,98 @@ void WriteInfo(const std::string& path, const File& file, std::ostream& out) {
     } else if (!file.chunks.empty()) {
         WriteMotionLines(SummarizeMotion(file), out);
     }
+}
+
+// ---------------------------------------------------------------- JSON
+
+namespace {
+
+// Of the finite corners, as they stand in the file; null without any.
+InfoJson BoundsOf(const Mesh& mesh) {
+    std::array<float, 3> least{}, greatest{};
+    bool isEmpty = true;
+    for (const SubMesh& subMesh : mesh.subMeshes) {
+        for (const KTAVertex& vertex : subMesh.vertices) {
+            const auto& p = vertex.position;
+            if (!std::isfinite(p[0]) || !std::isfinite(p[1]) || !std::isfinite(p[2])) {
+                continue;
+            }
+            for (std::size_t i = 0; i < 3; ++i) {
+                least[i] = isEmpty ? p[i] : std::min(least[i], p[i]);
+                greatest[i] = isEmpty ? p[i] : std::max(greatest[i], p[i]);
+            }
+            isEmpty = false;
+        }
+    }
+    return isEmpty ? InfoJson() : InfoJson{{"least", least}, {"greatest", greatest}};
+}
+
+void AddActor(const File& file, InfoJson& info) {
+    Nodes nodes;
+    InfoJson meshes = InfoJson::array(), materials = InfoJson::array();
+    InfoJson textures = InfoJson::array();
+    std::unordered_set<std::string_view> knownTextures;
+    for (const Chunk& chunk : file.chunks) {
+        if (const auto* node = chunk.As<KTANode>()) {
+            nodes.push_back(node);
+        } else if (const auto* mesh = chunk.As<Mesh>()) {
+            meshes.push_back({{"node", mesh->head.nodeNumber},
+                              {"collision", mesh->head.isCollision != 0},
+                              {"triangles", mesh->head.indexCount / 3},
+                              {"vertices", mesh->head.vertexCount},
+                              {"bounds", BoundsOf(*mesh)}});
+        } else if (const auto* material = chunk.As<KTAMaterial>()) {
+            materials.push_back(ToUtf8(TextOf(material->materialName)));
+        } else if (const auto* layer = chunk.As<KTAMaterialLayer>()) {
+            if (knownTextures.insert(TextOf(layer->textureFileName)).second) {
+                textures.push_back(ToUtf8(TextOf(layer->textureFileName)));
+            }
+        }
+    }
+    const std::vector<std::size_t> parents = Parents(nodes);
+    InfoJson& tree = info["nodes"] = InfoJson::array();
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        tree.push_back({{"name", ToUtf8(TextOf(nodes[i]->nodeName))},
+                        {"parent", parents[i] == nodes.size() ? InfoJson() : InfoJson(parents[i])},
+                        {"bone", nodes[i]->isBone != 0}});
+    }
+    info["meshes"] = std::move(meshes);
+    info["materials"] = std::move(materials);
+    info["textures"] = std::move(textures);
+}
+
+void AddMotion(const File& file, InfoJson& info) {
+    const MotionSummary summary = SummarizeMotion(file);
+    InfoJson& parts = info["motionParts"] = InfoJson::array();
+    for (const Chunk& chunk : file.chunks) {
+        if (const auto* part = chunk.As<KTAMotionPart>()) {
+            parts.push_back(ToUtf8(TextOf(part->nodeName)));
+        }
+    }
+    info["tracks"] = summary.tracks;
+    info["keys"] = summary.keys;
+    info["firstTime"] = summary.firstTime;
+    info["lastTime"] = summary.lastTime;
+}
+
+}  // namespace
+
+void WriteInfoJson(const std::string& path, const Reading& reading, std::ostream& out) {
+    InfoJson info = {{"file", ToUtf8(path)}};
+    if (reading.file) {
+        const File& file = *reading.file;
+        info["kind"] = KindName(file.kind);
+        info["version"] = file.version;
+        info["size"] = file.size;
+        InfoJson& chunks = info["chunks"] = InfoJson::object();
+        for (const ChunkTotal& total : ChunkTotals(file)) {
+            chunks[total.type->name] = {{"count", total.count}, {"bytes", total.bytes}};
+        }
+        file.kind == kFileKindActor ? AddActor(file, info) : AddMotion(file, info);
+    }
+    std::string text = info.dump();
+    text.pop_back();  // the brace, so that the object goes on
+    out << text << FaultMembers(reading) << "}\n";
 }
 
 }  // namespace kta

@@ -74,4 +74,8 @@ MotionSummary SummarizeMotion(const File& file);
 // A few lines, headed by `path`.
 void WriteInfo(const std::string& path, const File& file, std::ostream& out);
 
+// One JSON object, with the node tree, each mesh's bounds, and names; docs/kta.md has its members.
+// What is wrong with the file stands in it as in a dump.
+void WriteInfoJson(const std::string& path, const Reading& reading, std::ostream& out);
+
 }  // namespace kta

@@ -19,6 +19,11 @@
 #include "kta/text.h"
 #include "kta/whole_file.h"
 
+#ifdef _WIN32
+#include <fcntl.h>
+#include <io.h>
+#endif
+
 namespace {
 
 enum Status { kDone = 0, kFaultyFile = 1, kUnusable = 2 };
@@ -26,6 +31,7 @@ enum Status { kDone = 0, kFaultyFile = 1, kUnusable = 2 };
 struct Options {
     std::vector<std::string> infoFiles;
     std::string dumpFile;
+    kta::DumpSelection selection;
     bool json = false;
     std::string previewFile;
     std::string picture;
@@ -47,30 +53,51 @@ Status Report(const std::vector<std::string>& faultLines, const kta::Reading& re
     return reading.faults.empty() ? kDone : kFaultyFile;
 }
 
-Status Info(const std::vector<std::string>& paths) {
+constexpr const char* kStandardInput = "standard input";
+
+// "-" is the standard input.
+kta::Reading ReadGiven(const std::string& path) {
+    if (path != "-") {
+        return kta::ReadFile(path);
+    }
+#ifdef _WIN32
+    _setmode(_fileno(stdin), _O_BINARY);
+#endif
+    return kta::Read(std::cin);
+}
+
+std::string NameOf(const std::string& path) {
+    return path == "-" ? kStandardInput : path;
+}
+
+Status Info(const std::vector<std::string>& paths, bool json) {
     Status worst = kDone;
     bool first = true;
     for (const std::string& path : paths) {
-        const kta::Reading reading = kta::ReadFile(path);
-        if (reading.file) {
+        const kta::Reading reading = ReadGiven(path);
+        const std::string name = NameOf(path);
+        if (json) {
+            kta::WriteInfoJson(name, reading, std::cout);
+        } else if (reading.file) {
             std::cout << (first ? "" : "\n");
-            kta::WriteInfo(path, *reading.file, std::cout);
+            kta::WriteInfo(name, *reading.file, std::cout);
             first = false;
         }
         worst = std::max(worst,
-                         Report(kta::FirstFaults(kta::FaultLines(path, reading), path), reading));
+                         Report(kta::FirstFaults(kta::FaultLines(name, reading), name), reading));
     }
     return worst;
 }
 
-Status Dump(const std::string& path, bool json) {
-    const kta::Reading reading = kta::ReadFile(path);
-    if (reading.file && json) {
-        kta::DumpJson(path, *reading.file, reading.faults, std::cout);
+Status Dump(const Options& options) {
+    const kta::Reading reading = ReadGiven(options.dumpFile);
+    const std::string name = NameOf(options.dumpFile);
+    if (options.json) {
+        kta::DumpJson(name, reading, std::cout, options.selection);
     } else if (reading.file) {
-        kta::DumpText(path, *reading.file, std::cout);
+        kta::DumpText(name, *reading.file, std::cout, options.selection);
     }
-    return Report(kta::FaultLines(path, reading), reading);
+    return Report(kta::FaultLines(name, reading), reading);
 }
 
 // Of a faulty file, the chunks before the fault are drawn.
@@ -191,12 +218,28 @@ void Describe(CLI::App& app, Options& options) {
 
     CLI::App* info = app.add_subcommand(
         "info", "What is in the files: kind, size, chunks, nodes, geometry, motion");
-    info->add_option("FILE", options.infoFiles, "Actor or motion files")->required();
+    info->add_option("FILE", options.infoFiles, "Actor or motion files; - is standard input")
+        ->required();
+    info->add_flag("--json", options.json, "One JSON object a file");
 
     CLI::App* dump =
         app.add_subcommand("dump", "Every chunk and field of a file, in file order, with offsets");
-    dump->add_option("FILE", options.dumpFile, "Actor or motion file")->required();
+    dump->add_option("FILE", options.dumpFile, "Actor or motion file; - is standard input")
+        ->required();
     dump->add_flag("--json", options.json, "As one JSON object");
+    std::vector<std::string> kinds;
+    for (const KTAChunkType& type : kChunkTypes) {
+        kinds.push_back(type.name);
+    }
+    dump->add_option("--chunks", options.selection.chunks,
+                     "The chunks of these kinds alone, as in node,mesh: " + kta::Joined(kinds))
+        ->type_name("KIND,...")
+        ->delimiter(',')
+        ->check(CLI::IsMember(kinds))
+        ->option_text("KIND,...");
+    dump->add_flag_callback(
+        "--no-arrays", [&options] { options.selection.withArrays = false; },
+        "Without vertices, faces, keys, weights and points");
     DescribePreview(app, options);
 }
 
@@ -227,10 +270,10 @@ Status Run(int argc, char** argv) {
         return kUnusable;
     }
     if (app.got_subcommand("info")) {
-        return Info(options.infoFiles);
+        return Info(options.infoFiles, options.json);
     }
     if (app.got_subcommand("dump")) {
-        return Dump(options.dumpFile, options.json);
+        return Dump(options);
     }
     std::tie(options.view.width, options.view.height) = ParseSize(options.size).value();
     return Preview(options.previewFile, options.picture, options.view);

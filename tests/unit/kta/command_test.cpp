@@ -60,6 +60,17 @@ std::string NoSuchFile() {
     return std::make_error_code(std::errc::no_such_file_or_directory).message();
 }
 
+// In the plane of the front view.
+MeshFields UprightTriangle() {
+    MeshFields mesh = Triangle(0, 0, 0);
+    for (std::size_t i = 0; i < 3; ++i) {
+        const std::array<std::array<float, 3>, 3> corners = {{{0, 0, 0}, {2, 0, 0}, {0, 2, 0}}};
+        std::copy(corners[i].begin(), corners[i].end(),
+                  std::begin(mesh.subMeshes[0].vertices[i].position));
+    }
+    return mesh;
+}
+
 std::string InQuotes(const std::string& path) {
     return "\"" + path + "\"";
 }
@@ -136,14 +147,78 @@ TEST(CommandTest, DumpAsTextAndJson) {
 
 TEST(CommandTest, FaultyFile) {
     const std::string path = Save("faulty", std::string("KTA \1\1\7"));
-    for (const char* command : {"info ", "dump ", "dump --json "}) {
+    for (const std::string command : {"info ", "dump ", "info --json ", "dump --json "}) {
         const Result result = Kta(command + InQuotes(path));
         EXPECT_EQ(result.status, 1);
-        EXPECT_EQ(result.output, "");
+        if (command.find("json") == std::string::npos) {
+            EXPECT_EQ(result.output, "");
+        } else {
+            const auto object = nlohmann::json::parse(result.output);
+            EXPECT_EQ(object.at("file"), path);
+            EXPECT_EQ(object.at("faults").at(0).at("offset"), 6);
+        }
         EXPECT_EQ(result.errors, "kta: " + path +
                                      ": offset 6: header: file kind is 7, expected 0 (motion) or "
                                      "1 (actor)\n");
     }
+}
+
+TEST(CommandTest, JsonSaysThatAFileCannotBeRead) {
+    for (const std::string command : {"info --json ", "dump --json "}) {
+        const Result result = Kta(command + InQuotes(ScratchPath("missing")));
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(nlohmann::json::parse(result.output).at("error"),
+                  "cannot be opened (" + NoSuchFile() + ")");
+    }
+}
+
+TEST(CommandTest, InfoAsJson) {
+    const std::string path =
+        Save("actor", ActorFile({{.name = "Root"}, {.name = "Arm", .parentName = "Root"}}) +
+                          MeshChunk(UprightTriangle()) + MaterialChunk(Grey("Skin")));
+    const Result result = Kta("info --json " + InQuotes(path));
+    EXPECT_EQ(result.status, 0) << result.errors;
+    const auto info = nlohmann::json::parse(result.output);
+    EXPECT_EQ(info.at("kind"), "actor");
+    EXPECT_EQ(info.at("size"), std::filesystem::file_size(path));
+    EXPECT_EQ(info.at("chunks").at("node").at("count"), 2);
+    EXPECT_EQ(info.at("nodes").at(0).at("parent"), nullptr);
+    EXPECT_EQ(info.at("nodes").at(1).at("name"), "Arm");
+    EXPECT_EQ(info.at("nodes").at(1).at("parent"), 0);
+    EXPECT_EQ(info.at("meshes").at(0).at("bounds").at("least"), nlohmann::json({0, 0, 0}));
+    EXPECT_EQ(info.at("meshes").at(0).at("bounds").at("greatest"), nlohmann::json({2, 2, 0}));
+    EXPECT_EQ(info.at("materials"), nlohmann::json({"Skin"}));
+    EXPECT_EQ(info.at("textures"), nlohmann::json::array());
+}
+
+TEST(CommandTest, DumpOfSomeChunksWithoutArrays) {
+    const std::string path =
+        Save("actor", ActorFile({{.name = "Root"}}) + MeshChunk(UprightTriangle()) +
+                          MaterialChunk(Grey("Skin")));
+    const Result result = Kta("dump --json --chunks node,mesh --no-arrays " + InQuotes(path));
+    EXPECT_EQ(result.status, 0) << result.errors;
+    const auto chunks = nlohmann::json::parse(result.output).at("chunks");
+    ASSERT_EQ(chunks.size(), 2u);
+    EXPECT_EQ(chunks.at(0).at("nodeName"), "Root");
+    EXPECT_EQ(chunks.at(1).at("name"), "mesh");
+    EXPECT_FALSE(chunks.at(1).contains("subMeshes"));
+    const Result mesh = Kta("dump --json --chunks mesh " + InQuotes(path));
+    EXPECT_TRUE(nlohmann::json::parse(mesh.output).at("chunks").at(0).contains("subMeshes"));
+    const Result text = Kta("dump --chunks mesh --no-arrays " + InQuotes(path));
+    EXPECT_EQ(text.output.find("node chunk"), std::string::npos);
+    EXPECT_EQ(text.output.find("vertex "), std::string::npos);
+    EXPECT_EQ(Kta("dump --chunks nodes " + InQuotes(path)).status, 2);
+}
+
+TEST(CommandTest, StandardInput) {
+    const std::string path = Save("actor", ActorFile({{.name = "Root"}}));
+    for (const std::string command : {"info -", "dump -"}) {
+        const Result result = Kta(command + " < " + InQuotes(path));
+        EXPECT_EQ(result.status, 0) << result.errors;
+        EXPECT_TRUE(result.output.starts_with("standard input")) << result.output;
+    }
+    const Result result = Kta("dump --json - < " + InQuotes(path));
+    EXPECT_EQ(nlohmann::json::parse(result.output).at("chunks").at(0).at("nodeName"), "Root");
 }
 
 TEST(CommandTest, WhatWasReadOfAFaultyFileIsShown) {
@@ -169,17 +244,6 @@ TEST(CommandTest, UnreadableFileOutranksFaultyOnesAndTheRestIsDone) {
 }
 
 // ---------------------------------------------------------------- preview
-
-// In the plane of the front view.
-MeshFields UprightTriangle() {
-    MeshFields mesh = Triangle(0, 0, 0);
-    for (std::size_t i = 0; i < 3; ++i) {
-        const std::array<std::array<float, 3>, 3> corners = {{{0, 0, 0}, {2, 0, 0}, {0, 2, 0}}};
-        std::copy(corners[i].begin(), corners[i].end(),
-                  std::begin(mesh.subMeshes[0].vertices[i].position));
-    }
-    return mesh;
-}
 
 std::string TriangleFile() {
     return kActor + MeshChunk(UprightTriangle());

@@ -160,7 +160,7 @@ TEST(DumpTest, JsonIsValidForAnyNameAndPath) {
     }
     std::ostringstream out;
     const kta::Reading reading = ReadExact(ActorFile({{.name = name}}));
-    kta::DumpJson("dir\\\xe9.hdotemp1", reading.file.value(), reading.faults, out);
+    kta::DumpJson("dir\\\xe9.hdotemp1", reading, out);
     const json dump = json::parse(out.str());
     EXPECT_EQ(dump.at("file"), "dir\\\xc3\xa9.hdotemp1");
     EXPECT_EQ(dump.at("chunks")[0].at("nodeName"), kta::ToUtf8(name));

@@ -290,7 +290,7 @@ std::string DumpOf(const std::string& bytes) {
 std::string JsonDumpOf(const std::string& bytes) {
     std::ostringstream out;
     const kta::Reading reading = ReadExact(bytes);
-    kta::DumpJson("x", reading.file.value(), reading.faults, out);
+    kta::DumpJson("x", reading, out);
     return out.str();
 }
 
