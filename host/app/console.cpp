@@ -25,9 +25,34 @@ void Console::Print(std::string_view line) {
     out_ << line << '\n';
 }
 
+namespace {
+
+// The control characters of one byte, and those of two, 0x80 to 0x9f in UTF-8.
+std::string ForTerminal(std::string_view text) {
+    constexpr char kDigits[] = "0123456789abcdef";
+    std::string shown;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : 0);
+        const bool isLayout = byte == '\n' || byte == '\r' || byte == '\t';
+        const bool isOfTwo = byte == 0xc2 && next >= 0x80 && next <= 0x9f;
+        if ((byte < 0x20 && !isLayout) || byte == 0x7f) {
+            shown += std::string("\\x") + kDigits[byte >> 4] + kDigits[byte & 15];
+        } else if (isOfTwo) {
+            shown += std::string("\\x") + kDigits[next >> 4] + kDigits[next & 15];
+            ++i;
+        } else {
+            shown += text[i];
+        }
+    }
+    return shown;
+}
+
+}  // namespace
+
 void Console::Copy(std::string_view text) {
     HideBar();
-    error_ << text << std::flush;
+    error_ << (isTerminal_ ? ForTerminal(text) : std::string(text)) << std::flush;
 }
 
 void Console::ShowBar(const std::string& line) {

@@ -12,8 +12,9 @@ namespace maxhost::app {
 
 class Console {
   public:
-    // Both streams must outlive the object.
-    Console(std::ostream& out, std::ostream& error) : out_(out), error_(error) {}
+    // Both streams must outlive the object. `isTerminal`: whether `error` is shown on one.
+    Console(std::ostream& out, std::ostream& error, bool isTerminal = false)
+        : out_(out), error_(error), isTerminal_(isTerminal) {}
     ~Console() { HideBar(); }
 
     // The line "hdo-export: SUBJECT: TEXT"; control characters in either become blanks.
@@ -24,7 +25,8 @@ class Console {
     void Warn(std::string_view subject, std::string_view text);
     // One line of a result, as it stands.
     void Print(std::string_view line);
-    // Text for standard error that brings its own line ends.
+    // Text for standard error that brings its own line ends. On a terminal all other control
+    // characters but tabs become \xNN, so that a scene's names cannot steer it.
     void Copy(std::string_view text);
 
     // One line that the next one replaces; at most 79 columns of ASCII.
@@ -40,6 +42,7 @@ class Console {
   private:
     std::ostream& out_;
     std::ostream& error_;
+    const bool isTerminal_;
     std::size_t barWidth_ = 0;
 };
 

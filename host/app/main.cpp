@@ -24,7 +24,7 @@ bool IsErrorATerminal() {
 }  // namespace
 
 int main(int argc, char** argv) {
-    maxhost::app::Console console(std::cout, std::cerr);
+    maxhost::app::Console console(std::cout, std::cerr, IsErrorATerminal());
     return maxhost::app::Run(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc),
                              console, IsErrorATerminal());
 }

@@ -57,7 +57,7 @@ std::string ErrorLine(const std::string& text) {
         throw ImportError("not a scene file of a known format");
     }
     if (assimpsWords.find("std::bad_alloc") != std::string::npos) {
-        throw ImportError("cannot be read: not enough memory");
+        throw ImportError(kNoMemory);
     }
     const std::string reason = ErrorLine(assimpsWords);
     throw ImportError("cannot be read: " + (reason.empty() ? "no reason is given" : reason));

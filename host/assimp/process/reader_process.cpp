@@ -63,7 +63,7 @@ void* RunJob(void* argument) {
     try {
         job.answer = kResult + job.work();
     } catch (const std::bad_alloc&) {
-        job.answer = kRefusal + std::string("cannot be read: not enough memory");
+        job.answer = kRefusal + std::string(kNoMemory);
     } catch (const std::exception& failure) {
         job.answer = kRefusal + std::string(failure.what());
     }
@@ -200,6 +200,10 @@ std::string RunInReaderProcess(const std::function<std::string()>& work,
     }
     const bool isRefusal = answer.front() == kRefusal;
     answer.erase(0, 1);
+    if (isRefusal && answer == kNoMemory) {
+        throw ImportError(answer + ", the reader may take " + std::to_string(limits.memory >> 20) +
+                          " MiB, the limit for its size (512 MiB and 400 times its bytes)");
+    }
     if (isRefusal) {
         throw ImportError(answer);
     }

@@ -11,12 +11,15 @@ namespace maxhost::import {
 constexpr std::uint64_t kReaderStack = std::uint64_t{1} << 30;
 
 struct ReaderLimits {
-    unsigned cpuSeconds = 45;                       // of the whole work
-    std::uint64_t memory = std::uint64_t{2} << 30;  // bytes beside the stack
+    unsigned cpuSeconds = 45;                         // of the whole work
+    std::uint64_t memory = std::uint64_t{512} << 20;  // bytes beside the stack
 };
 
+// What a reader says that had to stop for want of memory; the message tells the limit behind it.
+inline constexpr char kNoMemory[] = "cannot be read: not enough memory";
+
 // The limits for a reader of this many bytes: what no sound file comes near and damaged ones ask
-// for. CPU time is 45 s and 30 s more for each 100 MB, memory 2 GiB and 400 times the bytes.
+// for. CPU time is 45 s and 30 s more for each 100 MB, memory 512 MiB and 400 times the bytes.
 ReaderLimits LimitsFor(std::uint64_t bytes);
 
 // What `work` returns, worked out in a child process on a thread with a stack of kReaderStack

@@ -59,6 +59,15 @@ TEST_F(ConsoleTest, FlushTellsOfALostResult) {
     EXPECT_FALSE(console_.Flush());
 }
 
+TEST(CopyTest, OnATerminalControlCharactersAreEscaped) {
+    const std::string text = "\ta\x1b[31m\r\n\x07 \xc2\x9b \x7f \xc3\xa9 \\\n";
+    std::ostringstream out, plain, shown;
+    Console(out, plain).Copy(text);
+    EXPECT_EQ(plain.str(), text);
+    Console(out, shown, true).Copy(text);
+    EXPECT_EQ(shown.str(), "\ta\\x1b[31m\r\n\\x07 \\x9b \\x7f \xc3\xa9 \\\n");
+}
+
 TEST(ConsoleEnd, ClearsTheBar) {
     std::ostringstream out, error;
     { Console(out, error).ShowBar("###"); }

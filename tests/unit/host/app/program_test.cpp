@@ -195,6 +195,43 @@ TEST_F(ProgramTest, QuietRunsCopyTheLogAllTheSame) {
 }
 #endif
 
+#ifndef _WIN32
+TEST_F(ProgramTest, TheLogsCopyCannotSteerATerminal) {
+    Write("e.maxscene.json", R"({"maxscene": 1, "nodes": [{"name": "a\u001b[2Jb"}]})");
+    ASSERT_EQ(std::system("script -qec '\"" HDO_EXPORT
+                          "\" --config-dir cfg -v -o x.hdo e.maxscene.json' /dev/null >seen.txt "
+                          "</dev/null"),
+              0);
+    EXPECT_THAT(Read("seen.txt"), testing::HasSubstr("Exporting node 'a\\x1b[2Jb'"));
+    EXPECT_THAT(Read("seen.txt"), testing::Not(testing::HasSubstr("\x1b[2J")));
+    EXPECT_THAT(RunReal("-v -o x.hdo e.maxscene.json").error,
+                testing::HasSubstr("Exporting node 'a\x1b[2Jb'"))
+        << "to the byte where there is no terminal";
+}
+
+TEST_F(ProgramTest, AModelThatAsksForTooMuchMemoryIsStatus2AndSaysTheLimit) {
+    Write("i.dae", R"(<?xml version="1.0"?>
+<COLLADA xmlns="http://www.collada.org/2005/11/COLLADASchema" version="1.4.1">
+ <library_geometries><geometry id="g"><mesh>
+  <source id="p"><float_array id="pa" count="9">0 0 0 1 0 0 0 1 0</float_array><technique_common>
+   <accessor source="#pa" count="3" stride="3"><param name="X" type="float"/>
+    <param name="Y" type="float"/><param name="Z" type="float"/></accessor></technique_common>
+  </source>
+  <vertices id="v"><input semantic="POSITION" source="#p"/></vertices>
+  <triangles count="1"><input semantic="VERTEX" source="#v" offset="0"/><p>0 [] 2</p></triangles>
+ </mesh></geometry></library_geometries>
+ <library_visual_scenes><visual_scene id="s"><node id="n"><instance_geometry url="#g"/></node>
+ </visual_scene></library_visual_scenes>
+ <scene><instance_visual_scene url="#s"/></scene>
+</COLLADA>)");
+    const Outcome outcome = RunReal("-o x.hdo i.dae");
+    EXPECT_EQ(outcome.status, kExitRefused);
+    EXPECT_THAT(outcome.error,
+                testing::HasSubstr("not enough memory, the reader may take 512 MiB, the limit for "
+                                   "its size (512 MiB and 400 times its bytes)"));
+}
+#endif
+
 TEST_F(ProgramTest, EmptySelectionIsStatus2UnlessAllowed) {
     Write("x.hdotemp1", "former");
     const Outcome outcome = RunReal("--selected -o x.hdo s.maxscene.json");

@@ -59,7 +59,8 @@ TEST(ReaderProcess, ExceptionsComeOver) {
     EXPECT_EQ(FailureOf([]() -> std::string { throw ImportError("the reason"); }), "the reason");
     EXPECT_EQ(FailureOf([]() -> std::string { throw std::runtime_error("other"); }), "other");
     EXPECT_EQ(FailureOf([]() -> std::string { throw std::bad_alloc(); }),
-              "cannot be read: not enough memory");
+              "cannot be read: not enough memory, the reader may take 512 MiB, the limit for its "
+              "size (512 MiB and 400 times its bytes)");
 }
 
 TEST(ReaderProcess, CrashesBecomeErrors) {
@@ -98,9 +99,9 @@ TEST(ReaderProcess, HangsEnd) {
 
 TEST(ReaderProcess, LimitsGrowWithTheInput) {
     EXPECT_EQ(LimitsFor(0).cpuSeconds, 45u);
-    EXPECT_EQ(LimitsFor(0).memory, std::uint64_t{2} << 30);
+    EXPECT_EQ(LimitsFor(0).memory, std::uint64_t{512} << 20);
     EXPECT_EQ(LimitsFor(200'000'000).cpuSeconds, 105u);
-    EXPECT_EQ(LimitsFor(200'000'000).memory, (std::uint64_t{2} << 30) + 80'000'000'000);
+    EXPECT_EQ(LimitsFor(200'000'000).memory, (std::uint64_t{512} << 20) + 80'000'000'000);
     EXPECT_GE(LimitsFor(std::uint64_t{1} << 53).cpuSeconds, 1u << 31);
 }
 
@@ -109,7 +110,8 @@ TEST(ReaderProcess, MemoryEnds) {
     ReaderLimits limits;
     limits.memory = 100 << 20;
     EXPECT_EQ(FailureOf([] { return std::string(200 << 20, 'x'); }, limits),
-              "cannot be read: not enough memory");
+              "cannot be read: not enough memory, the reader may take 100 MiB, the limit for its "
+              "size (512 MiB and 400 times its bytes)");
     EXPECT_EQ(RunInReaderProcess([] { return std::string(20 << 20, 'x'); }, limits).size(),
               std::size_t{20} << 20);
 }
