@@ -1,10 +1,24 @@
 #include "kta/whole_file.h"
 
+#include <array>
 #include <cerrno>
+#include <chrono>
+#include <ctime>
 #include <fstream>
 #include <random>
 #include <string>
+#include <string_view>
 #include <system_error>
+#include <vector>
+
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
 
 namespace kta {
 
@@ -13,37 +27,176 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int kAttempts = 1000;
+constexpr std::string_view kPrefix = ".hdo-";
+constexpr std::string_view kDigits = "0123456789abcdef";
+constexpr std::size_t kNameDigits = 8;
+constexpr const char* kOwner = "owner";
 
+// Short, since Windows bounds whole paths.
 std::string RandomName() {
-    constexpr char kDigits[] = "0123456789abcdef";
     static std::random_device random;
-    std::string name = ".hdo-export-";
-    for (int i = 0; i < 16; ++i) {
+    std::string name(kPrefix);
+    for (std::size_t i = 0; i < kNameDigits; ++i) {
         name += kDigits[random() & 15];
     }
     return name;
 }
 
-// Making a directory fails where there is one, so it says whose it is, on every system.
-fs::path MakeDirectory(const fs::path& parent) {
-    for (int i = 0; i < kAttempts; ++i) {
-        fs::path path = parent / RandomName();
-        if (fs::create_directory(path)) {
-            return path;
+bool IsPrivateName(std::string_view name) {
+    return name.size() == kPrefix.size() + kNameDigits && name.starts_with(kPrefix) &&
+           name.find_first_not_of(kDigits, kPrefix.size()) == std::string_view::npos;
+}
+
+// The owner's file goes last, so that a directory that is partly cleared has an owner to be told
+// by.
+void Clear(const fs::path& directory) {
+    std::error_code ignored;
+    for (const fs::directory_entry& entry : fs::directory_iterator(directory, ignored)) {
+        if (entry.path().filename() != kOwner) {
+            fs::remove_all(entry.path(), ignored);
         }
     }
-    throw fs::filesystem_error("no name is free", parent,
-                               std::make_error_code(std::errc::file_exists));
+    fs::remove_all(directory, ignored);
+}
+
+#ifdef _WIN32
+// Makes the owner's file; -1 when the directory is gone meanwhile.
+std::intptr_t Own(const fs::path& directory) {
+    const HANDLE file = CreateFileW((directory / kOwner).c_str(), GENERIC_WRITE, 0, nullptr,
+                                    CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const DWORD error = GetLastError();
+    if (file == INVALID_HANDLE_VALUE && error != ERROR_PATH_NOT_FOUND) {
+        throw fs::filesystem_error(
+            "cannot be owned", directory,
+            std::error_code(static_cast<int>(error), std::system_category()));
+    }
+    return file == INVALID_HANDLE_VALUE ? -1 : reinterpret_cast<std::intptr_t>(file);
+}
+
+void Release(std::intptr_t owner) {
+    CloseHandle(reinterpret_cast<HANDLE>(owner));
+}
+
+// A file in use cannot be removed.
+void ClearIfOrphaned(const fs::path& directory) {
+    if (DeleteFileW((directory / kOwner).c_str())) {
+        Clear(directory);
+    } else if (GetLastError() == ERROR_FILE_NOT_FOUND) {
+        RemoveDirectoryW(directory.c_str());  // an empty one only
+    }
+}
+#else
+constexpr std::chrono::hours kForeignersTime(24);
+
+std::string MachineName() {
+    std::array<char, 256> name{};
+    gethostname(name.data(), name.size() - 1);
+    return name.data();
+}
+
+// Makes the owner's file, which holds the machine's name; -1 when the directory is gone meanwhile.
+std::intptr_t Own(const fs::path& directory) {
+    const int file = open((directory / kOwner).c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (file < 0) {
+        if (errno == ENOENT) {
+            return -1;
+        }
+        throw fs::filesystem_error("cannot be owned", directory,
+                                   std::error_code(errno, std::generic_category()));
+    }
+    // A file system without locks refuses those too who look for orphans.
+    static_cast<void>(flock(file, LOCK_EX));
+    const std::string name = MachineName();
+    struct stat status {};
+    const bool isThere = fstat(file, &status) == 0 && status.st_nlink > 0;
+    if (isThere && write(file, name.data(), name.size()) == static_cast<ssize_t>(name.size())) {
+        return file;
+    }
+    const int error = errno;
+    close(file);
+    if (isThere) {
+        throw fs::filesystem_error("cannot be owned", directory,
+                                   std::error_code(error, std::generic_category()));
+    }
+    return -1;
+}
+
+void Release(std::intptr_t owner) {
+    close(static_cast<int>(owner));
+}
+
+// Some network file systems lock for one machine only, so that another machine's directory counts
+// as an orphan only when no run can be that old.
+bool MayBeOrphaned(int file, const struct stat& status) {
+    std::array<char, 256> name{};
+    const ssize_t length = pread(file, name.data(), name.size(), 0);
+    const bool isOwn =
+        length >= 0 &&
+        std::string_view(name.data(), static_cast<std::size_t>(length)) == MachineName();
+    const std::chrono::seconds age(std::time(nullptr) - status.st_mtime);
+    return isOwn || age > kForeignersTime;
+}
+
+void ClearIfOrphaned(const fs::path& directory) {
+    const int file = open((directory / kOwner).c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
+    if (file < 0) {
+        if (errno == ENOENT) {
+            rmdir(directory.c_str());  // an empty one only
+        }
+        return;
+    }
+    struct stat status {};
+    if (flock(file, LOCK_EX | LOCK_NB) == 0 && fstat(file, &status) == 0 && status.st_nlink > 0 &&
+        MayBeOrphaned(file, status)) {
+        Clear(directory);
+    }
+    close(file);
+}
+#endif
+
+void ClearOrphans(const fs::path& parent) {
+    std::error_code error;
+    std::vector<fs::path> found;
+    for (fs::directory_iterator i(parent, error), end; !error && i != end; i.increment(error)) {
+        if (IsPrivateName(i->path().filename().string())) {
+            found.push_back(i->path());
+        }
+    }
+    for (const fs::path& directory : found) {
+        ClearIfOrphaned(directory);
+    }
 }
 
 }  // namespace
 
-PrivateDirectory::PrivateDirectory(const fs::path& parent) : path_(MakeDirectory(parent)) {
+PrivateDirectory::PrivateDirectory(const fs::path& parent) : owner_(-1) {
+    ClearOrphans(parent);
+    for (int i = 0; i < kAttempts && owner_ == -1; ++i) {
+        // Making a directory fails where there is one, so it says whose it is, on every system.
+        path_ = parent / RandomName();
+        if (fs::create_directory(path_)) {
+            try {
+                owner_ = Own(path_);
+            } catch (...) {
+                Clear(path_);
+                throw;
+            }
+        }
+    }
+    if (owner_ == -1) {
+        throw fs::filesystem_error("no name is free", parent,
+                                   std::make_error_code(std::errc::file_exists));
+    }
 }
 
 PrivateDirectory::~PrivateDirectory() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
+#ifdef _WIN32
+    Release(owner_);  // no open file can be removed
+    Clear(path_);
+#else
+    Clear(path_);
+    Release(owner_);
+#endif
 }
 
 fs::path BehindLinks(const fs::path& file) {

@@ -1,6 +1,7 @@
 // Files that come to their place whole: a former file is replaced by a finished one or stays.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <ostream>
@@ -9,6 +10,8 @@ namespace kta {
 
 // A new directory of a name that nothing else has, taken away with all it holds at the object's
 // end. What is made in it comes to its place whole, by renaming, since both are on one file system.
+// A file "owner" in it is locked meanwhile: directories in `parent` that nobody owns any more,
+// since their program was killed, are taken away first.
 class PrivateDirectory {
   public:
     // Throws std::filesystem::filesystem_error when no directory can be made in `parent`.
@@ -22,6 +25,7 @@ class PrivateDirectory {
 
   private:
     std::filesystem::path path_;
+    std::intptr_t owner_;  // the open file, as the system knows it
 };
 
 // Where a file to be replaced really stands: what symbolic links lead to, so that they stay.

@@ -5,6 +5,12 @@
 #include "host/sdk/host.h"
 #include "kta/text.h"
 
+#ifdef _WIN32
+#include <process.h>
+#else
+#include <unistd.h>
+#endif
+
 namespace maxhost::app {
 
 void Console::Report(std::string_view subject, std::string_view text) {
@@ -113,14 +119,18 @@ void ProgressBar::Show() {
 
 namespace {
 
-volatile std::sig_atomic_t isInterrupted = 0;
+constexpr int kSignalStatus = 128;
+
+volatile std::sig_atomic_t pressesCancel = 0;
+volatile std::sig_atomic_t caught = 0;
 
 void OnSignal(int signal) {
-    std::signal(signal, SIG_DFL);
-    if (isInterrupted) {
-        std::raise(signal);
+    if (!pressesCancel || caught) {
+        _exit(kSignalStatus + signal);
     }
-    isInterrupted = 1;
+    caught = signal;
+    // Some systems take the handler away when they call it.
+    std::signal(signal, OnSignal);
 }
 
 // Returns the former handler.
@@ -134,17 +144,26 @@ auto Handle(int signal) {
 
 }  // namespace
 
-CancelOnInterrupt::CancelOnInterrupt() {
-    isInterrupted = 0;
-    Host::Instance().SetCancelFlag(&isInterrupted);
+Interrupts::Interrupts() {
+    pressesCancel = 0;
+    caught = 0;
     formerInterrupt_ = Handle(SIGINT);
     formerTermination_ = Handle(SIGTERM);
 }
 
-CancelOnInterrupt::~CancelOnInterrupt() {
+Interrupts::~Interrupts() {
     std::signal(SIGINT, formerInterrupt_);
     std::signal(SIGTERM, formerTermination_);
     Host::Instance().SetCancelFlag(nullptr);
+}
+
+void Interrupts::PressCancel() {
+    Host::Instance().SetCancelFlag(&caught);
+    pressesCancel = 1;
+}
+
+int Interrupts::Status() const {
+    return caught ? kSignalStatus + caught : 0;
 }
 
 }  // namespace maxhost::app

@@ -62,16 +62,21 @@ class ProgressBar : public ProgressObserver {
     int percent_ = 0;
 };
 
-// While the object lives, the first SIGINT (Ctrl-C) or SIGTERM presses Cancel in the progress bar,
-// and a second one ends the program at once. Signals that are ignored stay so. One object at a
-// time.
-class CancelOnInterrupt {
+// While the object lives, SIGINT (Ctrl-C) and SIGTERM end the program at once, with the exit status
+// 128 + the signal's number, as shells tell it. After PressCancel() the first of them presses
+// Cancel in the progress bar instead, and a second one ends the program. Signals that are ignored
+// stay so. One object at a time.
+class Interrupts {
   public:
-    CancelOnInterrupt();
-    ~CancelOnInterrupt();
+    Interrupts();
+    ~Interrupts();
 
-    CancelOnInterrupt(const CancelOnInterrupt&) = delete;
-    CancelOnInterrupt& operator=(const CancelOnInterrupt&) = delete;
+    void PressCancel();
+    // The exit status after the signal that pressed Cancel; 0: there was none.
+    int Status() const;
+
+    Interrupts(const Interrupts&) = delete;
+    Interrupts& operator=(const Interrupts&) = delete;
 
   private:
     using Handler = void (*)(int);

@@ -1,21 +1,6 @@
 #include "host/app/dialog_user.h"
 
-#include <array>
-#include <charconv>
-
 namespace maxhost::app {
-namespace {
-
-// The shortest text that reads back to the same number.
-template <class Number>
-std::string Shortest(Number number) {
-    std::array<char, 32> text;
-    const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), number);
-    return std::string(text.data(), end);
-}
-
-}  // namespace
-
 void DialogUser::OnDialog(win32::Dialog& dialog) {
     if (!dialog.IsEnabled(IDC_EXPORT)) {
         dialog.Click(dialog.DefaultButton());

@@ -1,110 +1,39 @@
 #include "host/app/export_files.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <fstream>
+#include <iterator>
 #include <string_view>
-#include <thread>
+#include <system_error>
 #include <unordered_map>
 #include <unordered_set>
 
+#include "host/app/put_in_place.h"
 #include "kta/info.h"
 #include "kta/text.h"
-
-#ifdef _WIN32
-#include <windows.h>
-#endif
+#include "kta/whole_file.h"
 
 namespace maxhost::app {
-
-// ---------------------------------------------------------------- whether a file was written
-
 namespace {
 
 namespace fs = std::filesystem;
 
-// Windows counts time in these, and finer differences mean nothing elsewhere.
-using Time = std::chrono::duration<std::int64_t, std::ratio<1, 10'000'000>>;
-
-// Time stamps come from the system's tick, which is 16 ms where it is longest.
-constexpr std::chrono::milliseconds kTick(20);
-
-#ifdef _WIN32
-// The standard library of mingw-w64 tells whole seconds only.
-Time TimeOf(const FILETIME& time) {
-    return Time(static_cast<std::int64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime);
-}
-
-Time LastWriting(const fs::path& file) {
-    WIN32_FILE_ATTRIBUTE_DATA data{};
-    GetFileAttributesExW(file.c_str(), GetFileExInfoStandard, &data);
-    return TimeOf(data.ftLastWriteTime);
-}
-
-Time ClockOfFiles() {
-    FILETIME now{};
-    GetSystemTimeAsFileTime(&now);
-    return TimeOf(now);
-}
-#else
-Time TimeOf(fs::file_time_type time) {
-    return std::chrono::duration_cast<Time>(time.time_since_epoch());
-}
-
-Time LastWriting(const fs::path& file) {
-    std::error_code error;
-    return TimeOf(fs::last_write_time(file, error));
-}
-
-Time ClockOfFiles() {
-    return TimeOf(fs::file_time_type::clock::now());
-}
-#endif
-
-void WaitUntilOld(Time time) {
-    const Time age = ClockOfFiles() - time;
-    if (age >= age.zero() && age < kTick) {
-        std::this_thread::sleep_for(kTick - age);
-    }
-}
-
-}  // namespace
-
-FileMark::FileMark(fs::path file) : file_(std::move(file)), before_(Now()) {
-    if (before_) {
-        WaitUntilOld(before_->time);
-    }
-}
-
-bool FileMark::IsThere() const {
-    return Now().has_value();
-}
-
-bool FileMark::IsWritten() const {
-    const std::optional<Stamp> now = Now();
-    return now && now != before_;
-}
-
-std::optional<FileMark::Stamp> FileMark::Now() const {
-    std::error_code error;
-    if (!fs::is_regular_file(file_, error)) {
-        return std::nullopt;
-    }
-    return Stamp{LastWriting(file_), fs::file_size(file_, error)};
-}
-
-// ---------------------------------------------------------------- the two files
-
-namespace {
-
 // What the plug-in has for a path, its NUL included.
 constexpr std::size_t kMostPathBytes = 260;
 
-constexpr const char* kEarlier = "made by an earlier export, not by this one";
+constexpr std::string_view kFirstSuffix = "temp1";
+constexpr const char* kLogName = "KTAExporter.log";  // as the exporter names it
 
-fs::path With(const fs::path& exportFile, const char* suffix) {
+fs::path With(const fs::path& exportFile, std::string_view suffix) {
     fs::path path = exportFile;
     path += suffix;
     return path;
+}
+
+bool IsThere(const fs::path& file) {
+    std::error_code error;
+    return fs::is_regular_file(file, error);
 }
 
 // How many files the export wrote to their ends, in order: its log has a line for each, upon which
@@ -118,7 +47,7 @@ std::size_t CountClosedFiles(const fs::path& log) {
     return count;
 }
 
-std::string WhyNotMade(const fs::path& file) {
+std::string Obstacle(const fs::path& file) {
     const std::string name = file.string();
     const fs::path directory = file.parent_path();
     std::error_code error;
@@ -135,60 +64,190 @@ std::string WhyNotMade(const fs::path& file) {
     if (fs::is_directory(file, error)) {
         return name + " is a directory";
     }
-    return name + " cannot be written";
+    return kta::IsWriteProtected(file) ? name + " cannot be written" : std::string();
+}
+
+// The error of writing a little more at the file's end, which is left as it was; none when that
+// goes well. The exporter does not look at what its writing comes to, so this does.
+std::error_code ErrorOfAppending(const fs::path& file) {
+    const bool isThere = IsThere(file);
+    std::error_code ignored;
+    const std::uintmax_t size = isThere ? fs::file_size(file, ignored) : 0;
+    errno = 0;
+    std::ofstream out(file, std::ios::binary | std::ios::app);
+    out << std::string(4096, ' ');
+    out.close();
+    const std::error_code error(!out ? (errno != 0 ? errno : EIO) : 0, std::generic_category());
+    if (isThere) {
+        fs::resize_file(file, size, ignored);
+    } else {
+        fs::remove(file, ignored);
+    }
+    return error;
 }
 
 }  // namespace
 
-ExportFiles::ExportFiles(const fs::path& exportFile) : exportFile_(exportFile) {
-    files_.push_back({With(exportFile, "temp1"), kFileKindActor, {}, {}});
-    files_.push_back({With(exportFile, "temp2"), kFileKindMotion, {}, {}});
+// ---------------------------------------------------------------- the export's files
+
+ExportFiles::ExportFiles(const fs::path& exportFile, const std::optional<fs::path>& log)
+    : exportFile_(exportFile),
+      log_(log ? *log : With(exportFile, ".log")),
+      logStandsApart_(log.has_value()) {
+    files_.push_back({With(exportFile, kFirstSuffix), {}, kFileKindActor, {}, {}});
+    files_.push_back({With(exportFile, "temp2"), {}, kFileKindMotion, {}, {}});
+}
+
+std::string ExportFiles::Obstacle() const {
     for (const OutputFile& file : files_) {
-        marks_.emplace_back(file.path);
+        if (std::string reason = app::Obstacle(file.path); !reason.empty()) {
+            return reason;
+        }
+    }
+    return {};
+}
+
+std::string ExportFiles::EarlierFiles() const {
+    std::vector<std::string> names;
+    for (const OutputFile& file : files_) {
+        if (!isInPlace_ && IsThere(file.path)) {
+            names.push_back(file.path.string());
+        }
+    }
+    return names.empty() ? std::string()
+                         : kta::Joined(names) + ": made by an earlier export, not by this one";
+}
+
+void ExportFiles::Prepare() {
+    room_.emplace(exportFile_.parent_path());
+    fs::create_directory(MadeDirectory());
+    fs::create_directory(SettingsDirectory());
+    for (OutputFile& file : files_) {
+        file.made = MadeDirectory() / file.path.filename();
     }
 }
 
-std::string ExportFiles::WhyNotMade() const {
-    // The exporter makes the files in order and gives up at the first that it cannot make.
-    return app::WhyNotMade(files_[marks_[0].IsWritten() ? 1 : 0].path);
+fs::path ExportFiles::SettingsDirectory() const {
+    return room_->Path() / "settings";
 }
 
-std::vector<std::string> ExportFiles::Leftovers(const fs::path& log) const {
-    const std::size_t closed = CountClosedFiles(log);
+fs::path ExportFiles::MadeDirectory() const {
+    return room_->Path() / "o";
+}
+
+fs::path ExportFiles::MadeLog() const {
+    return room_->Path() / kLogName;
+}
+
+std::string ExportFiles::PrivateName() const {
+    const std::string name = (MadeDirectory() / exportFile_.filename()).string();
+    return name.size() + kFirstSuffix.size() < kMostPathBytes
+               ? name
+               : (MadeDirectory().filename() / exportFile_.filename()).string();
+}
+
+std::string ExportFiles::InUsersWords(std::string line) const {
+    const std::string privateName = PrivateName();
+    for (std::size_t at = 0; (at = line.find(privateName, at)) != std::string::npos;) {
+        line.replace(at, privateName.size(), exportFile_.string());
+        at += exportFile_.string().size();
+    }
+    return line;
+}
+
+bool ExportFiles::HasLog() const {
+    return IsThere(MadeLog());
+}
+
+bool ExportFiles::AnyWritten() const {
+    return IsThere(files_[0].made) || IsThere(files_[1].made);
+}
+
+const OutputFile& ExportFiles::FirstMissing() const {
+    return files_[IsThere(files_[0].made) ? 1 : 0];
+}
+
+std::vector<std::string> ExportFiles::Parts() const {
+    const std::size_t closed = CountClosedFiles(MadeLog());
     std::vector<std::string> lines;
-    for (std::size_t i = 0; i < marks_.size(); ++i) {
-        const FileMark& mark = marks_[i];
-        if (mark.IsThere()) {
-            const char* const made =
-                i < closed
-                    ? "left behind by the failed export, but whole and given to the converter"
-                    : "left behind by the failed export, not a whole one";
-            lines.push_back(mark.File().string() + ": " + (mark.IsWritten() ? made : kEarlier));
+    for (std::size_t i = 0; i < files_.size(); ++i) {
+        if (IsThere(files_[i].made)) {
+            lines.push_back(
+                files_[i].path.string() + ": left behind by the failed export, " +
+                (i < closed ? "but whole and given to the converter" : "not a whole one"));
         }
     }
     return lines;
 }
 
-std::string ExportFiles::EarlierFiles() const {
-    std::vector<std::string> names;
-    for (const FileMark& mark : marks_) {
-        if (mark.IsThere() && !mark.IsWritten()) {
-            names.push_back(mark.File().string());
+std::vector<std::string> ExportFiles::WriteErrors() const {
+    std::vector<std::string> lines;
+    const auto check = [&](const fs::path& made, const fs::path& place) {
+        if (const std::error_code error = ErrorOfAppending(made)) {
+            lines.push_back(place.string() + ": " + error.message());
         }
+    };
+    for (const OutputFile& file : files_) {
+        check(file.made, file.path);
     }
-    return names.empty() ? std::string() : kta::Joined(names) + ": " + kEarlier;
-}
-
-bool ExportFiles::AnyWritten() const {
-    return marks_[0].IsWritten() || marks_[1].IsWritten();
+    if (HasLog()) {
+        check(MadeLog(), log_);
+    }
+    return lines;
 }
 
 void ExportFiles::Verify() {
     for (OutputFile& file : files_) {
-        const std::string name = file.path.string();
-        file.reading = kta::ReadFile(name, file.kind);
-        file.faults = kta::FaultLines(name, file.reading);
+        file.reading = kta::ReadFile(file.made.string(), file.kind);
+        file.faults = kta::FaultLines(file.path.string(), file.reading);
     }
+}
+
+void ExportFiles::WriteLog() const {
+    if (!logStandsApart_ || !HasLog()) {
+        return;
+    }
+    std::ifstream file(MadeLog(), std::ios::binary);
+    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    std::error_code error;
+    if (fs::exists(log_, error) && !fs::is_regular_file(log_, error)) {
+        // A terminal, a pipe or /dev/null takes the text as it comes.
+        errno = 0;
+        std::ofstream out(log_, std::ios::binary);
+        out << text << std::flush;
+        error.assign(!out ? (errno != 0 ? errno : EIO) : 0, std::generic_category());
+    } else {
+        try {
+            kta::ReplaceFile(log_, [&](std::ostream& out) { out << text; });
+            error.clear();
+        } catch (const std::system_error& thrown) {
+            error = thrown.code();
+        }
+    }
+    if (error) {
+        throw fs::filesystem_error("the log cannot be written", log_, error);
+    }
+}
+
+void ExportFiles::PutInPlace() {
+    std::vector<Replacement> files;
+    for (const fs::directory_entry& entry : fs::directory_iterator(MadeDirectory())) {
+        files.push_back({entry.path(), exportFile_.parent_path() / entry.path().filename()});
+    }
+    if (HasLog() && !logStandsApart_) {
+        // The exporter keeps the log of a failed export open, and Windows moves no open file.
+        const fs::path copy = room_->Path() / "log";
+        std::error_code error;
+        if (!fs::copy_file(MadeLog(), copy, error)) {
+            throw fs::filesystem_error("the log cannot be copied", log_, error);
+        }
+        files.push_back({copy, log_});
+    }
+    std::ranges::sort(files, [this](const Replacement& a, const Replacement& b) {
+        return a.target != exportFile_ && (b.target == exportFile_ || a.target < b.target);
+    });
+    app::PutInPlace(files, room_->Path());
+    isInPlace_ = true;
 }
 
 // ---------------------------------------------------------------- what is said about them
@@ -291,6 +350,7 @@ std::vector<std::string> Summarize(const std::vector<OutputFile>& files,
     if (!outcome.log.empty()) {
         lines.push_back(outcome.log.string() + ": log");
     }
+    lines.push_back("options: " + outcome.options);
     lines.push_back("exported " + std::to_string(nodes) + " of " +
                     kta::Counted(outcome.nodes.size(), "node"));
     if (const kta::Reading& actor = files.front().reading; actor.file && actor.Good()) {

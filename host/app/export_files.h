@@ -1,78 +1,93 @@
 // The files that an export makes, whether they are whole, and what is said about them.
 #pragma once
 
-#include <chrono>
 #include <cstddef>
-#include <cstdint>
 #include <filesystem>
 #include <optional>
-#include <ratio>
 #include <string>
 #include <vector>
 
 #include "kta/reader.h"
+#include "kta/whole_file.h"
 
 namespace maxhost::app {
 
-// Remembers a file, or that there is none. Made from a file that was written a moment ago, it waits
-// until the file system's clock, by which it tells, has moved on: 20 ms at most.
-class FileMark {
-  public:
-    explicit FileMark(std::filesystem::path file);
-
-    // Whether there is a regular file now, and whether it was made or written since.
-    bool IsThere() const;
-    bool IsWritten() const;
-
-    const std::filesystem::path& File() const { return file_; }
-
-  private:
-    struct Stamp {
-        std::chrono::duration<std::int64_t, std::ratio<1, 10'000'000>> time;  // of the last writing
-        std::uintmax_t size = 0;
-        bool operator==(const Stamp&) const = default;
-    };
-    std::optional<Stamp> Now() const;
-
-    std::filesystem::path file_;
-    std::optional<Stamp> before_;
-};
-
 struct OutputFile {
-    std::filesystem::path path;
+    std::filesystem::path path;  // where it is to stand
+    std::filesystem::path made;  // where the exporter makes it; empty before Prepare()
     KTAFileKind kind = kFileKindActor;
     kta::Reading reading;             // filled by Verify()
     std::vector<std::string> faults;  // filled by Verify(): what is wrong with it, a line each
 };
 
+// One export's files. They are made in a private directory beside the export file and come to
+// their places together, or not at all: see PutInPlace.
 class ExportFiles {
   public:
-    // Made before the export, so that what an earlier one left can be told from its own work.
-    explicit ExportFiles(const std::filesystem::path& exportFile);
-
-    // After a failed export: why a file could not be made, as far as that shows afterwards.
-    std::string WhyNotMade() const;
-    // After a failed export: a line for each of the files that is there all the same, saying
-    // whether this export left it, whole or not, or an earlier one made it. `log` is the export's,
-    // empty where it has none; nothing counts as whole then.
-    std::vector<std::string> Leftovers(const std::filesystem::path& log) const;
-    // Where no export was made: one line that names the files that an earlier one made; empty when
-    // there are none.
-    std::string EarlierFiles() const;
-
-    // Whether this export has begun to write.
-    bool AnyWritten() const;
+    // `log` is where the export's log goes; beside the export file, as <export file>.log, when
+    // absent. Both paths are absolute.
+    explicit ExportFiles(const std::filesystem::path& exportFile,
+                         const std::optional<std::filesystem::path>& log = std::nullopt);
 
     const std::filesystem::path& ExportFile() const { return exportFile_; }
+    const std::filesystem::path& Log() const { return log_; }
 
-    // After an export: reads both files.
+    // Why a file cannot be made in its place, as far as that shows; empty where nothing shows.
+    std::string Obstacle() const;
+    // One line that names the files in their places that an earlier export made; empty when there
+    // are none.
+    std::string EarlierFiles() const;
+
+    // Makes the private directory. Throws std::filesystem::filesystem_error.
+    void Prepare();
+
+    // The rest is for afterwards.
+
+    // The exporter's current directory, where it writes its log, and an empty directory for
+    // settings that go with the export. Both are private.
+    const std::filesystem::path& WorkingDirectory() const { return room_->Path(); }
+    std::filesystem::path SettingsDirectory() const;
+    // The export file's name, to be given to the exporter: with its private directory, which is
+    // absolute, or relative to WorkingDirectory() where the exporter's own paths have no room.
+    std::string PrivateName() const;
+    // A line of the converter, with the name that the user knows in the place of PrivateName().
+    std::string InUsersWords(std::string line) const;
+
+    // What the export has made so far.
+    bool HasLog() const;
+    bool AnyWritten() const;
+    // The first of both files that was not made.
+    const OutputFile& FirstMissing() const;
+    // A line for each of the two files that was made, saying whether it is a whole one: for
+    // failed exports whose parts are kept.
+    std::vector<std::string> Parts() const;
+    // Why writing to the files of the export fails, in a line each: the disk is full, say. Empty
+    // when it does not.
+    std::vector<std::string> WriteErrors() const;
+
+    // Reads both files.
     void Verify();
     const std::vector<OutputFile>& Files() const { return files_; }  // actor, motion
 
+    // Writes the log to its own place, where it was given one. Throws
+    // std::filesystem::filesystem_error with that place.
+    void WriteLog() const;
+    // Puts everything that the export has made in its place, the log included unless it has a place
+    // of its own; what bears the export file's very name comes last. Throws
+    // std::filesystem::filesystem_error, with a place, when nothing was put in place.
+    void PutInPlace();
+    bool IsInPlace() const { return isInPlace_; }
+
   private:
+    std::filesystem::path MadeLog() const;
+    std::filesystem::path MadeDirectory() const;
+
     std::filesystem::path exportFile_;
+    std::filesystem::path log_;
+    bool logStandsApart_;
     std::vector<OutputFile> files_;
-    std::vector<FileMark> marks_;  // by file
+    std::optional<kta::PrivateDirectory> room_;
+    bool isInPlace_ = false;
 };
 
 // The lines to show: the faults of each verified file, then what the converter says beside them.
@@ -92,6 +107,7 @@ struct ExportOutcome {
     std::size_t warnings = 0;
     std::filesystem::path log{};    // empty: this export wrote none
     std::size_t coloredMeshes = 0;  // whose vertex colours are lost
+    std::string options{};          // the exporter's, in force, as on the command line
 };
 
 // The lines of the summary of files that were verified.

@@ -4,9 +4,10 @@
 #include <max.h>
 #include <maxapi.h>
 
+#include <fstream>
 #include <optional>
+#include <system_error>
 
-#include "host/app/console.h"
 #include "host/app/dialog_user.h"
 #include "host/app/exit_status.h"
 #include "host/app/export_files.h"
@@ -20,7 +21,23 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kLogName = "KTAExporter.log";
+// The current directory while the object lives.
+class WorkingDirectory {
+  public:
+    explicit WorkingDirectory(const fs::path& directory) : former_(fs::current_path()) {
+        fs::current_path(directory);
+    }
+    ~WorkingDirectory() {
+        std::error_code ignored;
+        fs::current_path(former_, ignored);
+    }
+
+    WorkingDirectory(const WorkingDirectory&) = delete;
+    WorkingDirectory& operator=(const WorkingDirectory&) = delete;
+
+  private:
+    fs::path former_;
+};
 
 // The user, the progress bar and the debugger, in place while one export runs.
 class RunningExport {
@@ -54,7 +71,6 @@ class RunningExport {
     RunningExport& operator=(const RunningExport&) = delete;
 
   private:
-    CancelOnInterrupt interrupts_;
 #ifndef _WIN32
     static void CopyToConsole(const char* text, void* context) {
         static_cast<Console*>(context)->Copy(text);
@@ -90,107 +106,24 @@ DWORD ExportOptionsFor(const Options& options, SceneExport& exporter, const fs::
     return SCENE_EXPORT_SELECTED;
 }
 
-std::string ReasonOfFailure(const Options& options, const ExportFiles& files,
-                            const DialogUser& user) {
-    if (user.MessageBoxes() > 0) {
-        return "the exporter says why above";
-    }
-    return (options.showDialog ? "if no message box said why, " : "") + files.WhyNotMade();
-}
-
-int ReportFailure(const Options& options, const ExportFiles& files, const fs::path& log,
-                  const DialogUser& user, Console& console) {
-    console.Report(files.ExportFile().string(),
-                   "the export failed: " + ReasonOfFailure(options, files, user));
-    for (const std::string& line : files.Leftovers(log)) {
-        console.Report(line);
-    }
-    return kExitExportFailed;
-}
-
-// The dialog's user has said what was refused.
-int ReportRefusal(const ExportFiles& files, Console& console) {
-    if (const std::string line = files.EarlierFiles(); !line.empty()) {
-        console.Report(line);
-    }
-    return kExitRefused;
-}
-
-// The status where the dialog, or its lack, left nothing to conclude; `result` is DoExport's.
-std::optional<int> EndedInDialog(const Options& options, int result, const ExportFiles& files,
-                                 const DialogUser& user, Console& console) {
-    const std::string exportFile = files.ExportFile().string();
-    if (user.LacksDialog()) {
-        console.Report(exportFile,
-                       "the exporter showed no options dialog; what it did, it did without the "
-                       "choices asked for");
-        return kExitRefused;
-    }
-    if (user.WasRefused()) {
-        return ReportRefusal(files, console);
-    }
-    const bool personCancelled = options.showDialog && !files.AnyWritten();
-    if (user.HasCancelled() || personCancelled || result == IMPEXP_CANCEL) {
-        console.Report(exportFile, "cancelled in the options dialog; no export was written");
-        return kExitDone;
-    }
-    return std::nullopt;
-}
-
-int Conclude(const ExportOutcome& outcome, ExportFiles& files,
-             const std::vector<std::string>& plugInDirectories, bool isQuiet, Console& console) {
-    files.Verify();
-    const std::vector<std::string> faults =
-        FaultReport(files.Files(), ConverterFaults(plugInDirectories));
-    for (const std::string& line : faults) {
-        console.Report(line);
-    }
-    if (Host::Instance().GetInterface()->GetCancel()) {
-        console.Report(files.ExportFile().string(),
-                       "cancelled in the progress bar; the files hold a part of the scene");
-    }
-    if (!isQuiet) {
-        for (const std::string& line : Summarize(files.Files(), outcome)) {
-            console.Print(line);
-        }
-    }
-    return faults.empty() ? kExitDone : kExitFaultyOutput;
-}
-
-// Lets the plug-in export the open scene; the result is DoExport's.
-int RunPlugIn(const Options& options, const Exporter& exporter, DWORD exportOptions,
-              const std::string& exportFile, const fs::path& configDirectory, DialogUser& user,
-              Console& console, bool showsProgress) {
-    Host& host = Host::Instance();
-    ProgressBar bar(console);
-    const RunningExport running(options, user, bar, console, showsProgress);
-    std::optional<DefaultSettings> defaults;
-    if (options.defaults) {
-        defaults.emplace(SettingsFile(configDirectory));
-    }
-    host.SetDir(APP_PLUGCFG_DIR, (defaults ? defaults->Directory() : configDirectory).string());
-    return exporter->DoExport(exportFile.c_str(), nullptr, host.GetInterface(), FALSE,
-                              exportOptions);
-}
-
-// The log of the export that began at the mark; empty when it wrote none, which is said.
-fs::path LogSince(const FileMark& mark, Console& console) {
-    if (mark.IsWritten()) {
-        return mark.File();
-    }
-    console.Warn(mark.File().string(), "this export could not write its log there");
-    return {};
+// What can be said of settings that lie in that directory: as the exporter reads them, bytes that
+// the file does not have are the defaults'.
+ExportOptions SettingsIn(const fs::path& configDirectory) {
+    ExportOptions options = DefaultExportOptions();
+    std::ifstream(SettingsFile(configDirectory), std::ios::binary)
+        .read(reinterpret_cast<char*>(&options), sizeof(options));
+    return options;
 }
 
 // The open scene's nodes; an export leaves out those with a reason, which is the first that holds.
-std::vector<NodeToExport> NodesToExport(const Options& options) {
+std::vector<NodeToExport> NodesToExport(const Options& options, const ExportOptions& inForce) {
     const Class_ID footprint(0x3011, 0);
     const bool isCancelled = Host::Instance().GetInterface()->GetCancel() != FALSE;
     std::vector<NodeToExport> nodes;
     for (INode* const node : Host::Instance().Nodes()) {
         Control* const transform = node->GetTMController();
         const bool isFootprint = transform != nullptr && transform->ClassID() == footprint;
-        const bool isHidden = node->IsHidden(0, FALSE) && !options.choices.values.exportHidden;
+        const bool isHidden = node->IsHidden(0, FALSE) && !inForce.exportHidden;
         nodes.push_back({node->GetName(), options.selectedOnly && !node->Selected() ? "not selected"
                                           : isFootprint ? "a biped footprint"
                                           : isHidden    ? "hidden"
@@ -200,13 +133,204 @@ std::vector<NodeToExport> NodesToExport(const Options& options) {
     return nodes;
 }
 
+// One export, from the open scene to the files in their places.
+class ExportRun {
+  public:
+    ExportRun(const Options& options, ExportFiles& files, Interrupts& interrupts, Console& console)
+        : options_(options),
+          files_(files),
+          interrupts_(interrupts),
+          console_(console),
+          user_(console, files.ExportFile().string(), options.choices, options.cancelDialog) {}
+
+    int Run(const Exporter& exporter, DWORD exportOptions,
+            const std::optional<fs::path>& configDirectory, ExportOutcome outcome,
+            bool showsProgress);
+
+  private:
+    std::optional<int> Prepare();
+    int RunPlugIn(const Exporter& exporter, DWORD exportOptions, const fs::path& configDirectory,
+                  bool showsProgress);
+    int StatusOf(int result);
+    std::optional<int> EndedInDialog(int result);
+    int ReportFailure();
+    int Check();
+    int Place(int status, bool isExport);
+    void Report(const std::string& text) { console_.Report(files_.ExportFile().string(), text); }
+
+    const Options& options_;
+    ExportFiles& files_;
+    Interrupts& interrupts_;
+    Console& console_;
+    DialogUser user_;
+};
+
+// The status when that failed, which is reported.
+std::optional<int> ExportRun::Prepare() {
+    std::string reason = files_.Obstacle();
+    if (reason.empty()) {
+        try {
+            files_.Prepare();
+            return std::nullopt;
+        } catch (const fs::filesystem_error& error) {
+            const std::string directory = files_.ExportFile().parent_path().string();
+            if (error.code() == std::errc::no_space_on_device) {
+                console_.Report(directory, error.code().message());
+                return kExitFaultyOutput;
+            }
+            reason = "nothing can be made in " + directory + " (" + error.code().message() + ")";
+        }
+    }
+    Report("the export failed: " + reason);
+    return kExitExportFailed;
+}
+
+// Lets the plug-in export the open scene; the result is DoExport's.
+int ExportRun::RunPlugIn(const Exporter& exporter, DWORD exportOptions,
+                         const fs::path& configDirectory, bool showsProgress) {
+    Host& host = Host::Instance();
+    host.SetDir(APP_PLUGCFG_DIR, configDirectory.string());
+    ProgressBar bar(console_);
+    const RunningExport running(options_, user_, bar, console_, showsProgress);
+    const WorkingDirectory directory(files_.WorkingDirectory());
+    return exporter->DoExport(files_.PrivateName().c_str(), nullptr, host.GetInterface(), FALSE,
+                              exportOptions);
+}
+
+int ExportRun::ReportFailure() {
+    const std::vector<std::string> errors = files_.WriteErrors();
+    for (const std::string& line : errors) {
+        console_.Report(line);
+    }
+    if (!errors.empty()) {
+        return kExitFaultyOutput;
+    }
+    Report("the export failed: " +
+           (user_.MessageBoxes() > 0
+                ? "the exporter says why above"
+                : (options_.showDialog ? "if no message box said why, " : "") +
+                      files_.FirstMissing().path.string() + " cannot be written"));
+    return kExitExportFailed;
+}
+
+// The status where the dialog, or its lack, left nothing to conclude; `result` is DoExport's.
+std::optional<int> ExportRun::EndedInDialog(int result) {
+    if (result == IMPEXP_FAIL) {
+        return std::nullopt;
+    }
+    if (user_.LacksDialog()) {
+        Report(
+            "the exporter showed no options dialog; what it did, it did without the choices "
+            "asked for");
+        return kExitRefused;
+    }
+    if (user_.WasRefused()) {  // the dialog's user has said what
+        return kExitRefused;
+    }
+    const bool personCancelled = options_.showDialog && !files_.AnyWritten();
+    if (user_.HasCancelled() || personCancelled || result == IMPEXP_CANCEL) {
+        Report("cancelled in the options dialog; no export was written");
+        return kExitDone;
+    }
+    return std::nullopt;
+}
+
+// Whether what was written is whole and sound.
+int ExportRun::Check() {
+    files_.Verify();
+    std::vector<std::string> faults = files_.WriteErrors();
+    if (faults.empty()) {
+        std::vector<std::string> converterFaults = ConverterFaults(PlugInDirectories(options_));
+        for (std::string& line : converterFaults) {
+            line = files_.InUsersWords(std::move(line));
+        }
+        faults = FaultReport(files_.Files(), converterFaults);
+    }
+    for (const std::string& line : faults) {
+        console_.Report(line);
+    }
+    return faults.empty() ? kExitDone : kExitFaultyOutput;
+}
+
+// How an export ended that no dialog did; `result` is DoExport's.
+int ExportRun::StatusOf(int result) {
+    int status = kExitDone;
+    if (result == IMPEXP_FAIL && interrupts_.Status() == 0) {
+        status = ReportFailure();
+    } else if (result != IMPEXP_FAIL) {
+        status = Check();
+    }
+    // The last look: what is put in place from here on is not taken back.
+    if (interrupts_.Status() != 0) {
+        Report("interrupted");
+        return interrupts_.Status();
+    }
+    if (result != IMPEXP_FAIL && Host::Instance().GetInterface()->GetCancel()) {
+        Report("cancelled in the progress bar");
+        return kExitCancelled;
+    }
+    return status;
+}
+
+// Puts in place what a run of that status is to leave, unless a dialog kept it from exporting, and
+// says what it does not; the status after that.
+int ExportRun::Place(int status, bool isExport) {
+    const std::vector<std::string> parts =
+        status == kExitExportFailed ? files_.Parts() : std::vector<std::string>();
+    try {
+        files_.WriteLog();
+        if (isExport && (status == kExitDone || options_.keepPartial)) {
+            files_.PutInPlace();
+        }
+    } catch (const fs::filesystem_error& error) {
+        console_.Report(error.path1().string(), error.code().message());
+        status = status == kExitDone ? kExitFaultyOutput : status;
+    }
+    if (files_.IsInPlace()) {
+        for (const std::string& line : parts) {
+            console_.Report(line);
+        }
+    } else if (files_.AnyWritten()) {
+        Report("nothing was put in place (--keep-partial does so all the same)");
+    }
+    return status;
+}
+
+int ExportRun::Run(const Exporter& exporter, DWORD exportOptions,
+                   const std::optional<fs::path>& configDirectory, ExportOutcome outcome,
+                   bool showsProgress) {
+    if (const std::optional<int> status = Prepare()) {
+        return *status;
+    }
+    const fs::path settings = configDirectory.value_or(files_.SettingsDirectory());
+    interrupts_.PressCancel();
+    const int result = RunPlugIn(exporter, exportOptions, settings, showsProgress);
+    const ExportOptions inForce = SettingsIn(settings);
+    outcome.options = OnCommandLine(inForce);
+    outcome.nodes = NodesToExport(options_, inForce);
+    if (files_.HasLog()) {
+        outcome.log = files_.Log();
+    } else {
+        console_.Warn(files_.Log().string(), "this export could not write its log");
+    }
+    if (const std::optional<int> status = EndedInDialog(result)) {
+        return Place(*status, false);
+    }
+    const int status = Place(StatusOf(result), true);
+    if (files_.IsInPlace() && result != IMPEXP_FAIL && !options_.quiet) {
+        for (const std::string& line : Summarize(files_.Files(), outcome)) {
+            console_.Print(line);
+        }
+    }
+    return status;
+}
+
 }  // namespace
 
-int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files, Console& console,
-                bool showsProgress) {
+int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files,
+                Interrupts& interrupts, Console& console, bool showsProgress) {
     CheckMaterials(options.scene, loaded.scene);
-    const std::string exportFile = files.ExportFile().string();
-    const fs::path configDirectory = ConfigDirectory(options);
+    const std::optional<fs::path> configDirectory = ConfigDirectory(options);
     const fs::path plugIn = PlugInFile(options);
     const std::vector<std::string> plugInDirectories = PlugInDirectories(options);
 
@@ -216,25 +340,17 @@ int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files, 
     CheckConverter(plugInDirectories);
     const DWORD exportOptions = ExportOptionsFor(options, *exporter, plugIn);
 
-    MakeConfigDirectory(configDirectory, console);
-    if (options.verbose) {
-        console.Report(SettingsFile(configDirectory).string(), "settings file");
+    if (configDirectory) {
+        MakeConfigDirectory(*configDirectory, console);
+        if (options.verbose) {
+            console.Report(SettingsFile(*configDirectory).string(), "settings file");
+        }
     }
-    ExportOutcome outcome{{}, options.verbose, loaded.warnings.size(), {}, loaded.coloredMeshes};
+    ExportOutcome outcome{{}, options.verbose,      loaded.warnings.size(),
+                          {}, loaded.coloredMeshes, {}};
     host.OpenScene(std::move(loaded.scene));
-    const FileMark log(fs::current_path() / kLogName);
-    DialogUser user(console, exportFile, options.choices, options.cancelDialog);
-    const int result = RunPlugIn(options, exporter, exportOptions, exportFile, configDirectory,
-                                 user, console, showsProgress);
-    outcome.log = LogSince(log, console);
-    outcome.nodes = NodesToExport(options);
-    if (result == IMPEXP_FAIL) {
-        return ReportFailure(options, files, outcome.log, user, console);
-    }
-    if (const std::optional<int> status = EndedInDialog(options, result, files, user, console)) {
-        return *status;
-    }
-    return Conclude(outcome, files, plugInDirectories, options.quiet, console);
+    return ExportRun(options, files, interrupts, console)
+        .Run(exporter, exportOptions, configDirectory, std::move(outcome), showsProgress);
 }
 
 }  // namespace maxhost::app

@@ -9,9 +9,10 @@
 namespace maxhost::app {
 
 // Plays 3ds Max's part for one export to `files`, with the answers and places that the options
-// give: opens the scene, loads the plug-in, lets it export, checks and sums up what was written.
-// Returns the exit status; throws Failure where there is nothing to add to a line.
-int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files, Console& console,
-                bool showsProgress);
+// give: opens the scene, loads the plug-in, lets it export, checks what was written, puts it in
+// place and sums it up. From the export on, interrupts press Cancel. Returns the exit status;
+// throws Failure where there is nothing to add to a line.
+int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files,
+                Interrupts& interrupts, Console& console, bool showsProgress);
 
 }  // namespace maxhost::app

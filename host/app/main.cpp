@@ -8,6 +8,8 @@
 #include <io.h>
 #else
 #include <unistd.h>
+
+#include <csignal>
 #endif
 
 namespace {
@@ -24,6 +26,10 @@ bool IsErrorATerminal() {
 }  // namespace
 
 int main(int argc, char** argv) {
+#ifndef _WIN32
+    // Where a file may grow no further, writing fails and the program says so.
+    std::signal(SIGXFSZ, SIG_IGN);
+#endif
     maxhost::app::Console console(std::cout, std::cerr, IsErrorATerminal());
     return maxhost::app::Run(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc),
                              console, IsErrorATerminal());

@@ -20,24 +20,27 @@ constexpr const char* kDescription =
     "FILEtemp2 (motion) and hands them to the converter library.\n";
 
 constexpr const char* kFooter =
-    "SCENE is a scene description (*.maxscene.json) or a model file that Assimp reads.\n"
+    "SCENE is a scene description (*.maxscene.json) or a model file that Assimp reads. Relative\n"
+    "paths mean the current directory; the exporter runs in a private one.\n"
     "\n"
-    "Exit status: 0 done, also when a dialog was cancelled; 1 the exporter failed; 2 bad usage, a\n"
-    "scene that cannot be read or holds nothing, or a choice that is refused; 3 the plug-in did "
-    "not\n"
-    "load; 4 the export ran, but a check of what was written found a fault, or with --strict "
-    "there\n"
-    "was a warning.\n"
+    "The exporter writes into a private directory beside the export file. What stands there at\n"
+    "the end, both files and the log, is put in place together when the run ended well (exit\n"
+    "status 0); otherwise former files stay as they are.\n"
     "\n"
-    "An interrupt (Ctrl-C) presses Cancel in the progress bar; a second one ends the program.\n";
+    "Exit status: 0 done, also when a dialog was cancelled; 1 the exporter failed; 2 bad usage,\n"
+    "a scene that cannot be read or holds nothing, or a choice that is refused; 3 the plug-in did\n"
+    "not load; 4 the export ran, but a check of what was written found a fault, or the disk was\n"
+    "full, or with --strict there was a warning; 5 cancelled in the progress bar; 130 and 143\n"
+    "interrupted (Ctrl-C, SIGTERM).\n"
+    "\n"
+    "During the export an interrupt presses Cancel in the progress bar; a second one ends the\n"
+    "program at once.\n";
 
 const std::map<std::string, ProgressMode> kProgressModes = {{"auto", ProgressMode::automatic},
                                                             {"always", ProgressMode::always},
                                                             {"never", ProgressMode::never}};
 
 constexpr float kGreatestThreshold = 0.9999f;  // of the dialog's spinner
-
-const std::string kAsShown = " (default: as the dialog shows it)";
 
 std::string Quoted(const std::string& text) {
     return "\"" + text + "\"";
@@ -55,6 +58,15 @@ CLI::Validator Whole(int least, int most, const std::string& expected) {
             return isGood ? std::string() : Quoted(text) + ", expected " + expected;
         },
         "");
+}
+
+std::string ValueText(Plinth::UInt8 value) {
+    return value ? "on" : "off";
+}
+
+template <class Number>
+std::string ValueText(Number number) {
+    return Shortest(number);
 }
 
 // Finite numbers that `accepts`.
@@ -291,7 +303,11 @@ class DialogChoiceAdder {
     }
 
   private:
-    static std::string Meaning(const ExporterOption& option) { return option.meaning + kAsShown; }
+    std::string Meaning(const ExporterOption& option) const {
+        const std::string value = std::visit(
+            [this](auto setting) { return ValueText(defaults_.*setting); }, option.setting);
+        return std::string(option.meaning) + " (default: " + value + ")";
+    }
     static std::string Name(const ExporterOption& option) {
         return "--" + std::string(option.name);
     }
@@ -311,6 +327,7 @@ class DialogChoiceAdder {
 
     Group group_;
     ExportOptions& values_;
+    const ExportOptions defaults_ = DefaultExportOptions();
 };
 
 // Gives the options of kExporterOptions, in order.
@@ -326,7 +343,7 @@ std::vector<CLI::Option*> AddDialogChoices(CLI::App& app, Options& options) {
 void AddDialogs(CLI::App& app, Options& options) {
     Group group(app, "Dialogs");
     group.Add("--defaults", options.defaults,
-              "start from the exporter's defaults (default: from the saved settings)");
+              "accepted; the exporter's defaults are what a run starts from anyway (default: off)");
     group.Add("--about", options.about,
               "show the About box to a person and wait; nothing is exported (default: off; Windows "
               "only)");
@@ -348,10 +365,22 @@ void AddTestOptions(CLI::App& app, Options& options) {
 
 void AddPlaces(CLI::App& app, Options& options) {
     Group group(app, "Places");
-    group.AddPath(
-        "--config-dir", "DIR", options.configDir,
-        "plug-in configuration directory, which holds KTAExp2.cfg (default: hdo-export in "
-        "the user's configuration directory; -v names the file)");
+    CLI::Option* const savedSettings =
+        group.Add("--saved-settings", options.savedSettings,
+                  "start from the user's saved settings, and save them, as an artist's session "
+                  "does: KTAExp2.cfg in hdo-export in the user's configuration directory; -v names "
+                  "the file (default: off, from the exporter's defaults)");
+    group
+        .AddPath("--config-dir", "DIR", options.configDir,
+                 "plug-in configuration directory, whose KTAExp2.cfg is read and saved (default: "
+                 "a private directory that is gone at the end)")
+        ->excludes(savedSettings);
+    group.Add("--keep-partial", options.keepPartial,
+              "put in place what a run that did not end well has written; the exit status stays "
+              "(default: former files stay)");
+    group.AddPath("--log", "FILE", options.log,
+                  "where the export's log goes, however the run ends (default: <export file>.log, "
+                  "put in place with the export)");
     group.AddPath(
         "--plugin-dir", "DIR", options.pluginDirs,
         "plug-in directory searched for the converter; repeatable, in order (default: where "
@@ -411,14 +440,42 @@ CommandLine Refusal(std::string error) {
 
 }  // namespace
 
+namespace {
+
+std::string Name(const ExporterOption& option, const ExportOptions& values) {
+    const auto* const box = std::get_if<Plinth::UInt8 ExportOptions::*>(&option.setting);
+    const bool isOff = box != nullptr && values.**box == 0;
+    return (isOff ? "--no-" : "--") + std::string(option.name);
+}
+
+bool IsSwitchedOff(const char* name, const ExportOptions& values) {
+    return std::ranges::any_of(kExporterOptions, [&](const ExporterOption& option) {
+        return name != nullptr && std::string_view(option.name) == name &&
+               Name(option, values).starts_with("--no-");
+    });
+}
+
+}  // namespace
+
+std::string OnCommandLine(const ExportOptions& values) {
+    std::string line;
+    for (const ExporterOption& option : kExporterOptions) {
+        if (!IsSwitchedOff(option.enabledBy, values)) {
+            line += (line.empty() ? "" : " ") + Name(option, values);
+            if (!std::holds_alternative<Plinth::UInt8 ExportOptions::*>(option.setting)) {
+                line += " " + std::visit([&](auto setting) { return ValueText(values.*setting); },
+                                         option.setting);
+            }
+        }
+    }
+    return line;
+}
+
 std::vector<std::string> NamesOf(const DialogChoices& choices) {
     std::vector<std::string> names;
     for (std::size_t i = 0; i < choices.isChosen.size(); ++i) {
         if (choices.isChosen[i]) {
-            const ExporterOption& option = kExporterOptions[i];
-            const auto* const box = std::get_if<Plinth::UInt8 ExportOptions::*>(&option.setting);
-            const bool isOff = box != nullptr && choices.values.**box == 0;
-            names.push_back((isOff ? "--no-" : "--") + std::string(option.name));
+            names.push_back(Name(kExporterOptions[i], choices.values));
         }
     }
     return names;

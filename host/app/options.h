@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <charconv>
 #include <iterator>
 #include <optional>
 #include <string>
@@ -55,6 +56,17 @@ struct DialogChoices {
 // The options that are chosen, as on the command line: --morphers, --no-morphers, --sample-rate.
 std::vector<std::string> NamesOf(const DialogChoices& choices);
 
+// All options of `values` as on the command line, but those that their switch disables.
+std::string OnCommandLine(const ExportOptions& values);
+
+// The shortest text that reads back to the same number.
+template <class Number>
+std::string Shortest(Number number) {
+    std::array<char, 32> text;
+    const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), number);
+    return std::string(text.data(), end);
+}
+
 // A time of the scene as the command line gives it.
 struct Moment {
     enum class Unit { ticks, frames, seconds };
@@ -73,11 +85,15 @@ struct Options {
     bool allowEmpty = false;
     bool strict = false;
     DialogChoices choices;
-    bool defaults = false;
+    bool defaults = false;  // changes nothing
     bool cancelDialog = false;
     int cancelAfter = 0;  // 0: never
 
+    bool keepPartial = false;
+
+    bool savedSettings = false;
     std::optional<std::string> configDir;
+    std::optional<std::string> log;
     std::vector<std::string> pluginDirs;
     std::optional<std::string> plugin;
 

@@ -92,6 +92,24 @@ fs::path ExportFile(const Options& options) {
     return Absolute(file.string());
 }
 
+std::optional<fs::path> LogFile(const Options& options) {
+    if (!options.log) {
+        return std::nullopt;
+    }
+    if (IsDirectory(*options.log)) {
+        throw Failure(kExitRefused, *options.log, "names a directory, expected a file for the log");
+    }
+    const fs::path log = Absolute(*options.log);
+    const std::string exportFile = ExportFile(options).string();
+    for (const char* const suffix : {"", "temp1", "temp2"}) {
+        if (log == exportFile + suffix) {
+            throw Failure(kExitRefused, "--log",
+                          log.string() + " is a file of the export, expected another one");
+        }
+    }
+    return log;
+}
+
 fs::path PlugInFile(const Options& options) {
     return options.plugin ? Absolute(*options.plugin) : ProgramDirectory() / kPlugInName;
 }
@@ -107,53 +125,24 @@ std::vector<std::string> PlugInDirectories(const Options& options) {
     return directories;
 }
 
-fs::path ConfigDirectory(const Options& options) {
+std::optional<fs::path> ConfigDirectory(const Options& options) {
     if (options.configDir) {
         return Absolute(*options.configDir);
     }
+    if (!options.savedSettings) {
+        return std::nullopt;
+    }
     const fs::path user = UserConfigDirectory();
     if (user.empty()) {
-        throw Failure(kExitRefused, "--config-dir",
-                      "not given, expected one where the user has no configuration directory");
+        throw Failure(
+            kExitRefused, "--saved-settings",
+            "the user has no configuration directory, expected --config-dir in its place");
     }
     return user / "hdo-export";
 }
 
 fs::path SettingsFile(const fs::path& configDirectory) {
     return configDirectory / "KTAExp2.cfg";
-}
-
-// ---------------------------------------------------------------- settings of one run
-
-namespace {
-
-std::unique_ptr<kta::PrivateDirectory> MakeSettingsDirectory(const fs::path& settingsFile) {
-    try {
-        return std::make_unique<kta::PrivateDirectory>(settingsFile.parent_path());
-    } catch (const fs::filesystem_error&) {
-        // Settings are not kept then, but the export needs none.
-    }
-    try {
-        return std::make_unique<kta::PrivateDirectory>(fs::temp_directory_path());
-    } catch (const fs::filesystem_error& error) {
-        throw Failure(kExitRefused, "--defaults",
-                      "no temporary directory can be made: " + error.code().message());
-    }
-}
-
-}  // namespace
-
-DefaultSettings::DefaultSettings(fs::path settingsFile)
-    : file_(std::move(settingsFile)), directory_(MakeSettingsDirectory(file_)) {
-}
-
-DefaultSettings::~DefaultSettings() {
-    const fs::path saved = Directory() / file_.filename();
-    const fs::path target = kta::BehindLinks(file_);
-    std::error_code ignored;
-    if (fs::exists(saved, ignored) && !kta::IsWriteProtected(target)) {
-        fs::rename(saved, target, ignored);
-    }
 }
 
 }  // namespace maxhost::app

@@ -133,22 +133,25 @@ int ReportException(Console& console) {
     }
 }
 
-int LoadAndExport(const Options& options, Console& console, bool isTerminal) {
-    ExportFiles files(ExportFile(options));
+int LoadAndExport(const Options& options, Console& console, bool isTerminal,
+                  Interrupts& interrupts) {
+    ExportFiles files(ExportFile(options), LogFile(options));
+    int status = kExitDone;
     try {
         RequireDisplay(options.showDialog ? "--show-dialog" : options.scene, options.showDialog);
-        return ExportScene(options, Load(options, console), files, console,
-                           ShowsProgress(options, isTerminal));
+        status = ExportScene(options, Load(options, console), files, interrupts, console,
+                             ShowsProgress(options, isTerminal));
     } catch (...) {
-        const int status = ReportException(console);
-        if (const std::string line = files.EarlierFiles(); !line.empty()) {
-            console.Report(line);
-        }
-        return status;
+        status = ReportException(console);
     }
+    if (const std::string line = files.EarlierFiles(); status != kExitDone && !line.empty()) {
+        console.Report(line);
+    }
+    return status;
 }
 
 int Execute(const Options& options, Console& console, bool isTerminal) {
+    Interrupts interrupts;
     if (options.about) {
         return ShowAbout(options);
     }
@@ -159,7 +162,7 @@ int Execute(const Options& options, Console& console, bool isTerminal) {
         }
         return kExitDone;
     }
-    return LoadAndExport(options, console, isTerminal);
+    return LoadAndExport(options, console, isTerminal, interrupts);
 }
 
 int RunParsed(const CommandLine& commandLine, Console& console, bool isTerminal) {

@@ -24,12 +24,12 @@ def export(program, case, directory):
     if "settings" in case:
         (config / "KTAExp2.cfg").write_bytes(bytes.fromhex(case["settings"]))
     command = program + case.get("arguments", []) + [
-        "-q", "--config-dir", str(config), "-o", "out.hdo", str(HERE / case["scene"])]
+        "-q", "--keep-partial", "--config-dir", str(config), "-o", "out.hdo", str(HERE / case["scene"])]
     run = subprocess.run(command, cwd=directory, capture_output=True, timeout=300)
-    if run.returncode != 0:
+    if run.returncode != case.get("status", 0):
         sys.exit(f"{case['name']}: exit {run.returncode}\n{run.stderr.decode(errors='replace')}")
     files = {".actor.kta": "out.hdotemp1", ".motion.kta": "out.hdotemp2",
-             ".log": "KTAExporter.log", ".cfg": "config/KTAExp2.cfg"}
+             ".log": "out.hdo.log", ".cfg": "config/KTAExp2.cfg"}
     result = {suffix: (directory / name).read_bytes() for suffix, name in files.items()}
     # Text mode ends lines as the platform does; the text is the same.
     result[".log"] = result[".log"].replace(b"\r\n", b"\n")

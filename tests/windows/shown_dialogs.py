@@ -13,7 +13,7 @@ import tempfile
 
 ABOUT = "About Max to Halden exporter"
 OPTIONS = "Max to Halden Exporter"
-WRITTEN = {"out.hdotemp1", "out.hdotemp2", "KTAExporter.log"}
+WRITTEN = {"out.hdotemp1", "out.hdotemp2", "out.hdo.log"}
 
 NO_DISPLAY = {"HDO_NO_DISPLAY": "1"}
 
@@ -39,7 +39,9 @@ class Runner:
                 error = program.communicate(timeout=60)[1]
             finally:
                 program.kill()
-            names = {path.name for path in pathlib.Path(directory).rglob("*") if path.is_file()}
+            # The exporter keeps the log of a cancelled dialog open, and with it a private directory.
+            names = {path.name for path in pathlib.Path(directory).rglob("*")
+                     if path.is_file() and ".hdo-" not in str(path)}
             return program.returncode, error, names
 
     def press_button(self, title, number):
@@ -64,9 +66,7 @@ def person_answers(runner):
     expect("--show-dialog and Export", runner.run(show, (OPTIONS, 3)),
            (0, "", WRITTEN | {"KTAExp2.cfg"}))
     status, error, names = runner.run(show, (OPTIONS, 2))
-    # The log was begun before the dialog.
-    expect("--show-dialog and Cancel", (status, error.count("\n"), names),
-           (0, 1, {"KTAExporter.log"}))
+    expect("--show-dialog and Cancel", (status, error.count("\n"), names), (0, 1, set()))
 
 
 def nobody_can_see(runner):

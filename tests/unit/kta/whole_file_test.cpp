@@ -10,7 +10,10 @@
 
 #ifndef _WIN32
 #include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 #include <thread>
 #endif
@@ -51,6 +54,53 @@ TEST(PrivateDirectoryTest, GoesWithAllItHolds) {
     }
     EXPECT_TRUE(fs::is_empty(parent.Path()));
 }
+
+#ifndef _WIN32
+// Leaves a private directory with a file in it, as a program does that is killed.
+void LeaveOrphan(const fs::path& parent) {
+    const pid_t child = fork();
+    if (child == 0) {
+        const kta::PrivateDirectory room(parent);
+        support::WriteFile(room.Path() / "f", "text");
+        _exit(0);
+    }
+    waitpid(child, nullptr, 0);
+}
+
+TEST(PrivateDirectoryTest, OrphansAreTakenAwayByTheNext) {
+    const support::TemporaryDirectory parent;
+    LeaveOrphan(parent.Path());
+    LeaveOrphan(parent.Path());
+    ASSERT_EQ(NamesIn(parent.Path()).size(), 1u) << "the second took the first one's away";
+    { const kta::PrivateDirectory room(parent.Path()); }
+    EXPECT_TRUE(fs::is_empty(parent.Path()));
+}
+
+TEST(PrivateDirectoryTest, OrphanOfAnotherMachineStaysForADay) {
+    const support::TemporaryDirectory parent;
+    const fs::path orphan = parent.Path() / ".hdo-0123abcd";
+    fs::create_directory(orphan);
+    support::WriteFile(orphan / "owner", "another machine");
+    { const kta::PrivateDirectory room(parent.Path()); }
+    EXPECT_TRUE(fs::exists(orphan));
+    fs::last_write_time(orphan / "owner",
+                        fs::file_time_type::clock::now() - std::chrono::hours(25));
+    { const kta::PrivateDirectory room(parent.Path()); }
+    EXPECT_FALSE(fs::exists(orphan));
+}
+
+TEST(PrivateDirectoryTest, DirectoriesOfOthersStay) {
+    const support::TemporaryDirectory parent;
+    for (const char* const name :
+         {".hdo-mine", ".hdo-0123abcde", ".hdo-0123ABCD", "hdo-0123abcd"}) {
+        fs::create_directory(parent.Path() / name);
+    }
+    fs::create_directory(parent.Path() / ".hdo-0123abcd");
+    support::WriteFile(parent.Path() / ".hdo-0123abcd" / "f", "without an owner");
+    { const kta::PrivateDirectory room(parent.Path()); }
+    EXPECT_EQ(NamesIn(parent.Path()).size(), 5u);
+}
+#endif
 
 TEST(PrivateDirectoryTest, EachHasItsOwn) {
     const support::TemporaryDirectory parent;

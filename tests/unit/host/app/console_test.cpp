@@ -122,68 +122,88 @@ TEST_F(ProgressTest, StandsNumbersOutOfRangeAndLongTitles) {
 
 // ---------------------------------------------------------------- Ctrl-C
 
-class CancelOnInterruptTest : public testing::TestWithParam<int> {
+class InterruptsTest : public testing::TestWithParam<int> {
   protected:
-    CancelOnInterruptTest() { Host::Instance().CancelAtUpdate(0); }
-    ~CancelOnInterruptTest() override { Host::Instance().CancelAtUpdate(0); }
+    InterruptsTest() { Host::Instance().CancelAtUpdate(0); }
+    ~InterruptsTest() override { Host::Instance().CancelAtUpdate(0); }
 };
 
-TEST_P(CancelOnInterruptTest, FirstPressesCancel) {
+TEST_P(InterruptsTest, FirstPressesCancel) {
     {
-        const CancelOnInterrupt interrupts;
+        Interrupts interrupts;
+        interrupts.PressCancel();
         EXPECT_FALSE(GetCOREInterface()->GetCancel());
+        EXPECT_EQ(interrupts.Status(), 0);
         std::raise(GetParam());
         EXPECT_TRUE(GetCOREInterface()->GetCancel());
+        EXPECT_EQ(interrupts.Status(), GetParam() == SIGINT ? 130 : 143);
     }
     EXPECT_TRUE(GetCOREInterface()->GetCancel()) << "until the next export";
     Host::Instance().CancelAtUpdate(0);
-    const CancelOnInterrupt next;
+    Interrupts next;
+    next.PressCancel();
     EXPECT_FALSE(GetCOREInterface()->GetCancel());
+    EXPECT_EQ(next.Status(), 0);
 }
 
-TEST_P(CancelOnInterruptTest, InterruptThatThePlugInDidNotSeeCancelsNothing) {
+TEST_P(InterruptsTest, InterruptThatThePlugInDidNotSeeCancelsNothing) {
     {
-        const CancelOnInterrupt interrupts;
+        Interrupts interrupts;
+        interrupts.PressCancel();
         std::raise(GetParam());
     }
     EXPECT_FALSE(GetCOREInterface()->GetCancel());
 }
 
-TEST_P(CancelOnInterruptTest, FormerHandlersComeBack) {
+TEST_P(InterruptsTest, FormerHandlersComeBack) {
     const auto former = std::signal(GetParam(), SIG_DFL);
     {
-        const CancelOnInterrupt interrupts;
+        Interrupts interrupts;
+        interrupts.PressCancel();
         std::raise(GetParam());
     }
     EXPECT_EQ(std::signal(GetParam(), former), SIG_DFL);
 }
 
-TEST_P(CancelOnInterruptTest, IgnoredSignalsStayIgnored) {
+TEST_P(InterruptsTest, IgnoredSignalsStayIgnored) {
     const auto former = std::signal(GetParam(), SIG_IGN);
     {
-        const CancelOnInterrupt interrupts;
+        Interrupts interrupts;
+        interrupts.PressCancel();
         std::raise(GetParam());
         EXPECT_FALSE(GetCOREInterface()->GetCancel());
+        EXPECT_EQ(interrupts.Status(), 0);
     }
     EXPECT_EQ(std::signal(GetParam(), former), SIG_IGN);
 }
 
 #ifndef _WIN32
-TEST_P(CancelOnInterruptTest, SecondEndsTheProgram) {
+TEST_P(InterruptsTest, ProgramEndsAtOnceBeforeTheExport) {
+    EXPECT_EXIT(
+        {
+            const Interrupts interrupts;
+            std::raise(GetParam());
+            std::_Exit(0);
+        },
+        testing::ExitedWithCode(GetParam() == SIGINT ? 130 : 143), "");
+}
+
+TEST_P(InterruptsTest, SecondEndsTheProgram) {
     for (const int first : {SIGINT, SIGTERM}) {
         EXPECT_EXIT(
             {
-                const CancelOnInterrupt interrupts;
+                Interrupts interrupts;
+                interrupts.PressCancel();
                 std::raise(first);
                 std::raise(GetParam());
                 std::_Exit(0);
             },
-            testing::KilledBySignal(GetParam()), "");
+            testing::ExitedWithCode(GetParam() == SIGINT ? 130 : 143), "");
     }
 }
 #endif
 
-INSTANTIATE_TEST_SUITE_P(Signals, CancelOnInterruptTest, testing::Values(SIGINT, SIGTERM));
+INSTANTIATE_TEST_SUITE_P(Signals, InterruptsTest, testing::Values(SIGINT, SIGTERM));
 
 }  // namespace
 }  // namespace maxhost::app

@@ -4,6 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#ifndef _WIN32
+#include <sys/resource.h>
+
+#include <csignal>
+#endif
 
 #include "tests/support/kta_bytes.h"
 #include "tests/unit/host/app/support.h"
@@ -11,51 +16,10 @@
 namespace maxhost::app {
 namespace {
 
-// ---------------------------------------------------------------- whether a file was written
-
-class FileMarkTest : public InDirectory {};
-
-TEST_F(FileMarkTest, FileThatIsLeftAloneIsNotWritten) {
-    Write("f", "earlier");
-    const FileMark mark("f");
-    EXPECT_TRUE(mark.IsThere());
-    EXPECT_FALSE(mark.IsWritten());
-}
-
-// The clock of file systems stands still for milliseconds.
-TEST_F(FileMarkTest, SameTextWrittenAtOnceIsWritten) {
-    for (int i = 0; i < 5; ++i) {
-        Write("f", "same");
-        const FileMark mark("f");
-        Write("f", "same");
-        EXPECT_TRUE(mark.IsWritten());
-    }
-}
-
-TEST_F(FileMarkTest, NewFileIsWritten) {
-    const FileMark mark("f");
-    EXPECT_FALSE(mark.IsThere());
-    EXPECT_FALSE(mark.IsWritten());
-    Write("f", "");
-    EXPECT_TRUE(mark.IsThere());
-    EXPECT_TRUE(mark.IsWritten());
-}
-
-TEST_F(FileMarkTest, FileThatIsGoneAndDirectoriesAreNotWritten) {
-    Write("f", "earlier");
-    const FileMark gone("f");
-    std::filesystem::remove("f");
-    EXPECT_FALSE(gone.IsThere());
-    EXPECT_FALSE(gone.IsWritten());
-    const FileMark directory("f");
-    std::filesystem::create_directory("f");
-    EXPECT_FALSE(directory.IsThere());
-    EXPECT_FALSE(directory.IsWritten());
-}
-
-// ---------------------------------------------------------------- the two files
+// ---------------------------------------------------------------- the export's files
 
 namespace fs = std::filesystem;
+using testing::ElementsAre;
 
 class ExportFilesTest : public InDirectory {
   protected:
@@ -69,20 +33,102 @@ TEST_F(ExportFilesTest, FilesAreNamedAfterTheExportFile) {
     ASSERT_EQ(files.Files().size(), 2u);
     EXPECT_EQ(files.Files()[0].path, First());
     EXPECT_EQ(files.Files()[1].path, Second());
+    EXPECT_EQ(files.Log(), Path("x.hdo.log"));
 }
 
-TEST_F(ExportFilesTest, OnlyThisExportsWritingCounts) {
-    Write(First(), support::FileHeader(true));
-    const ExportFiles files(Export());
-    EXPECT_FALSE(files.AnyWritten());
-    Write(Second(), support::FileHeader(false));
-    EXPECT_TRUE(files.AnyWritten());
+TEST_F(ExportFilesTest, WhatIsMadeComesToItsPlaceTogether) {
+    Write(First(), "earlier");
+    Write("other", "the user's");
+    {
+        ExportFiles files(Export());
+        files.Prepare();
+        EXPECT_FALSE(files.AnyWritten());
+        const std::string made = files.PrivateName();
+        EXPECT_EQ(fs::path(made).filename(), "x.hdo");
+        Write(made + "temp1", "actor");
+        EXPECT_TRUE(files.AnyWritten());
+        Write(made + "temp2", "motion");
+        Write(made, "of the converter");
+        Write(files.WorkingDirectory() / "KTAExporter.log", "log");
+        EXPECT_TRUE(files.HasLog());
+        EXPECT_EQ(Read(First()), "earlier");
+        files.PutInPlace();
+        EXPECT_TRUE(files.IsInPlace());
+    }
+    EXPECT_THAT(Names(), ElementsAre("other", "x.hdo", "x.hdo.log", "x.hdotemp1", "x.hdotemp2"));
+    EXPECT_EQ(Read(First()), "actor");
+    EXPECT_EQ(Read(Second()), "motion");
+    EXPECT_EQ(Read(Export()), "of the converter");
+    EXPECT_EQ(Read("x.hdo.log"), "log");
+    EXPECT_EQ(Read("other"), "the user's");
+}
+
+TEST_F(ExportFilesTest, WhatCannotComeToItsPlaceLeavesAllFormerFiles) {
+    Write(First(), "earlier");
+    {
+        ExportFiles files(Export());
+        files.Prepare();
+        const std::string made = files.PrivateName();
+        for (const char* const suffix : {"", "temp1", "temp2"}) {
+            Write(made + suffix, "now");
+        }
+        // The export file's own name comes last.
+        fs::create_directories(Export() / "not empty");
+        EXPECT_THROW(files.PutInPlace(), fs::filesystem_error);
+        EXPECT_FALSE(files.IsInPlace());
+    }
+    EXPECT_THAT(Names(), ElementsAre("x.hdo", "x.hdotemp1"));
+    EXPECT_EQ(Read(First()), "earlier");
+}
+
+TEST_F(ExportFilesTest, WhatIsNotPutInPlaceIsGone) {
+    {
+        ExportFiles files(Export());
+        files.Prepare();
+        Write(files.PrivateName() + "temp1", "now");
+    }
+    EXPECT_TRUE(Names().empty());
+}
+
+TEST_F(ExportFilesTest, LogStandsWhereItIsToStand) {
+    ExportFiles files(Export(), Path("l.log"));
+    EXPECT_EQ(files.Log(), Path("l.log"));
+    files.Prepare();
+    Write(files.WorkingDirectory() / "KTAExporter.log", "log");
+    files.WriteLog();
+    EXPECT_EQ(Read("l.log"), "log");
+    files.PutInPlace();
+    EXPECT_FALSE(fs::exists("x.hdo.log"));
+}
+
+TEST_F(ExportFilesTest, LogWithoutItsDirectoryIsAnError) {
+    ExportFiles files(Export(), Path("no/l.log"));
+    files.Prepare();
+    EXPECT_NO_THROW(files.WriteLog()) << "there is no log yet";
+    Write(files.WorkingDirectory() / "KTAExporter.log", "log");
+    try {
+        files.WriteLog();
+        ADD_FAILURE();
+    } catch (const fs::filesystem_error& error) {
+        EXPECT_EQ(error.path1(), Path("no/l.log"));
+        EXPECT_EQ(error.code(), std::errc::no_such_file_or_directory);
+    }
+}
+
+TEST_F(ExportFilesTest, ConverterSpeaksOfTheUsersFile) {
+    ExportFiles files(Export());
+    files.Prepare();
+    const std::string made = files.PrivateName();
+    EXPECT_EQ(files.InUsersWords(made + "temp1: bad, as is " + made + "temp2"),
+              First() + ": bad, as is " + Second());
+    EXPECT_EQ(files.InUsersWords("called out of order"), "called out of order");
 }
 
 TEST_F(ExportFilesTest, GoodFilesHaveNoFaults) {
     ExportFiles files(Export());
-    Write(First(), support::FileHeader(true));
-    Write(Second(), support::FileHeader(false));
+    files.Prepare();
+    Write(files.Files()[0].made, support::FileHeader(true));
+    Write(files.Files()[1].made, support::FileHeader(false));
     files.Verify();
     for (const OutputFile& file : files.Files()) {
         EXPECT_TRUE(file.reading.file);
@@ -92,7 +138,8 @@ TEST_F(ExportFilesTest, GoodFilesHaveNoFaults) {
 
 TEST_F(ExportFilesTest, BrokenAndMissingFilesAreFaults) {
     ExportFiles files(Export());
-    Write(First(), support::FileHeader(true).substr(0, 6));
+    files.Prepare();
+    Write(files.Files()[0].made, support::FileHeader(true).substr(0, 6));
     files.Verify();
     const std::string names[] = {First() + ": offset ", Second() + ": "};
     for (std::size_t i = 0; i < 2; ++i) {
@@ -104,8 +151,9 @@ TEST_F(ExportFilesTest, BrokenAndMissingFilesAreFaults) {
 
 TEST_F(ExportFilesTest, FilesOfTheWrongKindAreFaults) {
     ExportFiles files(Export());
-    Write(First(), support::FileHeader(false));
-    Write(Second(), support::FileHeader(true));
+    files.Prepare();
+    Write(files.Files()[0].made, support::FileHeader(false));
+    Write(files.Files()[1].made, support::FileHeader(true));
     files.Verify();
     EXPECT_EQ(files.Files()[0].faults,
               std::vector<std::string>{
@@ -115,81 +163,93 @@ TEST_F(ExportFilesTest, FilesOfTheWrongKindAreFaults) {
                   Second() + ": offset 6: header: file kind is \"actor\", expected \"motion\""});
 }
 
-TEST_F(ExportFilesTest, ReasonsForFilesThatWereNotMade) {
-    EXPECT_EQ(ExportFiles(Path("no/x.hdo")).WhyNotMade(),
+TEST_F(ExportFilesTest, ObstaclesAreTold) {
+    EXPECT_EQ(ExportFiles(Path("no/x.hdo")).Obstacle(),
               "the directory " + Path("no").string() + " does not exist");
     Write("f", "");
-    EXPECT_EQ(ExportFiles(Path("f/x.hdo")).WhyNotMade(),
-              Path("f").string() + " is not a directory");
+    EXPECT_EQ(ExportFiles(Path("f/x.hdo")).Obstacle(), Path("f").string() + " is not a directory");
     const ExportFiles files(Export());
-    EXPECT_EQ(files.WhyNotMade(), First() + " cannot be written");
-    fs::create_directory(First());
-    EXPECT_EQ(files.WhyNotMade(), First() + " is a directory");
-}
-
-TEST_F(ExportFilesTest, TheSecondFileIsAtFaultWhenTheFirstWasMade) {
-    const ExportFiles files(Export());
+    EXPECT_EQ(files.Obstacle(), "");
+    Write(First(), "earlier");
+    EXPECT_EQ(files.Obstacle(), "");
     fs::create_directory(Second());
-    Write(First(), "made");
-    EXPECT_EQ(files.WhyNotMade(), Second() + " is a directory");
+    EXPECT_EQ(files.Obstacle(), Second() + " is a directory");
 }
 
 TEST_F(ExportFilesTest, PathsAreBoundedInBytes) {
     const std::string directory = directory_.string();
     const std::string fits(259 - directory.size() - 1 - 5, 'x');
-    const ExportFiles longest(Path(fits));
+    ExportFiles longest(Path(fits));
     EXPECT_EQ(longest.Files()[0].path.string().size(), 259u);
-    EXPECT_EQ(longest.WhyNotMade(), Path(fits + "temp1").string() + " cannot be written");
+    EXPECT_EQ(longest.Obstacle(), "");
     EXPECT_EQ(
-        ExportFiles(Path(fits + "x")).WhyNotMade(),
+        ExportFiles(Path(fits + "x")).Obstacle(),
         "the path of " + Path(fits + "xtemp1").string() + " has 260 bytes, expected at most 259");
+#ifndef _WIN32
+    // The private path does not fit, so that the exporter is given one that begins where it works.
+    longest.Prepare();
+    EXPECT_EQ(longest.PrivateName(), "o/" + fits);
+    EXPECT_EQ(longest.WorkingDirectory() / longest.PrivateName() += "temp1",
+              longest.Files()[0].made);
+    EXPECT_EQ(longest.InUsersWords("o/" + fits + "temp1: bad"), Path(fits + "temp1: bad").string());
+#endif
 }
 
-TEST_F(ExportFilesTest, LeftoversTellThisExportFromAnEarlierOne) {
-    Write(Second(), "earlier");
-    const ExportFiles files(Export());
-    EXPECT_EQ(files.Leftovers({}),
-              std::vector<std::string>{Second() + ": made by an earlier export, not by this one"});
-    Write(First(), "now");
-    Write(Second(), "written over");
-    EXPECT_EQ(files.Leftovers({}),
-              (std::vector<std::string>{
-                  First() + ": left behind by the failed export, not a whole one",
-                  Second() + ": left behind by the failed export, not a whole one"}));
-}
-
-TEST_F(ExportFilesTest, LeftoversThatTheLogSaysWereClosedAreWhole) {
-    const ExportFiles files(Export());
-    Write(First(), "now");
-    Write("log", "Writing file header version 1.1\r\nClosing file\r\n");
-    EXPECT_EQ(files.Leftovers("log"),
-              std::vector<std::string>{First() + ": left behind by the failed export, but whole "
-                                                 "and given to the converter"});
-    Write(Second(), "begun");
-    EXPECT_EQ(files.Leftovers("log").back(),
-              Second() + ": left behind by the failed export, not a whole one");
-}
-
-TEST_F(ExportFilesTest, NothingLeftBehindIsNoLine) {
-    fs::create_directory(First());
-    EXPECT_TRUE(ExportFiles(Export()).Leftovers({}).empty());
-    EXPECT_EQ(ExportFiles(Export()).EarlierFiles(), "");
+TEST_F(ExportFilesTest, PartsThatTheLogSaysWereClosedAreWhole) {
+    ExportFiles files(Export());
+    files.Prepare();
+    EXPECT_TRUE(files.Parts().empty());
+    EXPECT_EQ(files.FirstMissing().path, First());
+    Write(files.Files()[0].made, "now");
+    EXPECT_EQ(files.FirstMissing().path, Second());
+    EXPECT_THAT(files.Parts(),
+                ElementsAre(First() + ": left behind by the failed export, not a whole one"));
+    Write(files.WorkingDirectory() / "KTAExporter.log",
+          "Writing file header version 1.1\r\nClosing file\r\n");
+    Write(files.Files()[1].made, "begun");
+    EXPECT_THAT(files.Parts(),
+                ElementsAre(First() + ": left behind by the failed export, but whole "
+                                      "and given to the converter",
+                            Second() + ": left behind by the failed export, not a "
+                                       "whole one"));
 }
 
 TEST_F(ExportFilesTest, EarlierFilesAreOneLine) {
+    EXPECT_EQ(ExportFiles(Export()).EarlierFiles(), "");
     Write(First(), "earlier");
     const std::string earlier = ": made by an earlier export, not by this one";
     EXPECT_EQ(ExportFiles(Export()).EarlierFiles(), First() + earlier);
     Write(Second(), "earlier");
-    const ExportFiles files(Export());
+    ExportFiles files(Export());
     EXPECT_EQ(files.EarlierFiles(), First() + ", " + Second() + earlier);
-    Write(First(), "now");
-    EXPECT_EQ(files.EarlierFiles(), Second() + earlier);
+    files.Prepare();
+    files.PutInPlace();
+    EXPECT_EQ(files.EarlierFiles(), "");
 }
 
-// ---------------------------------------------------------------- faults
+#ifndef _WIN32
+TEST_F(ExportFilesTest, WritingThatFailsIsToldByItsReason) {
+    ExportFiles files(Export());
+    files.Prepare();
+    Write(files.Files()[0].made, std::string(5000, 'a'));
+    Write(files.Files()[1].made, std::string(10, 'm'));
+    EXPECT_TRUE(files.WriteErrors().empty());
+    EXPECT_EQ(fs::file_size(files.Files()[0].made), 5000u) << "left as it was";
+    rlimit former{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &former), 0);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit tight = {5000, former.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &tight), 0);
+    const std::vector<std::string> errors = files.WriteErrors();
+    setrlimit(RLIMIT_FSIZE, &former);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_THAT(errors, ElementsAre(First() + ": File too large"));
+    EXPECT_EQ(fs::file_size(files.Files()[0].made), 5000u);
+    EXPECT_EQ(fs::file_size(files.Files()[1].made), 10u);
+}
+#endif
 
-using testing::ElementsAre;
+// ---------------------------------------------------------------- faults
 
 std::vector<std::string> Faults(const std::string& beginning, std::size_t count) {
     std::vector<std::string> lines;
@@ -237,20 +297,23 @@ using SummaryTest = InDirectory;
 
 TEST_F(SummaryTest, CountsFilesChunksAndNodes) {
     ExportFiles files(Path("x.hdo"));
-    Write("x.hdotemp1",
+    files.Prepare();
+    Write(files.Files()[0].made,
           support::FileHeader(true) + support::NodeChunk({}) + support::NodeChunk({}));
-    Write("x.hdotemp2", support::FileHeader(false));
+    Write(files.Files()[1].made, support::FileHeader(false));
     files.Verify();
     const std::vector<std::string> lines = Summarize(
         files.Files(), {.nodes = {{"node", "hidden"}, {"node", nullptr}, {"node", nullptr}},
-                        .log = Path("l.log")});
-    ASSERT_EQ(lines.size(), 5u);
+                        .log = Path("l.log"),
+                        .options = "--morphers"});
+    ASSERT_EQ(lines.size(), 6u);
     EXPECT_EQ(lines[0],
               Path("x.hdotemp1").string() + ": actor file, 1295 bytes, 2 chunks (2 node)");
     EXPECT_EQ(lines[1], Path("x.hdotemp2").string() + ": motion file, 7 bytes, 0 chunks");
     EXPECT_EQ(lines[2], Path("l.log").string() + ": log");
-    EXPECT_EQ(lines[3], "exported 2 of 3 nodes");
-    EXPECT_EQ(lines[4], "not exported: \"node\": hidden");
+    EXPECT_EQ(lines[3], "options: --morphers");
+    EXPECT_EQ(lines[4], "exported 2 of 3 nodes");
+    EXPECT_EQ(lines[5], "not exported: \"node\": hidden");
 }
 
 TEST_F(SummaryTest, WarningsAreCountedAndMissingThingsLeftOut) {
@@ -258,9 +321,9 @@ TEST_F(SummaryTest, WarningsAreCountedAndMissingThingsLeftOut) {
     files.Verify();
     const std::vector<std::string> lines =
         Summarize(files.Files(), {.nodes = {{"a", nullptr}}, .warnings = 2});
-    ASSERT_EQ(lines.size(), 2u);
-    EXPECT_EQ(lines[0], "exported 0 of 1 node");
-    EXPECT_EQ(lines[1], "2 warnings from reading the scene");
+    ASSERT_EQ(lines.size(), 3u);
+    EXPECT_EQ(lines[1], "exported 0 of 1 node");
+    EXPECT_EQ(lines[2], "2 warnings from reading the scene");
 }
 
 TEST_F(SummaryTest, LostVertexColoursAreSaid) {

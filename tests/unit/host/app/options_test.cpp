@@ -267,7 +267,10 @@ TEST(OptionsTest, HelpExplainsEveryOptionWithItsDefault) {
                                             "--[no-]sample-animation",
                                             "--sample-rate N",
                                             "--defaults",
+                                            "--saved-settings",
+                                            "--keep-partial",
                                             "--config-dir DIR",
+                                            "--log FILE",
                                             "--plugin-dir DIR",
                                             "--plugin FILE",
                                             "--save-scene FILE",
@@ -290,6 +293,41 @@ TEST(OptionsTest, HelpExplainsEveryOptionWithItsDefault) {
             << name;
     }
     EXPECT_EQ(blocks.size(), names.size() + 2) << "the rest is --help and --version";
+}
+
+TEST(OptionsTest, HelpTellsTheExportersOwnDefaults) {
+    const std::vector<std::string> blocks = HelpBlocks(ParseCommandLine({"--help"}).out);
+    const std::pair<const char*, const char*> defaults[] = {
+        {"--[no-]export-hidden", "off"},    {"--[no-]non-renderable", "off"},
+        {"--[no-]morphers", "on"},          {"--[no-]optimize-skin", "on"},
+        {"--weight-threshold", "0.075"},    {"--[no-]motions-for-hidden", "off"},
+        {"--[no-]sample-animation", "off"}, {"--sample-rate", "2"}};
+    for (const auto& [name, value] : defaults) {
+        EXPECT_THAT(blocks, testing::Contains(testing::AllOf(
+                                testing::StartsWith(std::string(name) + " "),
+                                testing::EndsWith(std::string("(default: ") + value + ")"))))
+            << name;
+    }
+}
+
+TEST(OptionsTest, OptionsInForceAreACommandLine) {
+    ExportOptions options = DefaultExportOptions();
+    EXPECT_EQ(OnCommandLine(options),
+              "--no-export-hidden --no-non-renderable --morphers --optimize-skin "
+              "--weight-threshold 0.075 --no-motions-for-hidden --no-sample-animation");
+    options.optimizeSkin = 0;
+    options.sampleAnimation = 1;
+    options.sampleRate = 7;
+    EXPECT_EQ(OnCommandLine(options),
+              "--no-export-hidden --no-non-renderable --morphers --no-optimize-skin "
+              "--no-motions-for-hidden --sample-animation --sample-rate 7");
+}
+
+TEST(OptionsTest, SavedSettingsHaveOnePlace) {
+    EXPECT_TRUE(ParseCommandLine({"--saved-settings", "s"}).options->savedSettings);
+    const CommandLine both = ParseCommandLine({"--saved-settings", "--config-dir", "c", "s"});
+    EXPECT_FALSE(both.options);
+    EXPECT_THAT(both.error, testing::HasSubstr("--saved-settings"));
 }
 
 TEST(OptionsTest, HelpFitsTheTerminal) {

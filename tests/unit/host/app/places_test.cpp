@@ -61,6 +61,25 @@ TEST_F(PlacesTest, ExportFileIsNoDirectory) {
                   ": names a directory, expected a file to export to");
 }
 
+TEST_F(PlacesTest, LogIsAFileOfItsOwn) {
+    Options options;
+    options.scene = "x.fbx";
+    options.output = "x.hdo";
+    EXPECT_EQ(LogFile(options), std::nullopt);
+    options.log = "sub/../l.log";
+    EXPECT_EQ(LogFile(options), Path("l.log"));
+    options.log = "d/";
+    EXPECT_EQ(Catch([&] { LogFile(options); }).line,
+              "d/: names a directory, expected a file for the log");
+    for (const char* const name : {"x.hdo", "x.hdotemp1", "x.hdotemp2"}) {
+        options.log = name;
+        const Thrown thrown = Catch([&] { LogFile(options); });
+        EXPECT_EQ(thrown.status, kExitRefused);
+        EXPECT_EQ(thrown.line, "--log: " + Path(name).string() +
+                                   " is a file of the export, expected another one");
+    }
+}
+
 TEST_F(PlacesTest, DirectoriesLoseTheirLastSeparator) {
     EXPECT_EQ(Absolute("d/"), Path("d"));
     EXPECT_EQ(Absolute("."), directory_);
@@ -111,106 +130,41 @@ class Variable {
     std::optional<std::string> former_;
 };
 
-TEST_F(PlacesTest, ConfigDirectoryIsTheUsers) {
+TEST_F(PlacesTest, RunsHaveNoConfigDirectoryUnlessAskedFor) {
+    const Variable home("HOME", nullptr);
+    EXPECT_EQ(ConfigDirectory(Options()), std::nullopt);
+}
+
+Options SavedSettings() {
+    Options options;
+    options.savedSettings = true;
+    return options;
+}
+
+TEST_F(PlacesTest, ConfigDirectoryOfSavedSettingsIsTheUsers) {
     const Variable home("HOME", "/home/u");
     {
         const Variable xdg("XDG_CONFIG_HOME", "/conf");
-        EXPECT_EQ(ConfigDirectory(Options()), "/conf/hdo-export");
+        EXPECT_EQ(ConfigDirectory(SavedSettings()), "/conf/hdo-export");
     }
     {
         const Variable xdg("XDG_CONFIG_HOME", "relative");
-        EXPECT_EQ(ConfigDirectory(Options()), "/home/u/.config/hdo-export");
+        EXPECT_EQ(ConfigDirectory(SavedSettings()), "/home/u/.config/hdo-export");
     }
     const Variable xdg("XDG_CONFIG_HOME", nullptr);
-    EXPECT_EQ(ConfigDirectory(Options()), "/home/u/.config/hdo-export");
+    EXPECT_EQ(ConfigDirectory(SavedSettings()), "/home/u/.config/hdo-export");
 }
 
 TEST_F(PlacesTest, UserWithoutConfigDirectoryIsTold) {
     const Variable home("HOME", nullptr);
     const Variable xdg("XDG_CONFIG_HOME", nullptr);
-    const Thrown thrown = Catch([] { ConfigDirectory(Options()); });
+    const Thrown thrown = Catch([] { ConfigDirectory(SavedSettings()); });
     EXPECT_EQ(thrown.status, kExitRefused);
     EXPECT_EQ(thrown.line,
-              "--config-dir: not given, expected one where the user has no configuration "
-              "directory");
+              "--saved-settings: the user has no configuration directory, expected --config-dir in "
+              "its place");
 }
 
-#endif
-
-// ---------------------------------------------------------------- settings
-
-class SettingsTest : public InDirectory {};
-
-TEST_F(SettingsTest, FormerSettingsStayWhenNoneWereSaved) {
-    Write("k.cfg", "former");
-    {
-        const DefaultSettings defaults(Path("k.cfg"));
-        EXPECT_TRUE(fs::is_directory(defaults.Directory()));
-        EXPECT_TRUE(fs::is_empty(defaults.Directory()));
-        EXPECT_EQ(Read("k.cfg"), "former");
-    }
-    EXPECT_EQ(Read("k.cfg"), "former");
-    EXPECT_EQ(Names(), std::vector<std::string>{"k.cfg"});
-}
-
-TEST_F(SettingsTest, SavedSettingsReplaceTheFormer) {
-    Write("k.cfg", "former");
-    {
-        const DefaultSettings defaults(Path("k.cfg"));
-        Write(defaults.Directory() / "k.cfg", "new");
-        EXPECT_EQ(Read("k.cfg"), "former");
-    }
-    EXPECT_EQ(Read("k.cfg"), "new");
-    EXPECT_EQ(Names(), std::vector<std::string>{"k.cfg"});
-}
-
-TEST_F(SettingsTest, NoSettingsStayNone) {
-    { const DefaultSettings defaults(Path("k.cfg")); }
-    EXPECT_TRUE(Names().empty());
-}
-
-TEST_F(SettingsTest, RunsSideBySideAreNotInEachOthersWay) {
-    Write("k.cfg", "former");
-    Write("k.cfg.former", "the user's");
-    {
-        const DefaultSettings first(Path("k.cfg"));
-        Write(first.Directory() / "k.cfg", "first");
-        {
-            const DefaultSettings second(Path("k.cfg"));
-            EXPECT_TRUE(fs::is_empty(second.Directory()));
-            Write(second.Directory() / "k.cfg", "second");
-        }
-        EXPECT_EQ(Read("k.cfg"), "second");
-    }
-    EXPECT_EQ(Read("k.cfg"), "first");
-    EXPECT_EQ(Names(), (std::vector<std::string>{"k.cfg", "k.cfg.former"}));
-    EXPECT_EQ(Read("k.cfg.former"), "the user's");
-}
-
-TEST_F(SettingsTest, WithoutAPlaceForThemSettingsAreDropped) {
-    Write("cfg", "not a directory");
-    fs::path used;
-    {
-        const DefaultSettings defaults(Path("cfg") / "k.cfg");
-        used = defaults.Directory();
-        Write(used / "k.cfg", "new");
-    }
-    EXPECT_FALSE(fs::exists(used));
-    EXPECT_EQ(Names(), std::vector<std::string>{"cfg"});
-    EXPECT_EQ(Read("cfg"), "not a directory");
-}
-
-#ifndef _WIN32
-TEST_F(SettingsTest, SymbolicLinksStay) {
-    Write("target.cfg", "former");
-    fs::create_symlink("target.cfg", "k.cfg");
-    {
-        const DefaultSettings defaults(Path("k.cfg"));
-        Write(defaults.Directory() / "k.cfg", "new");
-    }
-    EXPECT_TRUE(fs::is_symlink("k.cfg"));
-    EXPECT_EQ(Read("target.cfg"), "new");
-}
 #endif
 
 }  // namespace

@@ -14,6 +14,18 @@
 namespace maxhost::app {
 namespace {
 
+#ifdef _WIN32
+constexpr bool kIsWindows = true;
+void SetVariable(const char* name, const std::string& value) {
+    _putenv_s(name, value.c_str());
+}
+#else
+constexpr bool kIsWindows = false;
+void SetVariable(const char* name, const std::string& value) {
+    setenv(name, value.c_str(), 1);
+}
+#endif
+
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -25,7 +37,7 @@ class RunTest : public InDirectory {
         Write("s.maxscene.json",
               R"({"maxscene": 1, "nodes": [{"name": "a"}, {"name": "b", "parent": 0}]})");
         plugIn_.doExport = [this](const std::string& name, DWORD options) {
-            exported_.push_back(name);
+            exported_.push_back(std::filesystem::path(name).filename().string());
             options_ = options;
             return WriteBoth(name);
         };
@@ -58,14 +70,20 @@ TEST_F(RunTest, ExportsAndSumsUp) {
     const Outcome outcome = Export();
     EXPECT_EQ(outcome.status, kExitDone);
     EXPECT_EQ(outcome.error, "");
-    EXPECT_THAT(exported_, ElementsAre(Path("s.hdo").string()));
+    EXPECT_THAT(exported_, ElementsAre("s.hdo"));
     EXPECT_EQ(options_, 0u);
-    EXPECT_THAT(Lines(outcome.out),
-                ElementsAre(First() + ": actor file, 7 bytes, 0 chunks",
-                            Second() + ": motion file, 7 bytes, 0 chunks",
-                            Path("KTAExporter.log").string() + ": log", "exported 0 of 2 nodes",
-                            "not exported: \"a\": left out by the exporter",
-                            "not exported: \"b\": left out by the exporter"));
+    EXPECT_THAT(
+        Lines(outcome.out),
+        ElementsAre(First() + ": actor file, 7 bytes, 0 chunks",
+                    Second() + ": motion file, 7 bytes, 0 chunks",
+                    Path("s.hdo.log").string() + ": log",
+                    "options: --no-export-hidden --no-non-renderable --morphers "
+                    "--optimize-skin --weight-threshold 0.075 --no-motions-for-hidden "
+                    "--no-sample-animation",
+                    "exported 0 of 2 nodes", "not exported: \"a\": left out by the exporter",
+                    "not exported: \"b\": left out by the exporter"));
+    EXPECT_THAT(Names(),
+                ElementsAre("cfg", "s.hdo.log", "s.hdotemp1", "s.hdotemp2", "s.maxscene.json"));
     EXPECT_EQ(plugIn_.exporters, 0);
 }
 
@@ -80,7 +98,7 @@ TEST_F(RunTest, HostIsSetUpForThePlugIn) {
     plugIn_.doExport = [this](const std::string& name, DWORD) {
         Interface* const ip = GetCOREInterface();
         EXPECT_STREQ(ip->GetDir(APP_PLUGCFG_DIR), Path("cfg").string().c_str());
-        EXPECT_TRUE(std::filesystem::is_directory("cfg"));
+        EXPECT_TRUE(std::filesystem::is_directory(Path("cfg")));
         EXPECT_EQ(ip->GetPlugInEntryCount(), 1);
         EXPECT_EQ(ip->GetPlugInDir(0), Native(SILENT_CONVERTER_DIR));
         EXPECT_EQ(ip->GetRootNode()->NumberOfChildren(), 1);
@@ -134,29 +152,69 @@ TEST_F(RunTest, UnknownNodesLeaveNothingBehind) {
     EXPECT_THAT(Names(), ElementsAre("s.maxscene.json"));
 }
 
-TEST_F(RunTest, FailedExportsSayWhy) {
-    plugIn_.doExport = [](const std::string&, DWORD) { return IMPEXP_FAIL; };
+TEST_F(RunTest, ExportsThatCannotBeginSayWhy) {
     const Outcome outcome = Export({"-o", "no/x.hdo"});
     EXPECT_EQ(outcome.status, kExitExportFailed);
     EXPECT_EQ(outcome.out, "");
-    EXPECT_EQ(outcome.error, "hdo-export: " + (Path("no") / "x.hdo").string() +
+    EXPECT_EQ(outcome.error, "hdo-export: " + Path("no/x.hdo").make_preferred().string() +
                                  ": the export failed: the directory " + Path("no").string() +
                                  " does not exist\n");
+    EXPECT_THAT(exported_, IsEmpty());
 }
 
-TEST_F(RunTest, FailedExportsNameWhatTheyLeaveBehind) {
-    plugIn_.doExport = [this](const std::string& name, DWORD) {
-        Write(name + "temp1", support::FileHeader(true));
-        std::filesystem::create_directory(Second());
+TEST_F(RunTest, FailedExportsLeaveFormerFilesUnlessPartsAreWanted) {
+    plugIn_.doExport = [](const std::string& name, DWORD) {
+        Write(name + "temp1", "begun");
         return IMPEXP_FAIL;
     };
+    Write(First(), "earlier");
+    const std::string failed = "hdo-export: " + Path("s.hdo").string() +
+                               ": the export failed: " + Second() + " cannot be written";
     const Outcome outcome = Export();
     EXPECT_EQ(outcome.status, kExitExportFailed);
-    EXPECT_THAT(Lines(outcome.error),
-                ElementsAre("hdo-export: " + Path("s.hdo").string() +
-                                ": the export failed: " + Second() + " is a directory",
-                            "hdo-export: " + First() +
-                                ": left behind by the failed export, not a whole one"));
+    EXPECT_THAT(
+        Lines(outcome.error),
+        ElementsAre(failed,
+                    "hdo-export: " + Path("s.hdo").string() +
+                        ": nothing was put in place (--keep-partial does so all the same)",
+                    "hdo-export: " + First() + ": made by an earlier export, not by this one"));
+    EXPECT_EQ(Read(First()), "earlier");
+    EXPECT_THAT(Names(), ElementsAre("cfg", "s.hdotemp1", "s.maxscene.json"));
+    const Outcome kept = Export({"--keep-partial"});
+    EXPECT_EQ(kept.status, kExitExportFailed);
+    EXPECT_THAT(Lines(kept.error),
+                ElementsAre(failed, "hdo-export: " + First() +
+                                        ": left behind by the failed export, not a whole one"));
+    EXPECT_EQ(Read(First()), "begun");
+}
+
+TEST_F(RunTest, ExporterWorksInADirectoryOfItsOwn) {
+    std::filesystem::path directory;
+    plugIn_.doExport = [&](const std::string& name, DWORD) {
+        directory = std::filesystem::current_path();
+        EXPECT_EQ(directory.parent_path(), directory_);
+        return WriteBoth(name);
+    };
+    EXPECT_EQ(Export({"--log", "l.log"}).status, kExitDone);
+    EXPECT_EQ(std::filesystem::current_path(), directory_);
+    EXPECT_FALSE(std::filesystem::exists(directory));
+    EXPECT_EQ(Lines(Read("l.log")), std::vector<std::string>{"log"});
+    EXPECT_FALSE(std::filesystem::exists("s.hdo.log"));
+}
+
+TEST_F(RunTest, LogThatIsAskedForIsWrittenAfterAFailureToo) {
+    plugIn_.doExport = [](const std::string&, DWORD) { return IMPEXP_FAIL; };
+    EXPECT_EQ(Export({"--log", "l.log"}).status, kExitExportFailed);
+    EXPECT_EQ(Lines(Read("l.log")), std::vector<std::string>{"log"});
+}
+
+TEST_F(RunTest, LogThatCannotBeWrittenIsStatus4) {
+    const Outcome outcome = Export({"--log", "no/l.log"});
+    EXPECT_EQ(outcome.status, kExitFaultyOutput);
+    EXPECT_THAT(
+        outcome.error,
+        testing::StartsWith("hdo-export: " + Path("no/l.log").make_preferred().string() + ": "));
+    EXPECT_FALSE(std::filesystem::exists(First()));
 }
 
 TEST_F(RunTest, BrokenFilesAreFound) {
@@ -167,14 +225,23 @@ TEST_F(RunTest, BrokenFilesAreFound) {
     };
     const Outcome outcome = Export();
     EXPECT_EQ(outcome.status, kExitFaultyOutput);
-    ASSERT_EQ(Lines(outcome.error).size(), 1u) << outcome.error;
-    EXPECT_THAT(outcome.error, testing::StartsWith("hdo-export: " + Second() + ": offset "));
+    EXPECT_THAT(Lines(outcome.error),
+                ElementsAre(testing::StartsWith("hdo-export: " + Second() + ": offset "),
+                            HasSubstr("nothing was put in place")));
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_FALSE(std::filesystem::exists(First()));
+    const Outcome kept = Export({"--keep-partial"});
+    EXPECT_EQ(kept.status, kExitFaultyOutput);
+    EXPECT_THAT(kept.out, testing::StartsWith(First() + ": actor file"));
+    EXPECT_EQ(Read(Second()), "KTA");
 }
 
 TEST_F(RunTest, ComplaintsOfTheConverterAreFaults) {
     const Outcome outcome = Export({}, COMPLAINING_CONVERTER_DIR);
     EXPECT_EQ(outcome.status, kExitFaultyOutput);
-    EXPECT_EQ(outcome.error, "hdo-export: first complaint\nhdo-export: second complaint\n");
+    EXPECT_THAT(Lines(outcome.error),
+                ElementsAre("hdo-export: first complaint", "hdo-export: second complaint",
+                            HasSubstr("nothing was put in place")));
 }
 
 TEST_F(RunTest, PlugInsThatDoNotLoadEndTheRun) {
@@ -199,10 +266,13 @@ TEST_F(RunTest, CancelInTheProgressBarIsSaid) {
     };
     const Outcome outcome = Export({"--cancel-after", "2"});
     EXPECT_THAT(answers, ElementsAre(FALSE, TRUE, TRUE));
-    EXPECT_EQ(outcome.status, kExitDone);
-    EXPECT_EQ(outcome.error,
-              "hdo-export: " + Path("s.hdo").string() +
-                  ": cancelled in the progress bar; the files hold a part of the scene\n");
+    EXPECT_EQ(outcome.status, kExitCancelled);
+    EXPECT_THAT(Lines(outcome.error), ElementsAre("hdo-export: " + Path("s.hdo").string() +
+                                                      ": cancelled in the progress bar",
+                                                  HasSubstr("nothing was put in place")));
+    EXPECT_FALSE(std::filesystem::exists(First()));
+    EXPECT_EQ(Export({"--cancel-after", "2", "--keep-partial"}).status, kExitCancelled);
+    EXPECT_TRUE(std::filesystem::exists(First()));
     EXPECT_EQ(Export().error, "") << "the next export is free";
     EXPECT_THAT(answers, ElementsAre(FALSE, FALSE, FALSE));
 }
@@ -247,31 +317,36 @@ TEST_F(RunTest, ConverterWithoutAnEntryPointEndsTheRun) {
     EXPECT_THAT(Names(), ElementsAre("s.maxscene.json"));
 }
 
-TEST_F(RunTest, DefaultsStartWithoutSettingsAndKeepWhatIsSaved) {
-    std::filesystem::create_directory("cfg");
-    Write("cfg/KTAExp2.cfg", "former");
+TEST_F(RunTest, RunsLeaveTheUsersSettingsAloneUnlessAskedFor) {
+    std::filesystem::create_directories("user/hdo-export");
+    const std::string user = "user/hdo-export/KTAExp2.cfg";
+    Write(user, "former");
     std::string found;
-    bool saves = false;
     plugIn_.doExport = [&](const std::string& name, DWORD) {
         const std::filesystem::path settings =
             std::filesystem::path(GetCOREInterface()->GetDir(APP_PLUGCFG_DIR)) / "KTAExp2.cfg";
         found = Read(settings);
-        EXPECT_EQ(Read("cfg/KTAExp2.cfg"), "former") << "stays in its place";
-        if (saves) {
-            Write(settings, "saved");
-        }
+        Write(settings, "saved");
         return WriteBoth(name);
     };
-    EXPECT_EQ(Export({"--defaults"}).status, kExitDone);
-    EXPECT_EQ(found, "");
-    EXPECT_EQ(Read("cfg/KTAExp2.cfg"), "former");
-    EXPECT_EQ(Export().status, kExitDone);
+    const char* const variable = kIsWindows ? "APPDATA" : "XDG_CONFIG_HOME";
+    SetVariable(variable, Path("user").string());
+    const auto run = [](std::vector<std::string> more) {
+        more.insert(more.end(), {"--plugin", FAKE_PLUGIN, "--plugin-dir", SILENT_CONVERTER_DIR,
+                                 "s.maxscene.json"});
+        return RunProgram(more).status;
+    };
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{}, {"--defaults"}}) {
+        EXPECT_EQ(run(arguments), kExitDone);
+        EXPECT_EQ(found, "");
+        EXPECT_EQ(Read(user), "former");
+    }
+    EXPECT_EQ(run({"--saved-settings"}), kExitDone);
     EXPECT_EQ(found, "former");
-    saves = true;
+    EXPECT_EQ(Read(user), "saved");
     EXPECT_EQ(Export({"--defaults"}).status, kExitDone);
-    EXPECT_EQ(found, "");
     EXPECT_EQ(Read("cfg/KTAExp2.cfg"), "saved");
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator("cfg"), {}), 1);
+    SetVariable(variable, "");
 }
 
 TEST_F(RunTest, OutputThatIsADirectoryIsRefusedBeforeAnythingIsDone) {
@@ -287,14 +362,12 @@ TEST_F(RunTest, OutputThatIsADirectoryIsRefusedBeforeAnythingIsDone) {
 
 TEST_F(RunTest, OnlyALogOfThisExportIsNamed) {
     plugIn_.writesLog = false;
-    const std::string log = Path("KTAExporter.log").string();
-    const std::string warning =
-        "hdo-export: " + log + ": warning: this export could not write its log there\n";
-    EXPECT_EQ(Export().error, warning);
+    const std::string log = Path("s.hdo.log").string();
     Write(log, "of an earlier export");
     const Outcome outcome = Export();
     EXPECT_EQ(outcome.status, kExitDone);
-    EXPECT_EQ(outcome.error, warning);
+    EXPECT_EQ(outcome.error,
+              "hdo-export: " + log + ": warning: this export could not write its log\n");
     EXPECT_THAT(outcome.out, testing::Not(HasSubstr(log)));
 }
 
@@ -357,24 +430,31 @@ TEST_F(RunTest, ManyFaultsAreCounted) {
     const Outcome outcome = Export();
     EXPECT_EQ(outcome.status, kExitFaultyOutput);
     const std::vector<std::string> lines = Lines(outcome.error);
-    ASSERT_EQ(lines.size(), 21u);
+    ASSERT_EQ(lines.size(), 22u);
     EXPECT_THAT(lines[19], HasSubstr("bone flag is 2"));
     EXPECT_EQ(lines[20], "hdo-export: " + First() + ": and 5 more faults");
 }
 
 TEST_F(RunTest, InterruptEndsTheExportAsCancelDoes) {
-    plugIn_.doExport = [](const std::string& name, DWORD) {
+    int signal = SIGINT;
+    plugIn_.doExport = [&](const std::string& name, DWORD) {
         EXPECT_FALSE(GetCOREInterface()->GetCancel());
-        std::raise(SIGINT);
+        std::raise(signal);
         EXPECT_TRUE(GetCOREInterface()->GetCancel());
         return WriteBoth(name);
     };
-    for (int i = 0; i < 2; ++i) {
+    for (const auto& [raised, status] : {std::pair(SIGINT, 130), std::pair(SIGTERM, 143)}) {
+        signal = raised;
         const Outcome outcome = Export();
-        EXPECT_EQ(outcome.status, kExitDone);
-        EXPECT_EQ(outcome.error,
-                  "hdo-export: " + Path("s.hdo").string() +
-                      ": cancelled in the progress bar; the files hold a part of the scene\n");
+        EXPECT_EQ(outcome.status, status);
+        EXPECT_THAT(Lines(outcome.error),
+                    ElementsAre("hdo-export: " + Path("s.hdo").string() + ": interrupted",
+                                HasSubstr("nothing was put in place")));
+        EXPECT_FALSE(std::filesystem::exists(First()));
+        EXPECT_EQ(Export({"--keep-partial"}).status, status);
+        EXPECT_TRUE(std::filesystem::exists(First()));
+        std::filesystem::remove(First());
+        std::filesystem::remove(Second());
     }
 }
 
@@ -391,7 +471,7 @@ TEST_F(RunTest, SavingASceneExportsOnlyOnRequest) {
     EXPECT_THAT(exported_, IsEmpty());
     EXPECT_THAT(Names(), ElementsAre("copy.maxscene.json", "s.maxscene.json"));
     EXPECT_EQ(Export({"--save-scene", "copy.maxscene.json", "-o", "x.hdo"}).status, kExitDone);
-    EXPECT_THAT(exported_, ElementsAre(Path("x.hdo").string()));
+    EXPECT_THAT(exported_, ElementsAre("x.hdo"));
 }
 
 TEST_F(RunTest, SavedSceneListsAlike) {
