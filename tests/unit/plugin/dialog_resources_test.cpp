@@ -13,7 +13,6 @@
 #include "host/win32/module.h"
 #include "host/win32/resources.h"
 #include "host/win32/window.h"
-#include "plugin/dialogs.h"
 #include "plugin/kta_exp.h"
 #include "resources/resource.h"
 #include "tests/support/played_user.h"
