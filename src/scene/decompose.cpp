@@ -12,7 +12,7 @@ namespace {
 
 const double kSqrtHalf = 0.70710678118654752440;
 const double kPolarTolerance = 1.0e-6;
-// The iteration converges quadratically; the bound only ends it for what is not a finite matrix.
+// The iteration converges quadratically; the bound only ends it for a matrix that is not finite.
 const int kMaxPolarSteps = 100;
 // Of a determinant, in parts of the sum of its products' magnitudes: two roundings in a product, a
 // difference and three additions, with some room.
