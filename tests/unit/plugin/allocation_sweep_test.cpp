@@ -18,6 +18,7 @@
 #include <new>
 #include <optional>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -191,16 +192,35 @@ std::string SweepSettings(bool sampled) {
     return bytes.Str();
 }
 
+// The calls of 3ds Max that throw something else than std::bad_alloc.
+struct Throwing {
+    bool update = false, end = false;
+};
+
 // Counts what the plug-in shows, without memory.
 class Progress : public maxhost::ProgressObserver {
   public:
-    Progress() { maxhost::Host::Instance().SetProgressObserver(this); }
+    explicit Progress(const Throwing& throwing) : throwing_(throwing) {
+        maxhost::Host::Instance().SetProgressObserver(this);
+    }
     ~Progress() override { maxhost::Host::Instance().SetProgressObserver(nullptr); }
     void OnStart(const std::string&) override { ++starts; }
-    void OnUpdate(int) override {}
-    void OnEnd() override { ++ends; }
+    void OnUpdate(int) override {
+        if (throwing_.update) {
+            throw std::runtime_error("update");
+        }
+    }
+    void OnEnd() override {
+        ++ends;
+        if (throwing_.end) {
+            throw std::runtime_error("end");
+        }
+    }
 
     int starts = 0, ends = 0;
+
+  private:
+    const Throwing throwing_;
 };
 
 // Presses the default button.
@@ -297,7 +317,7 @@ class AllocationSweep : public testing::Test {
         Outcome outcome;
         SceneExport* exporter = nullptr;
         {
-            Progress progress;
+            Progress progress(throwing_);
             PressingUser user(button_);
             const FailingWindow window(choice);
             exporter = static_cast<SceneExport*>(plugIn.Description()->Create(FALSE));
@@ -329,6 +349,7 @@ class AllocationSweep : public testing::Test {
     std::string settings_;
     bool selected_ = false;
     int button_ = 3;  // that the user presses in the options dialog
+    Throwing throwing_;
 };
 
 // The log of an export that memory ended: some of the lines of a whole one, then the line.
@@ -442,6 +463,28 @@ TEST_F(AllocationSweep, TheNextExportIsAsEver) {
         ExpectAsEver(next, whole);
     }
     EXPECT_GT(givenUp, 10);
+}
+
+TEST_F(AllocationSweep, AnyExceptionEndsTheExport) {
+    Open(true, false);
+    Run({-1, false});
+    const Outcome whole = Run({-1, false});
+    for (const bool end : {false, true}) {
+        throwing_ = {true, end};
+        const Outcome outcome = Run({-1, false});
+        EXPECT_EQ(outcome.result, IMPEXP_FAIL);
+        const std::string line = "*** Unexpected exception: the export is given up ***\n";
+        const std::string log = outcome.log.value();
+        ASSERT_GT(log.size(), line.size());
+        EXPECT_EQ(log.substr(log.size() - line.size()), line);
+        EXPECT_EQ(outcome.progressEnds, 1);
+        EXPECT_EQ(outcome.openFiles, 0);
+    }
+    // An exception at the end of the progress bar alone costs nothing.
+    throwing_ = {false, true};
+    const Outcome outcome = Run({-1, false});
+    EXPECT_EQ(outcome.result, IMPEXP_SUCCESS);
+    ExpectAsEver(outcome, whole);
 }
 
 TEST_F(AllocationSweep, TheSceneHoldsEveryKindOfChunk) {
