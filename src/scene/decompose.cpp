@@ -114,7 +114,7 @@ Matrix33 AdjointTranspose(const Matrix33& a) {
     return result;
 }
 
-// Zero for what rounding alone can make of a singular matrix: its sign would be a matter of chance.
+// Zero where rounding alone can have made it differ from zero: its sign would be chance.
 double Determinant(const Matrix33& a) {
     double determinant = 0.0, magnitude = 0.0;
     for (int i = 0; i < 3; ++i) {
