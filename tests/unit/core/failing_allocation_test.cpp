@@ -152,13 +152,11 @@ TEST_F(FailingAllocation, KeyIndexStaysAsItIs) {
         }
         const FailingReallocations refusing(failing);
         EXPECT_THROW(index.Set(16, 16), std::bad_alloc);
-        EXPECT_THROW(index.Reserve(100), std::bad_alloc);
         index.Set(0, 100);
         int value = -1;
         EXPECT_FALSE(index.Find(16, value));
         ASSERT_TRUE(index.Find(0, value));
         EXPECT_EQ(value, 100);
-        EXPECT_EQ(index.Count(), 16);
     }
 }
 
