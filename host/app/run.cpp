@@ -14,9 +14,7 @@
 #include "host/app/plugin_loader.h"
 #include "host/app/scene_report.h"
 #include "host/sdk/host.h"
-#ifdef _WIN32
-#include "host/win32/display.h"
-#endif
+#include "host/win32/user.h"
 
 namespace maxhost::app {
 namespace {

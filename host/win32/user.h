@@ -43,6 +43,13 @@ class User {
 // default button everywhere and reads nothing. Returns the former user.
 User* SetUser(User* user);
 
+// Elsewhere than on Windows: the user to whom dialogs and message boxes are shown.
+User& CurrentUser();
+
+// On Windows: false where no window can be made, as in a session without a desktop or in Wine
+// without an X display. Makes a window that is never shown, and destroys it.
+bool HasDisplay();
+
 // Where OutputDebugStringA's text goes, elsewhere than on Windows: null (the default) drops it.
 using DebugSink = void (*)(const char* text, void* context);
 void SetDebugSink(DebugSink sink, void* context);

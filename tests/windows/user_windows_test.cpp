@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "host/win32/display.h"
 #include "host/win32/user.h"
 #include "tests/support/played_user.h"
 

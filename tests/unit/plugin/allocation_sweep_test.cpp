@@ -26,7 +26,7 @@
 #include "host/scene_file/scene_description.h"
 #include "host/sdk/host.h"
 #include "host/sdk/live_objects.h"
-#include "host/win32/module_function.h"
+#include "host/win32/module.h"
 #include "host/win32/user.h"
 #include "tests/support/chunks.h"
 #include "tests/support/export_run.h"

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "host/sdk/host.h"
-#include "host/win32/dialog_template.h"
 #include "host/win32/module.h"
 #include "host/win32/resources.h"
 #include "host/win32/window.h"

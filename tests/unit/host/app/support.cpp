@@ -7,7 +7,7 @@
 
 #include "host/app/exit_status.h"
 #include "host/app/run.h"
-#include "host/win32/module_function.h"
+#include "host/win32/module.h"
 
 namespace maxhost::app {
 

@@ -55,6 +55,7 @@ TEST(Stricmp, IgnoresCaseOfAsciiLetters) {
     EXPECT_LT(_stricmp("ab", "ABC"), 0);
     EXPECT_GT(_stricmp("abc", "AB"), 0);
     EXPECT_LT(_stricmp("_", "a"), 0) << "compared as lower case";
+    EXPECT_NE(_stricmp("@", "`"), 0) << "letters only";
 }
 
 TEST(Strupr, ChangesAsciiLettersInPlace) {

@@ -6,10 +6,7 @@
 #include <fstream>
 #include <string>
 
-#include "host/win32/module_function.h"
-#ifndef _WIN32
 #include "host/win32/module.h"
-#endif
 
 namespace {
 
