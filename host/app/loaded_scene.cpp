@@ -56,7 +56,7 @@ void CheckReadable(const std::string& path) {
 LoadedScene LoadDescription(const std::string& path) {
     std::ifstream file(fs::path(path), std::ios::binary);
     LoadedScene loaded;
-    loaded.scene = import::ReadSceneDescription(file);
+    loaded.scene = scene_file::ReadSceneDescription(file);
     return loaded;
 }
 
@@ -146,8 +146,8 @@ void CheckAnimation(const std::string& wanted, const std::vector<Animation>& ani
 
 void Scale(float factor, scene::Scene& scene) {
     try {
-        import::ScaleLengths(scene, factor);
-    } catch (const import::SceneError& error) {
+        scene::ScaleLengths(scene, factor);
+    } catch (const scene::SceneError& error) {
         throw Failure(kExitRefused, "--scale", std::string("in the scaled scene, ") + error.what());
     }
 }
@@ -227,8 +227,8 @@ fs::path Target(const std::string& path) {
 void Write(const scene::Scene& scene, const fs::path& file, const std::string& path) {
     std::ofstream out(file, std::ios::binary);
     try {
-        import::WriteSceneDescription(scene, out);
-    } catch (const import::SceneError& error) {
+        scene_file::WriteSceneDescription(scene, out);
+    } catch (const scene::SceneError& error) {
         Refuse(path, error.what());
     }
     out.close();

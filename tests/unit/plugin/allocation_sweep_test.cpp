@@ -298,7 +298,7 @@ class AllocationSweep : public testing::Test {
         selected_ = selected;
         maxhost::Host& host = maxhost::Host::Instance();
         host.SetDir(APP_PLUGCFG_DIR, fs::absolute("config").string());
-        host.OpenScene(maxhost::import::ReadSceneDescriptionFromText(kScene));
+        host.OpenScene(maxhost::scene_file::ReadSceneDescriptionFromText(kScene));
         host.Select(host.Nodes());
     }
     void TearDown() override { maxhost::Host::Instance().CloseScene(); }

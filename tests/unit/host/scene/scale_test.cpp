@@ -11,8 +11,6 @@
 #include "tests/support/every_field.h"
 
 using namespace maxhost::scene;
-using maxhost::import::ScaleLengths;
-using maxhost::import::SceneError;
 
 namespace {
 

@@ -11,10 +11,10 @@
 #include "host/scene_file/scene_description.h"
 #include "tests/support/every_field.h"
 
-using maxhost::import::ReadSceneDescriptionFromText;
-using maxhost::import::SceneError;
-using maxhost::import::WriteSceneDescription;
 using maxhost::scene::Scene;
+using maxhost::scene::SceneError;
+using maxhost::scene_file::ReadSceneDescriptionFromText;
+using maxhost::scene_file::WriteSceneDescription;
 
 namespace {
 

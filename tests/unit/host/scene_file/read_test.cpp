@@ -12,8 +12,8 @@
 #include "tests/support/every_field.h"
 
 using namespace maxhost::scene;
-using maxhost::import::ReadSceneDescription;
-using maxhost::import::ReadSceneDescriptionFromText;
+using maxhost::scene_file::ReadSceneDescription;
+using maxhost::scene_file::ReadSceneDescriptionFromText;
 
 namespace {
 

@@ -13,9 +13,9 @@
 #include "tests/support/every_field.h"
 
 using namespace maxhost::scene;
-using maxhost::import::ReadSceneDescriptionFromText;
-using maxhost::import::SceneError;
-using maxhost::import::WriteSceneDescription;
+using maxhost::scene::SceneError;
+using maxhost::scene_file::ReadSceneDescriptionFromText;
+using maxhost::scene_file::WriteSceneDescription;
 
 namespace {
 
