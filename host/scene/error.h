@@ -1,4 +1,4 @@
-// What is wrong with a scene description, in one line.
+// Faults of a scene description, told in one line.
 #pragma once
 
 #include <cstddef>

@@ -98,7 +98,7 @@ class Scaler {
         ScaleShared(object.mesh);
     }
 
-    // What the pointer shares is copied and scaled the first time it is met.
+    // An object that several pointers share is copied and scaled once, when it is first met.
     template <class T>
     void ScaleShared(std::shared_ptr<const T>& shared) {
         if (!shared) {
