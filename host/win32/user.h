@@ -19,7 +19,7 @@ class Dialog {
     virtual std::string Text(int id) const = 0;
     virtual int DefaultButton() const = 0;  // its id; 0: none
 
-    // What a person does; nothing happens to a disabled control or in a dialog that is not open.
+    // Actions of a person; they do nothing to a disabled control or in a dialog that is not open.
     virtual void Click(int id) = 0;  // a button or a check box
     virtual void Type(int id,
                       const std::string& text) = 0;  // replaces an edit's text, then leaves it

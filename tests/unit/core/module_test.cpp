@@ -23,7 +23,7 @@ bool Contains(const Messages& messages, const std::string& text) {
     return std::find(messages.begin(), messages.end(), text) != messages.end();
 }
 
-// What the module printed before and behind its memory manager's report, and the report itself.
+// The module's output before and behind its memory manager's report, and the report itself.
 struct Ending {
     explicit Ending(const Messages& messages) {
         const auto begin = std::find(messages.begin(), messages.end(), "\n\n");

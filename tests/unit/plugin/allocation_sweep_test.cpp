@@ -116,7 +116,7 @@ void operator delete[](void* memory, const std::nothrow_t&) noexcept {
 
 namespace {
 
-// Which allocations fail; none do outside a FailingWindow.
+// Chooses the allocations that fail; none do outside a FailingWindow.
 struct Choice {
     long failing;
     bool andLater;

@@ -1,4 +1,4 @@
-// What the tests of hdo-export share.
+// Fixtures and helpers of the tests of hdo-export.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -43,7 +43,7 @@ struct Outcome {
 };
 Outcome RunProgram(const std::vector<std::string>& arguments);
 
-// What `choices` says of a setting; absent where it is not chosen.
+// The chosen value of a setting; absent where it is not chosen.
 template <class Value>
 std::optional<Value> Chosen(const DialogChoices& choices, Value ExportOptions::*setting) {
     for (std::size_t i = 0; i < choices.isChosen.size(); ++i) {

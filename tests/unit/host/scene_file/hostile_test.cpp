@@ -41,7 +41,8 @@ TEST(Damage, EveryPrefixIsRefusedInOneLine) {
     }
 }
 
-// What a damaged text still says must hold to the rules: it is written and read back.
+// A damaged text that is still read gives a scene that holds to the rules: it can be written and
+// read back.
 void ExpectSound(const std::string& text) {
     Scene scene;
     try {

@@ -1,4 +1,4 @@
-// What a description means: every field of every class, and the default of every field.
+// The meaning of a description: every field of every class, and the default of every field.
 #include <gtest/gtest.h>
 
 #include <cmath>

@@ -1,4 +1,4 @@
-// What is written is read back to the bit, and written again as the same text.
+// A written scene is read back to the bit, and is written again as the same text.
 #include <gtest/gtest.h>
 
 #include <bit>
