@@ -59,7 +59,7 @@ void CheckReadable(const std::string& path) {
 LoadedScene LoadDescription(const std::string& path) {
     std::ifstream file(fs::path(path), std::ios::binary);
     LoadedScene loaded;
-    loaded.scene = import::ReadSceneDescription(file);
+    loaded.scene = scene_file::ReadSceneDescription(file);
     return loaded;
 }
 
@@ -153,8 +153,8 @@ void CheckAnimation(const std::string& wanted, const std::vector<Animation>& ani
 
 void Scale(float factor, scene::Scene& scene) {
     try {
-        import::ScaleLengths(scene, factor);
-    } catch (const import::SceneError& error) {
+        scene::ScaleLengths(scene, factor);
+    } catch (const scene::SceneError& error) {
         throw Failure(kExitRefused, "--scale", std::string("in the scaled scene, ") + error.what());
     }
 }
@@ -238,8 +238,8 @@ void SaveScene(const scene::Scene& scene, const std::string& path) {
     };
     try {
         kta::ReplaceFile(path,
-                         [&](std::ostream& out) { import::WriteSceneDescription(scene, out); });
-    } catch (const import::SceneError& error) {
+                         [&](std::ostream& out) { scene_file::WriteSceneDescription(scene, out); });
+    } catch (const scene::SceneError& error) {
         refuse(error.what());
     } catch (const std::system_error& error) {
         refuse(error.code().message());

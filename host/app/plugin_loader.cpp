@@ -8,11 +8,8 @@
 #include <sstream>
 
 #include "host/app/exit_status.h"
-#include "host/win32/module_function.h"
-#include "kta/text.h"
-#ifndef _WIN32
 #include "host/win32/module.h"
-#endif
+#include "kta/text.h"
 
 namespace maxhost::app {
 namespace {

@@ -27,9 +27,9 @@ Exporter LoadExporter(const std::filesystem::path& plugIn,
 // holds one lacks an entry point: the plug-in calls them unseen.
 void CheckConverter(const std::vector<std::string>& plugInDirectories);
 
-// What the converter library of the first of these directories that holds one found wrong with the
-// last export, line by line. Empty too for a converter without `SpecialHaldenFaults`, which is an
-// addition of the stand-in.
+// The faults that the converter library found in the last export, line by line. The library is that
+// of the first of these directories that holds one. Empty also for a converter without
+// `SpecialHaldenFaults`, which only the stand-in has.
 std::vector<std::string> ConverterFaults(const std::vector<std::string>& plugInDirectories);
 
 }  // namespace maxhost::app

@@ -15,10 +15,9 @@
 #include "host/app/plugin_loader.h"
 #include "host/app/scene_report.h"
 #include "host/sdk/host.h"
+#include "host/win32/user.h"
 #include "kta/text.h"
-#ifdef _WIN32
-#include "host/win32/display.h"
-#else
+#ifndef _WIN32
 #include <sys/ioctl.h>
 #include <unistd.h>
 #endif

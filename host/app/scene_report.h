@@ -1,4 +1,4 @@
-// What is said about a scene: the table of --list, and what an export of it would lose.
+// Reports on a scene: the table of --list, and what an export of it would lose.
 #pragma once
 
 #include <cstdint>

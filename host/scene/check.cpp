@@ -33,15 +33,15 @@ class Place {
     std::string Pointer() const {
         std::string pointer = up_ ? up_->Pointer() : "";
         if (name_.data()) {
-            import::AppendStep(pointer, name_);
+            AppendStep(pointer, name_);
         } else if (up_) {
-            import::AppendStep(pointer, index_);
+            AppendStep(pointer, index_);
         }
         return pointer;
     }
 
     [[noreturn]] void Refuse(std::string_view found, std::string_view expected) const {
-        throw import::SceneError(Pointer(), found, expected);
+        throw SceneError(Pointer(), found, expected);
     }
 
   private:
@@ -52,7 +52,7 @@ class Place {
 
 void ExpectFinite(const Place& place, float number) {
     if (!std::isfinite(number)) {
-        place.Refuse(import::Shown(number), "a finite number");
+        place.Refuse(Shown(number), "a finite number");
     }
 }
 
@@ -138,7 +138,7 @@ class ControllerNames {
         }
         ExpectText(place, id);
         if (!isFloat_.emplace(id, isFloat).second) {
-            place.Refuse(import::Shown(id), "an id that no other controller has");
+            place.Refuse(Shown(id), "an id that no other controller has");
         }
     }
 
@@ -152,12 +152,12 @@ class ControllerNames {
         for (const Reference& reference : references_) {
             const auto named = isFloat_.find(reference.id);
             if (named == isFloat_.end()) {
-                throw import::SceneError(reference.pointer, import::Shown(reference.id),
-                                         "the id of a controller or transform of the scene");
+                throw SceneError(reference.pointer, Shown(reference.id),
+                                 "the id of a controller or transform of the scene");
             }
             if (reference.isFloat && !named->second) {
-                throw import::SceneError(reference.pointer, import::Shown(reference.id),
-                                         "the id of a float controller");
+                throw SceneError(reference.pointer, Shown(reference.id),
+                                 "the id of a float controller");
             }
         }
     }
@@ -249,15 +249,15 @@ void MaterialGraph::CheckDepth(std::size_t first) {
 void MaterialGraph::CheckReference(const Reference& reference, Top& from) {
     const Top& target = tops_[reference.target];
     if (target.state == State::open) {
-        throw import::SceneError(reference.pointer, std::to_string(reference.target),
-                                 "a material that does not lead back to this one");
+        throw SceneError(reference.pointer, std::to_string(reference.target),
+                         "a material that does not lead back to this one");
     }
     const int levels = reference.level - 1 + target.levels;
     if (levels > kMostLevels) {
-        throw import::SceneError(reference.pointer,
-                                 std::to_string(reference.target) + ", which makes " +
-                                     std::to_string(levels) + " levels of materials",
-                                 "at most " + std::to_string(kMostLevels) + " levels");
+        throw SceneError(reference.pointer,
+                         std::to_string(reference.target) + ", which makes " +
+                             std::to_string(levels) + " levels of materials",
+                         "at most " + std::to_string(kMostLevels) + " levels");
     }
     from.levels = std::max(from.levels, levels);
 }

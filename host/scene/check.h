@@ -10,7 +10,7 @@ constexpr int kMostLevels = 64;      // of materials, maps and list controllers 
 constexpr int kMostMapChannel = 99;  // from 1
 constexpr int kMostMapSlot = 999;    // from 0; far beyond what any material of 3ds Max has
 
-// Throws import::SceneError for the first fault, with the JSON pointer that the place has in the
+// Throws SceneError for the first fault, with the JSON pointer that the place has in the
 // scene's description; costs time linear in the scene, whatever its shape. Held to here: numbers
 // are finite; texts are UTF-8 without NUL; ticks a second fit 32 bits; positions lie in the list
 // they point into; parents and materials form no cycles; materials (references to the scene's

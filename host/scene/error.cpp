@@ -5,7 +5,7 @@
 #include <charconv>
 #include <cstdio>
 
-namespace maxhost::import {
+namespace maxhost::scene {
 namespace {
 
 constexpr std::size_t kLongestName = 100;
@@ -81,4 +81,4 @@ std::string Shown(float number) {
     return {text, end.ptr};
 }
 
-}  // namespace maxhost::import
+}  // namespace maxhost::scene

@@ -1,4 +1,4 @@
-// What is wrong with a scene description, in one line.
+// Faults of a scene description, told in one line.
 #pragma once
 
 #include <cstddef>
@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace maxhost::import {
+namespace maxhost::scene {
 
 // The message names no file; the caller knows it. It reads "<JSON pointer>: <what stands there>,
 // expected <what>", the root's pointer being "/", or "line L, column C: <what>" for text that is
@@ -29,4 +29,4 @@ void AppendStep(std::string& pointer, std::size_t index);
 std::string Shown(std::string_view text);
 std::string Shown(float number);
 
-}  // namespace maxhost::import
+}  // namespace maxhost::scene

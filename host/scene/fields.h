@@ -23,7 +23,7 @@ enum class Presence {
     absent,   // objects of this class do not have it
 };
 
-// What a field's value means where its type does not say it. For lists: what each element means.
+// The meaning of a field's value where its type does not say it; of a list: that of each element.
 enum class Meaning {
     plain,
     word,            // an id or a mask, which people know in hexadecimal
@@ -99,7 +99,7 @@ inline constexpr std::tuple<> kFields{};
 template <class T>
 concept Structure = !std::is_same_v<decltype(kFields<T>), const std::tuple<>>;
 
-// What messages call a structure.
+// The name of a structure in messages.
 template <class T>
 inline constexpr std::string_view kNameOf = "an object";
 

@@ -14,10 +14,8 @@
 #include "host/scene/check.h"
 #include "host/scene/fields.h"
 
-namespace maxhost::import {
+namespace maxhost::scene {
 namespace {
-
-using scene::Meaning;
 
 // Goes through a scene by its lists of fields and multiplies what they call lengths, and the
 // translations of matrices. Where the rest of the structure decides on what is a length, there is
@@ -26,9 +24,9 @@ class Scaler {
   public:
     explicit Scaler(float factor) : factor_(factor) {}
 
-    template <scene::Structure T>
+    template <Structure T>
     void Scale(T& object) {
-        scene::ForEachField<T>([&](const auto& field) {
+        ForEachField<T>([&](const auto& field) {
             ScaleValue<std::remove_cvref_t<decltype(field)>::kMeaning>(field.Of(object));
         });
     }
@@ -40,9 +38,9 @@ class Scaler {
             if constexpr (kMeaning == Meaning::length || kMeaning == Meaning::ofRole) {
                 value *= factor_;
             }
-        } else if constexpr (std::is_same_v<T, scene::Matrix>) {
+        } else if constexpr (std::is_same_v<T, Matrix>) {
             ScaleValue<Meaning::length>(value[3]);
-        } else if constexpr (scene::Structure<T>) {
+        } else if constexpr (Structure<T>) {
             Scale(value);
         } else if constexpr (requires { value.valueless_by_exception(); }) {
             std::visit([&](auto& kind) { ScaleValue<kMeaning>(kind); }, value);
@@ -64,7 +62,7 @@ class Scaler {
     }
 
     // Only a position's controllers hold lengths.
-    void Scale(scene::PrsTransform& transform) {
+    void Scale(PrsTransform& transform) {
         if (transform.position) {
             ScaleValue<Meaning::plain>(transform.position->kind);
             ScaleJoint(transform.position->jointParams);
@@ -78,7 +76,7 @@ class Scaler {
     }
 
     // Joint parameters say by their own flags whether they limit a position or a rotation.
-    void ScaleJoint(std::optional<scene::JointParams>& joint) {
+    void ScaleJoint(std::optional<JointParams>& joint) {
         constexpr std::uint32_t kKind = 0xc0000000;
         constexpr std::uint32_t kSliding = 0x80000000;
         if (joint && (joint->flags & kKind) == kSliding) {
@@ -87,7 +85,7 @@ class Scaler {
         }
     }
 
-    void Scale(scene::Object& object) {
+    void Scale(Object& object) {
         constexpr std::uint32_t kGeometry = 0x10;
         constexpr std::uint32_t kShape = 0x40;
         constexpr std::uint32_t kHelper = 0x50;
@@ -100,7 +98,7 @@ class Scaler {
         ScaleShared(object.mesh);
     }
 
-    // What the pointer shares is copied and scaled the first time it is met.
+    // An object that several pointers share is copied and scaled once, when it is first met.
     template <class T>
     void ScaleShared(std::shared_ptr<const T>& shared) {
         if (!shared) {
@@ -122,17 +120,17 @@ class Scaler {
     using Copies = std::unordered_map<std::shared_ptr<const T>, std::shared_ptr<const T>>;
 
     float factor_;
-    std::tuple<Copies<scene::Mesh>, Copies<scene::FloatController>> copies_;
+    std::tuple<Copies<Mesh>, Copies<FloatController>> copies_;
 };
 
 }  // namespace
 
-void ScaleLengths(scene::Scene& scene, float factor) {
+void ScaleLengths(Scene& scene, float factor) {
     Scaler scaler(factor);
-    for (scene::Node& node : scene.nodes) {
+    for (Node& node : scene.nodes) {
         scaler.Scale(node);
     }
-    scene::Check(scene);
+    Check(scene);
 }
 
-}  // namespace maxhost::import
+}  // namespace maxhost::scene

@@ -3,7 +3,7 @@
 
 #include "host/scene/scene.h"
 
-namespace maxhost::import {
+namespace maxhost::scene {
 
 // Multiplies every length by `factor`, each once, data that several places share included (it stays
 // shared): vertices and morph points; the translation rows of transforms, samples and object
@@ -12,6 +12,6 @@ namespace maxhost::import {
 // such an object's size. Not changed: what cameras and lights have as parameter 0 (an angle, an
 // intensity), expressions of wires, and everything without the dimension of a length. Throws
 // SceneError when a length is no longer finite.
-void ScaleLengths(scene::Scene& scene, float factor);
+void ScaleLengths(Scene& scene, float factor);
 
-}  // namespace maxhost::import
+}  // namespace maxhost::scene

@@ -25,7 +25,7 @@
 #include "host/scene_file/json_in.h"
 #include "host/scene_file/json_out.h"
 
-namespace maxhost::import {
+namespace maxhost::scene_file {
 
 using scene::Meaning;
 
@@ -218,7 +218,8 @@ struct Codec<std::map<Number, T>, kMeaning> : Block {
             ++i;
             const std::optional<std::uint32_t> number = ReadPositionName(name);
             if (!number || !std::in_range<Number>(*number)) {
-                throw SceneError((*i).Pointer(), "the name " + Shown(name), "a number as name");
+                throw scene::SceneError((*i).Pointer(), "the name " + scene::Shown(name),
+                                        "a number as name");
             }
             if ((*i).Kind() != JsonKind::null) {
                 Codec<T, kMeaning>::Read(*i, result[static_cast<Number>(*number)]);
@@ -264,4 +265,4 @@ struct Codec<std::shared_ptr<const T>, Meaning::pointerOrNull> : Inline {
     }
 };
 
-}  // namespace maxhost::import
+}  // namespace maxhost::scene_file

@@ -12,7 +12,7 @@
 
 #include "host/scene/error.h"
 
-namespace maxhost::import {
+namespace maxhost::scene_file {
 namespace {
 
 // Its reals are f32, so that the text's digits are rounded once.
@@ -30,8 +30,8 @@ constexpr std::uint64_t kOpen = 0;  // the end of a list or object that is still
     const std::string_view before = text.substr(0, at);
     const std::size_t line = 1 + std::count(before.begin(), before.end(), '\n');
     const std::size_t lineStart = before.rfind('\n') + 1;  // npos + 1 is 0
-    throw SceneError("line " + std::to_string(line) + ", column " +
-                     std::to_string(at - lineStart + 1) + ": " + what);
+    throw scene::SceneError("line " + std::to_string(line) + ", column " +
+                            std::to_string(at - lineStart + 1) + ": " + what);
 }
 
 // The parser's own message without its preamble, and with what stands at the place instead of all
@@ -44,7 +44,8 @@ std::string ParserMessage(std::string message, const std::string& token, std::st
     const std::string lastRead = "; last read: '" + token + "'";
     const std::size_t at = message.find(lastRead);
     if (at != std::string::npos) {
-        message.replace(at, lastRead.size(), " at " + Shown(rest.substr(0, rest.find('\n'))));
+        message.replace(at, lastRead.size(),
+                        " at " + scene::Shown(rest.substr(0, rest.find('\n'))));
     }
     return message;
 }
@@ -129,8 +130,8 @@ bool TreeBuilder::AddText(const std::string& text) {
         {JsonKind::text, static_cast<std::uint32_t>(text.size()), tree_.texts_.size()});
     tree_.texts_ += text;
     if (text.find('\0') != std::string::npos) {
-        throw SceneError(tree_.PointerTo(tree_.entries_.size() - 1), "text with a NUL character",
-                         "text without");
+        throw scene::SceneError(tree_.PointerTo(tree_.entries_.size() - 1),
+                                "text with a NUL character", "text without");
     }
     return true;
 }
@@ -140,9 +141,9 @@ bool TreeBuilder::Open(JsonKind kind) {
     open_.push_back(tree_.entries_.size() - 1);
     if (open_.size() > JsonTree::kMaxNesting) {
         const std::string most = std::to_string(JsonTree::kMaxNesting);
-        throw SceneError(tree_.PointerTo(open_.back()),
-                         "lists and objects nested more than " + most + " levels deep",
-                         "at most " + most + " levels");
+        throw scene::SceneError(tree_.PointerTo(open_.back()),
+                                "lists and objects nested more than " + most + " levels deep",
+                                "at most " + most + " levels");
     }
     return true;
 }
@@ -168,7 +169,7 @@ void TreeBuilder::RefuseTwins(std::size_t object) {
         }
     }
     if (firstTwin != end) {
-        throw SceneError(tree_.PointerTo(firstTwin), "a field given twice", "it once");
+        throw scene::SceneError(tree_.PointerTo(firstTwin), "a field given twice", "it once");
     }
 }
 
@@ -177,9 +178,9 @@ bool TreeBuilder::parse_error(std::size_t position, const std::string& token,
     constexpr int kNumberOverflow = 406;
     if (fault.id == kNumberOverflow) {
         Add(JsonKind::real, 0);
-        throw SceneError(tree_.PointerTo(tree_.entries_.size() - 1),
-                         token.size() > 40 ? token.substr(0, 40) + "..." : token,
-                         "a number that is finite as f32");
+        throw scene::SceneError(tree_.PointerTo(tree_.entries_.size() - 1),
+                                token.size() > 40 ? token.substr(0, 40) + "..." : token,
+                                "a number that is finite as f32");
     }
     // `position` counts the bytes read, the one that does not fit included. The byte that does not
     // fit an ill-formed character stands behind its beginning.
@@ -191,7 +192,7 @@ bool TreeBuilder::parse_error(std::size_t position, const std::string& token,
 
 JsonTree::JsonTree(std::string_view text) {
     if (text.size() > kLongestText) {
-        throw SceneError("", std::to_string(text.size()) + " bytes", "less than 4 GiB");
+        throw scene::SceneError("", std::to_string(text.size()) + " bytes", "less than 4 GiB");
     }
     // The parser would take a NUL byte for the end of the text.
     const std::size_t nul = text.find('\0');
@@ -234,7 +235,7 @@ std::string JsonTree::PointerTo(std::size_t target) const {
                 break;
             }
         }
-        isObject ? AppendStep(pointer, name) : AppendStep(pointer, index);
+        isObject ? scene::AppendStep(pointer, name) : scene::AppendStep(pointer, index);
         at = child;
     }
     return pointer;
@@ -295,12 +296,12 @@ std::string JsonValue::Describe() const {
             return (Size() == kMinus ? "-" : "") + std::to_string(Integer());
         case JsonKind::real: {
             // The text has a point or an exponent, and is not to be read as a whole number.
-            const std::string shown = Shown(Real());
+            const std::string shown = scene::Shown(Real());
             const bool looksWhole = shown.find_first_not_of("-0123456789") == std::string::npos;
             return shown + (looksWhole ? ".0" : "");
         }
         case JsonKind::text:
-            return Shown(Text());
+            return scene::Shown(Text());
         case JsonKind::list:
             return Size() == 0 ? "an empty list" : "a list of " + std::to_string(Size());
         case JsonKind::object:
@@ -310,7 +311,7 @@ std::string JsonValue::Describe() const {
 }
 
 void JsonValue::Refuse(std::string_view expected) const {
-    throw SceneError(Pointer(), Describe(), expected);
+    throw scene::SceneError(Pointer(), Describe(), expected);
 }
 
 namespace {
@@ -320,7 +321,7 @@ constexpr std::int64_t kLargestWord = std::numeric_limits<std::uint32_t>::max();
 
 std::string PointerTo(JsonValue object, std::string_view name) {
     std::string pointer = object.Pointer();
-    AppendStep(pointer, name);
+    scene::AppendStep(pointer, name);
     return pointer;
 }
 
@@ -395,7 +396,7 @@ std::string ListNames(std::span<const std::string_view> names) {
     for (std::size_t i = 0; i < shown.size(); ++i) {
         const bool isLast = i + 1 == shown.size();
         list += i == 0 ? "" : isLast ? " or " : ", ";
-        list += Shown(shown[i]);
+        list += scene::Shown(shown[i]);
     }
     return list;
 }
@@ -460,7 +461,8 @@ void JsonObject::Close() const {
     for (JsonValue::Iterator i = object_.begin(); i != object_.end(); ++i) {
         const std::string_view name = (*i).Text();
         if (std::find(known_.begin(), known_.end(), name) == known_.end()) {
-            throw SceneError(PointerTo(object_, name), "an unknown field", ListNames(known_));
+            throw scene::SceneError(PointerTo(object_, name), "an unknown field",
+                                    ListNames(known_));
         }
         ++i;
     }
@@ -471,7 +473,7 @@ void JsonObject::Close() const {
 
 void JsonObject::RefuseMissing(std::string_view name, std::string_view expected) const {
     const std::optional<JsonValue> value = Look(name);
-    throw SceneError(PointerTo(object_, name), value ? "null" : "nothing", expected);
+    throw scene::SceneError(PointerTo(object_, name), value ? "null" : "nothing", expected);
 }
 
-}  // namespace maxhost::import
+}  // namespace maxhost::scene_file

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace maxhost::import {
+namespace maxhost::scene_file {
 
 enum class JsonKind : std::uint8_t { null, boolean, integer, real, text, list, object };
 
@@ -144,4 +144,4 @@ class JsonObject {
     std::optional<Missing> missing_;
 };
 
-}  // namespace maxhost::import
+}  // namespace maxhost::scene_file

@@ -5,7 +5,7 @@
 
 #include "host/scene/error.h"
 
-namespace maxhost::import {
+namespace maxhost::scene_file {
 namespace {
 
 constexpr std::size_t kFullLine = 88;
@@ -40,7 +40,7 @@ void JsonOut::Word(std::uint32_t value) {
 }
 
 void JsonOut::Real(float value) {
-    const std::string text = Shown(value);
+    const std::string text = scene::Shown(value);
     Put(text == "-0" ? "-0.0" : text);  // many readers take -0 for the integer 0
 }
 
@@ -101,4 +101,4 @@ void JsonOut::Flush() {
     lineStart_ = 0;
 }
 
-}  // namespace maxhost::import
+}  // namespace maxhost::scene_file

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace maxhost::import {
+namespace maxhost::scene_file {
 
 class JsonOut {
   public:
@@ -50,4 +50,4 @@ class JsonOut {
     bool isLineWanted_ = false;
 };
 
-}  // namespace maxhost::import
+}  // namespace maxhost::scene_file

@@ -19,7 +19,7 @@
 #include "host/scene/fields.h"
 #include "host/scene_file/codec.h"
 
-namespace maxhost::import {
+namespace maxhost::scene_file {
 
 using scene::ForEachField;
 using scene::Presence;
@@ -681,7 +681,7 @@ scene::Scene ReadSceneDescriptionFromText(std::string_view text) try {
     scene::Check(scene);
     return scene;
 } catch (const std::bad_alloc&) {
-    throw SceneError(kTooLarge);
+    throw scene::SceneError(kTooLarge);
 }
 
 scene::Scene ReadSceneDescription(std::istream& in) try {
@@ -691,11 +691,11 @@ scene::Scene ReadSceneDescription(std::istream& in) try {
         text.append(block, static_cast<std::size_t>(in.gcount()));
     }
     if (in.bad()) {
-        throw SceneError("it cannot be read");
+        throw scene::SceneError("it cannot be read");
     }
     return ReadSceneDescriptionFromText(text);
 } catch (const std::bad_alloc&) {
-    throw SceneError(kTooLarge);
+    throw scene::SceneError(kTooLarge);
 }
 
 void WriteSceneDescription(const scene::Scene& scene, std::ostream& out) {
@@ -705,4 +705,4 @@ void WriteSceneDescription(const scene::Scene& scene, std::ostream& out) {
     json.Finish();
 }
 
-}  // namespace maxhost::import
+}  // namespace maxhost::scene_file

@@ -8,7 +8,7 @@
 #include "host/scene/error.h"
 #include "host/scene/scene.h"
 
-namespace maxhost::import {
+namespace maxhost::scene_file {
 
 // Reads a whole description; what it returns has passed scene::Check(). Quaternions are normalised
 // unless they are of unit length already. Throws SceneError for the first fault, or when the stream
@@ -22,4 +22,4 @@ scene::Scene ReadSceneDescriptionFromText(std::string_view text);
 // not pass scene::Check().
 void WriteSceneDescription(const scene::Scene& scene, std::ostream& out);
 
-}  // namespace maxhost::import
+}  // namespace maxhost::scene_file

@@ -1,5 +1,5 @@
-// What a plug-in holds of the host's: objects that belong to it, made by NewDefaultStdMat or by a
-// conversion and deleted with DeleteMe(), and interfaces that it has to release.
+// The host's objects and interfaces that a plug-in holds: objects made by NewDefaultStdMat or by a
+// conversion, which it deletes with DeleteMe(), and interfaces, which it releases.
 #pragma once
 
 #include <unordered_map>

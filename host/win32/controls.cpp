@@ -2,8 +2,6 @@
 
 #include <vector>
 
-#include "host/win32/text.h"
-
 namespace win32 {
 namespace {
 
@@ -29,7 +27,7 @@ void RegisterControlClass(const std::string& name, ControlMaker make) {
 
 std::unique_ptr<WindowObject> MakeControl(const std::string& className, WindowObject* dialog) {
     for (const ControlClass& known : Classes()) {
-        if (EqualIgnoringCase(known.name, className)) {
+        if (_stricmp(known.name.c_str(), className.c_str()) == 0) {
             return known.make(dialog);
         }
     }

@@ -6,10 +6,9 @@
 #include <vector>
 
 #include "host/win32/controls.h"
-#include "host/win32/current_user.h"
-#include "host/win32/dialog_template.h"
 #include "host/win32/module.h"
 #include "host/win32/resources.h"
+#include "host/win32/user.h"
 #include "host/win32/window.h"
 
 namespace win32 {

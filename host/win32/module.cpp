@@ -8,8 +8,6 @@
 #include <map>
 #include <vector>
 
-#include "host/win32/text.h"
-
 namespace win32 {
 namespace {
 
@@ -52,7 +50,7 @@ std::vector<std::string> Candidates(std::string path) {
     std::replace(path.begin(), path.end(), '\\', '/');
     names.push_back(path);
     const std::filesystem::path asDll(path);
-    if (EqualIgnoringCase(asDll.extension().string(), ".dll")) {
+    if (_stricmp(asDll.extension().c_str(), ".dll") == 0) {
         names.push_back(std::filesystem::path(asDll).replace_extension(".so").string());
     }
     for (std::string& name : names) {

@@ -5,8 +5,6 @@
 
 #include <utility>
 
-#include "host/win32/current_user.h"
-
 namespace win32 {
 namespace {
 

@@ -19,7 +19,7 @@ class Dialog {
     virtual std::string Text(int id) const = 0;
     virtual int DefaultButton() const = 0;  // its id; 0: none
 
-    // What a person does; nothing happens to a disabled control or in a dialog that is not open.
+    // Actions of a person; they do nothing to a disabled control or in a dialog that is not open.
     virtual void Click(int id) = 0;  // a button or a check box
     virtual void Type(int id,
                       const std::string& text) = 0;  // replaces an edit's text, then leaves it
@@ -42,6 +42,13 @@ class User {
 // Not owned. Null puts back the default: on Windows a person, elsewhere a user who presses the
 // default button everywhere and reads nothing. Returns the former user.
 User* SetUser(User* user);
+
+// Elsewhere than on Windows: the user to whom dialogs and message boxes are shown.
+User& CurrentUser();
+
+// On Windows: false where no window can be made, as in a session without a desktop or in Wine
+// without an X display. Makes a window that is never shown, and destroys it.
+bool HasDisplay();
 
 // Where OutputDebugStringA's text goes, elsewhere than on Windows: null (the default) drops it.
 using DebugSink = void (*)(const char* text, void* context);

@@ -163,7 +163,7 @@ bool IsMessageBox(HWND dialog) {
            module == GetModuleHandleA("user32.dll");
 }
 
-// What the user throws cannot pass Windows' frames, so that it ends the program.
+// An exception of the user's cannot pass Windows' frames: it ends the program.
 void CALLBACK OnTimer(HWND, UINT, UINT_PTR timer, DWORD) noexcept {
     const auto found = newDialogs.find(timer);
     const HWND window = found != newDialogs.end() ? found->second : nullptr;
@@ -200,6 +200,12 @@ User* SetUser(User* user) {
         UnhookWindowsHookEx(std::exchange(hook, nullptr));
     }
     return std::exchange(currentUser, user);
+}
+
+bool HasDisplay() {
+    const HWND window =
+        CreateWindowExA(0, "Static", "", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
+    return window != nullptr && DestroyWindow(window) != FALSE;
 }
 
 }  // namespace win32

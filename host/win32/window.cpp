@@ -1,10 +1,9 @@
 #include "host/win32/window.h"
 
 #include <cstring>
+#include <string_view>
 #include <unordered_set>
 #include <utility>
-
-#include "host/win32/text.h"
 
 namespace {
 
@@ -16,6 +15,17 @@ std::unordered_set<const WindowObject*>& LiveWindows() {
 
 bool IsLive(const WindowObject* window) {
     return LiveWindows().contains(window);
+}
+
+// The longest prefix of at most `size` bytes that does not end inside a UTF-8 sequence.
+std::string_view CutUtf8(std::string_view text, std::size_t size) {
+    if (text.size() <= size) {
+        return text;
+    }
+    while (size > 0 && (static_cast<unsigned char>(text[size]) & 0xc0) == 0x80) {
+        --size;
+    }
+    return text.substr(0, size);
 }
 
 }  // namespace

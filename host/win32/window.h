@@ -6,16 +6,16 @@
 #include <memory>
 #include <string>
 
-// What an HWND points to. A class of controls derives from it.
+// The object that an HWND points to. Classes of controls derive from it.
 struct WindowObject {
     explicit WindowObject(WindowObject* owner);
     virtual ~WindowObject();
     WindowObject(const WindowObject&) = delete;
     WindowObject& operator=(const WindowObject&) = delete;
 
-    // What SendMessageA gives. This one knows WM_SETTEXT, WM_GETTEXT and WM_GETTEXTLENGTH.
+    // The result of SendMessageA. This class handles WM_SETTEXT, WM_GETTEXT and WM_GETTEXTLENGTH.
     virtual LRESULT OnMessage(UINT message, WPARAM wParam, LPARAM lParam);
-    // A dialog is none, and a control has a parent.
+    // False for a dialog. A control has a parent.
     virtual bool IsControl() const { return true; }
     // Whether a person can type into it.
     virtual bool TakesTyping() const { return false; }

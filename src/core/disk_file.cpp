@@ -93,7 +93,7 @@ UInt32 DiskFile::Size() {
     if (file == NULL) {
         return kNoPosition;
     }
-    // As `long`, which may pass what Seek takes.
+    // A `long`: the position may be one that Seek does not take.
     const long position = ftell(file);
     fseek(file, 0, SEEK_END);
     const UInt32 size = Position();

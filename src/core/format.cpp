@@ -10,8 +10,9 @@ int FormatBounded(char* buffer, int size, const char* format, va_list arguments)
         return 0;
     }
 #if defined(_MSC_VER)
-    // _vsnprintf answers -1 for a cut text as for what it cannot format, and puts no NUL behind a
-    // text that fills the buffer. The list is a plain pointer there, so it can be used twice.
+    // _vsnprintf answers -1 both for a text that it cuts and for one that it cannot format, and
+    // puts no NUL behind a text that fills the buffer. The list is a plain pointer there, so it can
+    // be used twice.
     int stored = _vscprintf(format, arguments);
     _vsnprintf(buffer, size, format, arguments);
 #else

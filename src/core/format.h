@@ -21,7 +21,7 @@ namespace Plinth {
 
 // Formats into a buffer of `size` bytes, cuts what does not fit and always ends the text with a
 // NUL. Returns the number of characters stored, the NUL not counted: at most size - 1; 0 for a null
-// buffer or a size below 1, which stay untouched. What the C library cannot format is empty.
+// buffer or a size below 1, which stay untouched. Text that the C library cannot format is empty.
 int FormatBounded(char* buffer, int size, const char* format, va_list arguments)
     PLINTH_PRINTF(3, 0);
 

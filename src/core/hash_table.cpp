@@ -19,11 +19,6 @@ void HashTable::Add(UInt32 hash) {
     Append(number);
 }
 
-void HashTable::Clear() {
-    entries.Clear();
-    lastOfChain.Clear();
-}
-
 void HashTable::Append(Int32 number) {
     Int32& last = lastOfChain[ChainOf(entries[number].hash)];
     if (last == kNone) {
@@ -107,16 +102,6 @@ void KeyIndex::Set(UInt64 key, Int32 value) {
     table.Add(HashOf(key, 0));
     const Entry entry = {key, value};
     entries.Add(entry);
-}
-
-void KeyIndex::Reserve(Int32 count) {
-    entries.Reserve(count);
-    table.Reserve(count);
-}
-
-void KeyIndex::Clear() {
-    table.Clear();
-    entries.Clear();
 }
 
 Int32 KeyIndex::PlaceOf(UInt64 key) const {

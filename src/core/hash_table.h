@@ -24,11 +24,9 @@ class HashTable {
     Int32 Count() const { return entries.Count(); }
     // Makes the room for numbers exactly `count`, also when that is less than before.
     void Reserve(Int32 count) { entries.Reserve(count); }
-    // Forgets all and gives the storage back.
-    void Clear();
 
     // Goes through the numbers of one hash in ascending order. Of several walks at a time none may
-    // remove, and none survives Add or Clear.
+    // remove, and none survives Add.
     class Walk {
       public:
         Walk(const HashTable& table, UInt32 hash);
@@ -98,12 +96,6 @@ class KeyIndex {
     bool Find(UInt64 key, Int32& value) const;
     // Sets or replaces the key's number. Without memory throws std::bad_alloc and changes nothing.
     void Set(UInt64 key, Int32 value);
-    // Room for `count` keys in all.
-    void Reserve(Int32 count);
-    // Forgets all and gives the storage back.
-    void Clear();
-
-    Int32 Count() const { return entries.Count(); }
 
   private:
     KeyIndex(const KeyIndex&);

@@ -1,4 +1,4 @@
-// Owners that give back what they hold when they go out of scope.
+// Owners of a resource that give it back when they go out of scope.
 #ifndef PLINTH_HOLDER_H
 #define PLINTH_HOLDER_H
 

@@ -9,7 +9,7 @@
 
 namespace Plinth {
 
-// What the registry knows of a holder. Holders are compared by destruction priority.
+// A holder as the registry sees it. Holders are compared by destruction priority.
 class InstanceManagerBase {
   public:
     InstanceManagerBase() : priority(0) {}

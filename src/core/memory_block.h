@@ -8,7 +8,7 @@
 
 namespace Plinth {
 
-// What stands in a block in front of each allocation's padding and data. The records of a block are
+// The record in a block in front of each allocation's padding and data. The records of a block are
 // a doubly linked list in address order; null ends it on both sides. A record may lie at any
 // address, so it is loaded and stored by copying.
 struct AllocationRecord {

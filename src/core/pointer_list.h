@@ -44,11 +44,6 @@ class PointerList {
         table.Reserve(count);
     }
 
-    void Clear() {
-        entries.Clear();
-        table.Clear();
-    }
-
   private:
     static UInt32 Hash(const T* entry) { return HashOf(AddressKey(entry), 0); }
 

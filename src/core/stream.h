@@ -9,7 +9,7 @@
 
 namespace Plinth {
 
-// What a failed string read names as its function; may be replaced.
+// The function name in the exception of a failed string read; may be replaced.
 extern const char* streamReadFunction;
 
 // A plain concatenation of the values' bytes in the machine's order, without padding. `long` has 4

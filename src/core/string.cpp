@@ -279,7 +279,7 @@ bool String::RemoveFirst(const char* subText) {
 }
 
 // Characters are kept one by one, and the sub-text is dropped as soon as it stands at the end of
-// what is kept: the same as removing the first occurrence again and again, in one walk.
+// the text kept so far: the same as removing the first occurrence again and again, in one walk.
 bool String::RemoveAll(const char* subText) {
     const String removed(subText);
     if (data == NULL || removed.TextLength() == 0) {

@@ -186,7 +186,7 @@ void RunIndexPass(INode* node, SubMeshList& subMeshes) {
     LogSubMeshes(subMeshes);
 }
 
-// Fills in what the header says of the mesh itself; false when there is none.
+// Fills in the counts of the mesh itself, as 3ds Max has it; false when there is none.
 bool DescribeMesh(KTAMesh& header, INode* node) {
     const TriangleMesh source(node);
     Mesh* const mesh = source.Get();

@@ -39,7 +39,7 @@ void FindRange(const MaxMorphChannel& channel, Float32& minimum, Float32& maximu
     }
 }
 
-// The low 16 bits of the value without its fraction; 0 for what no integer holds.
+// The low 16 bits of the value without its fraction; 0 for a value that no integer holds.
 UInt16 LowBits(Float32 value) {
     const Float32 limit = 9.0e18f;
     if (!(value > -limit && value < limit)) {

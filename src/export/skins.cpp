@@ -63,7 +63,7 @@ INode* OpenSkin::NextBone(const Plinth::PointerList<INode>& exported,
     return NULL;
 }
 
-// Counts what is written of the vertex before.
+// Counts the weights that are written of the vertex before.
 bool OpenSkin::GatherNextVertex(const ExportOptions& options) {
     Optimize(weights, kind, options);
     entryBytes += sizeof(KTAWeight) * static_cast<UInt64>(NumWritten(weights));

@@ -1,14 +1,15 @@
 // One export, from the user's command to the result.
+#include <new>
+
 #include <max.h>
 #include <maxapi.h>
 
-#include <new>
-
+#include "core/array.h"
 #include "core/hash_table.h"
 #include "core/log.h"
+#include "core/string.h"
 #include "export/export_pass.h"
 #include "plugin/converter.h"
-#include "plugin/dialogs.h"
 #include "plugin/kta_exp.h"
 #include "plugin/module.h"
 #include "resources/resource.h"
@@ -28,7 +29,14 @@ class ProgressBar {
     explicit ProgressBar(Interface* shownBy) : ip(shownBy) {
         ip->ProgressStart(GetString(IDS_PROGRESS), TRUE, ProgressCallback, NULL);
     }
-    ~ProgressBar() { ip->ProgressEnd(); }
+    // May run while another exception is on its way.
+    ~ProgressBar() {
+        try {
+            ip->ProgressEnd();
+        } catch (...) {
+            // The bar stays; the export goes on.
+        }
+    }
 
   private:
     ProgressBar(const ProgressBar&);
@@ -124,19 +132,13 @@ bool RunWritingPass(PassKind kind, const char* name, const NodeList& roots, Inte
     return true;
 }
 
-void LogAnyway(const Plinth::String& line) {
+// Ends the log of an export that an exception ended, so that the next export begins it anew.
+void EndLog(const Plinth::String& lastLine) {
     try {
-        Plinth::GetLogManager().LogMessage(line);
+        Plinth::GetLogManager().LogMessage(lastLine);
+        Plinth::GetLogManager().ClearLogCallbacks();
     } catch (...) {
         // There is no log then.
-    }
-}
-
-void LogUnexpectedException(const Plinth::String& outOfMemoryLine) {
-    try {
-        Plinth::Log("*** Unexpected exception: the export is given up ***");
-    } catch (...) {
-        LogAnyway(outOfMemoryLine);
     }
 }
 
@@ -147,9 +149,10 @@ int KTAExp::DoExport(const MCHAR* name, ExpInterface*, Interface* i, BOOL, DWORD
     try {
         return RunExport(name, options == SCENE_EXPORT_SELECTED);
     } catch (const std::bad_alloc&) {
-        LogAnyway(outOfMemoryLine);
+        EndLog(outOfMemoryLine);
     } catch (...) {
-        LogUnexpectedException(outOfMemoryLine);
+        const Plinth::String line("*** Unexpected exception: the export is given up ***");
+        EndLog(line.Data() != NULL ? line : outOfMemoryLine);
     }
     return IMPEXP_FAIL;
 }
@@ -185,14 +188,4 @@ int KTAExp::RunExport(const char* name, bool selectedOnly) {
 
     Plinth::GetLogManager().ClearLogCallbacks();
     return IMPEXP_SUCCESS;
-}
-
-bool KTAExp::RunOptionsDialog() {
-    const INT_PTR result =
-        DialogBoxParamA(g_moduleInstance, MAKEINTRESOURCEA(IDD_OPTIONS), ip->GetMAXHWnd(),
-                        OptionsDialogProcedure, reinterpret_cast<LPARAM>(this));
-    if (result == kOptionsDialogOutOfMemory) {
-        throw std::bad_alloc();
-    }
-    return result != 0;
 }

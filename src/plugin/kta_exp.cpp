@@ -2,7 +2,8 @@
 
 #include <new>
 
-#include "plugin/dialogs.h"
+#include <winutil.h>
+
 #include "plugin/module.h"
 #include "resources/resource.h"
 
@@ -62,4 +63,24 @@ void KTAExp::ShowAbout(HWND parent) {
 
 BOOL KTAExp::SupportsOptions(int, DWORD options) {
     return options == SCENE_EXPORT_SELECTED ? TRUE : FALSE;
+}
+
+// Of the calls here only that of 3ds Max can throw.
+INT_PTR CALLBACK AboutDialogProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
+    switch (message) {
+        case WM_INITDIALOG:
+            try {
+                CenterWindow(dialog, GetParent(dialog));
+            } catch (...) {
+                EndDialog(dialog, 1);
+            }
+            return TRUE;
+        case WM_COMMAND:
+            if (LOWORD(wParam) == IDC_BACK) {
+                EndDialog(dialog, 1);
+            }
+            return TRUE;
+        default:
+            return FALSE;
+    }
 }

@@ -28,7 +28,8 @@ class KTAExp : public SceneExport {
     // Runs one export. `name` is the file that the user chose; only SCENE_EXPORT_SELECTED of
     // `options` counts. Returns 1 after a completed export and when the user cancels the options
     // dialog; 0 when a Skin modifier is not the last of its stack, a file cannot be created or
-    // memory runs out. In the last case one line of the log says so.
+    // memory runs out. In the last case one line of the log says so and ends it; the others leave
+    // the log open.
     virtual int DoExport(const MCHAR* name, ExpInterface* ei, Interface* i,
                          BOOL suppressPrompts = FALSE, DWORD options = 0);
     virtual BOOL SupportsOptions(int ext, DWORD options);
@@ -54,5 +55,15 @@ class KTAExp : public SceneExport {
     // Made with the exporter, so that it can be logged where no memory is left.
     const Plinth::String outOfMemoryLine;
 };
+
+// The procedures of its two dialogs. No exception leaves them.
+//
+// The options dialog, dialog 103: shows the exporter's options and takes the user's choices. Its
+// creation parameter is the KTAExp whose options it edits. Result 1 with Export, 0 with Cancel,
+// which changes no option. Export with a sample rate below 1 is refused with a message box; the
+// options that were read before it stay changed then.
+INT_PTR CALLBACK OptionsDialogProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam);
+// The About box, dialog 102: result 1, with the dialog's one button.
+INT_PTR CALLBACK AboutDialogProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam);
 
 #endif

@@ -12,7 +12,7 @@ namespace {
 
 const double kSqrtHalf = 0.70710678118654752440;
 const double kPolarTolerance = 1.0e-6;
-// The iteration converges quadratically; the bound only ends it for what is not a finite matrix.
+// The iteration converges quadratically; the bound only ends it for a matrix that is not finite.
 const int kMaxPolarSteps = 100;
 // Of a determinant, in parts of the sum of its products' magnitudes: two roundings in a product, a
 // difference and three additions, with some room.
@@ -114,7 +114,7 @@ Matrix33 AdjointTranspose(const Matrix33& a) {
     return result;
 }
 
-// Zero for what rounding alone can make of a singular matrix: its sign would be a matter of chance.
+// Zero where rounding alone can have made it differ from zero: its sign would be chance.
 double Determinant(const Matrix33& a) {
     double determinant = 0.0, magnitude = 0.0;
     for (int i = 0; i < 3; ++i) {

@@ -141,8 +141,8 @@ bool SubMeshList::AddVertex(Int32 subMesh, const CornerVertex& corner) {
     for (Int32 i = 0; i < 2 * numPairs; ++i) {
         uvs.Add(corner.uvs[i]);
     }
-    // What matches nothing gets a hash of its own: many of one hash would be walked again and
-    // again.
+    // A corner that can match nothing gets a hash of its own: many of one hash would be walked
+    // again and again.
     matches.Add(CanMatch(corner) ? Hash(subMesh, corner) : static_cast<UInt32>(position));
     ++subMeshes[subMesh].storedVertices;
     return true;

@@ -174,7 +174,7 @@ VertexWeightKind SkinWeightReader::Gather(Int32 vertex, BoneWeights& weights) {
 
 // ---------------------------------------------------------------- Physique
 
-// Releases what it asked for, the context before the export interface, also where Open throws.
+// Releases its interfaces, the context before the export interface, also where Open throws.
 class PhysiqueWeightReader : public WeightReader {
   public:
     explicit PhysiqueWeightReader(Modifier* source)

@@ -1,4 +1,4 @@
-// What the plug-in's arrays take from the memory manager, which the linker leads through here.
+// The memory manager's calls for the plug-in's arrays, which the linker leads through here.
 #pragma once
 
 #include <cstddef>

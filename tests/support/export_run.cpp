@@ -10,7 +10,7 @@
 #include <stdexcept>
 
 #include "host/sdk/host.h"
-#include "host/win32/module_function.h"
+#include "host/win32/module.h"
 
 namespace support {
 

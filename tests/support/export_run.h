@@ -38,7 +38,7 @@ struct ExportChoices {
     // Plug-in directories; empty: the recording converter's alone. The first that holds a recording
     // converter is asked for its calls.
     std::vector<std::string> plugInDirs;
-    // What is done in the dialog; without it Export is pressed, or Cancel.
+    // Acts in the dialog; where it is empty, Export is pressed, or Cancel.
     std::function<void(win32::Dialog&)> inDialog;
 };
 

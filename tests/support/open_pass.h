@@ -34,7 +34,7 @@ class OpenPass {
     ExportPass& operator*() { return *pass_.Get(); }
     ExportPass* operator->() { return pass_.Get(); }
 
-    // What has been written so far.
+    // The bytes written so far.
     std::string Written() {
         std::fflush(nullptr);
         return ReadFile(path_);

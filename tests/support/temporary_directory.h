@@ -29,6 +29,20 @@ inline void WriteFile(const std::filesystem::path& path, const std::string& byte
     }
 }
 
+// A text as a text-mode C stream puts it on disk.
+inline std::string OnDisk(const std::string& text) {
+    std::string bytes;
+    for (const char c : text) {
+#ifdef _WIN32
+        if (c == '\n') {
+            bytes += '\r';
+        }
+#endif
+        bytes += c;
+    }
+    return bytes;
+}
+
 // Begins empty, under a name that no other test has; goes with all that is in it.
 class TemporaryDirectory {
   public:

@@ -11,7 +11,7 @@
 #include <set>
 
 #include "host/sdk/host.h"
-#include "host/win32/module_function.h"
+#include "host/win32/module.h"
 #include "host/win32/user.h"
 #include "tests/windows/dialog_window.h"
 

@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "host/win32/display.h"
 #include "host/win32/user.h"
 #include "tests/support/played_user.h"
 
@@ -15,7 +14,7 @@ namespace {
 using support::Boxes;
 using support::PlayedUser;
 
-// What the dialog's procedure was sent, and how it takes commands.
+// The commands that the dialog's procedure got, and how it takes them.
 struct Dialogs {
     std::vector<int> commands;
     std::vector<int> changes;  // ids of edits that changed

@@ -90,7 +90,7 @@ void LimitResource(decltype(RLIMIT_CPU) resource, rlim_t limit) {
     setrlimit(resource, &now);
 }
 
-// What this process has mapped already.
+// The memory that this process has mapped already, in bytes.
 std::uint64_t MappedMemory() {
     std::uint64_t pages = 0;
     std::ifstream("/proc/self/statm") >> pages;

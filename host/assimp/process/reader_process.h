@@ -22,7 +22,7 @@ inline constexpr char kNoMemory[] = "cannot be read: not enough memory";
 // for. CPU time is 45 s and 30 s more for each 100 MB, memory 512 MiB and 400 times the bytes.
 ReaderLimits LimitsFor(std::uint64_t bytes);
 
-// What `work` returns, worked out in a child process on a thread with a stack of kReaderStack
+// Runs `work` and returns its result: in a child process, on a thread with a stack of kReaderStack
 // (readers recurse through hierarchies). Nothing else that `work` does to this program's state
 // stays, and what it prints is dropped. Throws ImportError, with the message of the exception that
 // `work` throws or with how the process ended.

@@ -23,7 +23,7 @@ class IParamBlock2;
 // The keys of a controller; null where it exposes none.
 #define GetKeyControlInterface(anim) ((IKeyControl*)(anim)->GetInterface(I_KEYCONTROL))
 
-// What is attached to an object under an id.
+// A piece of data attached to an object under an id.
 class AnimProperty {
   public:
     virtual ~AnimProperty() {}

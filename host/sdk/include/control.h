@@ -47,7 +47,7 @@ class Control : public ReferenceTarget {
     virtual ~Control() {}
 };
 
-// What controllers with interfaces of their own derive from.
+// The base class of controllers with interfaces of their own.
 class StdControl : public Control {
   protected:
     virtual ~StdControl() {}

@@ -4,7 +4,7 @@
 
 #include <inode.h>
 
-// What GetInterface(I_IKCHAINCONTROL) of a chain's transform controller gives.
+// The interface that GetInterface(I_IKCHAINCONTROL) of a chain's transform controller gives.
 class IIKChainControl {
   public:
     // The joints between which the chain runs, the first above the last; null: none.

@@ -9,7 +9,7 @@
 
 class Texmap;
 
-// What holds maps, in numbered slots.
+// The base of classes that hold maps, in numbered slots.
 class ISubMap {
   public:
     virtual int NumSubTexmaps() { return 0; }
@@ -49,7 +49,7 @@ class UVGen : public MtlBase {
     virtual ~UVGen() {}
 };
 
-// What a material reports is valid after Update(). All values are 0 to 1.
+// A material's answers are valid after Update(). All values are 0 to 1.
 class Mtl : public MtlBase {
   public:
     SClass_ID SuperClassID() { return MATERIAL_CLASS_ID; }

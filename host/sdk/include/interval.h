@@ -16,7 +16,7 @@ class CoreExport Interval {
     int Empty() const { return end_ == TIME_NegInfinity || end_ < start_; }
     int InInterval(TimeValue t) const { return !Empty() && start_ <= t && t <= end_; }
 
-    // What lies in both; NEVER where nothing does.
+    // The intersection; NEVER where the two have no tick in common.
     Interval operator&(const Interval& other) const;
     Interval& operator&=(const Interval& other) { return *this = *this & other; }
 

@@ -11,7 +11,7 @@
 class IBaseWireControl : public StdControl, public FPMixinInterface {
   public:
     virtual int get_num_wires() = 0;
-    // What owns the parameter at the other end of a wire, and which of its parameters that is.
+    // The owner of the parameter at the other end of wire i, and that parameter's number there.
     virtual Animatable* get_wire_parent(int i) = 0;
     virtual int get_wire_subnum(int i) = 0;
     virtual Control* get_co_controller(int i) = 0;  // the controller at the other end, or null

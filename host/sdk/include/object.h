@@ -8,7 +8,7 @@
 class IParamArray;
 class Object;
 
-// What the evaluation of a stack gives; null where there is no object.
+// The result of evaluating a modifier stack; `obj` is null where there is no object.
 class ObjectState {
   public:
     Object* obj;

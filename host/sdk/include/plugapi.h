@@ -1,4 +1,4 @@
-// What a plug-in tells the host of itself: version, super class ids, class ids, class descriptor.
+// A plug-in's description of itself: version, super class ids, class ids, class descriptor.
 #ifndef HOST_SDK_INCLUDE_PLUGAPI_H
 #define HOST_SDK_INCLUDE_PLUGAPI_H
 
@@ -11,7 +11,7 @@
 #define MAX_API_NUM 38
 #define MAX_SDK_REV 0
 
-// What LibVersion() returns: 0x36B02600.
+// The result of LibVersion(): 0x36B02600.
 #define VERSION_3DSMAX ((MAX_RELEASE << 16) + (MAX_API_NUM << 8) + MAX_SDK_REV)
 
 // ---------------------------------------------------------------- super class ids

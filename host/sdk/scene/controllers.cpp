@@ -237,7 +237,7 @@ class DescribedJointParams final : public JointParams {
     std::array<float, 6> min_, max_;
 };
 
-// What the three kinds share: up to three float controllers, or the keys of a Bezier scale, or
+// The base of the three kinds: up to three float controllers, or the keys of a Bezier scale, or
 // constants.
 class ThreeAxisControl : public MatrixControl {
   public:

@@ -150,7 +150,7 @@ class MultiMaterial final : public DescribedMaterial<Mtl> {
     }
 };
 
-// What NewDefaultStdMat makes.
+// The material that NewDefaultStdMat makes.
 class DefaultMaterial final : public StandardMaterial {
   public:
     DefaultMaterial() : StandardMaterial(scene::Material{}) {}

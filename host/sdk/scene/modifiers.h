@@ -12,7 +12,7 @@
 
 namespace maxhost {
 
-// What the modifiers of a node see of the scene.
+// The part of the scene that the modifiers of a node see.
 struct StackPlace {
     INode* node;              // on whose stack they stand
     const SceneLinks& links;  // complete once the scene is made

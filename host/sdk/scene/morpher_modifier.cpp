@@ -2,7 +2,7 @@
 
 #include "host/sdk/scene/modifiers.h"
 
-// What a MaxMorphChannel refers to.
+// The data that a MaxMorphChannel refers to.
 class MorphChannelData {
   public:
     explicit MorphChannelData(const maxhost::scene::MorphChannel& description)

@@ -14,7 +14,7 @@ namespace maxhost {
 
 class SceneNode;
 
-// What the root and the other nodes share: a name and children in order.
+// The base of the root and of the other nodes: a name and children in order.
 class TreeNode : public INode {
   public:
     ~TreeNode() override = default;

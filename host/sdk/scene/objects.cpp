@@ -79,7 +79,7 @@ void FillMesh(Mesh& mesh, const scene::Mesh& description) {
     FillSpecifiedNormals(mesh, description.normals);
 }
 
-// What ConvertToType makes anew.
+// The object that ConvertToType makes; its caller owns it.
 class ConvertedTriObject final : public TriObject {
   public:
     explicit ConvertedTriObject(const scene::Mesh& description) { FillMesh(mesh, description); }

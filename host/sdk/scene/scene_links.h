@@ -1,4 +1,4 @@
-// What parts of a scene name each other by: ids of controllers, positions of nodes.
+// References between parts of a scene: by ids of controllers, by positions of nodes.
 #pragma once
 
 #include <inode.h>

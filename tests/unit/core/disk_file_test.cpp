@@ -7,7 +7,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "temporary_directory.h"
+#include "tests/support/temporary_directory.h"
 #include "wrapped_calls.h"
 
 namespace {
@@ -23,7 +23,7 @@ class DiskFileTest : public testing::Test {
         return file.Open(path.c_str(), mode, binary);
     }
 
-    TemporaryDirectory directory;
+    support::TemporaryDirectory directory;
     std::string path;
     DiskFile file;
 };
@@ -39,28 +39,28 @@ TEST_F(DiskFileTest, StandsInTheClassTree) {
 TEST_F(DiskFileTest, ReadingNeedsTheFile) {
     EXPECT_FALSE(Open(1));
     EXPECT_FALSE(Open(3));
-    WriteBytes(path, "abc");
+    support::WriteFile(path, "abc");
     EXPECT_TRUE(Open(1));
     EXPECT_TRUE(Open(3));
 }
 
 TEST_F(DiskFileTest, WritingEmptiesTheFile) {
-    WriteBytes(path, "abc");
+    support::WriteFile(path, "abc");
     ASSERT_TRUE(Open(2, false));
     file.Close();
-    EXPECT_EQ(ReadBytes(path), "");
-    WriteBytes(path, "abc");
+    EXPECT_EQ(support::ReadFile(path), "");
+    support::WriteFile(path, "abc");
     ASSERT_TRUE(Open(4));
     file.Close();
-    EXPECT_EQ(ReadBytes(path), "");
+    EXPECT_EQ(support::ReadFile(path), "");
 }
 
 TEST_F(DiskFileTest, UpdateKeepsTheFile) {
-    WriteBytes(path, "abc");
+    support::WriteFile(path, "abc");
     ASSERT_TRUE(Open(3));
     EXPECT_TRUE(file.PutChar('X'));
     file.Close();
-    EXPECT_EQ(ReadBytes(path), "Xbc");
+    EXPECT_EQ(support::ReadFile(path), "Xbc");
 }
 
 TEST_F(DiskFileTest, AppendingGoesOnAtTheEnd) {
@@ -71,11 +71,11 @@ TEST_F(DiskFileTest, AppendingGoesOnAtTheEnd) {
     EXPECT_TRUE(file.Seek(0));
     EXPECT_EQ(file.GetChar(), 'a');
     file.Close();
-    EXPECT_EQ(ReadBytes(path), "ab");
+    EXPECT_EQ(support::ReadFile(path), "ab");
 }
 
 TEST_F(DiskFileTest, ReadOnlyAndWriteOnlyModes) {
-    WriteBytes(path, "abc");
+    support::WriteFile(path, "abc");
     ASSERT_TRUE(Open(1));
     EXPECT_EQ(file.Write("x", 1), 0u);
     EXPECT_FALSE(file.PutChar('x'));
@@ -86,14 +86,14 @@ TEST_F(DiskFileTest, ReadOnlyAndWriteOnlyModes) {
 }
 
 TEST_F(DiskFileTest, UnknownModesFail) {
-    WriteBytes(path, "abc");
+    support::WriteFile(path, "abc");
     for (Plinth::UInt32 mode : {0u, 7u, 4294967295u}) {
         EXPECT_FALSE(Open(mode, false));
         EXPECT_FALSE(Open(mode, true));
         EXPECT_FALSE(file.IsOpen());
         EXPECT_EQ(file.Mode(), mode);
     }
-    EXPECT_EQ(ReadBytes(path), "abc");
+    EXPECT_EQ(support::ReadFile(path), "abc");
 }
 
 TEST_F(DiskFileTest, NameWithoutTextFails) {
@@ -121,11 +121,11 @@ TEST_F(DiskFileTest, OpeningClosesTheOpenFile) {
     ASSERT_EQ(file.Write("abc", 3), 3u);
     EXPECT_FALSE(file.Open(directory.PathOf("missing").c_str(), 1, true));
     EXPECT_FALSE(file.IsOpen());
-    EXPECT_EQ(ReadBytes(path), "abc");
+    EXPECT_EQ(support::ReadFile(path), "abc");
 }
 
 TEST_F(DiskFileTest, OpensAgainUnderItsOwnName) {
-    WriteBytes(path, "abc");
+    support::WriteFile(path, "abc");
     ASSERT_TRUE(Open(1));
     ASSERT_TRUE(file.Open(file.Name(), 1, true));
     EXPECT_EQ(file.GetChar(), 'a');
@@ -150,11 +150,11 @@ TEST_F(DiskFileTest, TextModeWritesTheSystemsLineEnds) {
     ASSERT_TRUE(Open(2, false));
     ASSERT_EQ(file.Write("a\nb\n", 4), 4u);
     file.Close();
-    EXPECT_EQ(ReadBytes(path), OnDisk("a\nb\n"));
+    EXPECT_EQ(support::ReadFile(path), support::OnDisk("a\nb\n"));
     ASSERT_TRUE(Open(2, true));
     ASSERT_EQ(file.Write("a\nb\n", 4), 4u);
     file.Close();
-    EXPECT_EQ(ReadBytes(path), "a\nb\n");
+    EXPECT_EQ(support::ReadFile(path), "a\nb\n");
 }
 
 // ---------------------------------------------------------------- closing
@@ -193,9 +193,9 @@ TEST_F(DiskFileTest, DestructionClosesTheFile) {
         ASSERT_EQ(opened->Write("abc", 3), 3u);
         stream = std::move(opened);
     }
-    EXPECT_EQ(ReadBytes(path), "");
+    EXPECT_EQ(support::ReadFile(path), "");
     stream.reset();
-    EXPECT_EQ(ReadBytes(path), "abc");
+    EXPECT_EQ(support::ReadFile(path), "abc");
 }
 
 // ---------------------------------------------------------------- transfer and position
@@ -213,7 +213,7 @@ TEST_F(DiskFileTest, TransfersAreAllOrNothing) {
 }
 
 TEST_F(DiskFileTest, EndIsMetByAReadAlone) {
-    WriteBytes(path, "a");
+    support::WriteFile(path, "a");
     ASSERT_TRUE(Open(1));
     EXPECT_FALSE(file.AtEnd());
     EXPECT_EQ(file.GetChar(), 'a');
@@ -230,7 +230,7 @@ TEST_F(DiskFileTest, GetCharGivesUnsignedBytes) {
 }
 
 TEST_F(DiskFileTest, SizeKeepsThePosition) {
-    WriteBytes(path, "abcdef");
+    support::WriteFile(path, "abcdef");
     ASSERT_TRUE(Open(1));
     EXPECT_EQ(file.Position(), 0u);
     ASSERT_TRUE(file.Seek(2));
@@ -242,7 +242,7 @@ TEST_F(DiskFileTest, SizeKeepsThePosition) {
 // Where `long` has 32 bits, no position is that far.
 #ifndef _WIN32
 TEST_F(DiskFileTest, SizeKeepsAPositionBeyond2GiB) {
-    WriteBytes(path, "");
+    support::WriteFile(path, "");
     std::filesystem::resize_file(path, 3u << 30);
     ASSERT_TRUE(Open(1));
     ASSERT_TRUE(file.Seek(0x7fffffffu));
@@ -253,7 +253,7 @@ TEST_F(DiskFileTest, SizeKeepsAPositionBeyond2GiB) {
 #endif
 
 TEST_F(DiskFileTest, SkipGoesForwardSeekFromTheStart) {
-    WriteBytes(path, "abcdef");
+    support::WriteFile(path, "abcdef");
     ASSERT_TRUE(Open(1));
     EXPECT_TRUE(file.Skip(2));
     EXPECT_EQ(file.GetChar(), 'c');

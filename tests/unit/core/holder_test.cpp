@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "temporary_directory.h"
+#include "tests/support/temporary_directory.h"
 
 namespace {
 
@@ -67,14 +67,14 @@ TEST_F(HolderTest, ReleaseHandsThePointerOver) {
 }
 
 TEST_F(HolderTest, FilesAreClosed) {
-    const TemporaryDirectory directory;
+    const support::TemporaryDirectory directory;
     const std::string path = directory.PathOf("file");
     {
         const Plinth::FileHolder file(std::fopen(path.c_str(), "wb"));
         ASSERT_NE(file.Get(), nullptr);
         ASSERT_EQ(std::fwrite("abc", 3, 1, file.Get()), 1u);
     }
-    EXPECT_EQ(ReadBytes(path), "abc");
+    EXPECT_EQ(support::ReadFile(path), "abc");
 }
 
 struct Counted {

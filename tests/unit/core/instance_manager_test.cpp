@@ -223,7 +223,7 @@ TEST(InstanceDeathTest, ServicesAreDestroyedAtExitInOrder) {
                 "first destroyed;log destroyed;last destroyed;");
 }
 
-// What runs behind the exit sequence finds services again.
+// Code that runs after the exit sequence finds services again.
 void UseServicesLate() {
     Plinth::String text("late ");
     text.FormatAdd("%s;", "use");

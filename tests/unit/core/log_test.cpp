@@ -8,8 +8,8 @@
 #include <type_traits>
 #include <vector>
 
-#include "temporary_directory.h"
 #include "tests/support/debug_output.h"
+#include "tests/support/temporary_directory.h"
 
 namespace {
 
@@ -39,7 +39,7 @@ class LogTest : public testing::Test {
     }
     ~LogTest() override { manager.ClearLogCallbacks(); }
 
-    TemporaryDirectory directory;
+    support::TemporaryDirectory directory;
     std::string path;
     LogManager& manager;
     DebugOutput debugger;
@@ -55,7 +55,7 @@ TEST_F(LogTest, AMessageIsWrittenOnceToFileAndDebugger) {
     manager.AddLogFileCallback(path.c_str());
     Log("- Exporting node '%s'", "Bip01");
     manager.ClearLogCallbacks();
-    EXPECT_EQ(ReadBytes(path), OnDisk("- Exporting node 'Bip01'\n"));
+    EXPECT_EQ(support::ReadFile(path), support::OnDisk("- Exporting node 'Bip01'\n"));
     EXPECT_EQ(debugger.Messages(), std::vector<std::string>{"- Exporting node 'Bip01'\n"});
 }
 
@@ -66,7 +66,7 @@ TEST_F(LogTest, LinesStandInOrder) {
     Log("%d nodes", 3);
     manager.ClearLogCallbacks();
     const std::string expected = "+ Translation = 1.000000, -2.500000, 0.000000\n100%\n3 nodes\n";
-    EXPECT_EQ(ReadBytes(path), OnDisk(expected));
+    EXPECT_EQ(support::ReadFile(path), support::OnDisk(expected));
     EXPECT_EQ(debugger.Text(), expected);
 }
 
@@ -75,7 +75,7 @@ TEST_F(LogTest, NothingIsWrittenAfterClear) {
     Log("before");
     manager.ClearLogCallbacks();
     Log("after");
-    EXPECT_EQ(ReadBytes(path), OnDisk("before\n"));
+    EXPECT_EQ(support::ReadFile(path), support::OnDisk("before\n"));
     EXPECT_EQ(debugger.Text(), "before\n");
     EXPECT_EQ(manager.CallbackCount(), 0);
 }
@@ -84,7 +84,7 @@ TEST_F(LogTest, EmptyOutputIsAnEmptyLine) {
     manager.AddLogFileCallback(path.c_str());
     Log("%s", "");
     manager.ClearLogCallbacks();
-    EXPECT_EQ(ReadBytes(path), OnDisk("\n"));
+    EXPECT_EQ(support::ReadFile(path), support::OnDisk("\n"));
     EXPECT_EQ(debugger.Text(), "\n");
 }
 
@@ -92,24 +92,24 @@ TEST_F(LogTest, ALineEndIsAMessageLikeAnyOther) {
     manager.AddLogFileCallback(path.c_str());
     Log("\n");
     manager.ClearLogCallbacks();
-    EXPECT_EQ(ReadBytes(path), OnDisk("\n\n"));
+    EXPECT_EQ(support::ReadFile(path), support::OnDisk("\n\n"));
 }
 
 TEST_F(LogTest, EveryLineIsOnDiskAtOnce) {
     manager.AddLogFileCallback(path.c_str());
     EXPECT_EQ(std::filesystem::file_size(path), 0u);
     Log("one");
-    EXPECT_EQ(std::filesystem::file_size(path), OnDisk("one\n").size());
+    EXPECT_EQ(std::filesystem::file_size(path), support::OnDisk("one\n").size());
     Log("two");
-    EXPECT_EQ(std::filesystem::file_size(path), OnDisk("one\ntwo\n").size());
+    EXPECT_EQ(std::filesystem::file_size(path), support::OnDisk("one\ntwo\n").size());
 }
 
 TEST_F(LogTest, AnExistingLogIsReplaced) {
-    WriteBytes(path, "an earlier export\n");
+    support::WriteFile(path, "an earlier export\n");
     manager.AddLogFileCallback(path.c_str());
     Log("now");
     manager.ClearLogCallbacks();
-    EXPECT_EQ(ReadBytes(path), OnDisk("now\n"));
+    EXPECT_EQ(support::ReadFile(path), support::OnDisk("now\n"));
 }
 
 TEST_F(LogTest, AMessageIsCutAt4095Characters) {
@@ -120,7 +120,7 @@ TEST_F(LogTest, AMessageIsCutAt4095Characters) {
     Log("%s", text.substr(0, 4094).c_str());
     manager.ClearLogCallbacks();
     const std::string cut = text.substr(0, 4095) + "\n";
-    EXPECT_EQ(ReadBytes(path), OnDisk(cut + cut + text.substr(0, 4094) + "\n"));
+    EXPECT_EQ(support::ReadFile(path), support::OnDisk(cut + cut + text.substr(0, 4094) + "\n"));
 }
 
 TEST_F(LogTest, AFileThatCannotBeOpenedLeavesTheDebugger) {
@@ -141,7 +141,7 @@ TEST_F(LogTest, TheReturnedFileIsTheSinksOwn) {
     EXPECT_EQ(file->Mode(), 2u);
     file->Close();
     Log("debugger only");
-    EXPECT_EQ(ReadBytes(path), "");
+    EXPECT_EQ(support::ReadFile(path), "");
     EXPECT_EQ(debugger.Text(), "debugger only\n");
 }
 
@@ -152,7 +152,7 @@ TEST_F(LogTest, LogMessageTakesABuiltString) {
     manager.LogMessage(message);
     manager.LogMessage(String());
     manager.ClearLogCallbacks();
-    EXPECT_EQ(ReadBytes(path), OnDisk("Bones influencing node 'Box01':\n\n"));
+    EXPECT_EQ(support::ReadFile(path), support::OnDisk("Bones influencing node 'Box01':\n\n"));
 }
 
 TEST_F(LogTest, ABuiltStringIsNeverCut) {
@@ -160,7 +160,7 @@ TEST_F(LogTest, ABuiltStringIsNeverCut) {
     const std::string text(10000, 'y');
     manager.LogMessage(String(text.c_str()));
     manager.ClearLogCallbacks();
-    EXPECT_EQ(ReadBytes(path), OnDisk(text + "\n"));
+    EXPECT_EQ(support::ReadFile(path), support::OnDisk(text + "\n"));
 }
 
 // ---------------------------------------------------------------- the line writer
@@ -174,7 +174,7 @@ TEST_F(LogTest, OnlyImportantLinesHaveAPrefix) {
     file.WriteLine(String(), 2, "");
     file.Close();
     const std::string expected = "one\nHIGH: two\nthree\nzero\nHIGH: \n";
-    EXPECT_EQ(ReadBytes(path), OnDisk(expected));
+    EXPECT_EQ(support::ReadFile(path), support::OnDisk(expected));
     EXPECT_EQ(debugger.Text(), expected);
 }
 

@@ -90,8 +90,6 @@ TEST(MemoryManagerRequests, ArraysAreCategory2) {
     Plinth::KeyIndex index;
     index.Set(Plinth::AddressKey(&array), 1);
     EXPECT_TRUE(AllFor(2, requests.Take()));
-    index.Reserve(100);
-    EXPECT_TRUE(AllFor(2, requests.Take()));
 }
 
 class IdleSink : public Plinth::LogCallback {

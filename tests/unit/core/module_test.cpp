@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "modules/services.h"
-#include "temporary_directory.h"
 #include "tests/support/debug_output.h"
+#include "tests/support/temporary_directory.h"
 
 namespace {
 
@@ -23,7 +23,7 @@ bool Contains(const Messages& messages, const std::string& text) {
     return std::find(messages.begin(), messages.end(), text) != messages.end();
 }
 
-// What the module printed before and behind its memory manager's report, and the report itself.
+// The module's output before and behind its memory manager's report, and the report itself.
 struct Ending {
     explicit Ending(const Messages& messages) {
         const auto begin = std::find(messages.begin(), messages.end(), "\n\n");
@@ -43,7 +43,7 @@ struct Ending {
 // The sink's storage is given back while the log manager goes; the memory manager goes after it and
 // has seen that.
 TEST(Module, ServicesGoInOrderWhenItIsUnloaded) {
-    const TemporaryDirectory directory;
+    const support::TemporaryDirectory directory;
     const std::string log = directory.PathOf("module.log");
     for (int load = 0; load < 2; ++load) {
         const support::DebugOutput debugger;
@@ -63,7 +63,7 @@ TEST(Module, ServicesGoInOrderWhenItIsUnloaded) {
                              "bytes / 0 kb): ***\n"));
         EXPECT_TRUE(Contains(ending.report, "Maximum number of allocations......... = 2\n"));
         EXPECT_EQ(ending.behind, Messages{"the late service ends"});
-        EXPECT_EQ(ReadBytes(log), OnDisk("in use\nthe early service ends\n"));
+        EXPECT_EQ(support::ReadFile(log), support::OnDisk("in use\nthe early service ends\n"));
     }
 }
 

@@ -17,7 +17,7 @@ std::string TextOf(const String& text) {
     return text.Data() != nullptr ? std::string(text.Data(), text.Length()) : "(null)";
 }
 
-// What every string with storage keeps.
+// Checks the rules that every string with storage keeps.
 void ExpectSound(const String& text) {
     if (text.Data() != nullptr) {
         EXPECT_LE(text.Length(), text.MaxLength());

@@ -29,7 +29,7 @@ class FailingNews {
     int Refused() const;
 };
 
-// What MemoryManager::Reallocate is asked for.
+// The arguments of a call of MemoryManager::Reallocate.
 struct StorageRequest {
     unsigned category;
     unsigned alignment;

@@ -46,7 +46,7 @@ scene::FloatController LinearKeys(const std::vector<std::pair<int, float>>& keys
     return Keyed(result);
 }
 
-// What stands behind the motion part of a scene of one node.
+// The bytes behind the motion part of a scene of one node.
 std::string Tracks(const scene::Transform& transform) {
     const std::string bytes = WriteMotion(NodeScene(transform), 0).bytes;
     EXPECT_GE(bytes.size(), 312u) << "no motion part";

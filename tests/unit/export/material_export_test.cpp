@@ -86,7 +86,7 @@ std::string Materials(const ExportRun& run) {
     return run.actor ? run.actor->substr(0, support::EndOfMaterials(*run.actor)) : "";
 }
 
-// What such files hold: the beginning, and these chunks.
+// The bytes of such a file: the beginning, and these chunks.
 std::string ActorOf(std::initializer_list<std::string> chunks) {
     std::string bytes = support::ActorBeginning();
     for (const std::string& chunk : chunks) {

@@ -107,7 +107,7 @@ void AddVertex(Bytes& bytes, std::uint32_t original, const Vec3& position, const
 // axes.
 constexpr Vec3 kUpInFile = {0, 1, -0.0f};
 
-// What stands behind the material number of TriangleMesh's one sub-mesh, in object space.
+// Appends the bytes behind the material number of TriangleMesh's one sub-mesh, in object space.
 void AddTriangle(Bytes& bytes) {
     AddVertex(bytes, 0, {0, 0, 0}, kUpInFile);
     AddVertex(bytes, 1, {1, 0, 0}, kUpInFile);

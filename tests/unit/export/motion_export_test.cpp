@@ -141,7 +141,7 @@ TEST(MotionExport, FootprintsHaveNoMotion) {
         EXPECT_EQ(written.bytes, "");
         EXPECT_THAT(written.log, ElementsAre("  + Skipped node, because it's a biped footprint"));
     }
-    // What hangs below one has.
+    // A node below a footprint has a motion part.
     scene::Scene scene = NodeScene(footprint);
     scene.nodes.push_back(MakeNode("Child", 0));
     scene.nodes[1].transform = Runner();

@@ -22,7 +22,7 @@ struct Written {
     std::vector<std::string> log;
 };
 
-// What `operation` writes and logs, with the scene open. `sampleRate` 0: keyframed.
+// The bytes and the log that `operation` writes, with the scene open. `sampleRate` 0: keyframed.
 inline Written Write(const maxhost::scene::Scene& scene, int sampleRate,
                      const std::function<void(OpenPass&, const std::vector<INode*>&)>& operation) {
     maxhost::Host& host = maxhost::Host::Instance();

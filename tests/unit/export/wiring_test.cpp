@@ -191,8 +191,8 @@ TEST(Wiring, RecordsWithoutTheirOtherEndAreNotWritten) {
 }
 
 TEST(Wiring, RecordsThatWaitEndWithTheFile) {
-    // What is left of the first export is the driver as a plain channel, which the follower would
-    // find in the second one.
+    // The first export must leave nothing behind: otherwise the follower would find its driver in
+    // the second one, as a plain channel.
     const scene::Scene scene =
         SceneOf({XNode("Follower", Follow("d", "e")), XNode("Driver", Named("d"))});
     ExportChoices twice;

@@ -3,8 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <string>
+
+#include "tests/support/temporary_directory.h"
 
 namespace sample {
 
@@ -17,10 +18,7 @@ inline std::string ScratchPath(const std::string& name) {
 // Writes the bytes to a new file at ScratchPath(name); returns that.
 inline std::string Save(const std::string& name, const std::string& bytes) {
     const std::string path = ScratchPath(name);
-    std::ofstream file(path, std::ios::binary);
-    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    file.close();
-    EXPECT_TRUE(file) << path;
+    support::WriteFile(path, bytes);
     return path;
 }
 

@@ -9,11 +9,9 @@
 #include <vector>
 
 #include "host/sdk/host.h"
-#include "host/win32/dialog_template.h"
 #include "host/win32/module.h"
 #include "host/win32/resources.h"
 #include "host/win32/window.h"
-#include "plugin/dialogs.h"
 #include "plugin/kta_exp.h"
 #include "resources/resource.h"
 #include "tests/support/played_user.h"

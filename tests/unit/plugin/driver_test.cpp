@@ -81,7 +81,7 @@ std::vector<std::string> NodeNames(const ExportRun& run) {
 
 using Names = std::vector<std::string>;
 
-// What the converter is told in a whole export into `directory`.
+// The calls that the converter gets in a whole export into `directory`.
 Names CompleteCalls(const fs::path& directory, std::size_t actorSize, std::size_t motionSize) {
     const std::string file = (directory / "out.hdo").string();
     const std::string library = fs::path(HDO_RECORDING_CONVERTER).parent_path().string();

@@ -7,7 +7,7 @@
 #include <filesystem>
 
 #include "host/sdk/host.h"
-#include "host/win32/module_function.h"
+#include "host/win32/module.h"
 #include "host/win32/user.h"
 #include "plugin/module.h"
 #include "resources/resource.h"

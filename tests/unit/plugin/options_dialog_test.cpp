@@ -1,5 +1,4 @@
 // The plug-in's dialogs, made from its resources and acted on as a person would.
-#include "plugin/dialogs.h"
 
 #include <custcont.h>
 #include <gtest/gtest.h>

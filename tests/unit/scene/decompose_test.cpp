@@ -118,7 +118,7 @@ TEST(Decompose, RotatedAndAxisScaledPoseIsGivenBackFromTheRecordsFields) {
         ScaleMatrix(P(2, 3, 5)) * RotateXMatrix(0.3f) * RotateYMatrix(-1.1f) * RotateZMatrix(2.0f);
     AffineParts parts;
     DecomposeTransform(local, parts);
-    // What the file holds, in the file's axes.
+    // The values as the file holds them, in the file's axes.
     const double q[4] = {parts.q.x, parts.q.z, parts.q.y, parts.q.w};
     const double k[3] = {parts.k.x, parts.k.z, parts.k.y};
     const double x = q[0], y = q[1], z = q[2], w = q[3];

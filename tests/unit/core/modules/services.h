@@ -1,4 +1,4 @@
-// What the test module exports.
+// The functions that the test module exports.
 #pragma once
 
 #ifdef _WIN32

@@ -78,7 +78,7 @@ TEST(ConsoleEnd, ClearsTheBar) {
 
 class ProgressTest : public testing::Test {
   protected:
-    // What was written since the last call.
+    // The text written since the last call.
     std::string Written() {
         const std::string text = error_.str();
         error_.str("");

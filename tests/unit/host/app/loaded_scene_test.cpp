@@ -7,6 +7,7 @@
 
 #include "host/app/exit_status.h"
 #include "host/assimp/import.h"
+#include "tests/support/scene_parts.h"
 #include "tests/unit/host/app/support.h"
 
 #ifndef _WIN32
@@ -93,7 +94,8 @@ TEST_F(SceneLoaderTest, ModelsThatCannotBeReadAreNamed) {
 
 LoadedScene Sample() {
     LoadedScene loaded;
-    loaded.scene.nodes = {NamedNode("a"), NamedNode("b"), NamedNode("a", 1), NamedNode("c")};
+    loaded.scene.nodes = {support::MakeNode("a"), support::MakeNode("b"), support::MakeNode("a", 1),
+                          support::MakeNode("c")};
     loaded.scene.nodes[3].selected = true;
     loaded.scene.selection = {3};
     loaded.animations = {{"walk", 1}, {"5", 2}};
@@ -243,7 +245,7 @@ class SceneSaverTest : public InDirectory {
   protected:
     static scene::Scene Sample() {
         scene::Scene scene;
-        scene.nodes = {NamedNode("saved")};
+        scene.nodes = {support::MakeNode("saved")};
         return scene;
     }
 };

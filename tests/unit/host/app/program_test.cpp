@@ -23,7 +23,6 @@ using testing::StartsWith;
 class ProgramTest : public InDirectory {
   protected:
     void SetUp() override {
-        InDirectory::SetUp();
         Write("s.maxscene.json", R"({
             "maxscene": 1,
             "nodes": [

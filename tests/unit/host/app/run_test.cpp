@@ -33,7 +33,6 @@ using testing::IsEmpty;
 class RunTest : public InDirectory {
   protected:
     void SetUp() override {
-        InDirectory::SetUp();
         Write("s.maxscene.json",
               R"({"maxscene": 1, "nodes": [{"name": "a"}, {"name": "b", "parent": 0}]})");
         plugIn_.doExport = [this](const std::string& name, DWORD options) {
@@ -325,7 +324,7 @@ TEST_F(RunTest, RunsLeaveTheUsersSettingsAloneUnlessAskedFor) {
     plugIn_.doExport = [&](const std::string& name, DWORD) {
         const std::filesystem::path settings =
             std::filesystem::path(GetCOREInterface()->GetDir(APP_PLUGCFG_DIR)) / "KTAExp2.cfg";
-        found = Read(settings);
+        found = std::filesystem::exists(settings) ? Read(settings) : "";
         Write(settings, "saved");
         return WriteBoth(name);
     };

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/support/scene_parts.h"
 #include "tests/unit/host/app/support.h"
 
 namespace maxhost::app {
@@ -36,9 +37,9 @@ TEST(KindOf, FollowsTheClassIds) {
 
 TEST(ListScene, NodesAreDepthFirstInChildOrder) {
     LoadedScene loaded;
-    loaded.scene.nodes = {NamedNode("late child", 3), NamedNode("second root"),
-                          NamedNode("grandchild", 4), NamedNode("third root"),
-                          NamedNode("child", 1),      NamedNode("other child", 1)};
+    loaded.scene.nodes = {support::MakeNode("late child", 3), support::MakeNode("second root"),
+                          support::MakeNode("grandchild", 4), support::MakeNode("third root"),
+                          support::MakeNode("child", 1),      support::MakeNode("other child", 1)};
     EXPECT_EQ(ListScene(loaded), (std::vector<std::string>{
                                      "node\t1\t0\thelper\tsecond root",
                                      "node\t4\t1\thelper\tchild",
@@ -53,7 +54,7 @@ TEST(ListScene, DeepHierarchiesAreListed) {
     constexpr int kDepth = 200000;
     LoadedScene loaded;
     for (int i = 0; i < kDepth; ++i) {
-        loaded.scene.nodes.push_back(NamedNode("n", i - 1));
+        loaded.scene.nodes.push_back(support::MakeNode("n", i - 1));
     }
     const std::vector<std::string> lines = ListScene(loaded);
     ASSERT_EQ(lines.size(), std::size_t{kDepth});
@@ -62,7 +63,7 @@ TEST(ListScene, DeepHierarchiesAreListed) {
 
 TEST(ListScene, MaterialsAndAnimationsFollow) {
     LoadedScene loaded;
-    loaded.scene.nodes = {NamedNode("tab\there\\")};
+    loaded.scene.nodes = {support::MakeNode("tab\there\\")};
     scene::Material multi;
     multi.kind = scene::MaterialKind::multi;
     multi.name = "two";
@@ -94,7 +95,7 @@ using testing::IsEmpty;
 scene::Scene SceneOf(const std::vector<std::string>& names) {
     scene::Scene scene;
     for (const std::string& name : names) {
-        scene.nodes.push_back(NamedNode(name));
+        scene.nodes.push_back(support::MakeNode(name));
     }
     return scene;
 }
@@ -158,7 +159,8 @@ scene::Scene DoublingMaterials(int count) {
 TEST(CountMaterials, CountsEachWhereverItIsReferredTo) {
     scene::Scene scene = DoublingMaterials(5);
     EXPECT_EQ(CountMaterials(scene), 0u) << "no node has any";
-    scene.nodes = {NamedNode("a"), NamedNode("b"), NamedNode("c"), NamedNode("d")};
+    scene.nodes = {support::MakeNode("a"), support::MakeNode("b"), support::MakeNode("c"),
+                   support::MakeNode("d")};
     scene.nodes[1].material = 0;
     scene.nodes[2].material = 0;
     EXPECT_EQ(CountMaterials(scene), 31u) << "once for both nodes";
@@ -175,7 +177,7 @@ TEST(CountMaterials, CountsEachWhereverItIsReferredTo) {
 
 TEST(CountMaterials, StopsAtTheLimit) {
     scene::Scene scene = DoublingMaterials(64);
-    scene.nodes = {NamedNode("a")};
+    scene.nodes = {support::MakeNode("a")};
     scene.nodes[0].material = 0;
     EXPECT_EQ(CountMaterials(scene), kMostMaterials + 1);
     scene.nodes[0].material = 64 - 19;

@@ -1,13 +1,11 @@
 #include "tests/unit/host/app/support.h"
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 #include "host/app/exit_status.h"
 #include "host/app/run.h"
-#include "host/win32/module_function.h"
+#include "host/win32/module.h"
 
 namespace maxhost::app {
 
@@ -24,30 +22,6 @@ FakePlugInBehaviour& ResetFakePlugIn() {
     behaviour = FakePlugInBehaviour();
     behaviour.instance = instance;
     return behaviour;
-}
-
-void InDirectory::SetUp() {
-    const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
-    former_ = fs::current_path();
-    directory_ = fs::canonical(fs::temp_directory_path()) /
-                 (std::string("app_test_") + test.test_suite_name() + "_" + test.name());
-    fs::remove_all(directory_);
-    fs::create_directories(directory_);
-    fs::current_path(directory_);
-}
-
-void InDirectory::TearDown() {
-    fs::current_path(former_);
-    fs::remove_all(directory_);
-}
-
-void InDirectory::Write(const fs::path& path, const std::string& text) {
-    std::ofstream(path, std::ios::binary) << text;
-}
-
-std::string InDirectory::Read(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
 std::vector<std::string> InDirectory::Names() const {
@@ -94,13 +68,6 @@ Thrown Catch(const std::function<void()>& action) {
         return {failure.Status(), failure.Subject() + ": " + failure.what()};
     }
     return {};
-}
-
-scene::Node NamedNode(const std::string& name, int parent) {
-    scene::Node node;
-    node.name = name;
-    node.parent = parent;
-    return node;
 }
 
 }  // namespace maxhost::app

@@ -1,4 +1,4 @@
-// What the tests of hdo-export share.
+// Fixtures and helpers of the tests of hdo-export.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 
 #include "host/app/console.h"
 #include "host/app/options.h"
-#include "host/scene/scene.h"
+#include "tests/support/temporary_directory.h"
 #include "tests/unit/host/app/modules/fake_plugin.h"
 
 namespace maxhost::app {
@@ -21,19 +21,19 @@ FakePlugInBehaviour& ResetFakePlugIn();
 // An empty directory of its own, the current one while a test runs.
 class InDirectory : public testing::Test {
   protected:
-    void SetUp() override;
-    void TearDown() override;
-
     std::filesystem::path Path(const std::string& name) const { return directory_ / name; }
-    static void Write(const std::filesystem::path& path, const std::string& text);
-    static std::string Read(const std::filesystem::path& path);
+    static void Write(const std::filesystem::path& path, const std::string& text) {
+        support::WriteFile(path, text);
+    }
+    static std::string Read(const std::filesystem::path& path) { return support::ReadFile(path); }
     // Names of what is in the directory, sorted.
     std::vector<std::string> Names() const;
 
-    std::filesystem::path directory_;
-
   private:
-    std::filesystem::path former_;
+    const support::WorkDirectory work_;
+
+  protected:
+    const std::filesystem::path directory_ = work_.Path();
 };
 
 // Runs app::Run and keeps what it says.
@@ -43,7 +43,7 @@ struct Outcome {
 };
 Outcome RunProgram(const std::vector<std::string>& arguments);
 
-// What `choices` says of a setting; absent where it is not chosen.
+// The chosen value of a setting; absent where it is not chosen.
 template <class Value>
 std::optional<Value> Chosen(const DialogChoices& choices, Value ExportOptions::*setting) {
     for (std::size_t i = 0; i < choices.isChosen.size(); ++i) {
@@ -68,7 +68,5 @@ struct Thrown {
     std::string line;
 };
 Thrown Catch(const std::function<void()>& action);
-
-scene::Node NamedNode(const std::string& name, int parent = scene::kNone);
 
 }  // namespace maxhost::app

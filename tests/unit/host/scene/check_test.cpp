@@ -12,7 +12,6 @@
 #include "tests/support/every_field.h"
 
 using namespace maxhost::scene;
-using maxhost::import::SceneError;
 
 namespace {
 

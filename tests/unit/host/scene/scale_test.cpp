@@ -1,4 +1,4 @@
-// Which numbers of a scene are lengths.
+// The numbers of a scene that are lengths are scaled, and no others.
 #include "host/scene/scale.h"
 
 #include <gtest/gtest.h>
@@ -11,8 +11,6 @@
 #include "tests/support/every_field.h"
 
 using namespace maxhost::scene;
-using maxhost::import::ScaleLengths;
-using maxhost::import::SceneError;
 
 namespace {
 

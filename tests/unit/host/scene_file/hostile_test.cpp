@@ -11,10 +11,10 @@
 #include "host/scene_file/scene_description.h"
 #include "tests/support/every_field.h"
 
-using maxhost::import::ReadSceneDescriptionFromText;
-using maxhost::import::SceneError;
-using maxhost::import::WriteSceneDescription;
 using maxhost::scene::Scene;
+using maxhost::scene::SceneError;
+using maxhost::scene_file::ReadSceneDescriptionFromText;
+using maxhost::scene_file::WriteSceneDescription;
 
 namespace {
 
@@ -41,7 +41,8 @@ TEST(Damage, EveryPrefixIsRefusedInOneLine) {
     }
 }
 
-// What a damaged text still says must hold to the rules: it is written and read back.
+// A damaged text that is still read gives a scene that holds to the rules: it can be written and
+// read back.
 void ExpectSound(const std::string& text) {
     Scene scene;
     try {

@@ -1,4 +1,4 @@
-// What a description means: every field of every class, and the default of every field.
+// The meaning of a description: every field of every class, and the default of every field.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -12,8 +12,8 @@
 #include "tests/support/every_field.h"
 
 using namespace maxhost::scene;
-using maxhost::import::ReadSceneDescription;
-using maxhost::import::ReadSceneDescriptionFromText;
+using maxhost::scene_file::ReadSceneDescription;
+using maxhost::scene_file::ReadSceneDescriptionFromText;
 
 namespace {
 

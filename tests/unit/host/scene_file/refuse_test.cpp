@@ -7,8 +7,8 @@
 
 #include "host/scene_file/scene_description.h"
 
-using maxhost::import::ReadSceneDescriptionFromText;
-using maxhost::import::SceneError;
+using maxhost::scene::SceneError;
+using maxhost::scene_file::ReadSceneDescriptionFromText;
 
 namespace {
 
@@ -662,7 +662,7 @@ TEST(Messages, StayShort) {
 TEST(Reading, RefusesAStreamThatCannotBeRead) {
     std::istringstream in("{\"maxscene\": 1}");
     in.setstate(std::ios::badbit);
-    EXPECT_THROW(maxhost::import::ReadSceneDescription(in), SceneError);
+    EXPECT_THROW(maxhost::scene_file::ReadSceneDescription(in), SceneError);
 }
 
 }  // namespace

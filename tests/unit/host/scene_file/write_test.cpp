@@ -1,4 +1,4 @@
-// What is written is read back to the bit, and written again as the same text.
+// A written scene is read back to the bit, and is written again as the same text.
 #include <gtest/gtest.h>
 
 #include <bit>
@@ -13,9 +13,9 @@
 #include "tests/support/every_field.h"
 
 using namespace maxhost::scene;
-using maxhost::import::ReadSceneDescriptionFromText;
-using maxhost::import::SceneError;
-using maxhost::import::WriteSceneDescription;
+using maxhost::scene::SceneError;
+using maxhost::scene_file::ReadSceneDescriptionFromText;
+using maxhost::scene_file::WriteSceneDescription;
 
 namespace {
 

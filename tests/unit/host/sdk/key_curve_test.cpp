@@ -57,7 +57,7 @@ TEST(KeyCurve, FirstAndLastKeyHoldOutside) {
 
 TEST(KeyCurve, LinearOnBothSidesIsTheStraightLine) {
     auto keys = Rise(100, Tangent::linear, Tangent::linear);
-    // What is stored for a linear side does not count.
+    // The tangents stored for a linear side do not count.
     keys[0].outTangent = 3;
     keys[0].outLength = 0.9f;
     keys[1].inTangent = -3;

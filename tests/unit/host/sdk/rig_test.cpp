@@ -1,4 +1,4 @@
-// What rigs are made of: list and wire controllers, joint parameters, IK chains, Morphers.
+// The parts of rigs: list and wire controllers, joint parameters, IK chains, Morphers.
 #include <MorpherApi.h>
 #include <iiksys.h>
 #include <interpik.h>

@@ -9,24 +9,9 @@
 #include <fstream>
 #include <string>
 
-#ifdef _WIN32
-#include <process.h>
-#else
-#include <unistd.h>
-#endif
+#include "tests/support/temporary_directory.h"
 
 namespace {
-
-// In the directory for temporary files; no other running process has the name.
-std::string TemporaryName(const std::string& name) {
-#ifdef _WIN32
-    const long process = _getpid();
-#else
-    const long process = getpid();
-#endif
-    return (std::filesystem::temp_directory_path() / (name + "_" + std::to_string(process)))
-        .string();
-}
 
 TEST(StrcpyS, CopiesWhatFits) {
     char text[6] = "zzzzz";
@@ -37,7 +22,8 @@ TEST(StrcpyS, CopiesWhatFits) {
 }
 
 TEST(FopenS, OpensOrGivesTheReason) {
-    const std::string name = TemporaryName("fopen_s_test");
+    const support::TemporaryDirectory directory;
+    const std::string name = directory.PathOf("fopen_s_test");
     FILE* file = nullptr;
     ASSERT_EQ(fopen_s(&file, name.c_str(), "wb"), 0);
     ASSERT_NE(file, nullptr);
@@ -55,6 +41,7 @@ TEST(Stricmp, IgnoresCaseOfAsciiLetters) {
     EXPECT_LT(_stricmp("ab", "ABC"), 0);
     EXPECT_GT(_stricmp("abc", "AB"), 0);
     EXPECT_LT(_stricmp("_", "a"), 0) << "compared as lower case";
+    EXPECT_NE(_stricmp("@", "`"), 0) << "letters only";
 }
 
 TEST(Strupr, ChangesAsciiLettersInPlace) {
@@ -77,7 +64,8 @@ TEST(Stricmp, BytesCountAsUnsigned) {
 }
 
 TEST(FopenS, SharesAFileForWritingWithNobody) {
-    const std::string name = TemporaryName("fopen_s_writing");
+    const support::TemporaryDirectory directory;
+    const std::string name = directory.PathOf("fopen_s_writing");
     FILE* writer = nullptr;
     FILE* other = nullptr;
     ASSERT_EQ(fopen_s(&writer, name.c_str(), "wt"), 0);
@@ -92,7 +80,8 @@ TEST(FopenS, SharesAFileForWritingWithNobody) {
 }
 
 TEST(FopenS, SharesAFileForReadingWithReaders) {
-    const std::string name = TemporaryName("fopen_s_reading");
+    const support::TemporaryDirectory directory;
+    const std::string name = directory.PathOf("fopen_s_reading");
     std::ofstream(name) << "kept";
     FILE* reader = nullptr;
     FILE* other = nullptr;

@@ -20,7 +20,7 @@ struct Command {
     bool operator==(const Command&) const = default;
 };
 
-// What the procedure was sent, and what it does.
+// The messages that the procedure got, and its answers.
 struct Told {
     HWND window = nullptr;
     LPARAM parameter = 0;

@@ -6,10 +6,8 @@
 #include <fstream>
 #include <string>
 
-#include "host/win32/module_function.h"
-#ifndef _WIN32
 #include "host/win32/module.h"
-#endif
+#include "tests/support/temporary_directory.h"
 
 namespace {
 
@@ -123,26 +121,14 @@ TEST(GetProcAddress, DoesNotSearchTheLibrariesThatTheModuleNeeds) {
 
 class Files : public testing::Test {
   protected:
-    void SetUp() override {
-        dir_ = fs::temp_directory_path() /
-               ("win32_test_" +
-                std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
-        fs::remove_all(dir_);
-        fs::create_directories(dir_);
-        formerDir_ = fs::current_path();
-        fs::current_path(dir_);
-    }
-    void TearDown() override {
-        fs::current_path(formerDir_);
-        fs::remove_all(dir_);
-    }
     void CopyModule(const char* name) { fs::copy_file(kDir + "/win32_test_accepting.so", name); }
     static bool Loads(const char* path) {
         const HMODULE module = LoadLibraryA(path);
         return module && FreeLibrary(module);
     }
 
-    fs::path dir_, formerDir_;
+  private:
+    support::WorkDirectory directory_;
 };
 
 TEST_F(Files, DllNameFindsTheSharedObject) {

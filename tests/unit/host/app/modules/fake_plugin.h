@@ -1,4 +1,4 @@
-// What a test tells the fake plug-in to be, through the address of `fake_plugin_behaviour`.
+// The behaviour of the fake plug-in; a test sets it through the module's function `FakePlugIn`.
 #pragma once
 
 #include <max.h>

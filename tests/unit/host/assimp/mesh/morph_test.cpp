@@ -179,7 +179,7 @@ TEST(ImportedMorph, ScalesWithTheScene) {
     OneMorph scene;
     scene.source.AddMorphTarget(scene.mesh, "x", {{0, 2, 0}, {1, 0, 0}, {0, 1, 0}});
     scene.Convert();
-    maxhost::import::ScaleLengths(scene.imported.scene, 10);
+    maxhost::scene::ScaleLengths(scene.imported.scene, 10);
     EXPECT_EQ(ChannelsOf(scene.imported.scene.nodes.at(1)).at(0).points,
               (Points{{0, 0, 20}, {10, 0, 0}, {0, 0, 10}}));
 }

@@ -167,8 +167,8 @@ TEST(ImportedSkin, ComesThroughTheReaderProcessAndTheSceneDescription) {
     const auto coded = maxhost::import::DecodeScene(maxhost::import::EncodeScene(scene.imported));
     EXPECT_EQ(Difference(coded.scene, scene.imported.scene), "");
     std::ostringstream text;
-    maxhost::import::WriteSceneDescription(scene.imported.scene, text);
-    const auto read = maxhost::import::ReadSceneDescriptionFromText(text.str());
+    maxhost::scene_file::WriteSceneDescription(scene.imported.scene, text);
+    const auto read = maxhost::scene_file::ReadSceneDescriptionFromText(text.str());
     EXPECT_EQ(Difference(read, scene.imported.scene), "");
 }
 

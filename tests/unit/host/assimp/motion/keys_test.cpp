@@ -430,7 +430,7 @@ TEST(AnimationKeys, AreScaledWithTheScene) {
     SetKeys(scene.Channel(), {{0, {1, 2, 3}}, {1, {4, 2, -5}}}, {{0, aiQuaternion()}},
             {{0, {1, 1, 1}}, {1, {2, 2, 2}}});
     ImportedScene imported = scene.Convert();
-    maxhost::import::ScaleLengths(imported.scene, 2.5f);
+    maxhost::scene::ScaleLengths(imported.scene, 2.5f);
     EXPECT_EQ(ValuesOf(PositionKeysOf(imported.scene.nodes[1], 0)), (Values{2.5f, 10}));
     EXPECT_EQ(ScaleOf(imported.scene.nodes[1]).keys[1].value, (Vec3{2, 2, 2}));
 }
@@ -443,8 +443,8 @@ TEST(AnimationKeys, ComeBackFromASavedScene) {
             {{0, {1, 1, 1}}, {1.1, {2, 3, 4}}});
     const ImportedScene imported = scene.Convert();
     std::stringstream text;
-    maxhost::import::WriteSceneDescription(imported.scene, text);
-    const auto loaded = maxhost::import::ReadSceneDescription(text);
+    maxhost::scene_file::WriteSceneDescription(imported.scene, text);
+    const auto loaded = maxhost::scene_file::ReadSceneDescription(text);
     EXPECT_EQ(Difference(imported.scene, loaded), "");
     EXPECT_EQ(TimesOf(PositionKeysOf(loaded.nodes[1], 0)), (Ticks{0, 3360}));
 }

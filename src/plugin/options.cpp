@@ -1,19 +1,55 @@
-#include "plugin/dialogs.h"
-
+// The options: their settings file, which is the record, raw, and their dialog.
 #include <limits.h>
+#include <stdio.h>
 #include <stdlib.h>
+
+#include <new>
 
 #include <max.h>
 
 #include <custcont.h>
+#include <maxapi.h>
 #include <winutil.h>
 
 #include "core/format.h"
+#include "core/holder.h"
 #include "export/export_pass.h"
 #include "plugin/kta_exp.h"
+#include "plugin/module.h"
 #include "resources/resource.h"
 
+void KTAExp::GetSettingsPath(CStr& path) {
+    path = ip->GetDir(APP_PLUGCFG_DIR);
+    path += PATH_SEPARATOR "KTAExp2.cfg";
+}
+
+void KTAExp::LoadSettings() {
+    CStr path;
+    GetSettingsPath(path);
+    Plinth::FileHolder settings(fopen(path.data(), "rb"));
+    if (settings.Get() != NULL) {
+        // One byte at a time in the C library's eyes: a short file then gives what it holds.
+        const size_t read = fread(&exportOptions, 1, sizeof(exportOptions), settings.Get());
+        static_cast<void>(read);
+    }
+}
+
+void KTAExp::SaveSettings() {
+    CStr path;
+    GetSettingsPath(path);
+    Plinth::FileHolder settings(fopen(path.data(), "wb"));
+    if (settings.Get() != NULL) {
+        fwrite(&exportOptions, sizeof(exportOptions), 1, settings.Get());
+        fflush(settings.Get());
+    }
+}
+
+// ---------------------------------------------------------------- the dialog
+
 namespace {
+
+// The result of a dialog that an exception ended, beside 1 for Export and 0 for Cancel.
+enum { kDialogOutOfMemory = 2 };
 
 void SetCheck(HWND dialog, int id, Plinth::UInt8 option) {
     CheckDlgButton(dialog, id, option ? BST_CHECKED : BST_UNCHECKED);
@@ -159,27 +195,17 @@ INT_PTR CALLBACK OptionsDialogProcedure(HWND dialog, UINT message, WPARAM wParam
     try {
         return OnMessage(dialog, message, wParam, lParam);
     } catch (...) {
-        EndDialog(dialog, kOptionsDialogOutOfMemory);
+        EndDialog(dialog, kDialogOutOfMemory);
         return TRUE;
     }
 }
 
-// Of the calls here only that of 3ds Max can throw.
-INT_PTR CALLBACK AboutDialogProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
-    switch (message) {
-        case WM_INITDIALOG:
-            try {
-                CenterWindow(dialog, GetParent(dialog));
-            } catch (...) {
-                EndDialog(dialog, 1);
-            }
-            return TRUE;
-        case WM_COMMAND:
-            if (LOWORD(wParam) == IDC_BACK) {
-                EndDialog(dialog, 1);
-            }
-            return TRUE;
-        default:
-            return FALSE;
+bool KTAExp::RunOptionsDialog() {
+    const INT_PTR result =
+        DialogBoxParamA(g_moduleInstance, MAKEINTRESOURCEA(IDD_OPTIONS), ip->GetMAXHWnd(),
+                        OptionsDialogProcedure, reinterpret_cast<LPARAM>(this));
+    if (result == kDialogOutOfMemory) {
+        throw std::bad_alloc();
     }
+    return result != 0;
 }
