@@ -29,21 +29,41 @@ namespace fs = std::filesystem;
 constexpr int kAttempts = 1000;
 constexpr std::string_view kPrefix = ".hdo-";
 constexpr std::string_view kDigits = "0123456789abcdef";
-constexpr std::size_t kNameDigits = 8;
+constexpr std::size_t kMachineDigits = 4;
+constexpr std::size_t kRandomDigits = 6;
 constexpr const char* kOwner = "owner";
+
+// What directories of this machine's programs begin with: a hash of its name (FNV-1a). A name
+// carries it, not the owner's file, which a program may be killed before it fills.
+std::string MachinePrefix() {
+    std::array<char, 256> machine{};
+#ifndef _WIN32
+    gethostname(machine.data(), machine.size() - 1);
+#endif
+    std::uint32_t hash = 2166136261u;
+    for (const char* c = machine.data(); *c; ++c) {
+        hash = (hash ^ static_cast<unsigned char>(*c)) * 16777619u;
+    }
+    std::string prefix(kPrefix);
+    for (std::size_t i = 0; i < kMachineDigits; ++i) {
+        prefix += kDigits[hash >> (28 - 4 * i) & 15];
+    }
+    return prefix;
+}
 
 // Short, since Windows bounds whole paths.
 std::string RandomName() {
     static std::random_device random;
-    std::string name(kPrefix);
-    for (std::size_t i = 0; i < kNameDigits; ++i) {
+    std::string name = MachinePrefix();
+    for (std::size_t i = 0; i < kRandomDigits; ++i) {
         name += kDigits[random() & 15];
     }
     return name;
 }
 
 bool IsPrivateName(std::string_view name) {
-    return name.size() == kPrefix.size() + kNameDigits && name.starts_with(kPrefix) &&
+    return name.size() == kPrefix.size() + kMachineDigits + kRandomDigits &&
+           name.starts_with(kPrefix) &&
            name.find_first_not_of(kDigits, kPrefix.size()) == std::string_view::npos;
 }
 
@@ -88,13 +108,7 @@ void ClearIfOrphaned(const fs::path& directory) {
 #else
 constexpr std::chrono::hours kForeignersTime(24);
 
-std::string MachineName() {
-    std::array<char, 256> name{};
-    gethostname(name.data(), name.size() - 1);
-    return name.data();
-}
-
-// Makes the owner's file, which holds the machine's name; -1 when the directory is gone meanwhile.
+// Makes the owner's file; -1 when the directory is gone meanwhile.
 std::intptr_t Own(const fs::path& directory) {
     const int file = open((directory / kOwner).c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     if (file < 0) {
@@ -106,18 +120,11 @@ std::intptr_t Own(const fs::path& directory) {
     }
     // A file system without locks refuses those too who look for orphans.
     static_cast<void>(flock(file, LOCK_EX));
-    const std::string name = MachineName();
     struct stat status {};
-    const bool isThere = fstat(file, &status) == 0 && status.st_nlink > 0;
-    if (isThere && write(file, name.data(), name.size()) == static_cast<ssize_t>(name.size())) {
+    if (fstat(file, &status) == 0 && status.st_nlink > 0) {
         return file;
     }
-    const int error = errno;
     close(file);
-    if (isThere) {
-        throw fs::filesystem_error("cannot be owned", directory,
-                                   std::error_code(error, std::generic_category()));
-    }
     return -1;
 }
 
@@ -127,14 +134,9 @@ void Release(std::intptr_t owner) {
 
 // Some network file systems lock for one machine only, so that another machine's directory counts
 // as an orphan only when no run can be that old.
-bool MayBeOrphaned(int file, const struct stat& status) {
-    std::array<char, 256> name{};
-    const ssize_t length = pread(file, name.data(), name.size(), 0);
-    const bool isOwn =
-        length >= 0 &&
-        std::string_view(name.data(), static_cast<std::size_t>(length)) == MachineName();
+bool MayBeOrphaned(const fs::path& directory, const struct stat& status) {
     const std::chrono::seconds age(std::time(nullptr) - status.st_mtime);
-    return isOwn || age > kForeignersTime;
+    return directory.filename().string().starts_with(MachinePrefix()) || age > kForeignersTime;
 }
 
 void ClearIfOrphaned(const fs::path& directory) {
@@ -147,7 +149,7 @@ void ClearIfOrphaned(const fs::path& directory) {
     }
     struct stat status {};
     if (flock(file, LOCK_EX | LOCK_NB) == 0 && fstat(file, &status) == 0 && status.st_nlink > 0 &&
-        MayBeOrphaned(file, status)) {
+        MayBeOrphaned(directory, status)) {
         Clear(directory);
     }
     close(file);

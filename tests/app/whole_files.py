@@ -88,7 +88,8 @@ def interrupt_all(program, scene, count, seed, root):
     subprocess.run(command(program, scene, KINDS[0]), cwd=directory, check=True, timeout=DEADLINE)
     left = sorted(path.name for path in directory.iterdir())
     if left != sorted(NAMES):
-        sys.exit(f"after the last export there are {left}, expected {sorted(NAMES)}")
+        held = [str(path.relative_to(directory)) for path in directory.glob(".hdo-*/*")]
+        sys.exit(f"after the last export there are {left} {held}, expected {sorted(NAMES)}")
 
 
 def export_side_by_side(program, scene, count, root):

@@ -76,11 +76,27 @@ TEST(PrivateDirectoryTest, OrphansAreTakenAwayByTheNext) {
     EXPECT_TRUE(fs::is_empty(parent.Path()));
 }
 
+TEST(PrivateDirectoryTest, ProgramsKilledEarlyLeaveOrphansToo) {
+    const support::TemporaryDirectory parent;
+    LeaveOrphan(parent.Path());
+    const fs::path orphan = parent.Path() / NamesIn(parent.Path()).at(0);
+    fs::remove(orphan / "f");
+    fs::remove(orphan / "owner");
+    { const kta::PrivateDirectory room(parent.Path()); }
+    EXPECT_TRUE(fs::is_empty(parent.Path()));
+    LeaveOrphan(parent.Path());
+    fs::resize_file(parent.Path() / NamesIn(parent.Path()).at(0) / "owner", 0);
+    { const kta::PrivateDirectory room(parent.Path()); }
+    EXPECT_TRUE(fs::is_empty(parent.Path()));
+}
+
 TEST(PrivateDirectoryTest, OrphanOfAnotherMachineStaysForADay) {
     const support::TemporaryDirectory parent;
-    const fs::path orphan = parent.Path() / ".hdo-0123abcd";
-    fs::create_directory(orphan);
-    support::WriteFile(orphan / "owner", "another machine");
+    LeaveOrphan(parent.Path());
+    std::string name = NamesIn(parent.Path()).at(0);
+    name[5] = name[5] == '0' ? '1' : '0';  // the first digit of what stands for the machine
+    const fs::path orphan = parent.Path() / name;
+    fs::rename(parent.Path() / NamesIn(parent.Path()).at(0), orphan);
     { const kta::PrivateDirectory room(parent.Path()); }
     EXPECT_TRUE(fs::exists(orphan));
     fs::last_write_time(orphan / "owner",
@@ -92,11 +108,11 @@ TEST(PrivateDirectoryTest, OrphanOfAnotherMachineStaysForADay) {
 TEST(PrivateDirectoryTest, DirectoriesOfOthersStay) {
     const support::TemporaryDirectory parent;
     for (const char* const name :
-         {".hdo-mine", ".hdo-0123abcde", ".hdo-0123ABCD", "hdo-0123abcd"}) {
+         {".hdo-mine", ".hdo-0123abcd", ".hdo-012345ABCD", "hdo-012345abcd"}) {
         fs::create_directory(parent.Path() / name);
     }
-    fs::create_directory(parent.Path() / ".hdo-0123abcd");
-    support::WriteFile(parent.Path() / ".hdo-0123abcd" / "f", "without an owner");
+    fs::create_directory(parent.Path() / ".hdo-012345abcd");
+    support::WriteFile(parent.Path() / ".hdo-012345abcd" / "f", "without an owner");
     { const kta::PrivateDirectory room(parent.Path()); }
     EXPECT_EQ(NamesIn(parent.Path()).size(), 5u);
 }
