@@ -123,7 +123,7 @@ Status Preview(const std::string& path, const std::string& picturePath,
     }
     const std::vector<std::uint8_t> bytes = kta::EncodePng(*preview.picture);
     try {
-        kta::ReplaceFile(picturePath, [&](std::ostream& out) {
+        kta::ReplaceWholeFile(picturePath, [&](std::ostream& out) {
             out.write(reinterpret_cast<const char*>(bytes.data()),
                       static_cast<std::streamsize>(bytes.size()));
         });

@@ -241,7 +241,7 @@ void Write(const fs::path& file, const std::function<void(std::ostream& out)>& w
 
 }  // namespace
 
-void ReplaceFile(const fs::path& file, const std::function<void(std::ostream& out)>& write) {
+void ReplaceWholeFile(const fs::path& file, const std::function<void(std::ostream& out)>& write) {
     const fs::path target = BehindLinks(file);
     std::error_code error;
     const fs::file_status former = fs::status(target, error);

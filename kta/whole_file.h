@@ -38,7 +38,7 @@ bool IsWriteProtected(const std::filesystem::path& file);
 // file stays and a std::system_error is thrown whose code says why (no space left on the device);
 // so it is when anything but a regular file stands there, or one that is write-protected. What
 // `write` throws goes through. The stream throws, so that `write` ends where the disk is full.
-void ReplaceFile(const std::filesystem::path& file,
-                 const std::function<void(std::ostream& out)>& write);
+void ReplaceWholeFile(const std::filesystem::path& file,
+                      const std::function<void(std::ostream& out)>& write);
 
 }  // namespace kta

@@ -218,7 +218,7 @@ void ExportFiles::WriteLog() const {
         error.assign(!out ? (errno != 0 ? errno : EIO) : 0, std::generic_category());
     } else {
         try {
-            kta::ReplaceFile(log_, [&](std::ostream& out) { out << text; });
+            kta::ReplaceWholeFile(log_, [&](std::ostream& out) { out << text; });
             error.clear();
         } catch (const std::system_error& thrown) {
             error = thrown.code();

@@ -237,8 +237,8 @@ void SaveScene(const scene::Scene& scene, const std::string& path) {
         throw Failure(kExitRefused, path, "the scene cannot be saved: " + reason);
     };
     try {
-        kta::ReplaceFile(path,
-                         [&](std::ostream& out) { scene_file::WriteSceneDescription(scene, out); });
+        kta::ReplaceWholeFile(
+            path, [&](std::ostream& out) { scene_file::WriteSceneDescription(scene, out); });
     } catch (const scene::SceneError& error) {
         refuse(error.what());
     } catch (const std::system_error& error) {

@@ -32,7 +32,7 @@ std::vector<std::string> NamesIn(const fs::path& directory) {
 }
 
 void Replace(const fs::path& file, const std::string& text) {
-    kta::ReplaceFile(file, [&](std::ostream& out) { out << text; });
+    kta::ReplaceWholeFile(file, [&](std::ostream& out) { out << text; });
 }
 
 std::error_code WhyNotReplaced(const fs::path& file, const std::string& text = "new") {
@@ -156,7 +156,7 @@ TEST(ReplaceFileTest, FormerFileStaysUntilTheNewOneIsWhole) {
         EXPECT_EQ(support::ReadFile(file), "former");
         throw std::runtime_error("broken off");
     };
-    EXPECT_THROW(kta::ReplaceFile(file, breakOff), std::runtime_error);
+    EXPECT_THROW(kta::ReplaceWholeFile(file, breakOff), std::runtime_error);
     EXPECT_EQ(support::ReadFile(file), "former");
     EXPECT_EQ(NamesIn(directory.Path()), std::vector<std::string>{"f"});
 }
