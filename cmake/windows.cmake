@@ -7,8 +7,12 @@ foreach(library nlohmann CLI stb utf8 utf8.h)
     file(CREATE_LINK /usr/include/${library} ${HDO_HEADER_ONLY_INCLUDE_DIR}/${library} SYMBOLIC)
 endforeach()
 
-# Part of the program, so that no other zlib is found when it runs.
+# Part of the programs, so that no other one is found when they run.
 set(ZLIB_USE_STATIC_LIBS ON)
+find_library(GCRYPT_LIBRARY libgcrypt.a REQUIRED)
+find_library(GPG_ERROR_LIBRARY libgpg-error.a REQUIRED)
+add_library(gcrypt INTERFACE IMPORTED)
+target_link_libraries(gcrypt INTERFACE ${GCRYPT_LIBRARY} ${GPG_ERROR_LIBRARY} ws2_32)
 
 # The compiler's libraries, beside the programs.
 foreach(library libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)

@@ -104,7 +104,7 @@ std::string ExportFiles::Obstacle() const {
             return reason;
         }
     }
-    return {};
+    return app::Obstacle(exportFile_);
 }
 
 std::string ExportFiles::EarlierFiles() const {

@@ -252,8 +252,8 @@ void AddScene(CLI::App& app, Options& options) {
     app.add_option("SCENE", options.scene, "the scene to export");
     Group group(app, "Options");
     group.AddPath("-o,--output", "FILE", options.output,
-                  "export file (default: SCENE's name with .hdo; x.maxscene.json gives x.hdo); "
-                  "FILEtemp1 and FILEtemp2 appear beside it");
+                  "export file, which the converter makes (default: SCENE's name with .hdo; "
+                  "x.maxscene.json gives x.hdo); FILEtemp1 and FILEtemp2 appear beside it");
     group.Add("--selected", options.selectedOnly,
               "export the selection only; an empty one is refused (default: the whole scene)");
     group.Add("--select", "NAME", options.select,

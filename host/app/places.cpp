@@ -81,15 +81,53 @@ fs::path ProgramDirectory() {
 #endif
 }
 
+namespace {
+
+// Whether an export to `exportFile` would put a file in this one's place. Several names may be one
+// file's.
+bool IsOfExport(const fs::path& file, const fs::path& exportFile) {
+    for (const char* const suffix : {"", "temp1", "temp2"}) {
+        const fs::path made = exportFile.string() + suffix;
+        std::error_code error;
+        if (file == made || fs::equivalent(file, made, error)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// The converter's own file is put in place under the export file's name.
+void CheckReplaceable(const Options& options, const fs::path& exportFile) {
+    const auto refuse = [&](const std::string& reason) {
+        throw Failure(kExitRefused, exportFile.string(), reason);
+    };
+    if (IsDirectory(exportFile)) {
+        refuse("names a directory, expected a file to export to");
+    }
+    std::error_code error;
+    const fs::path absolute = Absolute(exportFile.string());
+    const fs::file_status former = fs::status(absolute, error);
+    if (fs::exists(former) && !fs::is_regular_file(former)) {
+        refuse("is not a regular file, expected a file to export to");
+    }
+    if (IsOfExport(Absolute(options.scene), absolute)) {
+        refuse("the export would replace the scene itself, expected another file to export to");
+    }
+}
+
+}  // namespace
+
 fs::path ExportFile(const Options& options) {
     const fs::path scene = Absolute(options.scene);
     const fs::path file =
         options.output ? fs::path(*options.output) : scene.parent_path() / (StemOf(scene) + ".hdo");
-    if (IsDirectory(file)) {
-        throw Failure(kExitRefused, file.string(),
-                      "names a directory, expected a file to export to");
+    CheckReplaceable(options, file);
+    const fs::path absolute = Absolute(file.string());
+    if (options.saveScene && IsOfExport(Absolute(*options.saveScene), absolute)) {
+        throw Failure(kExitRefused, "--save-scene",
+                      *options.saveScene + " is a file of the export, expected another one");
     }
-    return Absolute(file.string());
+    return absolute;
 }
 
 std::optional<fs::path> LogFile(const Options& options) {
@@ -100,12 +138,9 @@ std::optional<fs::path> LogFile(const Options& options) {
         throw Failure(kExitRefused, *options.log, "names a directory, expected a file for the log");
     }
     const fs::path log = Absolute(*options.log);
-    const std::string exportFile = ExportFile(options).string();
-    for (const char* const suffix : {"", "temp1", "temp2"}) {
-        if (log == exportFile + suffix) {
-            throw Failure(kExitRefused, "--log",
-                          log.string() + " is a file of the export, expected another one");
-        }
+    if (IsOfExport(log, ExportFile(options))) {
+        throw Failure(kExitRefused, "--log",
+                      log.string() + " is a file of the export, expected another one");
     }
     return log;
 }

@@ -20,7 +20,8 @@ std::filesystem::path ProgramDirectory();
 bool IsNamedAsDescription(const std::string& name);
 
 // The file to export to: absolute; SCENE's name with .hdo where none is given. Throws
-// Failure(kExitRefused) when that is a directory.
+// Failure(kExitRefused) when something else than a file stands there, and when the scene, or the
+// file of --save-scene, is one that the export would replace.
 std::filesystem::path ExportFile(const Options& options);
 
 // --log's file, absolute. Throws Failure(kExitRefused) when that is a directory or a file of the

@@ -1,7 +1,10 @@
 #include "host/converter/haldenexport.h"
 
 #include <string>
+#include <system_error>
+#include <vector>
 
+#include "host/converter/manifest.h"
 #include "kta/reader.h"
 
 namespace {
@@ -9,6 +12,8 @@ namespace {
 enum class Step { closed, opened, actorTaken, motionTaken, motionEnded };
 
 Step step = Step::closed;
+std::string exportFile;                     // the HDO file that the user named
+std::vector<halden::ManifestEntry> handed;  // the files of this export
 std::string faults;
 bool faultsAreLost = false;  // memory was missing for one
 
@@ -36,6 +41,23 @@ void CheckFile(const char* call, const char* path, KTAFileKind kind) {
     for (const std::string& line : kta::FaultLines(path, kta::ReadFile(path, kind))) {
         AddFault(line);
     }
+    handed.push_back({kta::KindName(kind), path});
+}
+
+// An export with a fault gets none: what bears the name of the HDO file says that all is well.
+void LeaveManifest() {
+    if (!faults.empty() || faultsAreLost) {
+        return;
+    }
+    if (exportFile.empty()) {
+        AddFault("InitSpecialHalden: no export file name given");
+        return;
+    }
+    try {
+        halden::WriteManifest(exportFile, handed);
+    } catch (const std::system_error& error) {
+        AddFault(error.what());
+    }
 }
 
 // The callers expect plain C functions.
@@ -50,10 +72,12 @@ void WithoutExceptions(Action action) noexcept {
 
 }  // namespace
 
-void InitSpecialHalden(const char*, const char*, bool) {
+void InitSpecialHalden(const char*, const char* exportFileName, bool) {
     faults.clear();
     faultsAreLost = false;
+    handed.clear();
     step = Step::opened;
+    WithoutExceptions([=] { exportFile = exportFileName != nullptr ? exportFileName : ""; });
 }
 
 void WriteKTActorFile(const char* ktaFileName) {
@@ -75,7 +99,10 @@ void WriteKTMotionFile(const char* ktaFileName) {
 }
 
 void EndSpecialHalden() {
-    WithoutExceptions([] { Advance("EndSpecialHalden", Step::motionEnded, Step::closed); });
+    WithoutExceptions([] {
+        Advance("EndSpecialHalden", Step::motionEnded, Step::closed);
+        LeaveManifest();
+    });
 }
 
 const char* SpecialHaldenFaults() {

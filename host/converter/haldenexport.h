@@ -3,11 +3,13 @@
 //
 // The stand-in does not write the HDO file, whose format is the Halden application's own, nor a
 // preview: it reads every file that it is handed and keeps what it finds wrong with them for
-// SpecialHaldenFaults(). One export is the calls InitSpecialHalden, WriteKTActorFile,
-// WriteKTMotionFile, WriteKTMotionFile(null), EndSpecialHalden, in this order; a call out of order
-// is a fault as well. An export that is broken off needs no EndSpecialHalden: the next
-// InitSpecialHalden starts afresh. One thread at a time. Texts are 8-bit and NUL-terminated; they
-// are not kept after the call. No exception leaves the library.
+// SpecialHaldenFaults(). Where that is nothing, EndSpecialHalden leaves a manifest of both files
+// under the HDO file's name (see manifest.h), so that whoever waits for that file sees the export
+// done. One export is the calls InitSpecialHalden, WriteKTActorFile, WriteKTMotionFile,
+// WriteKTMotionFile(null), EndSpecialHalden, in this order; a call out of order is a fault as well.
+// An export that is broken off needs no EndSpecialHalden: the next InitSpecialHalden starts afresh.
+// One thread at a time. Texts are 8-bit and NUL-terminated, and copied. No exception leaves the
+// library.
 #pragma once
 
 #if !defined(_WIN32)

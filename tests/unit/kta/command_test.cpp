@@ -432,4 +432,15 @@ TEST(CommandTest, EndlessInputThatIsNoKtaFile) {
 }
 #endif
 
+#ifndef _WIN32
+TEST(EnvironmentTest, NoHomeIsNoError) {
+    const std::string file = Save("triangle", TriangleFile());
+    const std::string picture = ScratchPath("p.png");
+    const std::string program = "env -i \"" KTA_PROGRAM "\" ";
+    EXPECT_EQ(System(program + "info " + InQuotes(file) + " >\"" + ScratchPath("info") + "\""), 0);
+    EXPECT_EQ(System(program + "preview -o " + InQuotes(picture) + " " + InQuotes(file)), 0);
+    EXPECT_TRUE(std::filesystem::exists(picture));
+}
+#endif
+
 }  // namespace

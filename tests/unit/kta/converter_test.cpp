@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <nlohmann/json.hpp>
 #include <string>
 
 #include "host/converter/haldenexport.h"
+#include "tests/support/temporary_directory.h"
 #include "tests/unit/kta/sample.h"
 
 namespace {
@@ -12,7 +15,7 @@ using namespace sample;
 class ConverterTest : public testing::Test {
   protected:
     void Export(const std::string& actor, const std::string& motion) {
-        InitSpecialHalden("C:\\plugins", "C:\\scenes\\tree.hdo", true);
+        InitSpecialHalden("C:\\plugins", exportFile_.c_str(), true);
         WriteKTActorFile(actor.c_str());
         WriteKTMotionFile(motion.c_str());
         WriteKTMotionFile(nullptr);
@@ -21,6 +24,7 @@ class ConverterTest : public testing::Test {
 
     const std::string actor_ = Save("actor", ActorFile({{}}));
     const std::string motion_ = Save("motion", kMotion);
+    const std::string exportFile_ = ScratchPath("tree.hdo");
 };
 
 TEST_F(ConverterTest, GoodExportHasNoFaults) {
@@ -86,6 +90,64 @@ TEST_F(ConverterTest, BrokenOffExport) {
     WriteKTActorFile(actor_.c_str());
     Export(actor_, motion_);
     EXPECT_STREQ(SpecialHaldenFaults(), "");
+}
+
+// ---------------------------------------------------------------- the manifest
+
+class ManifestTest : public ConverterTest {
+  protected:
+    ManifestTest() { std::filesystem::remove(exportFile_); }
+    bool IsThere() const { return std::filesystem::exists(exportFile_); }
+};
+
+TEST_F(ManifestTest, TellsNamesKindsSizesAndHashes) {
+    // What sha256sum says of the motion file's bytes, 4b 54 41 20 01 01 00.
+    constexpr const char* kHash =
+        "bde69d5013e2122aac71a000e80e537b991e5e5343aed439216fca35785e04a9";
+    Export(actor_, motion_);
+    EXPECT_STREQ(SpecialHaldenFaults(), "");
+    const std::string text = support::ReadFile(exportFile_);
+    const auto manifest = nlohmann::json::parse(text);
+    EXPECT_EQ(manifest.at("haldenManifest"), 1);
+    const auto& files = manifest.at("files");
+    ASSERT_EQ(files.size(), 2u);
+    EXPECT_EQ(files[0].at("name"), std::filesystem::path(actor_).filename().string());
+    EXPECT_EQ(files[0].at("kind"), "actor");
+    EXPECT_EQ(files[0].at("bytes"), std::filesystem::file_size(actor_));
+    EXPECT_EQ(files[1].at("name"), std::filesystem::path(motion_).filename().string());
+    EXPECT_EQ(files[1].at("kind"), "motion");
+    EXPECT_EQ(files[1].at("bytes"), std::filesystem::file_size(motion_));
+    EXPECT_EQ(files[1].at("sha256"), kHash);
+    EXPECT_EQ(text.find(std::filesystem::path(actor_).parent_path().string()), std::string::npos)
+        << "names stand without directories";
+    Export(actor_, motion_);
+    EXPECT_EQ(support::ReadFile(exportFile_), text);
+}
+
+TEST_F(ManifestTest, AFaultyExportLeavesNone) {
+    Export(actor_, Save("faulty_motion", "KT"));
+    EXPECT_FALSE(IsThere());
+    InitSpecialHalden("d", exportFile_.c_str(), true);
+    WriteKTActorFile(actor_.c_str());
+    EXPECT_FALSE(IsThere()) << "before the end";
+    EndSpecialHalden();
+    EXPECT_FALSE(IsThere()) << "called out of order";
+}
+
+TEST_F(ManifestTest, WhatCannotBeWrittenIsAFault) {
+    const std::string nowhere = ScratchPath("no") + "/tree.hdo";
+    InitSpecialHalden("d", nowhere.c_str(), true);
+    WriteKTActorFile(actor_.c_str());
+    WriteKTMotionFile(motion_.c_str());
+    WriteKTMotionFile(nullptr);
+    EndSpecialHalden();
+    EXPECT_EQ(SpecialHaldenFaults(), nowhere + ": No such file or directory");
+    InitSpecialHalden("d", nullptr, true);
+    WriteKTActorFile(actor_.c_str());
+    WriteKTMotionFile(motion_.c_str());
+    WriteKTMotionFile(nullptr);
+    EndSpecialHalden();
+    EXPECT_STREQ(SpecialHaldenFaults(), "InitSpecialHalden: no export file name given");
 }
 
 }  // namespace

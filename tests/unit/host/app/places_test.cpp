@@ -4,6 +4,8 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <utility>
+#include <vector>
 
 #include "host/app/exit_status.h"
 #include "tests/unit/host/app/support.h"
@@ -60,6 +62,45 @@ TEST_F(PlacesTest, ExportFileIsNoDirectory) {
               Path("d/x.hdo").make_preferred().string() +
                   ": names a directory, expected a file to export to");
 }
+
+TEST_F(PlacesTest, AnExportNeverReplacesItsScene) {
+    Write("x.hdo", "scene");
+    Write("y.hdotemp2", "scene");
+    fs::create_directory("d");
+    fs::create_hard_link("x.hdo", "d/same.hdo");
+    const auto caught = [](const char* scene, const char* output) {
+        Options options;
+        options.scene = scene;
+        options.output = output;
+        return Catch([&] { ExportFile(options); });
+    };
+    for (const auto& [scene, output] : std::vector<std::pair<const char*, const char*>>{
+             {"x.hdo", "x.hdo"}, {"./x.hdo", "d/same.hdo"}, {"y.hdotemp2", "y.hdo"}}) {
+        const Thrown thrown = caught(scene, output);
+        EXPECT_EQ(thrown.status, kExitRefused) << output;
+        EXPECT_EQ(thrown.line, std::string(output) +
+                                   ": the export would replace the scene itself, expected another "
+                                   "file to export to");
+    }
+    EXPECT_EQ(caught("x.hdo", "y.hdo").line, "");
+    Options options;
+    options.scene = "x.hdo";
+    EXPECT_EQ(Catch([&] { ExportFile(options); }).status, kExitRefused) << "by default";
+    options.output = "z.hdo";
+    options.saveScene = "./z.hdo";
+    EXPECT_EQ(Catch([&] { ExportFile(options); }).line,
+              "--save-scene: ./z.hdo is a file of the export, expected another one");
+}
+
+#ifndef _WIN32
+TEST_F(PlacesTest, ADeviceIsNoExportFile) {
+    Options options;
+    options.scene = "x.fbx";
+    options.output = "/dev/null";
+    EXPECT_EQ(Catch([&] { ExportFile(options); }).line,
+              "/dev/null: is not a regular file, expected a file to export to");
+}
+#endif
 
 TEST_F(PlacesTest, LogIsAFileOfItsOwn) {
     Options options;

@@ -59,8 +59,8 @@ TEST_F(ProgramTest, ExportsAScene) {
     const Outcome outcome = RunReal("s.maxscene.json");
     EXPECT_EQ(outcome.status, kExitDone) << outcome.error;
     EXPECT_EQ(outcome.error, "");
-    EXPECT_THAT(Names(),
-                ElementsAre("cfg", "s.hdo.log", "s.hdotemp1", "s.hdotemp2", "s.maxscene.json"));
+    EXPECT_THAT(Names(), ElementsAre("cfg", "s.hdo", "s.hdo.log", "s.hdotemp1", "s.hdotemp2",
+                                     "s.maxscene.json"));
     EXPECT_THAT(Lines(outcome.out),
                 testing::Contains(StartsWith(Path("s.hdo.log").string() + ": log")));
     EXPECT_THAT(Lines(outcome.out), testing::Contains("exported 2 of 3 nodes"));
@@ -170,6 +170,16 @@ TEST_F(ProgramTest, TheRangeIsGivenInTicksFramesOrSeconds) {
 }
 
 #ifndef _WIN32
+TEST_F(ProgramTest, NoHomeIsNoError) {
+    ASSERT_EQ(
+        std::system("env -i \"" HDO_EXPORT "\" -o x.hdo s.maxscene.json >out.txt 2>error.txt"), 0)
+        << Read("error.txt");
+    EXPECT_EQ(Read("error.txt"), "");
+    EXPECT_THAT(Lines(Read("out.txt")), testing::Contains("exported 2 of 3 nodes"));
+    EXPECT_THAT(Names(), ElementsAre("error.txt", "out.txt", "s.maxscene.json", "x.hdo",
+                                     "x.hdo.log", "x.hdotemp1", "x.hdotemp2"));
+}
+
 TEST_F(ProgramTest, HelpIsWrappedToTheTerminal) {
     ASSERT_EQ(std::system("COLUMNS=60 \"" HDO_EXPORT "\" --help >narrow.txt"), 0);
     ASSERT_EQ(std::system("COLUMNS=90 \"" HDO_EXPORT "\" --help >wide.txt"), 0);
