@@ -8,6 +8,7 @@
 #include <unordered_set>
 
 #include "kta/dump.h"
+#include "kta/pose.h"
 #include "kta/text.h"
 
 namespace kta {
@@ -38,36 +39,20 @@ std::vector<ChunkTotal> ChunkTotals(const File& file) {
     return totals;
 }
 
-// The position of each node's parent; `nodes.size()` where there is none.
-std::vector<std::size_t> Parents(const Nodes& nodes) {
-    std::unordered_map<std::string_view, std::size_t> byName;
-    for (std::size_t i = 0; i < nodes.size(); ++i) {
-        byName.emplace(TextOf(nodes[i]->nodeName), i);
-    }
-    std::vector<std::size_t> parents;
-    for (const KTANode* node : nodes) {
-        const std::string_view name = TextOf(node->parentName);
-        const auto parent = byName.find(name);
-        const bool none = name.empty() || parent == byName.end();
-        parents.push_back(none ? nodes.size() : parent->second);
-    }
-    return parents;
-}
-
 std::size_t Depth(const Nodes& nodes) {
-    const std::vector<std::size_t> parents = Parents(nodes);
+    const std::vector<std::size_t> parents = ParentsByName(nodes);
     std::vector<std::size_t> depths(nodes.size(), 0);  // 0: not known yet
     std::vector<bool> onPath(nodes.size(), false);
     std::vector<std::size_t> path;
     std::size_t deepest = 0;
     for (std::size_t start = 0; start < nodes.size(); ++start) {
         std::size_t at = start;
-        while (at != nodes.size() && depths[at] == 0 && !onPath[at]) {
+        while (at != kNoNode && depths[at] == 0 && !onPath[at]) {
             onPath[at] = true;
             path.push_back(at);
             at = parents[at];
         }
-        std::size_t depth = at == nodes.size() ? 0 : depths[at];
+        std::size_t depth = at == kNoNode ? 0 : depths[at];
         for (; !path.empty(); path.pop_back()) {
             depths[path.back()] = ++depth;
             onPath[path.back()] = false;
@@ -378,11 +363,11 @@ void AddActor(const File& file, InfoJson& info) {
             }
         }
     }
-    const std::vector<std::size_t> parents = Parents(nodes);
+    const std::vector<std::size_t> parents = ParentsByName(nodes);
     InfoJson& tree = info["nodes"] = InfoJson::array();
     for (std::size_t i = 0; i < nodes.size(); ++i) {
         tree.push_back({{"name", ToUtf8(TextOf(nodes[i]->nodeName))},
-                        {"parent", parents[i] == nodes.size() ? InfoJson() : InfoJson(parents[i])},
+                        {"parent", parents[i] == kNoNode ? InfoJson() : InfoJson(parents[i])},
                         {"bone", nodes[i]->isBone != 0}});
     }
     info["meshes"] = std::move(meshes);

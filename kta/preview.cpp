@@ -40,7 +40,7 @@ struct Placement {
     }
     // A normal goes with the transposed inverse of what moves positions.
     Vector3 Normal(const Vector3& local) const {
-        return Normalized({Dot(rows[0], local), Dot(rows[1], local), Dot(rows[2], local)});
+        return Normalized(Vector3{Dot(rows[0], local), Dot(rows[1], local), Dot(rows[2], local)});
     }
 };
 
