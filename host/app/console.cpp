@@ -18,17 +18,33 @@ void Console::Report(std::string_view subject, std::string_view text) {
 }
 
 void Console::Report(std::string_view text) {
-    HideBar();
-    error_ << "hdo-export: " << kta::OneLine(text) << '\n' << std::flush;
+    notices_.push_back({nullptr, kta::OneLine(text)});
+    Say(text);
 }
 
-void Console::Warn(std::string_view subject, std::string_view text) {
-    Report(subject, "warning: " + std::string(text));
+void Console::Warn(scene::LossCode code, std::string_view subject, std::string_view text) {
+    const std::string start = std::string(subject) + ": ";
+    notices_.push_back({&scene::KindOf(code), kta::OneLine(start + std::string(text))});
+    Say(start + "warning: " + std::string(text));
+}
+
+void Console::Note(std::string_view subject, std::string_view text) {
+    Say(std::string(subject) + ": " + std::string(text));
+}
+
+void Console::Say(std::string_view line) {
+    HideBar();
+    error_ << "hdo-export: " << kta::OneLine(line) << '\n' << std::flush;
 }
 
 void Console::Print(std::string_view line) {
     HideBar();
-    out_ << line << '\n';
+    (isOutTaken_ ? error_ : out_) << line << '\n';
+}
+
+std::ostream& Console::TakeOut() {
+    isOutTaken_ = true;
+    return out_;
 }
 
 namespace {
@@ -143,6 +159,13 @@ auto Handle(int signal) {
 }
 
 }  // namespace
+
+void CatchInterrupts() {
+    pressesCancel = 0;
+    caught = 0;
+    Handle(SIGINT);
+    Handle(SIGTERM);
+}
 
 Interrupts::Interrupts() {
     pressesCancel = 0;

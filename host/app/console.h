@@ -5,10 +5,18 @@
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "host/scene/losses.h"
 #include "host/sdk/host.h"
 
 namespace maxhost::app {
+
+// A line that was said on standard error, without the program's name.
+struct Notice {
+    const scene::LossKind* warning = nullptr;  // null: no warning
+    std::string text;                          // without "warning: "
+};
 
 class Console {
   public:
@@ -22,9 +30,16 @@ class Console {
     // The same for a text that names its subject itself.
     void Report(std::string_view text);
     // The same with "warning: " before the text.
-    void Warn(std::string_view subject, std::string_view text);
+    void Warn(scene::LossCode code, std::string_view subject, std::string_view text);
+    // The line of Report(), but nothing that went wrong.
+    void Note(std::string_view subject, std::string_view text);
+    // What was reported and warned of, in order.
+    const std::vector<Notice>& Notices() const { return notices_; }
+
     // One line of a result, as it stands.
     void Print(std::string_view line);
+    // From here on standard output is another's: lines of results go to standard error.
+    std::ostream& TakeOut();
     // Text for standard error that brings its own line ends. On a terminal all other control
     // characters but tabs become \xNN, so that a scene's names cannot steer it.
     void Copy(std::string_view text);
@@ -40,10 +55,14 @@ class Console {
     Console& operator=(const Console&) = delete;
 
   private:
+    void Say(std::string_view line);
+
     std::ostream& out_;
     std::ostream& error_;
     const bool isTerminal_;
+    bool isOutTaken_ = false;
     std::size_t barWidth_ = 0;
+    std::vector<Notice> notices_;
 };
 
 class ProgressBar : public ProgressObserver {
@@ -61,6 +80,11 @@ class ProgressBar : public ProgressObserver {
     std::string title_;
     int percent_ = 0;
 };
+
+// For main(): Interrupts' treatment of signals from the program's start to its end, so that the
+// time before and behind the object's life leaves no gap. A signal after the export changes
+// nothing.
+void CatchInterrupts();
 
 // While the object lives, SIGINT (Ctrl-C) and SIGTERM end the program at once, with the exit status
 // 128 + the signal's number, as shells tell it. After PressCancel() the first of them presses

@@ -6,11 +6,8 @@
 #include <iterator>
 #include <string_view>
 #include <system_error>
-#include <unordered_map>
-#include <unordered_set>
 
 #include "host/app/put_in_place.h"
-#include "kta/info.h"
 #include "kta/text.h"
 #include "kta/whole_file.h"
 
@@ -36,15 +33,19 @@ bool IsThere(const fs::path& file) {
     return fs::is_regular_file(file, error);
 }
 
-// How many files the export wrote to their ends, in order: its log has a line for each, upon which
-// the converter gets the file.
-std::size_t CountClosedFiles(const fs::path& log) {
+std::size_t CountLines(const fs::path& log, const std::string& wanted) {
     std::ifstream file(log);
     std::size_t count = 0;
     for (std::string line; std::getline(file, line);) {
-        count += line == "Closing file" || line == "Closing file\r" ? 1 : 0;
+        count += line == wanted || line == wanted + "\r" ? 1 : 0;
     }
     return count;
+}
+
+// How many files the export wrote to their ends, in order: its log has a line for each, upon which
+// the converter gets the file.
+std::size_t CountClosedFiles(const fs::path& log) {
+    return CountLines(log, "Closing file");
 }
 
 std::string Obstacle(const fs::path& file) {
@@ -110,7 +111,7 @@ std::string ExportFiles::Obstacle() const {
 std::string ExportFiles::EarlierFiles() const {
     std::vector<std::string> names;
     for (const OutputFile& file : files_) {
-        if (!isInPlace_ && IsThere(file.path)) {
+        if (!IsInPlace() && IsThere(file.path)) {
             names.push_back(file.path.string());
         }
     }
@@ -165,6 +166,10 @@ bool ExportFiles::AnyWritten() const {
 
 const OutputFile& ExportFiles::FirstMissing() const {
     return files_[IsThere(files_[0].made) ? 1 : 0];
+}
+
+bool ExportFiles::LacksMemory() const {
+    return CountLines(MadeLog(), "*** Out of memory: the export is given up ***") > 0;
 }
 
 std::vector<std::string> ExportFiles::Parts() const {
@@ -247,123 +252,10 @@ void ExportFiles::PutInPlace() {
         return a.target != exportFile_ && (b.target == exportFile_ || a.target < b.target);
     });
     app::PutInPlace(files, room_->Path());
-    isInPlace_ = true;
-}
-
-// ---------------------------------------------------------------- what is said about them
-
-std::vector<std::string> FaultReport(const std::vector<OutputFile>& files,
-                                     const std::vector<std::string>& converterFaults) {
-    std::vector<std::string> report;
-    std::unordered_set<std::string_view> known;
-    const auto add = [&](const std::vector<std::string>& lines, const std::string& subject) {
-        std::vector<std::string> distinct;
-        for (const std::string& line : lines) {
-            if (known.insert(line).second) {
-                distinct.push_back(line);
-            }
-        }
-        for (std::string& line : kta::FirstFaults(std::move(distinct), subject)) {
-            report.push_back(std::move(line));
-        }
-    };
-    for (const OutputFile& file : files) {
-        add(file.faults, file.path.string());
+    placed_.emplace();
+    for (const Replacement& file : files) {
+        placed_->push_back(file.target);
     }
-    // The converter reads the files with the same library, so most of its faults are known already.
-    add(converterFaults, "haldenexport");
-    return report;
-}
-
-namespace {
-
-std::string Line(const OutputFile& output, const kta::File& file, const kta::Summary& summary) {
-    std::string line = output.path.string() + ": " + kta::KindName(file.kind) + " file, " +
-                       kta::Counted(file.size, "byte") + ", " +
-                       kta::Counted(file.chunks.size(), "chunk");
-    std::vector<std::string> kinds;
-    for (const kta::ChunkTotal& total : summary.chunks) {
-        kinds.push_back(std::to_string(total.count) + " " + total.type->name);
-    }
-    return line + (kinds.empty() ? "" : " (" + kta::Joined(kinds) + ")");
-}
-
-constexpr std::size_t kMostNodeLines = 10;
-
-// The scene's nodes that the actor file does not hold. Of several with one name, those without a
-// reason to be left out count as held first.
-std::vector<const NodeToExport*> NodesLeftOut(const kta::File& actor,
-                                              const std::vector<NodeToExport>& nodes) {
-    std::unordered_map<std::string, std::size_t> held;
-    for (const kta::Chunk& chunk : actor.chunks) {
-        if (const auto* const node = chunk.As<KTANode>()) {
-            ++held[std::string(kta::TextOf(node->nodeName))];
-        }
-    }
-    std::vector<bool> isHeld(nodes.size());
-    for (const bool hasReason : {false, true}) {
-        for (std::size_t i = 0; i < nodes.size(); ++i) {
-            std::size_t& left = held[nodes[i].name.substr(0, sizeof(KTANode::nodeName) - 1)];
-            if ((nodes[i].whyNot != nullptr) == hasReason && left > 0) {
-                isHeld[i] = true;
-                --left;
-            }
-        }
-    }
-    std::vector<const NodeToExport*> leftOut;
-    for (std::size_t i = 0; i < nodes.size(); ++i) {
-        if (!isHeld[i]) {
-            leftOut.push_back(&nodes[i]);
-        }
-    }
-    return leftOut;
-}
-
-void AddNodesLeftOut(const kta::File& actor, const ExportOutcome& outcome,
-                     std::vector<std::string>& lines) {
-    const std::vector<const NodeToExport*> nodes = NodesLeftOut(actor, outcome.nodes);
-    const std::size_t shown =
-        outcome.namesAll ? nodes.size() : std::min(nodes.size(), kMostNodeLines);
-    for (std::size_t i = 0; i < shown; ++i) {
-        lines.push_back("not exported: \"" + kta::Escaped(nodes[i]->name) + "\": " +
-                        (nodes[i]->whyNot ? nodes[i]->whyNot : "left out by the exporter"));
-    }
-    if (shown < nodes.size()) {
-        lines.push_back("not exported: " + kta::Counted(nodes.size() - shown, "other node") +
-                        " (-v names all)");
-    }
-}
-
-}  // namespace
-
-std::vector<std::string> Summarize(const std::vector<OutputFile>& files,
-                                   const ExportOutcome& outcome) {
-    std::vector<std::string> lines;
-    std::size_t nodes = 0;
-    for (const OutputFile& output : files) {
-        if (output.reading.file) {
-            const kta::Summary summary = kta::Summarize(*output.reading.file);
-            nodes += summary.nodes;
-            lines.push_back(Line(output, *output.reading.file, summary));
-        }
-    }
-    if (!outcome.log.empty()) {
-        lines.push_back(outcome.log.string() + ": log");
-    }
-    lines.push_back("options: " + outcome.options);
-    lines.push_back("exported " + std::to_string(nodes) + " of " +
-                    kta::Counted(outcome.nodes.size(), "node"));
-    if (const kta::Reading& actor = files.front().reading; actor.file && actor.Good()) {
-        AddNodesLeftOut(*actor.file, outcome, lines);
-    }
-    if (outcome.warnings > 0) {
-        lines.push_back(kta::Counted(outcome.warnings, "warning") + " from reading the scene");
-    }
-    if (outcome.coloredMeshes > 0) {
-        lines.push_back("not exported: vertex colours of " +
-                        kta::Counted(outcome.coloredMeshes, "mesh"));
-    }
-    return lines;
 }
 
 }  // namespace maxhost::app

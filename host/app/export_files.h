@@ -1,7 +1,6 @@
-// The files that an export makes, whether they are whole, and what is said about them.
+// The files that an export makes, and whether they are whole.
 #pragma once
 
-#include <cstddef>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -58,6 +57,8 @@ class ExportFiles {
     bool AnyWritten() const;
     // The first of both files that was not made.
     const OutputFile& FirstMissing() const;
+    // Whether the exporter gave the export up for want of memory, as its log says.
+    bool LacksMemory() const;
     // A line for each of the two files that was made, saying whether it is a whole one: for
     // failed exports whose parts are kept.
     std::vector<std::string> Parts() const;
@@ -76,7 +77,11 @@ class ExportFiles {
     // of its own; what bears the export file's very name comes last. Throws
     // std::filesystem::filesystem_error, with a place, when nothing was put in place.
     void PutInPlace();
-    bool IsInPlace() const { return isInPlace_; }
+    bool IsInPlace() const { return placed_.has_value(); }
+    // The files that were put in place.
+    std::vector<std::filesystem::path> Placed() const {
+        return placed_.value_or(std::vector<std::filesystem::path>());
+    }
 
   private:
     std::filesystem::path MadeLog() const;
@@ -87,31 +92,7 @@ class ExportFiles {
     bool logStandsApart_;
     std::vector<OutputFile> files_;
     std::optional<kta::PrivateDirectory> room_;
-    bool isInPlace_ = false;
+    std::optional<std::vector<std::filesystem::path>> placed_;
 };
-
-// The lines to show: the faults of each verified file, then what the converter says beside them.
-// Repeats are left out, and of each file's faults and of the converter's the first are shown (see
-// kta::FirstFaults). Linear.
-std::vector<std::string> FaultReport(const std::vector<OutputFile>& files,
-                                     const std::vector<std::string>& converterFaults);
-
-struct NodeToExport {
-    std::string name;
-    const char* whyNot = nullptr;  // why an export may leave it out; null: it has no such reason
-};
-
-struct ExportOutcome {
-    std::vector<NodeToExport> nodes{};  // of the scene
-    bool namesAll = false;              // all nodes that were not exported, not the first ten
-    std::size_t warnings = 0;
-    std::filesystem::path log{};    // empty: this export wrote none
-    std::size_t coloredMeshes = 0;  // whose vertex colours are lost
-    std::string options{};          // the exporter's, in force, as on the command line
-};
-
-// The lines of the summary of files that were verified.
-std::vector<std::string> Summarize(const std::vector<OutputFile>& files,
-                                   const ExportOutcome& outcome);
 
 }  // namespace maxhost::app

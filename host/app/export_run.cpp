@@ -14,6 +14,7 @@
 #include "host/app/places.h"
 #include "host/app/plugin_loader.h"
 #include "host/app/scene_report.h"
+#include "host/app/summary.h"
 #include "host/sdk/host.h"
 
 namespace maxhost::app {
@@ -82,7 +83,7 @@ void MakeConfigDirectory(const fs::path& directory, Console& console) {
     std::error_code error;
     fs::create_directories(directory, error);
     if (error) {
-        console.Warn(directory.string(),
+        console.Warn(scene::LossCode::settingsNotKept, directory.string(),
                      "cannot be made, so that settings are not kept: " + error.message());
     }
 }
@@ -124,11 +125,14 @@ std::vector<NodeToExport> NodesToExport(const Options& options, const ExportOpti
         Control* const transform = node->GetTMController();
         const bool isFootprint = transform != nullptr && transform->ClassID() == footprint;
         const bool isHidden = node->IsHidden(0, FALSE) && !inForce.exportHidden;
-        nodes.push_back({node->GetName(), options.selectedOnly && !node->Selected() ? "not selected"
-                                          : isFootprint ? "a biped footprint"
-                                          : isHidden    ? "hidden"
-                                          : isCancelled ? "cancelled before"
-                                                        : nullptr});
+        using enum scene::LossCode;
+        const std::optional<scene::LossCode> whyNot = options.selectedOnly && !node->Selected()
+                                                          ? std::optional(nodeNotSelected)
+                                                      : isFootprint ? std::optional(nodeFootprint)
+                                                      : isHidden    ? std::optional(nodeHidden)
+                                                      : isCancelled ? std::optional(nodeCancelled)
+                                                                    : std::nullopt;
+        nodes.push_back({node->GetName(), whyNot ? &scene::KindOf(*whyNot) : nullptr});
     }
     return nodes;
 }
@@ -136,11 +140,13 @@ std::vector<NodeToExport> NodesToExport(const Options& options, const ExportOpti
 // One export, from the open scene to the files in their places.
 class ExportRun {
   public:
-    ExportRun(const Options& options, ExportFiles& files, Interrupts& interrupts, Console& console)
+    ExportRun(const Options& options, ExportFiles& files, Interrupts& interrupts, Console& console,
+              RunReport& report)
         : options_(options),
           files_(files),
           interrupts_(interrupts),
           console_(console),
+          report_(report),
           user_(console, files.ExportFile().string(), options.choices, options.cancelDialog) {}
 
     int Run(const Exporter& exporter, DWORD exportOptions,
@@ -162,6 +168,7 @@ class ExportRun {
     ExportFiles& files_;
     Interrupts& interrupts_;
     Console& console_;
+    RunReport& report_;
     DialogUser user_;
 };
 
@@ -193,8 +200,11 @@ int ExportRun::RunPlugIn(const Exporter& exporter, DWORD exportOptions,
     ProgressBar bar(console_);
     const RunningExport running(options_, user_, bar, console_, showsProgress);
     const WorkingDirectory directory(files_.WorkingDirectory());
-    return exporter->DoExport(files_.PrivateName().c_str(), nullptr, host.GetInterface(), FALSE,
-                              exportOptions);
+    const Stopwatch watch;
+    const int result = exporter->DoExport(files_.PrivateName().c_str(), nullptr,
+                                          host.GetInterface(), FALSE, exportOptions);
+    report_.exportingSeconds = watch.Seconds();
+    return result;
 }
 
 int ExportRun::ReportFailure() {
@@ -206,8 +216,9 @@ int ExportRun::ReportFailure() {
         return kExitFaultyOutput;
     }
     Report("the export failed: " +
-           (user_.MessageBoxes() > 0
-                ? "the exporter says why above"
+           (user_.MessageBoxes() > 0 ? "the exporter says why above"
+            : files_.LacksMemory()
+                ? "it needs more memory than there is"
                 : (options_.showDialog ? "if no message box said why, " : "") +
                       files_.FirstMissing().path.string() + " cannot be written"));
     return kExitExportFailed;
@@ -237,6 +248,7 @@ std::optional<int> ExportRun::EndedInDialog(int result) {
 
 // Whether what was written is whole and sound.
 int ExportRun::Check() {
+    const Stopwatch watch;
     files_.Verify();
     std::vector<std::string> faults = files_.WriteErrors();
     if (faults.empty()) {
@@ -249,6 +261,7 @@ int ExportRun::Check() {
     for (const std::string& line : faults) {
         console_.Report(line);
     }
+    report_.checkingSeconds = watch.Seconds();
     return faults.empty() ? kExitDone : kExitFaultyOutput;
 }
 
@@ -306,21 +319,26 @@ int ExportRun::Run(const Exporter& exporter, DWORD exportOptions,
     interrupts_.PressCancel();
     const int result = RunPlugIn(exporter, exportOptions, settings, showsProgress);
     const ExportOptions inForce = SettingsIn(settings);
+    outcome.inForce = inForce;
     outcome.options = OnCommandLine(inForce);
     outcome.nodes = NodesToExport(options_, inForce);
     if (files_.HasLog()) {
         outcome.log = files_.Log();
     } else {
-        console_.Warn(files_.Log().string(), "this export could not write its log");
+        const scene::LossCode code = scene::LossCode::logMissing;
+        console_.Warn(code, files_.Log().string(), scene::KindOf(code).text);
     }
     if (const std::optional<int> status = EndedInDialog(result)) {
         return Place(*status, false);
     }
     const int status = Place(StatusOf(result), true);
-    if (files_.IsInPlace() && result != IMPEXP_FAIL && !options_.quiet) {
+    if (files_.IsInPlace() && result != IMPEXP_FAIL && !options_.quiet && !options_.json) {
         for (const std::string& line : Summarize(files_.Files(), outcome)) {
             console_.Print(line);
         }
+    }
+    if (options_.json) {
+        report_.exported = ReportOf(files_, std::move(outcome));
     }
     return status;
 }
@@ -328,8 +346,8 @@ int ExportRun::Run(const Exporter& exporter, DWORD exportOptions,
 }  // namespace
 
 int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files,
-                Interrupts& interrupts, Console& console, bool showsProgress) {
-    CheckMaterials(options.scene, loaded.scene);
+                Interrupts& interrupts, Console& console, RunReport& report, bool showsProgress) {
+    CheckMaterials(SceneName(options.scene), loaded.scene);
     const std::optional<fs::path> configDirectory = ConfigDirectory(options);
     const fs::path plugIn = PlugInFile(options);
     const std::vector<std::string> plugInDirectories = PlugInDirectories(options);
@@ -343,13 +361,14 @@ int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files,
     if (configDirectory) {
         MakeConfigDirectory(*configDirectory, console);
         if (options.verbose) {
-            console.Report(SettingsFile(*configDirectory).string(), "settings file");
+            console.Note(SettingsFile(*configDirectory).string(), "settings file");
         }
     }
-    ExportOutcome outcome{{}, options.verbose,      loaded.warnings.size(),
-                          {}, loaded.coloredMeshes, {}};
+    ExportOutcome outcome{.namesAll = options.verbose,
+                          .warnings = loaded.warnings.size(),
+                          .coloredMeshes = loaded.coloredMeshes};
     host.OpenScene(std::move(loaded.scene));
-    return ExportRun(options, files, interrupts, console)
+    return ExportRun(options, files, interrupts, console, report)
         .Run(exporter, exportOptions, configDirectory, std::move(outcome), showsProgress);
 }
 

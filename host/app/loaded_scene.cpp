@@ -5,6 +5,7 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <new>
 #include <string_view>
 #include <unordered_map>
@@ -18,6 +19,11 @@
 #include "host/scene_file/scene_description.h"
 #include "kta/text.h"
 #include "kta/whole_file.h"
+
+#ifdef _WIN32
+#include <fcntl.h>
+#include <io.h>
+#endif
 
 namespace maxhost::app {
 
@@ -56,9 +62,21 @@ void CheckReadable(const std::string& path) {
     }
 }
 
+// Bytes pass as they are.
+void MakeBinary([[maybe_unused]] std::FILE* stream) {
+#ifdef _WIN32
+    _setmode(_fileno(stream), _O_BINARY);
+#endif
+}
+
 LoadedScene LoadDescription(const std::string& path) {
-    std::ifstream file(fs::path(path), std::ios::binary);
     LoadedScene loaded;
+    if (IsStandardStream(path)) {
+        MakeBinary(stdin);
+        loaded.scene = scene_file::ReadSceneDescription(std::cin);
+        return loaded;
+    }
+    std::ifstream file(fs::path(path), std::ios::binary);
     loaded.scene = scene_file::ReadSceneDescription(file);
     return loaded;
 }
@@ -80,7 +98,10 @@ LoadedScene LoadModel(const std::string& path, const LoadChoices& choices) {
             "no node in it, expected a model with at least one (--allow-empty lets it pass)");
     }
     scene::Check(loaded.scene);
-    loaded.warnings = std::move(imported.warnings);
+    for (std::size_t i = 0; i < imported.warnings.size(); ++i) {
+        loaded.warnings.push_back({imported.codes.at(i), std::move(imported.warnings[i])});
+    }
+    loaded.losses = std::move(imported.losses);
     for (const import::AnimationClip& clip : imported.animations) {
         loaded.animations.push_back({clip.name, clip.seconds});
     }
@@ -91,8 +112,16 @@ LoadedScene LoadModel(const std::string& path, const LoadChoices& choices) {
 
 }  // namespace
 
+bool IsStandardStream(const std::string& path) {
+    return path == "-";
+}
+
+std::string SceneName(const std::string& path) {
+    return IsStandardStream(path) ? "standard input" : path;
+}
+
 bool IsSceneDescription(const std::string& path) {
-    if (IsNamedAsDescription(path)) {
+    if (IsStandardStream(path) || IsNamedAsDescription(path)) {
         return true;
     }
     // A glTF file may carry anything in its extras.
@@ -107,13 +136,15 @@ bool IsSceneDescription(const std::string& path) {
 }
 
 LoadedScene LoadScene(const std::string& path, const LoadChoices& choices) {
-    CheckReadable(path);
+    if (!IsStandardStream(path)) {
+        CheckReadable(path);
+    }
     try {
         return IsSceneDescription(path) ? LoadDescription(path) : LoadModel(path, choices);
     } catch (const std::bad_alloc&) {
-        throw Failure(kExitRefused, path, "needs more memory than there is");
+        throw Failure(kExitRefused, SceneName(path), "needs more memory than there is");
     } catch (const std::exception& error) {
-        throw Failure(kExitRefused, path, error.what());
+        throw Failure(kExitRefused, SceneName(path), error.what());
     }
 }
 
@@ -225,25 +256,41 @@ void ApplyChoices(const Options& options, LoadedScene& loaded) {
     }
     if (options.selectedOnly && loaded.scene.selection.empty() && !options.allowEmpty) {
         throw Failure(kExitRefused, "--selected",
-                      "nothing is selected in " + options.scene +
+                      "nothing is selected in " + SceneName(options.scene) +
                           ", expected a selection (--allow-empty lets it pass)");
     }
 }
 
 // ---------------------------------------------------------------- saving
 
-void SaveScene(const scene::Scene& scene, const std::string& path) {
+namespace {
+
+template <class Write>
+void SaveTo(const std::string& place, Write write) {
     const auto refuse = [&](const std::string& reason) {
-        throw Failure(kExitRefused, path, "the scene cannot be saved: " + reason);
+        throw Failure(kExitRefused, place, "the scene cannot be saved: " + reason);
     };
     try {
-        kta::ReplaceWholeFile(
-            path, [&](std::ostream& out) { scene_file::WriteSceneDescription(scene, out); });
+        write();
     } catch (const scene::SceneError& error) {
         refuse(error.what());
     } catch (const std::system_error& error) {
         refuse(error.code().message());
     }
+}
+
+}  // namespace
+
+void SaveScene(const scene::Scene& scene, const std::string& path) {
+    SaveTo(path, [&] {
+        kta::ReplaceWholeFile(
+            path, [&](std::ostream& out) { scene_file::WriteSceneDescription(scene, out); });
+    });
+}
+
+void SaveScene(const scene::Scene& scene, std::ostream& out) {
+    MakeBinary(stdout);
+    SaveTo("standard output", [&] { scene_file::WriteSceneDescription(scene, out); });
 }
 
 }  // namespace maxhost::app

@@ -3,10 +3,12 @@
 
 #include <cstddef>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <vector>
 
 #include "host/app/options.h"
+#include "host/scene/losses.h"
 #include "host/scene/scene.h"
 
 namespace maxhost::app {
@@ -16,12 +18,24 @@ struct Animation {
     double seconds = 0;
 };
 
+struct Warning {
+    scene::LossCode code{};
+    std::string text;  // one line, without the file's name
+};
+
 struct LoadedScene {
     scene::Scene scene;
-    std::vector<std::string> warnings;  // what the importer changed or left out, a line each
+    std::vector<Warning> warnings;      // what the importer changed or left out
+    std::vector<scene::Loss> losses;    // the same, case by case
     std::vector<Animation> animations;  // that the file offers to choose from
     std::size_t coloredMeshes = 0;      // whose vertex colours the importer left out
 };
+
+// "-" stands for standard input and output.
+bool IsStandardStream(const std::string& path);
+
+// The file's name for messages: "standard input" for "-".
+std::string SceneName(const std::string& path);
 
 // Whether the file is a scene description: its name ends in .maxscene.json, or it is JSON whose
 // beginning speaks of a "maxscene". False for a file that cannot be opened.
@@ -34,8 +48,8 @@ struct LoadChoices {
     bool allowEmpty = false;  // a model without any node
 };
 
-// Throws Failure(kExitRefused) that names the file, with what is wrong with it. An animation that
-// is not there is not refused here; the first is loaded.
+// Standard input is a scene description. Throws Failure(kExitRefused) that names the file, with
+// what is wrong with it. An animation that is not there is not refused here; the first is loaded.
 LoadedScene LoadScene(const std::string& path, const LoadChoices& choices = {});
 
 // Applies --scale, --frame-rate, --start, --end and --select, and checks that there is what
@@ -47,5 +61,7 @@ void ApplyChoices(const Options& options, LoadedScene& loaded);
 // Writes the scene as a scene description. A file of that name is replaced as a whole, or, when
 // writing fails, left as it is; then throws Failure(kExitRefused).
 void SaveScene(const scene::Scene& scene, const std::string& path);
+// The same to standard output, which `out` is.
+void SaveScene(const scene::Scene& scene, std::ostream& out);
 
 }  // namespace maxhost::app

@@ -30,6 +30,7 @@ int main(int argc, char** argv) {
     // Where a file may grow no further, writing fails and the program says so.
     std::signal(SIGXFSZ, SIG_IGN);
 #endif
+    maxhost::app::CatchInterrupts();
     maxhost::app::Console console(std::cout, std::cerr, IsErrorATerminal());
     return maxhost::app::Run(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc),
                              console, IsErrorATerminal());

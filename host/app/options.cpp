@@ -249,7 +249,8 @@ class Group {
 };
 
 void AddScene(CLI::App& app, Options& options) {
-    app.add_option("SCENE", options.scene, "the scene to export");
+    app.add_option("SCENE", options.scene,
+                   "the scene to export; - is a scene description on standard input");
     Group group(app, "Options");
     group.AddPath("-o,--output", "FILE", options.output,
                   "export file, which the converter makes (default: SCENE's name with .hdo; "
@@ -284,8 +285,8 @@ void AddImport(CLI::App& app, Options& options) {
                     "(default: the scene's)");
     group.AddMoment("--end", options.end, "where it ends (default: the scene's)");
     group.AddPath("--save-scene", "FILE", options.saveScene,
-                  "write the loaded scene as a scene description; without -o nothing is exported "
-                  "(default: not written)");
+                  "write the loaded scene as a scene description, - to standard output; without -o "
+                  "nothing is exported (default: not written)");
     group.Add("--list", options.list,
               "list the scene's nodes, materials and animations; nothing is exported (default: "
               "off)");
@@ -402,7 +403,10 @@ void AddMessages(CLI::App& app, Options& options, std::string& progress) {
                            : Quoted(text) + ", expected auto, always or never";
             },
             ""));
-    group.Add("-q,--quiet", options.quiet, "no summary (default: one)");
+    group.Add("--json", options.json,
+              "print the summary, or what --list lists, as one JSON object, also of a run that "
+              "fails (default: off, as text)");
+    group.Add("-q,--quiet", options.quiet, "no summary as text (default: one)");
     group.Add("-v,--verbose", options.verbose,
               "name the settings file, and copy the log to standard error, on Windows to a "
               "debugger (default: off)");
@@ -427,6 +431,13 @@ std::string FaultOf(const Options& options) {
     }
     if (options.list && options.output) {
         return "--list: excludes --output, expected one of them";
+    }
+    if (options.scene == "-" && !options.output && !options.list && !options.saveScene) {
+        return "SCENE: standard input has no name to export by, expected --output beside it";
+    }
+    if (options.saveScene == "-" && (options.list || options.json)) {
+        return "--save-scene: to standard output excludes " +
+               std::string(options.list ? "--list" : "--json") + ", which writes there too";
     }
     return {};
 }
@@ -457,10 +468,14 @@ bool IsSwitchedOff(const char* name, const ExportOptions& values) {
 
 }  // namespace
 
+bool IsEnabled(const ExporterOption& option, const ExportOptions& values) {
+    return !IsSwitchedOff(option.enabledBy, values);
+}
+
 std::string OnCommandLine(const ExportOptions& values) {
     std::string line;
     for (const ExporterOption& option : kExporterOptions) {
-        if (!IsSwitchedOff(option.enabledBy, values)) {
+        if (IsEnabled(option, values)) {
             line += (line.empty() ? "" : " ") + Name(option, values);
             if (!std::holds_alternative<Plinth::UInt8 ExportOptions::*>(option.setting)) {
                 line += " " + std::visit([&](auto setting) { return ValueText(values.*setting); },

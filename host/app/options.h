@@ -56,6 +56,9 @@ struct DialogChoices {
 // The options that are chosen, as on the command line: --morphers, --no-morphers, --sample-rate.
 std::vector<std::string> NamesOf(const DialogChoices& choices);
 
+// Whether the switch that enables the option is on, or it needs none.
+bool IsEnabled(const ExporterOption& option, const ExportOptions& values);
+
 // All options of `values` as on the command line, but those that their switch disables.
 std::string OnCommandLine(const ExportOptions& values);
 
@@ -99,6 +102,7 @@ struct Options {
 
     std::optional<std::string> saveScene;
     bool list = false;
+    bool json = false;
     std::optional<std::string> animation;
     float scale = 1;
     std::optional<int> frameRate;

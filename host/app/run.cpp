@@ -4,6 +4,7 @@
 #include <max.h>
 #include <maxapi.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <exception>
 
@@ -13,6 +14,7 @@
 #include "host/app/options.h"
 #include "host/app/places.h"
 #include "host/app/plugin_loader.h"
+#include "host/app/run_report.h"
 #include "host/app/scene_report.h"
 #include "host/sdk/host.h"
 #include "host/win32/user.h"
@@ -65,29 +67,41 @@ bool IsExported(const Options& options) {
 // What loading changed or left out, and what the exported files cannot say. With --strict throws
 // Failure(kExitFaultyOutput) where there is any.
 void Warn(const Options& options, const LoadedScene& loaded, Console& console) {
-    std::vector<std::string> warnings = loaded.warnings;
+    std::vector<Warning> warnings = loaded.warnings;
     if (IsExported(options)) {
-        for (std::string& warning : NameWarnings(loaded.scene)) {
+        for (Warning& warning : NameWarnings(loaded.scene)) {
             warnings.push_back(std::move(warning));
         }
     }
-    for (const std::string& warning : warnings) {
-        console.Warn(options.scene, warning);
+    const std::string scene = SceneName(options.scene);
+    for (const Warning& warning : warnings) {
+        console.Warn(warning.code, scene, warning.text);
     }
     if (options.strict && !warnings.empty()) {
-        throw Failure(kExitFaultyOutput, options.scene,
+        throw Failure(kExitFaultyOutput, scene,
                       kta::Counted(warnings.size(), "warning") +
                           ", expected none with --strict; nothing is written");
     }
 }
 
-LoadedScene Load(const Options& options, Console& console) {
+void Save(const scene::Scene& scene, const std::string& path, Console& console) {
+    if (IsStandardStream(path)) {
+        SaveScene(scene, console.TakeOut());
+    } else {
+        SaveScene(scene, path);
+    }
+}
+
+LoadedScene Load(const Options& options, Console& console, RunReport& report) {
+    const Stopwatch watch;
     LoadedScene loaded =
         LoadScene(options.scene, {options.animation, options.frameRate, options.allowEmpty});
+    report.readingSeconds = watch.Seconds();
     Warn(options, loaded, console);
     ApplyChoices(options, loaded);
     if (options.saveScene) {
-        SaveScene(loaded.scene, *options.saveScene);
+        Save(loaded.scene, *options.saveScene, console);
+        report.savedScene = options.saveScene;
     }
     return loaded;
 }
@@ -132,14 +146,15 @@ int ReportException(Console& console) {
     }
 }
 
-int LoadAndExport(const Options& options, Console& console, bool isTerminal,
+int LoadAndExport(const Options& options, Console& console, RunReport& report, bool isTerminal,
                   Interrupts& interrupts) {
     ExportFiles files(ExportFile(options), LogFile(options));
     int status = kExitDone;
     try {
-        RequireDisplay(options.showDialog ? "--show-dialog" : options.scene, options.showDialog);
-        status = ExportScene(options, Load(options, console), files, interrupts, console,
-                             ShowsProgress(options, isTerminal));
+        RequireDisplay(options.showDialog ? "--show-dialog" : SceneName(options.scene),
+                       options.showDialog);
+        status = ExportScene(options, Load(options, console, report), files, interrupts, console,
+                             report, ShowsProgress(options, isTerminal));
     } catch (...) {
         status = ReportException(console);
     }
@@ -149,22 +164,25 @@ int LoadAndExport(const Options& options, Console& console, bool isTerminal,
     return status;
 }
 
-int Execute(const Options& options, Console& console, bool isTerminal) {
+int Execute(const Options& options, Console& console, RunReport& report, bool isTerminal) {
     Interrupts interrupts;
     if (options.about) {
         return ShowAbout(options);
     }
     if (!IsExported(options)) {
-        const LoadedScene loaded = Load(options, console);
-        if (options.list) {
+        LoadedScene loaded = Load(options, console, report);
+        if (options.list && options.json) {
+            report.listed = std::move(loaded);
+        } else if (options.list) {
             PrintList(loaded, console);
         }
         return kExitDone;
     }
-    return LoadAndExport(options, console, isTerminal, interrupts);
+    return LoadAndExport(options, console, report, isTerminal, interrupts);
 }
 
-int RunParsed(const CommandLine& commandLine, Console& console, bool isTerminal) {
+int RunParsed(const CommandLine& commandLine, Console& console, RunReport& report,
+              bool isTerminal) {
     if (!commandLine.error.empty()) {
         console.Report(commandLine.error);
         return commandLine.exitStatus;
@@ -173,17 +191,32 @@ int RunParsed(const CommandLine& commandLine, Console& console, bool isTerminal)
         console.Print(commandLine.out);
         return commandLine.exitStatus;
     }
-    return Execute(*commandLine.options, console, isTerminal);
+    report.scene = commandLine.options->scene;
+    return Execute(*commandLine.options, console, report, isTerminal);
+}
+
+// Of a refused command line, by its words: the parser stops at what it refuses.
+bool WantsJson(const CommandLine& commandLine, const std::vector<std::string>& arguments) {
+    return commandLine.options ? commandLine.options->json
+                               : !commandLine.error.empty() &&
+                                     std::ranges::find(arguments, "--json") != arguments.end();
 }
 
 }  // namespace
 
 int Run(const std::vector<std::string>& arguments, Console& console, bool isTerminal) {
     int status = kExitRefused;
+    RunReport report;
+    bool wantsJson = false;
     try {
-        status = RunParsed(ParseCommandLine(arguments, TerminalColumns()), console, isTerminal);
+        const CommandLine commandLine = ParseCommandLine(arguments, TerminalColumns());
+        wantsJson = WantsJson(commandLine, arguments);
+        status = RunParsed(commandLine, console, report, isTerminal);
     } catch (...) {
         status = ReportException(console);
+    }
+    if (wantsJson) {
+        console.Print(JsonOf(report, status, console.Notices()));
     }
     if (!console.Flush() && status == kExitDone) {
         console.Report("standard output", "cannot be written");

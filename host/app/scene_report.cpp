@@ -36,40 +36,6 @@ std::string Line(const char* item, std::size_t index, const std::string& fields,
            kta::Escaped(name);
 }
 
-void ListNodes(const scene::Scene& scene, std::vector<std::string>& lines) {
-    std::vector<std::vector<std::size_t>> children(scene.nodes.size());
-    std::vector<std::pair<std::size_t, int>> waiting;  // node, depth; the next one at the back
-    for (std::size_t i = scene.nodes.size(); i-- > 0;) {
-        const int parent = scene.nodes[i].parent;
-        if (parent == scene::kNone) {
-            waiting.emplace_back(i, 0);
-        } else {
-            children[static_cast<std::size_t>(parent)].push_back(i);
-        }
-    }
-    while (!waiting.empty()) {
-        const auto [index, depth] = waiting.back();
-        waiting.pop_back();
-        const scene::Node& node = scene.nodes[index];
-        lines.push_back(
-            Line("node", index, std::to_string(depth) + '\t' + KindOf(node), node.name));
-        for (const std::size_t child : children[index]) {
-            waiting.emplace_back(child, depth + 1);
-        }
-    }
-}
-
-const char* KindOf(scene::MaterialKind kind) {
-    switch (kind) {
-        case scene::MaterialKind::standard:
-            return "standard";
-        case scene::MaterialKind::multi:
-            return "multi";
-        default:
-            return "other";
-    }
-}
-
 std::string Seconds(double seconds) {
     std::array<char, 32> text{};
     std::snprintf(text.data(), text.size(), "%.6g", seconds);
@@ -102,9 +68,47 @@ const char* KindOf(const scene::Node& node) {
     }
 }
 
+const char* KindOf(scene::MaterialKind kind) {
+    switch (kind) {
+        case scene::MaterialKind::standard:
+            return "standard";
+        case scene::MaterialKind::multi:
+            return "multi";
+        default:
+            return "other";
+    }
+}
+
+std::vector<ListedNode> NodesInOrder(const scene::Scene& scene) {
+    std::vector<std::vector<std::size_t>> children(scene.nodes.size());
+    std::vector<ListedNode> waiting;  // the next one at the back
+    for (std::size_t i = scene.nodes.size(); i-- > 0;) {
+        const int parent = scene.nodes[i].parent;
+        if (parent == scene::kNone) {
+            waiting.push_back({i, 0});
+        } else {
+            children[static_cast<std::size_t>(parent)].push_back(i);
+        }
+    }
+    std::vector<ListedNode> nodes;
+    while (!waiting.empty()) {
+        const ListedNode node = waiting.back();
+        waiting.pop_back();
+        nodes.push_back(node);
+        for (const std::size_t child : children[node.index]) {
+            waiting.push_back({child, node.depth + 1});
+        }
+    }
+    return nodes;
+}
+
 std::vector<std::string> ListScene(const LoadedScene& loaded) {
     std::vector<std::string> lines;
-    ListNodes(loaded.scene, lines);
+    for (const ListedNode& listed : NodesInOrder(loaded.scene)) {
+        const scene::Node& node = loaded.scene.nodes[listed.index];
+        lines.push_back(Line("node", listed.index,
+                             std::to_string(listed.depth) + '\t' + KindOf(node), node.name));
+    }
     for (std::size_t i = 0; i < loaded.scene.materials.size(); ++i) {
         const scene::Material& material = *loaded.scene.materials[i];
         lines.push_back(Line("material", i, KindOf(material.kind), material.name));
@@ -180,15 +184,17 @@ NameList SharedNames(const scene::Scene& scene) {
 
 }  // namespace
 
-std::vector<std::string> NameWarnings(const scene::Scene& scene) {
-    std::vector<std::string> warnings;
+std::vector<Warning> NameWarnings(const scene::Scene& scene) {
+    std::vector<Warning> warnings;
     if (const NameList names = LongNames(scene); names.Count() > 0) {
-        warnings.push_back("node names of more than " + std::to_string(kMostNameBytes) +
-                           " bytes, which the files cut: " + names.Text());
+        warnings.push_back(
+            {scene::LossCode::nameCut, "node names of more than " + std::to_string(kMostNameBytes) +
+                                           " bytes, which the files cut: " + names.Text()});
     }
     if (const NameList names = SharedNames(scene); names.Count() > 0) {
-        warnings.push_back("several nodes of one name, and the files tell parents by name: " +
-                           names.Text());
+        warnings.push_back(
+            {scene::LossCode::nameShared,
+             "several nodes of one name, and the files tell parents by name: " + names.Text()});
     }
     return warnings;
 }

@@ -12,6 +12,16 @@ namespace maxhost::app {
 
 // geometry, camera, light, bone, helper, shape or other.
 const char* KindOf(const scene::Node& node);
+// standard, multi or other.
+const char* KindOf(scene::MaterialKind kind);
+
+struct ListedNode {
+    std::size_t index = 0;  // in the scene
+    int depth = 0;          // 0 below the root
+};
+
+// Depth first, in child order.
+std::vector<ListedNode> NodesInOrder(const scene::Scene& scene);
 
 // Fields are separated by tabs; names are escaped. In this order:
 //   node, position in the scene, depth (0 below the root), kind, name: depth first, in child order
@@ -22,7 +32,7 @@ std::vector<std::string> ListScene(const LoadedScene& loaded);
 // A line each, where there is cause: node names that are longer than the field that holds them, and
 // names that several nodes have, as far as the field holds them. At most five names a line, each
 // shortened and in quotes. Linear.
-std::vector<std::string> NameWarnings(const scene::Scene& scene);
+std::vector<Warning> NameWarnings(const scene::Scene& scene);
 
 // An export of more materials is refused: a few that refer to each other may stand for more than a
 // disk holds.

@@ -132,8 +132,6 @@ std::string UpAxisOf(const AxisTurn& turn) {
 
 // ---------------------------------------------------------------- names
 
-constexpr char kRecodedName[] = "name was not UTF-8, read as Latin-1";
-
 // The name to show for the node. Collada's importer makes one up where the file gives an id alone.
 std::string NameOf(const aiNode& node, SourceFormat format, ImportWarnings& warnings) {
     aiString id;
@@ -142,7 +140,7 @@ std::string NameOf(const aiNode& node, SourceFormat format, ImportWarnings& warn
                             node.mMetaData && node.mMetaData->Get("Collada_id", id);
     bool recoded = false;
     const std::string name = TextOf(hasIdAlone ? id : node.mName, &recoded);
-    warnings.AddOf(kRecodedName, "node", Quoted(name), recoded ? 1 : 0);
+    warnings.AddOf(LossCode::nameRecoded, "node", Quoted(name), recoded ? 1 : 0);
     return name;
 }
 
@@ -150,8 +148,8 @@ std::string NameOf(const aiNode& node, SourceFormat format, ImportWarnings& warn
 std::string NameAfterFile(const std::string& path, ImportWarnings& warnings) {
     bool recoded = false;
     const std::string name = ToUtf8(std::filesystem::path(path).stem().string(), &recoded);
-    warnings.Add("given the file's name, the file gives its root none", "node " + Quoted(name));
-    warnings.AddOf(kRecodedName, "node", Quoted(name), recoded ? 1 : 0);
+    warnings.Add(LossCode::rootWithoutName, "node " + Quoted(name));
+    warnings.AddOf(LossCode::nameRecoded, "node", Quoted(name), recoded ? 1 : 0);
     return name;
 }
 
@@ -162,13 +160,15 @@ void NameTheUnnamed(std::vector<scene::Node>& nodes, ImportWarnings& warnings) {
         used.insert(node.name);
     }
     int number = 0;
-    for (scene::Node& node : nodes) {
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        scene::Node& node = nodes[i];
+        warnings.SetNode(static_cast<int>(i));
         while (node.name.empty()) {
             const std::string digits = std::to_string(++number);
             std::string name =
                 "Node" + std::string(3 - std::min<std::size_t>(digits.size(), 3), '0') + digits;
             if (used.insert(name).second) {
-                warnings.Add("given this name, the file has none", "node " + Quoted(name));
+                warnings.Add(LossCode::nodeWithoutName, "node " + Quoted(name));
                 node.name = std::move(name);
             }
         }
@@ -195,15 +195,21 @@ class Converter {
         const std::vector<Role> roles =
             FindRoles(source_, tree_, format_, bones_.AreBones(), warnings_);
         for (std::size_t i = 0; i < tree_.nodes.size(); ++i) {
+            warnings_.SetNode(static_cast<int>(i));
             result_.scene.nodes.push_back(NodeOf(i, roles[i]));
         }
         NameTheUnnamed(result_.scene.nodes, warnings_);
         result_.coloredMeshes = meshes_.ColoredMeshes();
         AnimateNodes(clip_.channels, tree_, frames_, result_.scene.time, result_.scene.nodes,
                      warnings_);
+        warnings_.SetNode(scene::kNone);
         materials_.WarnOfUnused();
         WarnOfFile();
-        result_.warnings = warnings_.Lines();
+        for (ImportWarnings::Line& line : warnings_.Lines()) {
+            result_.warnings.push_back(std::move(line.text));
+            result_.codes.push_back(line.code);
+        }
+        result_.losses = warnings_.Losses();
         return std::move(result_);
     }
 
@@ -233,19 +239,18 @@ class Converter {
             source_.mAnimations[chosen],
             ReadChannels(source_, chosen, format_, path_,
                          static_cast<double>(time.frameRate) * time.ticksPerFrame, warnings_)};
-        warnings_.Add("animations left out beside the one imported (--animation chooses another)",
-                      "", names.size() - 1);
+        warnings_.Add(LossCode::otherAnimations, "", names.size() - 1);
         return clip;
     }
 
     void WarnOfFile() {
-        warnings_.Add("nodes outside the scene that the file shows left out", "",
-                      tree_.nodesOutside);
+        warnings_.Add(LossCode::nodeOutsideScene, "", tree_.nodesOutside);
         if (tree_.unit > 0 && std::abs(tree_.unit - OwnUnit(format_)) > 1e-6 * tree_.unit) {
-            warnings_.Add("the file's unit is " + NumberText(tree_.unit) + " m and its up axis " +
-                              UpAxisOf(tree_.turn) +
-                              "; lengths are left in that unit (--scale changes them)",
-                          "");
+            warnings_.Add(
+                {LossCode::unitKept, "the file's unit is " + NumberText(tree_.unit) +
+                                         " m and its up axis " + UpAxisOf(tree_.turn) +
+                                         "; lengths are left in that unit (--scale changes them)"},
+                "");
         }
     }
 
@@ -275,12 +280,12 @@ class Converter {
         std::size_t notFinite = source.notFinite;
         node.transform = scene::Transform{
             {}, {}, scene::MatrixTransform{RowMatrix(LocalOf(index, role), notFinite)}};
-        warnings_.Add("numbers that are not finite replaced by 0", subject, notFinite);
+        warnings_.Add(LossCode::numberNotFinite, subject, notFinite);
         if (const aiMetadata* metadata = source.node->mMetaData) {
             bool recoded = false;
             node.userProperties = UserPropertiesOf(*metadata, &recoded);
-            warnings_.AddOf("user properties were not UTF-8, read as Latin-1", "node",
-                            Quoted(node.name), recoded ? 1 : 0);
+            warnings_.AddOf(LossCode::userPropertiesRecoded, "node", Quoted(node.name),
+                            recoded ? 1 : 0);
             bool isShown = true;
             node.hidden =
                 format_ == SourceFormat::fbx && metadata->Get("Show", isShown) && !isShown;
@@ -309,7 +314,7 @@ class Converter {
             node.object = scene::Object{kLight, ClassOf(shown.light->mType), std::nullopt, nullptr};
         }
         const std::size_t others = (role.camera != shown.camera) + (role.light != shown.light);
-        warnings_.Add("cameras and lights left out, the node has another object", subject, others);
+        warnings_.Add(LossCode::secondObject, subject, others);
     }
 
     const aiScene& source_;

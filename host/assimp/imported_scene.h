@@ -10,6 +10,7 @@
 #include <system_error>
 #include <vector>
 
+#include "host/scene/losses.h"
 #include "host/scene/scene.h"
 
 namespace maxhost::import {
@@ -36,11 +37,14 @@ struct ImportChoices {
 };
 
 // A scene with z up, in the file's own units. Nodes stand in depth-first child order. `warnings`
-// names what was changed or left out, one line each; `coloredMeshes` counts the meshes that the
+// names what was changed or left out, one line each, of which `codes` has the kinds in the same
+// order and `losses` every case; `coloredMeshes` counts the meshes that the
 // file gives vertex colours, which are left out too; one that several nodes show counts once.
 struct ImportedScene {
     scene::Scene scene;
     std::vector<std::string> warnings;
+    std::vector<scene::LossCode> codes;
+    std::vector<scene::Loss> losses;
     std::vector<AnimationClip> animations;
     std::size_t coloredMeshes = 0;
 };

@@ -15,8 +15,8 @@ std::string Plural(const std::string& kind) {
 
 }  // namespace
 
-ImportWarnings::Entry& ImportWarnings::EntryOf(const std::string& what, const std::string& kind) {
-    const auto [found, isNew] = byWhat_.try_emplace({what, kind}, entries_.size());
+ImportWarnings::Entry& ImportWarnings::EntryOf(const LossText& what, const std::string& kind) {
+    const auto [found, isNew] = byWhat_.try_emplace({what.text, kind}, entries_.size());
     if (isNew) {
         entries_.push_back({what, kind, {}, 0, 0});
     }
@@ -33,15 +33,17 @@ void ImportWarnings::AddTo(Entry& entry, const std::string& subject, std::size_t
     }
 }
 
-void ImportWarnings::Add(const std::string& what, const std::string& subject, std::size_t count) {
+void ImportWarnings::Add(const LossText& what, const std::string& subject, std::size_t count) {
     if (count > 0) {
+        losses_.push_back({what.code, what.text, subject, node_, count});
         AddTo(EntryOf(what, ""), subject, count, kMaxSubjects);
     }
 }
 
-void ImportWarnings::AddOf(const std::string& what, const std::string& kind,
-                           const std::string& name, std::size_t count) {
+void ImportWarnings::AddOf(const LossText& what, const std::string& kind, const std::string& name,
+                           std::size_t count) {
     if (count > 0) {
+        losses_.push_back({what.code, what.text, kind + " " + name, node_, count});
         AddTo(EntryOf(what, kind), name, count, kMaxNames);
     }
 }
@@ -55,27 +57,28 @@ std::string ImportWarnings::LineOf(const Entry& entry) {
         count += cases;
     }
     if (subjects == 1) {
-        return entry.kind + " " + names + ": " + Counted(entry.what, count);
+        return entry.kind + " " + names + ": " + Counted(entry.what.text, count);
     }
     return std::to_string(subjects) + " " + Plural(entry.kind) + " (" + names +
            (entry.others > 0 ? ", ...): " : "): ") +
-           Counted(entry.what, count == subjects ? 1 : count);
+           Counted(entry.what.text, count == subjects ? 1 : count);
 }
 
-std::vector<std::string> ImportWarnings::Lines() const {
-    std::vector<std::string> lines;
+std::vector<ImportWarnings::Line> ImportWarnings::Lines() const {
+    std::vector<Line> lines;
     for (const Entry& entry : entries_) {
         if (!entry.kind.empty()) {
-            lines.push_back(LineOf(entry));
+            lines.push_back({entry.what.code, LineOf(entry)});
             continue;
         }
         for (const auto& [subject, count] : entry.subjects) {
-            lines.push_back((subject.empty() ? "" : subject + ": ") + Counted(entry.what, count));
+            lines.push_back({entry.what.code, (subject.empty() ? "" : subject + ": ") +
+                                                  Counted(entry.what.text, count)});
         }
         if (entry.others > 0) {
-            lines.push_back(std::to_string(entry.others) +
-                            (entry.others == 1 ? " other: " : " others: ") +
-                            Counted(entry.what, entry.countOfOthers));
+            lines.push_back({entry.what.code, std::to_string(entry.others) +
+                                                  (entry.others == 1 ? " other: " : " others: ") +
+                                                  Counted(entry.what.text, entry.countOfOthers)});
         }
     }
     return lines;

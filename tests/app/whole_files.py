@@ -141,7 +141,37 @@ def fill_the_disk(program, scene, root):
         sys.exit(f"--log /dev/full: exit status {log.returncode}: {log.stderr}")
     if files(directory) != former:
         sys.exit("--log /dev/full: the former files are no more")
-    print("full disks are told, and former files stay")
+    print("what a file may hold is told, and former files stay")
+
+
+def fill_a_real_disk(program, scene, root):
+    """A small disk of its own, where the system lets the user mount one."""
+    directory = root / "disk"
+    directory.mkdir()
+    script = """
+set -e
+mount -t tmpfs -o size=64k hdo-test "$1"
+cd "$1"
+printf former >saved.maxscene.json
+head -c 1000000 /dev/zero >filler 2>/dev/null || true
+if LC_ALL=C "$2" --save-scene saved.maxscene.json "$3" 2>"$4"; then status=0; else status=$?; fi
+[ "$(cat saved.maxscene.json)" = former ] || { echo "the former file is no more"; exit 1; }
+[ "$(ls -A | tr '\\n' ' ')" = "filler saved.maxscene.json " ] || { ls -A; exit 1; }
+exit "$status"
+"""
+    start = ["unshare", "--map-root-user", "--mount"]
+    if subprocess.run([*start, "mount", "-t", "tmpfs", "hdo-test", str(directory)],
+                      capture_output=True).returncode != 0:
+        print("no disk can be mounted here, so none was filled")
+        return
+    said = root / "said"
+    run = subprocess.run([*start, "sh", "-c", script, "sh", str(directory), program, scene,
+                          str(said)], capture_output=True, text=True, timeout=DEADLINE)
+    words = said.read_text() if said.exists() else ""
+    if run.returncode != 2 or "No space left on device" not in words:
+        sys.exit(f"--save-scene on a full disk: exit status {run.returncode}, expected 2: "
+                 f"{run.stdout}{run.stderr}{words}")
+    print("a full disk is told, and the former file stays")
 
 
 def main():
@@ -156,6 +186,7 @@ def main():
     with tempfile.TemporaryDirectory() as directory:
         root = pathlib.Path(directory)
         fill_the_disk(program, scene, root)
+        fill_a_real_disk(program, scene, root)
         export_side_by_side(program, scene, 40, root)
         interrupt_all(program, scene, arguments.interruptions, arguments.seed, root)
 

@@ -144,16 +144,13 @@ class MaterialReader {
         made.twoSided = properties_.Flag(AI_MATKEY_TWOSIDED);
         made.wire = properties_.Flag(AI_MATKEY_ENABLE_WIREFRAME);
         ReadMaps(made);
-        warnings.AddOf("name was not UTF-8, read as Latin-1", "material", Quoted(made.name),
-                       isNameRecoded ? 1 : 0);
-        warnings.AddOf("texture paths were not UTF-8, read as Latin-1", "material",
-                       Quoted(made.name), recodedPaths_);
+        warnings.AddOf(LossCode::nameRecoded, "material", Quoted(made.name), isNameRecoded ? 1 : 0);
+        warnings.AddOf(LossCode::texturePathRecoded, "material", Quoted(made.name), recodedPaths_);
         const std::string subject = "material " + Quoted(made.name);
-        warnings.Add("numbers that are not finite replaced by 0", subject, properties_.NotFinite());
-        warnings.Add("textures without a map slot left out", subject, TexturesIn() - used_);
-        warnings.Add("textures that stand in the file itself not taken out", subject, embedded_);
-        warnings.Add("texture coordinate sets of textures left out, the first stands for them",
-                     subject, otherSets_);
+        warnings.Add(LossCode::numberNotFinite, subject, properties_.NotFinite());
+        warnings.Add(LossCode::textureWithoutSlot, subject, TexturesIn() - used_);
+        warnings.Add(LossCode::textureEmbedded, subject, embedded_);
+        warnings.Add(LossCode::textureCoordinateSet, subject, otherSets_);
         return made;
     }
 
@@ -280,7 +277,7 @@ void MaterialFactory::WarnOfUnused() {
             const bool hasName = source_.mMaterials[i]->Get(AI_MATKEY_NAME, name) == AI_SUCCESS;
             // Importers add materials of their own for faces that have none.
             const bool isTheFiles = hasName && std::strcmp(name.C_Str(), AI_DEFAULT_MATERIAL_NAME);
-            warnings_.AddOf("left out, no face shows it", "material", Quoted(TextOf(name)),
+            warnings_.AddOf(LossCode::materialUnused, "material", Quoted(TextOf(name)),
                             isTheFiles ? 1 : 0);
         }
     }

@@ -202,11 +202,11 @@ void MeshBuilder::Append(const aiMesh& piece, const std::string& name,
             cutSets += HasThirdCoordinate(piece, uv) ? 1 : 0;
         }
     }
-    warnings_.Add("third texture coordinates left out", "mesh " + name, cutSets);
+    warnings_.Add(LossCode::textureThirdCoordinate, "mesh " + name, cutSets);
     for (const scene::Face& triangle : triangles) {
         faces_.push_back({triangle.v, 0, material});
     }
-    warnings_.Add("numbers that are not finite replaced by 0", "mesh " + name, notFinite);
+    warnings_.Add(LossCode::numberNotFinite, "mesh " + name, notFinite);
 }
 
 // The map faces of the piece, whose vertices are there already and whose triangles come next.
@@ -286,12 +286,12 @@ std::vector<scene::Face> MeshBuilder::TrianglesOf(const aiMesh& piece, const std
             triangles.push_back({{first + v[0], first + v[second], first + v[3 - second]}, 0, 0});
         }
     }
-    warnings_.AddOf("vertices without faces left out", "mesh", name,
+    warnings_.AddOf(LossCode::verticesWithoutFaces, "mesh", name,
                     piece.mFaces && piece.mNumFaces > 0 ? 0 : vertices);
-    warnings_.Add("points and lines left out", subject, pointsAndLines);
-    warnings_.Add("polygons that could not be cut into triangles left out", subject, polygons);
-    warnings_.Add("faces with a vertex number out of range left out", subject, outOfRange);
-    warnings_.Add("vertex colour sets left out", subject, piece.GetNumColorChannels());
+    warnings_.Add(LossCode::pointsAndLines, subject, pointsAndLines);
+    warnings_.Add(LossCode::polygonNotCut, subject, polygons);
+    warnings_.Add(LossCode::faceIndexOutOfRange, subject, outOfRange);
+    warnings_.Add(LossCode::vertexColors, subject, piece.GetNumColorChannels());
     return triangles;
 }
 
@@ -352,8 +352,7 @@ NodeMesh MeshFactory::Build(std::size_t index) {
     for (unsigned i = 0; i < node.mNumMeshes; ++i) {
         const unsigned number = node.mMeshes[i];
         if (number >= scene.mNumMeshes) {
-            source_.warnings.Add("references to meshes that do not exist left out",
-                                 "node " + Quoted(TextOf(node.mName)));
+            source_.warnings.Add(LossCode::missingMesh, "node " + Quoted(TextOf(node.mName)));
             continue;
         }
         const aiMesh& piece = *scene.mMeshes[number];

@@ -211,9 +211,11 @@ void BoneNodes::Note(const aiMesh& piece, const Found& found, ImportWarnings& wa
         }
         const bool isBare = node != scene::kNone &&
                             tree_.nodes[static_cast<std::size_t>(node)].node->mNumMeshes == 0;
-        warnings.Add(node == scene::kNone ? "left out, there is no such node"
-                     : isBare ? "several nodes have this name, the first without a mesh is taken"
-                              : "several nodes have this name, the first is taken",
+        warnings.Add(node == scene::kNone
+                         ? LossText(LossCode::objectWithoutNode)
+                         : LossText(LossCode::boneNameShared,
+                                    std::string("several nodes have this name, the first ") +
+                                        (isBare ? "without a mesh is taken" : "is taken")),
                      "bone " + Quoted(TextOf(name)));
     }
 }
@@ -305,8 +307,7 @@ std::vector<Matrix4> NodeSkin::MatricesOf(const aiMesh& piece, const std::string
                                           const std::vector<int>& slots) {
     std::vector<Matrix4> matrices;
     if (!fromWorld_) {
-        warnings_.AddOf("not moved by their bones, the matrix of their node has no inverse", "mesh",
-                        name);
+        warnings_.AddOf(LossCode::skinMatrixSingular, "mesh", name);
         return matrices;
     }
     std::size_t notFinite = 0;
@@ -320,8 +321,7 @@ std::vector<Matrix4> NodeSkin::MatricesOf(const aiMesh& piece, const std::string
         matrices.back() =
             *fromWorld_ * pose_.WorldOf(bone) * offset * node_.geometric.value_or(Matrix4());
     }
-    warnings_.Add("numbers of bones' matrices that are not finite replaced by 0", "mesh " + name,
-                  notFinite);
+    warnings_.Add(LossCode::boneMatrixNotFinite, "mesh " + name, notFinite);
     return matrices;
 }
 
@@ -348,9 +348,8 @@ NodeSkin::Holds NodeSkin::HoldsOf(const aiMesh& piece, const std::string& name,
             }
         }
     }
-    warnings_.Add("bone weights with a vertex number out of range left out", "mesh " + name,
-                  outOfRange);
-    warnings_.Add("bone weights that are not finite left out", "mesh " + name, notFinite);
+    warnings_.Add(LossCode::weightIndexOutOfRange, "mesh " + name, outOfRange);
+    warnings_.Add(LossCode::weightNotFinite, "mesh " + name, notFinite);
     return holds;
 }
 

@@ -157,8 +157,7 @@ struct NodeVertices::Piece {
 
 NodeVertices::Piece NodeVertices::Prepare(const aiMesh& piece, const std::string& name) {
     MorphWeights weights = source_.pose.MorphWeightsOf(node_, piece);
-    source_.warnings.AddOf("the reader loses the weights of blend shapes, taken as 0", "mesh", name,
-                           weights.areLost ? 1 : 0);
+    source_.warnings.AddOf(LossCode::morphWeightsLost, "mesh", name, weights.areLost ? 1 : 0);
     Piece prepared{piece, name, PieceMorph(piece, std::move(weights.values), source_.format),
                    channels_.ChannelsOf(piece), std::nullopt};
     if (piece.mNumBones > 0) {
@@ -181,8 +180,7 @@ void NodeVertices::Append(const aiMesh& mesh, const std::string& name, std::size
     if (!mesh.mNormals && !vertices_.normals.empty()) {
         vertices_.normals.resize(Count());
     }
-    source_.warnings.AddOf("normals without a direction left out", "mesh", name,
-                           piece.withoutNormal);
+    source_.warnings.AddOf(LossCode::normalWithoutDirection, "mesh", name, piece.withoutNormal);
     WarnOfPose(piece);
 }
 
@@ -245,8 +243,8 @@ void NodeVertices::WarnOfPose(const Piece& piece) const {
     const double most = kOutOfBindPose * SizeOf(end - piece.mesh.mNumVertices, end);
     const auto count = std::count_if(piece.strays.begin(), piece.strays.end(),
                                      [most](double stray) { return stray > most; });
-    source_.warnings.Add("vertices whose bones are not in their bind pose at the start",
-                         "mesh " + piece.name, static_cast<std::size_t>(count));
+    source_.warnings.Add(LossCode::notInBindPose, "mesh " + piece.name,
+                         static_cast<std::size_t>(count));
 }
 
 const SourceVertices& NodeVertices::Finish() {

@@ -270,8 +270,8 @@ class Animator {
                 Animate(i, writer);
             }
         }
-        warnings_.Add("numbers of animations beyond what a float holds replaced by 0", "",
-                      writer.NotFinite());
+        warnings_.SetNode(scene::kNone);
+        warnings_.Add(LossCode::animationNotFinite, "", writer.NotFinite());
     }
 
   private:
@@ -365,17 +365,19 @@ class Animator {
         }
         if (samples > kMostSamples + kMostSamplesAKey * keys) {
             frame_ = 0;
-            warnings_.Add("keys between the animation's own left out, it has too many frames", "");
+            warnings_.SetNode(scene::kNone);
+            warnings_.Add(LossCode::keysTooMany, "");
         }
     }
 
     void Animate(std::size_t i, SceneWriter& writer) {
         constexpr double kSheared = 1e-3;
+        warnings_.SetNode(static_cast<int>(i));
         TrackMaker maker(chains_[i], TolerancesOf(i), frame_);
         const auto [position, rotation, scale] = maker.Make();
         nodes_[i].transform = writer.TransformOf(position, rotation, scale);
-        warnings_.AddOf("sheared in its animation, the nearest pose without shear is kept", "node",
-                        Quoted(nodes_[i].name), maker.Shear() > kSheared ? 1 : 0);
+        warnings_.AddOf(LossCode::shearInAnimation, "node", Quoted(nodes_[i].name),
+                        maker.Shear() > kSheared ? 1 : 0);
     }
 
     const Channels& channels_;

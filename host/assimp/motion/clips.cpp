@@ -89,12 +89,16 @@ int WholeRate(double rate, ImportWarnings& warnings) {
     if (rate >= 0.5 && rate <= kTicksPerSecond) {
         const int whole = static_cast<int>(std::lround(rate));
         if (stated != std::to_string(whole)) {
-            warnings.Add("frame rate " + stated + " rounded to " + std::to_string(whole), "");
+            warnings.Add({LossCode::frameRateRounded,
+                          "frame rate " + stated + " rounded to " + std::to_string(whole)},
+                         "");
         }
         return whole;
     }
     if (rate != 0) {
-        warnings.Add("frame rate " + stated + " left out, it is not within 0.5 and 4800", "");
+        warnings.Add({LossCode::frameRateRefused,
+                      "frame rate " + stated + " left out, it is not within 0.5 and 4800"},
+                     "");
     }
     return 0;
 }
@@ -277,13 +281,10 @@ class ChannelReader {
         if (format_ != SourceFormat::gltf || !ReadFromGltf(clip, path)) {
             ReadFromAssimp(animation);
         }
-        warnings_.Add("animation of meshes and morph targets left out", "",
+        warnings_.Add(LossCode::meshAnimation, "",
                       animation.mNumMeshChannels + animation.mNumMorphMeshChannels);
-        warnings_.Add(
-            "keys of animations that are not finite, or beyond the range of times, left "
-            "out",
-            "", dropped_);
-        warnings_.Add("keys of animations put in the order of their times", "", unordered_);
+        warnings_.Add(LossCode::keyNotFinite, "", dropped_);
+        warnings_.Add(LossCode::keyOrder, "", unordered_);
         return std::move(channels_);
     }
 
@@ -311,7 +312,7 @@ class ChannelReader {
             Clean(channel, 1);
             Add(*node->second, std::move(channel), RestOf(*file, number, *node->second));
         }
-        warnings_.Add("animation channels that cannot be read left out", "", read.unreadable);
+        warnings_.Add(LossCode::channelUnreadable, "", read.unreadable);
         WarnOfStrays(strays);
         return true;
     }
@@ -356,8 +357,8 @@ class ChannelReader {
             return state == aiAnimBehaviour_LINEAR || state == aiAnimBehaviour_REPEAT;
         };
         const bool isHeld = !repeats(source.mPreState) && !repeats(source.mPostState);
-        warnings_.AddOf("motion before the first and behind the last key left out", "node",
-                        Quoted(TextOf(node.mName)), isHeld ? 0 : 1);
+        warnings_.AddOf(LossCode::motionOutsideKeys, "node", Quoted(TextOf(node.mName)),
+                        isHeld ? 0 : 1);
         Add(node, std::move(channel), RestOf(node));
     }
 
@@ -432,7 +433,7 @@ class ChannelReader {
     }
 
     void WarnOfStrays(std::size_t strays) {
-        warnings_.Add("animation of nodes that are not there left out", "", strays);
+        warnings_.Add(LossCode::animationWithoutNode, "", strays);
     }
 
     const aiScene& scene_;
@@ -467,8 +468,7 @@ std::vector<AnimationClip> ClipsOf(const aiScene& scene, SourceFormat format,
         AnimationClip clip;
         bool recoded = false;
         clip.name = TextOf(animation.mName, &recoded);
-        warnings.AddOf("name was not UTF-8, read as Latin-1", "animation", Quoted(clip.name),
-                       recoded ? 1 : 0);
+        warnings.AddOf(LossCode::nameRecoded, "animation", Quoted(clip.name), recoded ? 1 : 0);
         clip.seconds = std::isfinite(seconds) ? std::max(seconds, 0.0) : 0.0;
         clip.channels = static_cast<int>(animation.mNumChannels + animation.mNumMeshChannels +
                                          animation.mNumMorphMeshChannels);

@@ -16,6 +16,13 @@
 namespace maxhost::scene {
 
 template <>
+inline constexpr auto kFields<Loss> = std::tuple{
+    Required("code", &Loss::code),       Required("text", &Loss::text),
+    Required("subject", &Loss::subject), Required("node", &Loss::node),
+    Required("count", &Loss::count),
+};
+
+template <>
 inline constexpr auto kFields<import::AnimationClip> = std::tuple{
     Required("name", &import::AnimationClip::name),
     Required("seconds", &import::AnimationClip::seconds),
@@ -26,6 +33,8 @@ template <>
 inline constexpr auto kFields<import::ImportedScene> = std::tuple{
     Required("scene", &import::ImportedScene::scene),
     Required("warnings", &import::ImportedScene::warnings),
+    Required("codes", &import::ImportedScene::codes),
+    Required("losses", &import::ImportedScene::losses),
     Required("animations", &import::ImportedScene::animations),
     Required("coloredMeshes", &import::ImportedScene::coloredMeshes),
 };

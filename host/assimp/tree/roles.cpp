@@ -50,7 +50,7 @@ class RoleFinder {
                 }
             }
         }
-        warnings_.Add("left out, there is no such node", what + " " + Quoted(TextOf(item->mName)));
+        warnings_.Add(LossCode::objectWithoutNode, what + " " + Quoted(TextOf(item->mName)));
     }
 
     const SourceTree& tree_;
@@ -153,7 +153,7 @@ Matrix4 ViewFrame(const SourceNode& node, const Role& shown, const AxisTurn& tur
     }
     if (shown.camera && IsUnset(*shown.camera)) {
         if (format == SourceFormat::threeDs) {
-            warnings.AddOf("direction left out, the reader loses it", "camera",
+            warnings.AddOf(LossCode::cameraDirection, "camera",
                            Quoted(TextOf(shown.camera->mName)));
             view.isAimed = false;
         } else if (format == SourceFormat::ase || format == SourceFormat::openGex) {

@@ -30,7 +30,7 @@ TEST_F(ConsoleTest, MessagesAreOneLineWhateverTheTexts) {
 }
 
 TEST_F(ConsoleTest, WarningsSayThatTheyAre) {
-    console_.Warn("scene.fbx", "2 lines dropped");
+    console_.Warn(scene::LossCode::pointsAndLines, "scene.fbx", "2 lines dropped");
     EXPECT_EQ(error_.str(), "hdo-export: scene.fbx: warning: 2 lines dropped\n");
 }
 
@@ -186,6 +186,28 @@ TEST_P(InterruptsTest, ProgramEndsAtOnceBeforeTheExport) {
             std::_Exit(0);
         },
         testing::ExitedWithCode(GetParam() == SIGINT ? 130 : 143), "");
+}
+
+TEST_P(InterruptsTest, TheProgramsStartAndEndHaveNoGap) {
+    EXPECT_EXIT(
+        {
+            CatchInterrupts();
+            std::raise(GetParam());
+            std::_Exit(0);
+        },
+        testing::ExitedWithCode(GetParam() == SIGINT ? 130 : 143), "");
+    // What an export has put in place is not taken back.
+    EXPECT_EXIT(
+        {
+            CatchInterrupts();
+            {
+                Interrupts interrupts;
+                interrupts.PressCancel();
+            }
+            std::raise(GetParam());
+            std::_Exit(0);
+        },
+        testing::ExitedWithCode(0), "");
 }
 
 TEST_P(InterruptsTest, SecondEndsTheProgram) {

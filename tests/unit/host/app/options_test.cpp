@@ -283,6 +283,7 @@ TEST(OptionsTest, HelpExplainsEveryOptionWithItsDefault) {
                                             "--about",
                                             "--show-dialog",
                                             "--progress MODE",
+                                            "--json",
                                             "-q, --quiet",
                                             "-v, --verbose",
                                             "--cancel-dialog",

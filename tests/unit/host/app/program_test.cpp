@@ -20,41 +20,6 @@ namespace {
 using testing::ElementsAre;
 using testing::StartsWith;
 
-class ProgramTest : public InDirectory {
-  protected:
-    void SetUp() override {
-        Write("s.maxscene.json", R"({
-            "maxscene": 1,
-            "nodes": [
-                {"name": "root"},
-                {"name": "hidden", "parent": 0, "hidden": true},
-                {"name": "leaf", "parent": 1}
-            ]})");
-    }
-
-    Outcome RunReal(const std::string& arguments) const {
-        // Beside the directory: what the program starts may hold them open for longer than it runs.
-        const std::string beside = (std::filesystem::path("..") / directory_.filename()).string();
-        const std::string out = beside + ".out";
-        const std::string error = beside + ".error";
-        const std::string command =
-            "\"" HDO_EXPORT "\" --config-dir cfg " + arguments + " >" + out + " 2>" + error;
-        const int result = std::system(command.c_str());
-        Outcome outcome;
-#ifdef _WIN32
-        outcome.status = result;
-#else
-        outcome.status = WIFEXITED(result) ? WEXITSTATUS(result) : -1;
-#endif
-        outcome.out = Read(out);
-        outcome.error = Read(error);
-        std::error_code ignored;
-        std::filesystem::remove(out, ignored);
-        std::filesystem::remove(error, ignored);
-        return outcome;
-    }
-};
-
 TEST_F(ProgramTest, ExportsAScene) {
     const Outcome outcome = RunReal("s.maxscene.json");
     EXPECT_EQ(outcome.status, kExitDone) << outcome.error;

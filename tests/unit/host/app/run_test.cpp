@@ -187,6 +187,19 @@ TEST_F(RunTest, FailedExportsLeaveFormerFilesUnlessPartsAreWanted) {
     EXPECT_EQ(Read(First()), "begun");
 }
 
+TEST_F(RunTest, MissingMemoryIsNotAFilesFault) {
+    plugIn_.doExport = [](const std::string& name, DWORD) {
+        Write(name + "temp1", "begun");
+        Write("KTAExporter.log", "log\n*** Out of memory: the export is given up ***\n");
+        return IMPEXP_FAIL;
+    };
+    const Outcome outcome = Export();
+    EXPECT_EQ(outcome.status, kExitExportFailed);
+    EXPECT_EQ(Lines(outcome.error).at(0),
+              "hdo-export: " + Path("s.hdo").string() +
+                  ": the export failed: it needs more memory than there is");
+}
+
 TEST_F(RunTest, ExporterWorksInADirectoryOfItsOwn) {
     std::filesystem::path directory;
     plugIn_.doExport = [&](const std::string& name, DWORD) {

@@ -100,13 +100,29 @@ scene::Scene SceneOf(const std::vector<std::string>& names) {
     return scene;
 }
 
+std::vector<std::string> TextsOf(const std::vector<Warning>& warnings) {
+    std::vector<std::string> texts;
+    for (const Warning& warning : warnings) {
+        texts.push_back(warning.text);
+    }
+    return texts;
+}
+
+TEST(NameWarnings, HaveTheirCodes) {
+    const std::string same(259, 'x');
+    const std::vector<Warning> warnings = NameWarnings(SceneOf({same + "1", same + "2"}));
+    ASSERT_EQ(warnings.size(), 2u);
+    EXPECT_EQ(warnings[0].code, scene::LossCode::nameCut);
+    EXPECT_EQ(warnings[1].code, scene::LossCode::nameShared);
+}
+
 TEST(NameWarnings, DistinctNamesThatFitAreNoCause) {
     EXPECT_THAT(NameWarnings(SceneOf({})), IsEmpty());
     EXPECT_THAT(NameWarnings(SceneOf({"a", "A", "", std::string(259, 'x')})), IsEmpty());
 }
 
 TEST(NameWarnings, SharedNamesAreOneLine) {
-    EXPECT_THAT(NameWarnings(SceneOf({"b", "a", "", "a", "b", "b", "c", ""})),
+    EXPECT_THAT(TextsOf(NameWarnings(SceneOf({"b", "a", "", "a", "b", "b", "c", ""}))),
                 ElementsAre("several nodes of one name, and the files tell parents by name: "
                             "\"b\" (3 nodes), \"a\" (2 nodes), \"\" (2 nodes)"));
 }
@@ -116,14 +132,14 @@ TEST(NameWarnings, OnlyTheFirstNamesAreShown) {
     for (int i = 0; i < 2 * 1000; ++i) {
         names.push_back(std::to_string(i % 1000));
     }
-    EXPECT_THAT(NameWarnings(SceneOf(names)),
+    EXPECT_THAT(TextsOf(NameWarnings(SceneOf(names))),
                 ElementsAre("several nodes of one name, and the files tell parents by name: "
                             "\"0\" (2 nodes), \"1\" (2 nodes), \"2\" (2 nodes), \"3\" (2 nodes), "
                             "\"4\" (2 nodes) and 995 more"));
 }
 
 TEST(NameWarnings, LongNamesAreShownShort) {
-    EXPECT_THAT(NameWarnings(SceneOf({"a", std::string(260, '\n')})),
+    EXPECT_THAT(TextsOf(NameWarnings(SceneOf({"a", std::string(260, '\n')}))),
                 ElementsAre("node names of more than 259 bytes, which the files cut: \"" + [] {
                     std::string shown;
                     for (int i = 0; i < 40; ++i) {
@@ -135,7 +151,8 @@ TEST(NameWarnings, LongNamesAreShownShort) {
 
 TEST(NameWarnings, NamesThatDifferBehindTheCutAreShared) {
     const std::string same(259, 'x');
-    const std::vector<std::string> warnings = NameWarnings(SceneOf({same + "1", same + "2"}));
+    const std::vector<std::string> warnings =
+        TextsOf(NameWarnings(SceneOf({same + "1", same + "2"})));
     ASSERT_EQ(warnings.size(), 2u);
     EXPECT_THAT(warnings[1], testing::HasSubstr(std::string(40, 'x') + "...\" (2 nodes)"));
 }

@@ -1,11 +1,16 @@
 #include "tests/unit/host/app/support.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <stdexcept>
 
 #include "host/app/exit_status.h"
 #include "host/app/run.h"
 #include "host/win32/module.h"
+
+#ifndef _WIN32
+#include <sys/wait.h>
+#endif
 
 namespace maxhost::app {
 
@@ -42,6 +47,38 @@ Outcome RunProgram(const std::vector<std::string>& arguments) {
     }
     outcome.out = out.str();
     outcome.error = error.str();
+    return outcome;
+}
+
+void ProgramTest::SetUp() {
+    Write("s.maxscene.json", R"({
+        "maxscene": 1,
+        "nodes": [
+            {"name": "root"},
+            {"name": "hidden", "parent": 0, "hidden": true},
+            {"name": "leaf", "parent": 1}
+        ]})");
+}
+
+Outcome ProgramTest::RunReal(const std::string& arguments) const {
+    // Beside the directory: what the program starts may hold them open for longer than it runs.
+    const std::string beside = (std::filesystem::path("..") / directory_.filename()).string();
+    const std::string out = beside + ".out";
+    const std::string error = beside + ".error";
+    const std::string command =
+        "\"" HDO_EXPORT "\" --config-dir cfg " + arguments + " >" + out + " 2>" + error;
+    const int result = std::system(command.c_str());
+    Outcome outcome;
+#ifdef _WIN32
+    outcome.status = result;
+#else
+    outcome.status = WIFEXITED(result) ? WEXITSTATUS(result) : -1;
+#endif
+    outcome.out = Read(out);
+    outcome.error = Read(error);
+    std::error_code ignored;
+    std::filesystem::remove(out, ignored);
+    std::filesystem::remove(error, ignored);
     return outcome;
 }
 

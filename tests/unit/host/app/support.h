@@ -43,6 +43,15 @@ struct Outcome {
 };
 Outcome RunProgram(const std::vector<std::string>& arguments);
 
+// The program itself, with the real plug-in and converter. "s.maxscene.json" is a scene of a hidden
+// node between two others.
+class ProgramTest : public InDirectory {
+  protected:
+    void SetUp() override;
+    // `arguments` as a command line has them, redirections included.
+    Outcome RunReal(const std::string& arguments) const;
+};
+
 // The chosen value of a setting; absent where it is not chosen.
 template <class Value>
 std::optional<Value> Chosen(const DialogChoices& choices, Value ExportOptions::*setting) {

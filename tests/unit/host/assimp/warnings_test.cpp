@@ -13,6 +13,7 @@
 using maxhost::import::ImportedScene;
 using maxhost::import::ImportWarnings;
 using maxhost::import::ImportWithAssimp;
+using maxhost::scene::LossCode;
 using Lines = std::vector<std::string>;
 
 namespace {
@@ -21,6 +22,16 @@ std::string GltfWithScenes(const std::string& scenes) {
     return R"({"asset":{"version":"2.0"},"scene":0,"scenes":[)" + scenes +
            R"(],"nodes":[{"name":"a","children":[1]},{"name":"b"},{"name":"c","children":[3]},)"
            R"({"name":"d"}]})";
+}
+
+constexpr LossCode kAny = LossCode::polygonNotCut;
+
+Lines TextsOf(const ImportWarnings& warnings) {
+    Lines texts;
+    for (const ImportWarnings::Line& line : warnings.Lines()) {
+        texts.push_back(line.text);
+    }
+    return texts;
 }
 
 Lines WarningsOfRate(double rate) {
@@ -33,26 +44,51 @@ Lines WarningsOfRate(double rate) {
 
 TEST(WarningLines, OfOneKindAreOneLine) {
     ImportWarnings warnings;
-    warnings.AddOf("polygons left out", "mesh", "'a'");
-    EXPECT_EQ(warnings.Lines(), Lines{"mesh 'a': polygons left out"});
-    warnings.AddOf("polygons left out", "mesh", "'b'");
-    EXPECT_EQ(warnings.Lines(), Lines{"2 meshes ('a', 'b'): polygons left out"});
-    warnings.AddOf("polygons left out", "mesh", "'c'");
-    warnings.AddOf("nothing", "mesh", "'c'", 0);
+    warnings.AddOf({kAny, "polygons left out"}, "mesh", "'a'");
+    EXPECT_EQ(TextsOf(warnings), Lines{"mesh 'a': polygons left out"});
+    warnings.AddOf({kAny, "polygons left out"}, "mesh", "'b'");
+    EXPECT_EQ(TextsOf(warnings), Lines{"2 meshes ('a', 'b'): polygons left out"});
+    warnings.AddOf({kAny, "polygons left out"}, "mesh", "'c'");
+    warnings.AddOf({kAny, "nothing"}, "mesh", "'c'", 0);
     for (int i = 0; i < 1000; ++i) {
-        warnings.AddOf("polygons left out", "mesh", "'d'");
+        warnings.AddOf({kAny, "polygons left out"}, "mesh", "'d'");
     }
-    EXPECT_EQ(warnings.Lines(), Lines{"1003 meshes ('a', 'b', 'c', ...): polygons left out"});
+    EXPECT_EQ(TextsOf(warnings), Lines{"1003 meshes ('a', 'b', 'c', ...): polygons left out"});
 }
 
 TEST(WarningLines, CountCasesAndKeepKindsApart) {
     ImportWarnings warnings;
-    warnings.AddOf("recoded", "node", "'a'", 3);
-    EXPECT_EQ(warnings.Lines(), Lines{"node 'a': recoded (3)"});
-    warnings.AddOf("recoded", "material", "'m'");
-    warnings.AddOf("recoded", "node", "'b'", 2);
-    EXPECT_EQ(warnings.Lines(),
-              (Lines{"2 nodes ('a', 'b'): recoded (5)", "material 'm': recoded"}));
+    warnings.AddOf(LossCode::nameRecoded, "node", "'a'", 3);
+    EXPECT_EQ(TextsOf(warnings), Lines{"node 'a': name was not UTF-8, read as Latin-1 (3)"});
+    warnings.AddOf(LossCode::nameRecoded, "material", "'m'");
+    warnings.AddOf(LossCode::nameRecoded, "node", "'b'", 2);
+    EXPECT_EQ(TextsOf(warnings),
+              (Lines{"2 nodes ('a', 'b'): name was not UTF-8, read as Latin-1 (5)",
+                     "material 'm': name was not UTF-8, read as Latin-1"}));
+}
+
+TEST(Losses, AreEveryCaseWithItsCodeAndNode) {
+    ImportWarnings warnings;
+    warnings.Add(LossCode::pointsAndLines, "mesh 'a'", 2);
+    warnings.SetNode(7);
+    for (int i = 0; i < 20; ++i) {
+        warnings.Add(LossCode::keyOrder, "", 1);
+    }
+    warnings.AddOf({LossCode::unitKept, "own words"}, "file", "'f'");
+    warnings.Add(LossCode::keyOrder, "", 0);
+    ASSERT_EQ(warnings.Losses().size(), 22u);
+    const maxhost::scene::Loss& first = warnings.Losses().front();
+    EXPECT_EQ(first.code, LossCode::pointsAndLines);
+    EXPECT_EQ(first.text, "points and lines left out");
+    EXPECT_EQ(first.subject, "mesh 'a'");
+    EXPECT_EQ(first.node, maxhost::scene::kNone);
+    EXPECT_EQ(first.count, 2u);
+    EXPECT_EQ(warnings.Losses()[1].node, 7);
+    const maxhost::scene::Loss& last = warnings.Losses().back();
+    EXPECT_EQ(last.code, LossCode::unitKept);
+    EXPECT_EQ(last.text, "own words");
+    EXPECT_EQ(last.subject, "file 'f'");
+    EXPECT_EQ(warnings.Lines().back().code, LossCode::unitKept);
 }
 
 TEST(LeftOut, NormalsWithoutADirection) {

@@ -9,16 +9,26 @@ using maxhost::import::DecodeScene;
 using maxhost::import::EncodeScene;
 using maxhost::import::ImportedScene;
 using maxhost::import::ImportError;
+using maxhost::scene::LossCode;
 
 TEST(SceneBlob, EveryFieldComesBack) {
     ImportedScene imported;
     imported.scene = EveryFieldScene();
     imported.warnings = {"one", ""};
+    imported.codes = {LossCode::keyOrder, LossCode::nameCut};
+    imported.losses = {{LossCode::keyOrder, "text", "subject", 3, 4}};
     imported.animations = {{"walk", 1.25, 7}};
     imported.coloredMeshes = 5;
     const ImportedScene back = DecodeScene(EncodeScene(imported));
     EXPECT_EQ(Difference(imported.scene, back.scene), "");
     EXPECT_EQ(back.warnings, imported.warnings);
+    EXPECT_EQ(back.codes, imported.codes);
+    ASSERT_EQ(back.losses.size(), 1u);
+    EXPECT_EQ(back.losses[0].code, LossCode::keyOrder);
+    EXPECT_EQ(back.losses[0].text, "text");
+    EXPECT_EQ(back.losses[0].subject, "subject");
+    EXPECT_EQ(back.losses[0].node, 3);
+    EXPECT_EQ(back.losses[0].count, 4u);
     ASSERT_EQ(back.animations.size(), 1u);
     EXPECT_EQ(back.animations[0].name, "walk");
     EXPECT_EQ(back.animations[0].seconds, 1.25);

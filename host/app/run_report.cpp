@@ -1,0 +1,159 @@
+#include "host/app/run_report.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <system_error>
+
+#include "host/app/options.h"
+#include "host/app/scene_report.h"
+#include "kta/dump.h"
+
+namespace maxhost::app {
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::ordered_json;
+
+Json Text(const std::string& text) {
+    return kta::ToUtf8(text);
+}
+
+FileReport ReportOf(const fs::path& place, const ExportFiles& files) {
+    FileReport report{place, place == files.Log() ? "log" : "converter", 0, {}};
+    std::error_code ignored;
+    const std::uintmax_t size = fs::file_size(place, ignored);
+    report.bytes = ignored ? 0 : size;
+    for (const OutputFile& file : files.Files()) {
+        if (file.path == place) {
+            report.kind = kta::KindName(file.kind);
+            if (file.reading.file) {
+                report.chunks = kta::Summarize(*file.reading.file).chunks;
+            }
+        }
+    }
+    return report;
+}
+
+Json JsonOf(const FileReport& file) {
+    Json json = {{"path", Text(file.path.string())}, {"kind", file.kind}, {"bytes", file.bytes}};
+    if (file.kind == kta::KindName(kFileKindActor) || file.kind == kta::KindName(kFileKindMotion)) {
+        Json& chunks = json["chunks"] = Json::object();
+        for (const kta::ChunkTotal& total : file.chunks) {
+            chunks[total.type->name] = {{"count", total.count}, {"bytes", total.bytes}};
+        }
+    }
+    return json;
+}
+
+Json OptionsOf(const ExportOptions& values) {
+    Json options = Json::object();
+    for (const ExporterOption& option : kExporterOptions) {
+        if (!IsEnabled(option, values)) {
+            continue;
+        }
+        Json& value = options[option.name];
+        if (const auto* const box = std::get_if<0>(&option.setting)) {
+            value = values.**box != 0;
+        } else if (const auto* const real = std::get_if<1>(&option.setting)) {
+            // The shortest decimal number, not the float's own double.
+            value = Json::parse(Shortest(values.**real));
+        } else {
+            value = values.*std::get<2>(option.setting);
+        }
+    }
+    return options;
+}
+
+void AddExport(const ExportReport& exported, Json& json) {
+    Json& files = json["files"] = Json::array();
+    for (const FileReport& file : exported.files) {
+        files.push_back(JsonOf(file));
+    }
+    json["nodes"] = {{"inScene", exported.outcome.nodes.size()},
+                     {"exported", exported.nodesExported}};
+    Json& notExported = json["notExported"] = Json::array();
+    for (const NodeToExport& node : exported.notExported) {
+        const scene::LossKind& why = WhyNotExported(node);
+        notExported.push_back({{"name", Text(node.name)}, {"code", why.code}, {"why", why.text}});
+    }
+    json["meshesWithLostColors"] = exported.outcome.coloredMeshes;
+    json["options"] = OptionsOf(exported.outcome.inForce);
+}
+
+void AddList(const LoadedScene& listed, Json& json) {
+    const scene::Scene& scene = listed.scene;
+    Json& nodes = json["nodes"] = Json::array();
+    for (const ListedNode& place : NodesInOrder(scene)) {
+        const scene::Node& node = scene.nodes[place.index];
+        nodes.push_back({{"index", place.index},
+                         {"name", Text(node.name)},
+                         {"parent", node.parent == scene::kNone ? Json() : Json(node.parent)},
+                         {"depth", place.depth},
+                         {"kind", KindOf(node)}});
+    }
+    Json& materials = json["materials"] = Json::array();
+    for (const auto& material : scene.materials) {
+        materials.push_back({{"name", Text(material->name)}, {"kind", KindOf(material->kind)}});
+    }
+    Json& animations = json["animations"] = Json::array();
+    for (const Animation& animation : listed.animations) {
+        animations.push_back({{"name", Text(animation.name)}, {"seconds", animation.seconds}});
+    }
+}
+
+void AddNotices(const std::vector<Notice>& notices, int status, Json& json) {
+    Json messages = Json::array(), warnings = Json::array();
+    for (const Notice& notice : notices) {
+        if (notice.warning) {
+            warnings.push_back({{"code", notice.warning->code}, {"text", Text(notice.text)}});
+        } else {
+            messages.push_back(Text(notice.text));
+        }
+    }
+    if (status != 0) {
+        json["error"] = messages.empty() ? Json() : messages.front();
+    }
+    json["messages"] = std::move(messages);
+    json["warnings"] = std::move(warnings);
+}
+
+}  // namespace
+
+ExportReport ReportOf(const ExportFiles& files, ExportOutcome outcome) {
+    ExportReport report;
+    for (const fs::path& place : files.Placed()) {
+        report.files.push_back(ReportOf(place, files));
+    }
+    std::ranges::sort(report.files, {}, &FileReport::path);
+    if (files.IsInPlace()) {
+        report.nodesExported = NodesExported(files.Files());
+        for (const NodeToExport* const node : NodesNotExported(files.Files(), outcome.nodes)) {
+            report.notExported.push_back(*node);
+        }
+    }
+    report.outcome = std::move(outcome);
+    return report;
+}
+
+std::string JsonOf(const RunReport& report, int status, const std::vector<Notice>& notices) {
+    Json json = {{"program", "hdo-export"}, {"version", HDO_VERSION}};
+    json["scene"] = Text(report.scene);
+    json["status"] = status;
+    AddNotices(notices, status, json);
+    if (report.savedScene) {
+        json["savedScene"] = Text(*report.savedScene);
+    }
+    if (report.listed) {
+        AddList(*report.listed, json);
+    }
+    if (report.exported) {
+        AddExport(*report.exported, json);
+    }
+    json["seconds"] = {{"reading", report.readingSeconds},
+                       {"exporting", report.exportingSeconds},
+                       {"checking", report.checkingSeconds},
+                       {"all", report.sinceStart.Seconds()}};
+    return json.dump(2);
+}
+
+}  // namespace maxhost::app

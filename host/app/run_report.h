@@ -1,0 +1,62 @@
+// What a run did, as JSON for programs that start it.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/app/console.h"
+#include "host/app/loaded_scene.h"
+#include "host/app/summary.h"
+#include "kta/info.h"
+
+namespace maxhost::app {
+
+// Seconds since it was made.
+class Stopwatch {
+  public:
+    double Seconds() const {
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+    }
+
+  private:
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
+
+struct FileReport {
+    std::filesystem::path path;
+    std::string kind;  // actor, motion, log, or converter: what the converter made
+    std::uint64_t bytes = 0;
+    std::vector<kta::ChunkTotal> chunks;  // of an actor and a motion file
+};
+
+struct ExportReport {
+    std::vector<FileReport> files;  // in their places, in the order of their names
+    std::size_t nodesExported = 0;
+    std::vector<NodeToExport> notExported;
+    ExportOutcome outcome;
+};
+
+struct RunReport {
+    std::string scene;  // as it was given
+    std::optional<std::string> savedScene;
+    std::optional<LoadedScene> listed;     // by --list
+    std::optional<ExportReport> exported;  // the exporter ran; whether well, the status says
+    double readingSeconds = 0;
+    double exportingSeconds = 0;
+    double checkingSeconds = 0;
+    Stopwatch sinceStart;
+};
+
+// What of an export stands in its places.
+ExportReport ReportOf(const ExportFiles& files, ExportOutcome outcome);
+
+// One JSON object, without a last line end; docs/hdo-export.md has its members. Bytes of names that
+// are no UTF-8 are taken as Latin-1.
+std::string JsonOf(const RunReport& report, int status, const std::vector<Notice>& notices);
+
+}  // namespace maxhost::app

@@ -1,0 +1,143 @@
+#include "host/app/summary.h"
+
+#include <algorithm>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "kta/info.h"
+#include "kta/text.h"
+
+namespace maxhost::app {
+
+std::vector<std::string> FaultReport(const std::vector<OutputFile>& files,
+                                     const std::vector<std::string>& converterFaults) {
+    std::vector<std::string> report;
+    std::unordered_set<std::string_view> known;
+    const auto add = [&](const std::vector<std::string>& lines, const std::string& subject) {
+        std::vector<std::string> distinct;
+        for (const std::string& line : lines) {
+            if (known.insert(line).second) {
+                distinct.push_back(line);
+            }
+        }
+        for (std::string& line : kta::FirstFaults(std::move(distinct), subject)) {
+            report.push_back(std::move(line));
+        }
+    };
+    for (const OutputFile& file : files) {
+        add(file.faults, file.path.string());
+    }
+    // The converter reads the files with the same library, so most of its faults are known already.
+    add(converterFaults, "haldenexport");
+    return report;
+}
+
+namespace {
+
+std::string Line(const OutputFile& output, const kta::File& file, const kta::Summary& summary) {
+    std::string line = output.path.string() + ": " + kta::KindName(file.kind) + " file, " +
+                       kta::Counted(file.size, "byte") + ", " +
+                       kta::Counted(file.chunks.size(), "chunk");
+    std::vector<std::string> kinds;
+    for (const kta::ChunkTotal& total : summary.chunks) {
+        kinds.push_back(std::to_string(total.count) + " " + total.type->name);
+    }
+    return line + (kinds.empty() ? "" : " (" + kta::Joined(kinds) + ")");
+}
+
+constexpr std::size_t kMostNodeLines = 10;
+
+// The scene's nodes that the actor file does not hold. Of several with one name, those without a
+// reason to be left out count as held first.
+std::vector<const NodeToExport*> NodesLeftOut(const kta::File& actor,
+                                              const std::vector<NodeToExport>& nodes) {
+    std::unordered_map<std::string, std::size_t> held;
+    for (const kta::Chunk& chunk : actor.chunks) {
+        if (const auto* const node = chunk.As<KTANode>()) {
+            ++held[std::string(kta::TextOf(node->nodeName))];
+        }
+    }
+    std::vector<bool> isHeld(nodes.size());
+    for (const bool hasReason : {false, true}) {
+        for (std::size_t i = 0; i < nodes.size(); ++i) {
+            std::size_t& left = held[nodes[i].name.substr(0, sizeof(KTANode::nodeName) - 1)];
+            if ((nodes[i].whyNot != nullptr) == hasReason && left > 0) {
+                isHeld[i] = true;
+                --left;
+            }
+        }
+    }
+    std::vector<const NodeToExport*> leftOut;
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        if (!isHeld[i]) {
+            leftOut.push_back(&nodes[i]);
+        }
+    }
+    return leftOut;
+}
+
+void AddNodesLeftOut(const std::vector<const NodeToExport*>& nodes, bool namesAll,
+                     std::vector<std::string>& lines) {
+    const std::size_t shown = namesAll ? nodes.size() : std::min(nodes.size(), kMostNodeLines);
+    for (std::size_t i = 0; i < shown; ++i) {
+        lines.push_back("not exported: \"" + kta::Escaped(nodes[i]->name) +
+                        "\": " + WhyNotExported(*nodes[i]).text);
+    }
+    if (shown < nodes.size()) {
+        lines.push_back("not exported: " + kta::Counted(nodes.size() - shown, "other node") +
+                        " (-v names all)");
+    }
+}
+
+}  // namespace
+
+std::vector<const NodeToExport*> NodesNotExported(const std::vector<OutputFile>& files,
+                                                  const std::vector<NodeToExport>& nodes) {
+    const kta::Reading& actor = files.front().reading;
+    return actor.file && actor.Good() ? NodesLeftOut(*actor.file, nodes)
+                                      : std::vector<const NodeToExport*>();
+}
+
+std::size_t NodesExported(const std::vector<OutputFile>& files) {
+    std::size_t nodes = 0;
+    for (const OutputFile& output : files) {
+        for (std::size_t i = 0; output.reading.file && i < output.reading.file->chunks.size();
+             ++i) {
+            nodes += output.reading.file->chunks[i].As<KTANode>() != nullptr ? 1 : 0;
+        }
+    }
+    return nodes;
+}
+
+const scene::LossKind& WhyNotExported(const NodeToExport& node) {
+    return node.whyNot ? *node.whyNot : scene::KindOf(scene::LossCode::nodeLeftOut);
+}
+
+std::vector<std::string> Summarize(const std::vector<OutputFile>& files,
+                                   const ExportOutcome& outcome) {
+    std::vector<std::string> lines;
+    for (const OutputFile& output : files) {
+        if (output.reading.file) {
+            lines.push_back(
+                Line(output, *output.reading.file, kta::Summarize(*output.reading.file)));
+        }
+    }
+    if (!outcome.log.empty()) {
+        lines.push_back(outcome.log.string() + ": log");
+    }
+    lines.push_back("options: " + outcome.options);
+    lines.push_back("exported " + std::to_string(NodesExported(files)) + " of " +
+                    kta::Counted(outcome.nodes.size(), "node"));
+    AddNodesLeftOut(NodesNotExported(files, outcome.nodes), outcome.namesAll, lines);
+    if (outcome.warnings > 0) {
+        lines.push_back(kta::Counted(outcome.warnings, "warning") + " from reading the scene");
+    }
+    if (outcome.coloredMeshes > 0) {
+        lines.push_back("not exported: vertex colours of " +
+                        kta::Counted(outcome.coloredMeshes, "mesh"));
+    }
+    return lines;
+}
+
+}  // namespace maxhost::app

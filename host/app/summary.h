@@ -1,0 +1,49 @@
+// What is said of an export's files: their faults, and the summary that ends a run.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "export/export_options.h"
+#include "host/app/export_files.h"
+#include "host/scene/losses.h"
+
+namespace maxhost::app {
+
+// The lines to show: the faults of each verified file, then what the converter says beside them.
+// Repeats are left out, and of each file's faults and of the converter's the first are shown (see
+// kta::FirstFaults). Linear.
+std::vector<std::string> FaultReport(const std::vector<OutputFile>& files,
+                                     const std::vector<std::string>& converterFaults);
+
+struct NodeToExport {
+    std::string name;
+    // Why an export may leave it out; null: it has no such reason.
+    const scene::LossKind* whyNot = nullptr;
+};
+
+struct ExportOutcome {
+    std::vector<NodeToExport> nodes{};  // of the scene
+    bool namesAll = false;              // all nodes that were not exported, not the first ten
+    std::size_t warnings = 0;
+    std::filesystem::path log{};    // empty: this export wrote none
+    std::size_t coloredMeshes = 0;  // whose vertex colours are lost
+    std::string options{};          // the exporter's, in force, as on the command line
+    ExportOptions inForce = DefaultExportOptions();  // the same
+};
+
+// The nodes that the files, which were verified, do not hold. Of several with one name, those
+// without a reason to be left out count as held first. Empty where the actor file is faulty.
+std::vector<const NodeToExport*> NodesNotExported(const std::vector<OutputFile>& files,
+                                                  const std::vector<NodeToExport>& nodes);
+// How many nodes the files hold.
+std::size_t NodesExported(const std::vector<OutputFile>& files);
+const scene::LossKind& WhyNotExported(const NodeToExport& node);
+
+// The lines of the summary of files that were verified.
+std::vector<std::string> Summarize(const std::vector<OutputFile>& files,
+                                   const ExportOutcome& outcome);
+
+}  // namespace maxhost::app
