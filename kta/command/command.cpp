@@ -1,0 +1,57 @@
+#include "kta/command/command.h"
+
+#include <iostream>
+#include <system_error>
+
+#include "kta/text.h"
+#include "kta/whole_file.h"
+
+#ifdef _WIN32
+#include <fcntl.h>
+#include <io.h>
+#endif
+
+namespace kta::command {
+
+void Complain(const std::string& text) {
+    std::cerr << "kta: " << OneLine(text) << '\n';
+}
+
+Status Report(const std::vector<std::string>& faultLines, const Reading& reading) {
+    for (const std::string& line : faultLines) {
+        Complain(line);
+    }
+    if (!reading.inputError.empty()) {
+        return kUnusable;
+    }
+    return reading.faults.empty() ? kDone : kFaultyFile;
+}
+
+Reading ReadGiven(const std::string& path) {
+    if (path != "-") {
+        return ReadFile(path);
+    }
+#ifdef _WIN32
+    _setmode(_fileno(stdin), _O_BINARY);
+#endif
+    return Read(std::cin);
+}
+
+std::string NameOf(const std::string& path) {
+    return path == "-" ? "standard input" : path;
+}
+
+bool WriteOutput(const std::string& path, std::span<const std::uint8_t> bytes) {
+    try {
+        ReplaceWholeFile(path, [&](std::ostream& out) {
+            out.write(reinterpret_cast<const char*>(bytes.data()),
+                      static_cast<std::streamsize>(bytes.size()));
+        });
+        return true;
+    } catch (const std::system_error& error) {
+        Complain(path + ": cannot be written (" + error.code().message() + ")");
+        return false;
+    }
+}
+
+}  // namespace kta::command

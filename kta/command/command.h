@@ -1,0 +1,43 @@
+// The commands of `kta`: each has a file here that adds it to the command line.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "kta/reader.h"
+
+namespace kta::command {
+
+enum Status { kDone = 0, kFaultyFile = 1, kUnusable = 2 };
+
+// A command's part of the command line, and what it does once that was parsed. The function owns
+// what the options were read into.
+struct Command {
+    CLI::App* app;
+    std::function<Status()> run;
+};
+
+Command AddDump(CLI::App& kta);
+Command AddInfo(CLI::App& kta);
+Command AddPreview(CLI::App& kta);
+
+// ---------------------------------------------------------------- for the commands
+
+// One line to standard error, headed by the program's name.
+void Complain(const std::string& text);
+
+// Complains in those lines; the status that the reading gives a command that needs the file whole.
+Status Report(const std::vector<std::string>& faultLines, const Reading& reading);
+
+// "-" is the standard input; in messages it is called so.
+Reading ReadGiven(const std::string& path);
+std::string NameOf(const std::string& path);
+
+// Makes the file or replaces it as a whole. False when it cannot be, which was complained of.
+bool WriteOutput(const std::string& path, std::span<const std::uint8_t> bytes);
+
+}  // namespace kta::command

@@ -1,0 +1,54 @@
+#include "kta/dump.h"
+
+#include <iostream>
+#include <memory>
+
+#include "kta/command/command.h"
+#include "kta/text.h"
+
+namespace kta::command {
+namespace {
+
+struct DumpOptions {
+    std::string file;
+    DumpSelection selection;
+    bool json = false;
+};
+
+Status Dump(const DumpOptions& options) {
+    const Reading reading = ReadGiven(options.file);
+    const std::string name = NameOf(options.file);
+    if (options.json) {
+        DumpJson(name, reading, std::cout, options.selection);
+    } else if (reading.file) {
+        DumpText(name, *reading.file, std::cout, options.selection);
+    }
+    return Report(FaultLines(name, reading), reading);
+}
+
+}  // namespace
+
+Command AddDump(CLI::App& kta) {
+    const auto options = std::make_shared<DumpOptions>();
+    CLI::App* dump =
+        kta.add_subcommand("dump", "Every chunk and field of a file, in file order, with offsets");
+    dump->add_option("FILE", options->file, "Actor or motion file; - is standard input")
+        ->required();
+    dump->add_flag("--json", options->json, "As one JSON object");
+    std::vector<std::string> kinds;
+    for (const KTAChunkType& type : kChunkTypes) {
+        kinds.push_back(type.name);
+    }
+    dump->add_option("--chunks", options->selection.chunks,
+                     "The chunks of these kinds alone, as in node,mesh: " + Joined(kinds))
+        ->type_name("KIND,...")
+        ->delimiter(',')
+        ->check(CLI::IsMember(kinds))
+        ->option_text("KIND,...");
+    dump->add_flag_callback(
+        "--no-arrays", [options] { options->selection.withArrays = false; },
+        "Without vertices, faces, keys, weights and points");
+    return {dump, [options] { return Dump(*options); }};
+}
+
+}  // namespace kta::command
