@@ -458,13 +458,15 @@ std::size_t JsonObject::Class(std::span<const std::string_view> names) {
 }
 
 void JsonObject::Close() const {
-    for (JsonValue::Iterator i = object_.begin(); i != object_.end(); ++i) {
+    JsonValue::Iterator i = object_.begin();
+    while (i != object_.end()) {
         const std::string_view name = (*i).Text();
         if (std::find(known_.begin(), known_.end(), name) == known_.end()) {
             throw scene::SceneError(PointerTo(object_, name), "an unknown field",
                                     ListNames(known_));
         }
         ++i;
+        ++i;  // past the name's value
     }
     if (missing_) {
         RefuseMissing(missing_->name, missing_->what());

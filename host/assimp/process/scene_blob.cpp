@@ -90,7 +90,7 @@ class Encoder {
     template <typename... Kinds>
     void Put(const std::variant<Kinds...>& value) {
         Put(value.index());
-        std::visit([this](const auto& kind) { Put(kind); }, value);
+        std::visit([this](const auto& kind) { this->Put(kind); }, value);
     }
 
     // The number of the object, counted from 1 in order of appearance; the object itself when it

@@ -56,7 +56,7 @@ class FieldsInUse {
                 Use(field.Of(value));
             });
         } else if constexpr (requires { value.valueless_by_exception(); }) {
-            std::visit([this](const auto& kind) { Use(kind); }, value);
+            std::visit([this](const auto& kind) { this->Use(kind); }, value);
         } else if constexpr (requires { typename T::mapped_type; }) {
             for (const auto& [number, element] : value) {
                 Use(element);
