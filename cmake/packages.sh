@@ -57,4 +57,4 @@ build_packages=(cmake ninja-build g++ binutils-mingw-w64-x86-64
     libutfcpp-dev libgcrypt20-dev)
 test_packages=("${build_packages[@]}" libgtest-dev libgmock-dev assimp-testmodels python3
     g++-mingw-w64-x86-64-posix libz-mingw-w64-dev libgcrypt-mingw-w64-dev googletest wine64
-    fonts-wine xvfb make)
+    fonts-wine xvfb make git)

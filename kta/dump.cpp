@@ -79,55 +79,7 @@ Json ObjectOf(const Record& record) {
     return object;
 }
 
-// ---------------------------------------------------------------- records and lists of chunks
-
-// A record that stands at an offset of the file.
-struct RecordView {
-    std::span<const Field> fields;
-    const void* record;
-    std::uint64_t offset;
-};
-
-template <typename Record>
-RecordView ViewOf(const Record& record, std::uint64_t offset) {
-    return {FieldsOf<Record>(), &record, offset};
-}
-
-template <typename Body>
-std::vector<RecordView> WholeBody(const Chunk& chunk, std::uint64_t body) {
-    return {ViewOf(*chunk.As<Body>(), body)};
-}
-
-// The records that a chunk begins with.
-std::vector<RecordView> RecordsOf(const Chunk& chunk) {
-    const std::uint64_t body = chunk.offset + sizeof(KTAChunkHeader);
-    switch (chunk.type->id) {
-        case kChunkNode:
-            return WholeBody<KTANode>(chunk, body);
-        case kChunkMotionPart:
-            return WholeBody<KTAMotionPart>(chunk, body);
-        case kChunkKeyTrack:
-            return {ViewOf(chunk.As<KeyTrack>()->head, body)};
-        case kChunkMesh:
-            return {ViewOf(chunk.As<Mesh>()->head, body)};
-        case kChunkWeights:
-            return {ViewOf(chunk.As<Weights>()->head, body)};
-        case kChunkMaterial:
-            return WholeBody<KTAMaterial>(chunk, body);
-        case kChunkMaterialLayer:
-            return WholeBody<KTAMaterialLayer>(chunk, body);
-        case kChunkJointLimits:
-            return WholeBody<KTAJointLimits>(chunk, body);
-        case kChunkMorph:
-            return {ViewOf(chunk.As<Morph>()->channel, body),
-                    ViewOf(chunk.As<Morph>()->head, body + sizeof(KTAMorphChannel))};
-        case kChunkWire:
-            return WholeBody<KTAWire>(chunk, body);
-        case kChunkIKChain:
-            return WholeBody<KTAIKChain>(chunk, body);
-    }
-    return {};
-}
+// ---------------------------------------------------------------- lists of chunks
 
 // Called with each item's offset from the start of the file and its value, in file order.
 using Visit = std::function<void(std::uint64_t offset, const Json& item)>;
@@ -226,16 +178,25 @@ Json VertexOf(const Mesh& mesh, const SubMesh& subMesh, std::size_t vertex) {
 
 // ---------------------------------------------------------------- text
 
+// Where fields are written, each in a line.
+struct FieldLines {
+    std::ostream& out;
+    bool withOffsets;
+};
+
 void WriteFieldLine(std::uint64_t offset, std::string_view name, const std::string& value,
-                    std::ostream& out) {
+                    const FieldLines& lines) {
     constexpr int kOffsetWidth = 12;
     constexpr int kNameWidth = 20;
-    out << std::setw(kOffsetWidth) << std::right << offset << "  " << std::setw(kNameWidth)
-        << std::left << name << value << '\n';
+    if (lines.withOffsets) {
+        lines.out << std::setw(kOffsetWidth) << std::right << offset;
+    }
+    lines.out << "  " << std::setw(kNameWidth) << std::left << name << value << '\n';
 }
 
 // A matrix takes a line for each row, with the row's own offset.
-void WriteField(const Field& field, const void* record, std::uint64_t offset, std::ostream& out) {
+void WriteField(const Field& field, const void* record, std::uint64_t offset,
+                const FieldLines& out) {
     const Json value = ValueOf(field, record);
     if (field.columns == 0) {
         WriteFieldLine(offset, field.name, value.dump(), out);
@@ -264,7 +225,7 @@ std::string ItemText(const Json& item) {
 }
 
 // Vertices and faces take a line each.
-void WriteSubMeshLines(const Mesh& mesh, const SubMesh& subMesh, std::ostream& out) {
+void WriteSubMeshLines(const Mesh& mesh, const SubMesh& subMesh, const FieldLines& out) {
     std::uint64_t offset = subMesh.offset;
     WriteFieldLine(offset, "materialNumber", std::to_string(subMesh.materialNumber), out);
     WriteFieldLine(offset + offsetof(KTASubMesh, indexCount), "indexCount",
@@ -284,7 +245,7 @@ void WriteSubMeshLines(const Mesh& mesh, const SubMesh& subMesh, std::ostream& o
     }
 }
 
-void WriteChunkLines(const Chunk& chunk, bool withArrays, std::ostream& out) {
+void WriteChunkLines(const Chunk& chunk, bool withArrays, const FieldLines& out) {
     for (const auto& [fields, record, offset] : RecordsOf(chunk)) {
         for (const Field& field : fields) {
             WriteField(field, record, offset + field.offset, out);
@@ -412,20 +373,35 @@ std::string NumberText(float value) {
     return Value(value).dump();
 }
 
+std::string ValueText(const Field& field, const void* record) {
+    return ValueOf(field, record).dump();
+}
+
+std::string QuotedText(std::string_view text) {
+    return Json(ToUtf8(text)).dump();
+}
+
 void DumpText(const std::string& path, const File& file, std::ostream& out,
               const DumpSelection& selection) {
-    out << OneLine(ToUtf8(path)) << ": " << KindName(file.kind) << " file, " << file.size
-        << " bytes\n";
-    out << "\noffset 0: header\n";
-    WriteFieldLine(0, "magic", "\"KTA \"", out);
+    const FieldLines lines{out, selection.withOffsets};
+    const auto writeHeading = [&](std::uint64_t offset) -> std::ostream& {
+        out << '\n';
+        return selection.withOffsets ? out << "offset " << offset << ": " : out;
+    };
+    if (selection.withOffsets) {
+        out << OneLine(ToUtf8(path)) << ": " << KindName(file.kind) << " file, " << file.size
+            << " bytes\n";
+    }
+    writeHeading(0) << "header\n";
+    WriteFieldLine(0, "magic", "\"KTA \"", lines);
     WriteFieldLine(offsetof(KTAFileHeader, majorVersion), "version", Json(file.version).dump(),
-                   out);
-    WriteFieldLine(offsetof(KTAFileHeader, kind), "kind", KindName(file.kind), out);
+                   lines);
+    WriteFieldLine(offsetof(KTAFileHeader, kind), "kind", KindName(file.kind), lines);
     for (const Chunk* chunk : Selected(file, selection)) {
-        out << "\noffset " << chunk->offset << ": " << chunk->type->name << " chunk, id "
-            << chunk->type->id << ", size " << chunk->size << ", version " << chunk->version
-            << '\n';
-        WriteChunkLines(*chunk, selection.withArrays, out);
+        writeHeading(chunk->offset)
+            << chunk->type->name << " chunk, id " << chunk->type->id << ", size " << chunk->size
+            << ", version " << chunk->version << '\n';
+        WriteChunkLines(*chunk, selection.withArrays, lines);
     }
 }
 

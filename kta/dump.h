@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "kta/fields.h"
 #include "kta/reader.h"
 
 namespace kta {
@@ -15,6 +16,8 @@ namespace kta {
 struct DumpSelection {
     std::vector<std::string> chunks;  // names of kinds of chunks; empty: all
     bool withArrays = true;           // vertices, faces, keys, weights and points too
+    // In text: without them, nor the file's name and size, what did not change reads the same.
+    bool withOffsets = true;
 };
 
 // `path` is shown as the file's name. Lines with the fields' offsets, in file order.
@@ -38,5 +41,11 @@ std::string ToUtf8(std::string_view text);
 
 // A number as dumps show it: 0.5, 1.0, "nan".
 std::string NumberText(float value);
+
+// The value of a record's field as JSON dumps show it: [1.0,0.0,0.0].
+std::string ValueText(const Field& field, const void* record);
+
+// The text as a JSON string.
+std::string QuotedText(std::string_view text);
 
 }  // namespace kta

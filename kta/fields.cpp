@@ -415,4 +415,50 @@ void CheckFields(Cursor& cursor, std::span<const Field> fields, std::uint64_t of
     }
 }
 
+// ---------------------------------------------------------------- records of chunks
+
+namespace {
+
+template <typename Record>
+RecordView ViewOf(const Record& record, std::uint64_t offset) {
+    return {FieldsOf<Record>(), &record, offset};
+}
+
+template <typename Body>
+std::vector<RecordView> WholeBody(const Chunk& chunk, std::uint64_t body) {
+    return {ViewOf(*chunk.As<Body>(), body)};
+}
+
+}  // namespace
+
+std::vector<RecordView> RecordsOf(const Chunk& chunk) {
+    const std::uint64_t body = chunk.offset + sizeof(KTAChunkHeader);
+    switch (chunk.type->id) {
+        case kChunkNode:
+            return WholeBody<KTANode>(chunk, body);
+        case kChunkMotionPart:
+            return WholeBody<KTAMotionPart>(chunk, body);
+        case kChunkKeyTrack:
+            return {ViewOf(chunk.As<KeyTrack>()->head, body)};
+        case kChunkMesh:
+            return {ViewOf(chunk.As<Mesh>()->head, body)};
+        case kChunkWeights:
+            return {ViewOf(chunk.As<Weights>()->head, body)};
+        case kChunkMaterial:
+            return WholeBody<KTAMaterial>(chunk, body);
+        case kChunkMaterialLayer:
+            return WholeBody<KTAMaterialLayer>(chunk, body);
+        case kChunkJointLimits:
+            return WholeBody<KTAJointLimits>(chunk, body);
+        case kChunkMorph:
+            return {ViewOf(chunk.As<Morph>()->channel, body),
+                    ViewOf(chunk.As<Morph>()->head, body + sizeof(KTAMorphChannel))};
+        case kChunkWire:
+            return WholeBody<KTAWire>(chunk, body);
+        case kChunkIKChain:
+            return WholeBody<KTAIKChain>(chunk, body);
+    }
+    return {};
+}
+
 }  // namespace kta

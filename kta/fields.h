@@ -59,4 +59,14 @@ Record ReadRecord(Cursor& cursor) {
     return record;
 }
 
+// A record that stands at an offset of the file.
+struct RecordView {
+    std::span<const Field> fields;
+    const void* record;
+    std::uint64_t offset;
+};
+
+// The records that a chunk begins with.
+std::vector<RecordView> RecordsOf(const Chunk& chunk);
+
 }  // namespace kta

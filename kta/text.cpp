@@ -48,8 +48,14 @@ std::string OneLine(std::string_view text) {
 }
 
 std::string Counted(std::size_t count, const std::string& noun) {
-    const char* const plural = noun.ends_with("sh") ? "es" : "s";
-    return std::to_string(count) + " " + noun + (count == 1 ? "" : plural);
+    const std::string number = std::to_string(count) + " ";
+    if (count == 1) {
+        return number + noun;
+    }
+    if (noun.ends_with("ex")) {
+        return number + noun.substr(0, noun.size() - 2) + "ices";
+    }
+    return number + noun + (noun.ends_with("sh") ? "es" : "s");
 }
 
 bool EndsWithIgnoringCase(std::string_view text, std::string_view ending) {

@@ -15,7 +15,7 @@ std::string Escaped(std::string_view text);
 // Line ends and other control characters become one blank a run; none at the ends.
 std::string OneLine(std::string_view text);
 
-// "1 node", "2 nodes", "2 meshes".
+// "1 node", "2 nodes", "2 meshes", "2 vertices".
 std::string Counted(std::size_t count, const std::string& noun);
 
 // The texts with ", " between them.

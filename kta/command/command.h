@@ -12,7 +12,8 @@
 
 namespace kta::command {
 
-enum Status { kDone = 0, kFaultyFile = 1, kUnusable = 2 };
+// The program's exit status.
+enum Status { kDone = 0, kFaultyFile = 1, kDifferent = 1, kUnusable = 2 };
 
 // A command's part of the command line, and what it does once that was parsed. The function owns
 // what the options were read into.
@@ -21,6 +22,7 @@ struct Command {
     std::function<Status()> run;
 };
 
+Command AddDiff(CLI::App& kta);
 Command AddDump(CLI::App& kta);
 Command AddInfo(CLI::App& kta);
 Command AddPreview(CLI::App& kta);

@@ -34,7 +34,7 @@ Command AddDump(CLI::App& kta) {
         kta.add_subcommand("dump", "Every chunk and field of a file, in file order, with offsets");
     dump->add_option("FILE", options->file, "Actor or motion file; - is standard input")
         ->required();
-    dump->add_flag("--json", options->json, "As one JSON object");
+    CLI::Option* json = dump->add_flag("--json", options->json, "As one JSON object");
     std::vector<std::string> kinds;
     for (const KTAChunkType& type : kChunkTypes) {
         kinds.push_back(type.name);
@@ -48,6 +48,10 @@ Command AddDump(CLI::App& kta) {
     dump->add_flag_callback(
         "--no-arrays", [options] { options->selection.withArrays = false; },
         "Without vertices, faces, keys, weights and points");
+    dump->add_flag_callback(
+            "--no-offsets", [options] { options->selection.withOffsets = false; },
+            "Without offsets and the file's name, so that two dumps can be compared line by line")
+        ->excludes(json);
     return {dump, [options] { return Dump(*options); }};
 }
 

@@ -103,13 +103,13 @@ TEST(CommandTest, BadUsage) {
 
 TEST(CommandTest, TextsThatAreNoCommandAreNamed) {
     EXPECT_EQ(Kta("frobnicate x").errors,
-              "kta: \"frobnicate\": no such command, expected one of info, dump, preview (see kta "
+              "kta: \"frobnicate\": no such command, expected one of info, dump, diff, preview (see kta "
               "--help)\n");
     EXPECT_EQ(
         Kta("--json").errors,
-        "kta: \"--json\": no such command, expected one of info, dump, preview (see kta --help)\n");
+        "kta: \"--json\": no such command, expected one of info, dump, diff, preview (see kta --help)\n");
     EXPECT_EQ(Kta("").errors,
-              "kta: no command given, expected one of info, dump, preview (see kta --help)\n");
+              "kta: no command given, expected one of info, dump, diff, preview (see kta --help)\n");
 }
 
 TEST(CommandTest, InfoShowsTheFirstFaultsAndDumpAll) {
