@@ -19,7 +19,8 @@ template <typename Record>
 void ReadRecordBody(Cursor& cursor, Chunk& chunk) {
     if (chunk.size != sizeof(Record)) {
         cursor.Stop(chunk.offset + offsetof(KTAChunkHeader, size),
-                    Expected("size", chunk.size, std::to_string(sizeof(Record))));
+                    Found(IssueCode::chunkSize, "size", chunk.size,
+                          std::to_string(sizeof(Record))));
     }
     if (cursor.Require(sizeof(Record), "body")) {
         chunk.body = ReadRecord<Record>(cursor);

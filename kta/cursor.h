@@ -1,5 +1,5 @@
-// A position in a KTA file's bytes from which values are read as they lie in memory, and the
-// wording of faults. For the reader's own sources.
+// A position in a KTA file's bytes from which values are read as they lie in memory, and where
+// faults are reported. For the reader's own sources.
 #pragma once
 
 #include <bit>
@@ -12,6 +12,14 @@
 namespace kta {
 
 static_assert(std::endian::native == std::endian::little, "KTA files are little-endian");
+
+// What stands in a file and what was expected there, for the message of the code.
+struct Finding {
+    IssueCode code;
+    std::string what;
+    std::string found;
+    std::string expected;
+};
 
 // Reads never leave the bytes given. The first read that lacks bytes, and Stop(), end the reading
 // for good: from then on every read gives zeros and reports nothing more. Faults go to the vector
@@ -27,13 +35,17 @@ class Cursor {
     // A cursor at the same position and place that reports to `faults`.
     Cursor Fork(std::vector<Fault>& faults) const;
 
-    // Names the place of the faults that are reported from here on.
-    void SetWhere(std::string_view where) { where_ = where; }
+    // The place of the faults that are reported from here on.
+    void SetPlace(Place place) { place_ = std::move(place); }
 
-    // Reports a fault after which the rest can still be read.
-    void Report(std::uint64_t offset, std::string text);
+    // Reports a fault after which the rest can still be read. Where it tells of several items alike,
+    // `suffix` says so, behind the message.
+    void Report(std::uint64_t offset, Finding finding, std::uint64_t count = 1,
+                const std::string& suffix = {});
     // Reports a fault that ends the reading.
-    void Stop(std::uint64_t offset, std::string text);
+    void Stop(std::uint64_t offset, Finding finding);
+    // The same for one that a fork has reported, with more text behind it.
+    void Stop(Fault fault, const std::string& suffix);
     // Whether `size` more bytes are there; stops when not. `what` names the part of the place that
     // they make up, empty for the whole of it.
     bool Require(std::uint64_t size, std::string_view what = {});
@@ -74,18 +86,17 @@ class Cursor {
     std::span<const std::uint8_t> bytes_;
     std::uint64_t offset_ = 0;
     std::vector<Fault>& faults_;
-    std::string where_;
+    Place place_;
     bool stopped_ = false;
 };
 
-// ---------------------------------------------------------------- texts of faults
+// ---------------------------------------------------------------- findings
 
-// "WHAT is VALUE, expected EXPECTED".
-std::string Expected(const std::string& what, const std::string& value,
-                     const std::string& expected);
-std::string Expected(const std::string& what, std::int64_t value, const std::string& expected);
-// For a byte that is none of the letters: "WHAT is byte 66, expected P, R or S".
-std::string ExpectedLetter(const std::string& what, char value, std::string_view letters);
+Finding Found(IssueCode code, std::string what, std::int64_t value, std::string expected);
+// A byte that is none of the letters: "byte 66", expected "P, R or S".
+Finding FoundLetter(std::string what, char value, std::string_view letters);
+// Numbers of which one at least is not finite.
+Finding FoundNotFinite(std::string what, std::span<const float> values);
 
 // The shortest digits that read back to the same number.
 std::string Digits(float value);
@@ -96,12 +107,12 @@ class Repeated {
   public:
     explicit Repeated(const char* group) : group_(group) {}
 
-    // `text` is called for the first one's text only.
-    template <typename Text>
-    void Note(std::uint64_t offset, Text text) {
+    // `find` is called for the first one's finding only.
+    template <typename Find>
+    void Note(std::uint64_t offset, Find find) {
         if (count_++ == 0) {
             offset_ = offset;
-            text_ = text();
+            first_ = find();
         }
     }
 
@@ -110,7 +121,7 @@ class Repeated {
 
   private:
     const char* group_;
-    std::string text_;
+    Finding first_{};
     std::uint64_t offset_ = 0;
     std::uint64_t count_ = 0;
 };

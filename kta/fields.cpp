@@ -81,16 +81,16 @@ void CheckIndexCount(Cursor& cursor, std::uint64_t offset, const void* record) {
     const std::int32_t count = static_cast<const KTAMesh*>(record)->indexCount;
     if (count % 3 != 0) {
         cursor.Stop(offset + offsetof(KTAMesh, indexCount),
-                    Expected("index count", count, "a multiple of 3"));
+                    Found(IssueCode::meshIndexCount, "index count", count, "a multiple of 3"));
     }
 }
 
 void CheckMapChannelCount(Cursor& cursor, std::uint64_t offset, const void* record) {
     const std::int32_t count = static_cast<const KTAMesh*>(record)->mapChannelCount;
     if (count > kMostMapChannels) {
-        cursor.Stop(
-            offset + offsetof(KTAMesh, mapChannelCount),
-            Expected("map channel count", count, "at most " + std::to_string(kMostMapChannels)));
+        cursor.Stop(offset + offsetof(KTAMesh, mapChannelCount),
+                    Found(IssueCode::valueRange, "map channel count", count,
+                          "at most " + std::to_string(kMostMapChannels)));
     }
 }
 
@@ -98,8 +98,8 @@ void CheckMinimum(Cursor& cursor, std::uint64_t offset, const void* record) {
     const auto& points = *static_cast<const KTAMorphPoints*>(record);
     if (points.minimum > points.maximum) {
         cursor.Report(offset + offsetof(KTAMorphPoints, minimum),
-                      Expected("minimum", Digits(points.minimum),
-                               "at most " + Digits(points.maximum) + ", the maximum"));
+                      {IssueCode::morphRange, "minimum", Digits(points.minimum),
+                       "at most " + Digits(points.maximum) + ", the maximum"});
     }
 }
 
@@ -319,10 +319,13 @@ Value ValueAt(const Field& field, const void* record, std::size_t element) {
 void CheckByType(Cursor& cursor, const Field& field, std::uint64_t offset, const void* record,
                  std::size_t element) {
     if (field.type == FieldType::text && TextAt(field, record).size() == field.size) {
-        cursor.Report(offset, std::string(field.label) + " has no NUL in its " +
-                                  std::to_string(field.size) + " bytes, expected one");
-    } else if (field.type == FieldType::f32 && !std::isfinite(RealAt(field, record, element))) {
-        cursor.Report(offset, std::string(field.label) + " is not a finite number");
+        cursor.Report(offset, {IssueCode::textUnterminated, field.label,
+                               std::to_string(field.size), "a NUL in them"});
+    } else if (field.type == FieldType::f32) {
+        const float value = RealAt(field, record, element);
+        if (!std::isfinite(value)) {
+            cursor.Report(offset, FoundNotFinite(field.label, {&value, 1}));
+        }
     }
 }
 
@@ -332,19 +335,20 @@ void CheckConstant(Cursor& cursor, const Field& field, std::uint64_t offset, con
     const bool right = real ? RealAt(field, record, element) == static_cast<float>(field.least)
                             : IntegerAt(field, record, element) == field.least;
     if (!right) {
-        cursor.Report(offset, Expected(field.label,
-                                       real ? Digits(RealAt(field, record, element))
-                                            : std::to_string(IntegerAt(field, record, element)),
-                                       std::to_string(field.least)));
+        cursor.Report(offset, {IssueCode::constantValue, field.label,
+                               real ? Digits(RealAt(field, record, element))
+                                    : std::to_string(IntegerAt(field, record, element)),
+                               std::to_string(field.least)});
     }
 }
 
 void CheckRange(Cursor& cursor, const Field& field, std::uint64_t offset, std::int64_t value) {
     if (value < field.least || value > field.most) {
         const char* const joint = field.most == field.least + 1 ? " or " : " to ";
+        const bool flag = field.rule == FieldRule::flag;
         cursor.Report(offset,
-                      Expected(field.label, value,
-                               std::to_string(field.least) + joint + std::to_string(field.most)));
+                      Found(flag ? IssueCode::flagValue : IssueCode::valueRange, field.label, value,
+                            std::to_string(field.least) + joint + std::to_string(field.most)));
     }
 }
 
@@ -363,14 +367,15 @@ void CheckElement(Cursor& cursor, const Field& field, std::uint64_t offset, cons
             break;
         case FieldRule::atLeast:
             if (IntegerAt(field, record, element) < field.least) {
-                cursor.Stop(offset, Expected(field.label, IntegerAt(field, record, element),
-                                             std::to_string(field.least) + " or more"));
+                cursor.Stop(offset, Found(IssueCode::valueRange, field.label,
+                                          IntegerAt(field, record, element),
+                                          std::to_string(field.least) + " or more"));
             }
             break;
         case FieldRule::letters: {
             const auto letter = static_cast<char>(IntegerAt(field, record, element));
             if (std::string_view(field.letters).find(letter) == std::string_view::npos) {
-                cursor.Report(offset, ExpectedLetter(field.label, letter, field.letters));
+                cursor.Report(offset, FoundLetter(field.label, letter, field.letters));
             }
             break;
         }

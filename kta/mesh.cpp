@@ -39,8 +39,8 @@ class SubMeshReader {
     // A total of the head that its sub-meshes leave unused.
     void CheckTotal(std::uint64_t field, const char* what, std::int32_t total, std::int64_t sum) {
         if (sum != total) {
-            cursor_.Stop(headOffset_ + field,
-                         Expected(what, total, std::to_string(sum) + ", the sub-meshes' sum"));
+            cursor_.Stop(headOffset_ + field, Found(IssueCode::meshTotals, what, total,
+                                                    std::to_string(sum) + ", the sub-meshes' sum"));
         }
     }
 
@@ -73,12 +73,13 @@ class SubMeshReader {
         cursor_.Skip(offsetof(KTASubMesh, indexCount));
         if (record.materialNumber >= kFirstFullMaterialNumber &&
             record.materialNumber != kFullMaterialNumber) {
-            cursor_.Stop(offset,
-                         Expected("material byte", record.materialNumber, "0 to 127, or 255"));
+            cursor_.Stop(offset, Found(IssueCode::subMeshMaterial, "material byte",
+                                       record.materialNumber, "0 to 127, or 255"));
         }
         if (record.at1 != 0) {
-            cursor_.Stop(offset + offsetof(KTASubMesh, at1),
-                         Expected("byte behind the material", record.at1, "0"));
+            cursor_.Stop(
+                offset + offsetof(KTASubMesh, at1),
+                Found(IssueCode::constantValue, "byte behind the material", record.at1, "0"));
         }
     }
 
@@ -87,11 +88,12 @@ class SubMeshReader {
         const std::uint64_t offset = cursor_.Offset();
         cursor_.Skip(sizeof(count));
         if (count < least || count > most) {
-            cursor_.Stop(offset, Expected(what, count,
-                                          std::to_string(least) + " to " + std::to_string(most) +
-                                              ", what the mesh's count leaves"));
+            cursor_.Stop(offset, Found(IssueCode::subMeshCount, what, count,
+                                       std::to_string(least) + " to " + std::to_string(most) +
+                                           ", what the mesh's count leaves"));
         } else if (count % unit != 0) {
-            cursor_.Stop(offset, Expected(what, count, "a multiple of " + std::to_string(unit)));
+            cursor_.Stop(offset, Found(IssueCode::subMeshCount, what, count,
+                                       "a multiple of " + std::to_string(unit)));
         }
         return cursor_.Stopped() ? 0 : static_cast<std::uint32_t>(count);
     }
@@ -101,8 +103,9 @@ class SubMeshReader {
         cursor_.Require(sizeof(Plinth::Int32), "material number");
         const auto material = cursor_.Read<std::int32_t>();
         if (material < kFirstFullMaterialNumber) {
-            cursor_.Stop(offset, Expected("material number in full", material,
-                                          std::to_string(kFirstFullMaterialNumber) + " or more"));
+            cursor_.Stop(offset,
+                         Found(IssueCode::subMeshMaterial, "material number in full", material,
+                               std::to_string(kFirstFullMaterialNumber) + " or more"));
         }
         return material;
     }
@@ -143,9 +146,9 @@ class SubMeshReader {
         const std::uint64_t offset = cursor_.Offset();
         cursor_.Skip(sizeof(original));
         if (original < least || original >= head_.originalVertexCount) {
-            cursor_.Stop(offset, Expected("original vertex", original,
-                                          std::to_string(least) + " to " +
-                                              std::to_string(head_.originalVertexCount - 1)));
+            cursor_.Stop(offset, Found(IssueCode::originalVertex, "original vertex", original,
+                                       std::to_string(least) + " to " +
+                                           std::to_string(head_.originalVertexCount - 1)));
         }
         return original;
     }
@@ -158,9 +161,9 @@ class SubMeshReader {
                 const std::uint64_t offset = cursor_.Offset();
                 corner = cursor_.Read<std::uint32_t>();
                 if (corner >= numVertices) {
-                    cursor_.Stop(offset, Expected("face's vertex", corner,
-                                                  "less than the sub-mesh's " +
-                                                      std::to_string(numVertices)));
+                    cursor_.Stop(offset,
+                                 Found(IssueCode::faceIndex, "face's vertex", corner,
+                                       "less than the sub-mesh's " + std::to_string(numVertices)));
                 }
             }
             if (kept != nullptr) {
@@ -228,10 +231,10 @@ void ReadSubMeshes(Cursor& cursor, Mesh& mesh) {
         return;
     }
     const bool counted = best.pairs == mesh.head.mapChannelCount;
-    cursor.Stop(best.faults.front().offset,
-                best.faults.front().text + (counted ? ""
-                                                    : " (with " + std::to_string(best.pairs) +
-                                                          " texture coordinate pairs a vertex)"));
+    cursor.Stop(best.faults.front(),
+                counted ? ""
+                        : " (with " + std::to_string(best.pairs) +
+                              " texture coordinate pairs a vertex)");
 }
 
 // The bytes of the sub-meshes as the declared size counts them, which leaves out material numbers
@@ -292,7 +295,8 @@ void ReadMeshBody(Cursor& cursor, Chunk& chunk) {
     const auto expected = static_cast<std::uint32_t>(sizeof(KTAMesh) + counted);
     if (chunk.size != expected) {
         cursor.Report(chunk.offset + offsetof(KTAChunkHeader, size),
-                      Expected("size", chunk.size, std::to_string(expected) + " by its counts"));
+                      Found(IssueCode::chunkSize, "size", chunk.size,
+                            std::to_string(expected) + " by its counts"));
     }
     ReadSubMeshes(cursor, mesh);
     if (!cursor.Stopped()) {

@@ -64,8 +64,8 @@ class KeyReader {
         times_.Check(offset, {&time, 1});
         if (time < previousTime_) {
             descending_.Note(offset, [&] {
-                return Expected("key time", Digits(time),
-                                "at least " + Digits(previousTime_) + ", the time before it");
+                return Finding{IssueCode::keyTimeOrder, "key time", Digits(time),
+                               "at least " + Digits(previousTime_) + ", the time before it"};
             });
         }
         if (std::isfinite(time)) {
@@ -75,7 +75,8 @@ class KeyReader {
 
     void CheckMask(std::uint64_t offset, std::uint16_t mask, bool allAxes) {
         if (mask == 0 || mask > kAllAxes || (allAxes && mask != kAllAxes)) {
-            cursor_.Stop(offset, Expected("axis mask", mask, allAxes ? "7, all axes" : "1 to 7"));
+            cursor_.Stop(offset, Found(IssueCode::keyAxisMask, "axis mask", mask,
+                                       allAxes ? "7, all axes" : "1 to 7"));
         }
     }
 
@@ -83,8 +84,9 @@ class KeyReader {
         for (std::size_t axis = 0; axis < 3; ++axis) {
             if ((head.axisMask >> axis & 1) == 0 && head.values[axis] != 0) {
                 absent_.Note(offset + axis * sizeof(float), [&] {
-                    return Expected(std::string(1, kAxisNames[axis]) + " value",
-                                    Digits(head.values[axis]), "0, the mask lacks the axis");
+                    return Finding{IssueCode::keyAbsentValue,
+                                   std::string(1, kAxisNames[axis]) + " value",
+                                   Digits(head.values[axis]), "0, the mask lacks the axis"};
                 });
             }
         }
@@ -110,9 +112,11 @@ class KeyReader {
         const std::uint64_t offset = cursor_.Offset();
         const auto code = cursor_.Read<std::uint8_t>();
         if (!axisIsThere && code != kTangentNone) {
-            cursor_.Stop(offset, Expected("tangent code", code, "1, the mask lacks the axis"));
+            cursor_.Stop(offset, Found(IssueCode::keyTangentCode, "tangent code", code,
+                                       "1, the mask lacks the axis"));
         } else if (code != kTangentNone && (code < kTangentLinear || code > kTangentBezier)) {
-            cursor_.Stop(offset, Expected("tangent code", code, "1, 3, 4 or 5"));
+            cursor_.Stop(offset,
+                         Found(IssueCode::keyTangentCode, "tangent code", code, "1, 3, 4 or 5"));
         }
         return code;
     }
@@ -124,8 +128,8 @@ class KeyReader {
         tangents_.Check(offset, numbers);
         if (tangent.length < kLeastHandle || tangent.length > kMostHandle) {
             lengths_.Note(offset, [&] {
-                return Expected("handle length", Digits(tangent.length),
-                                Digits(kLeastHandle) + " to " + Digits(kMostHandle));
+                return Finding{IssueCode::keyHandleLength, "handle length", Digits(tangent.length),
+                               Digits(kLeastHandle) + " to " + Digits(kMostHandle)};
             });
         }
         return tangent;
@@ -152,7 +156,8 @@ void ReadSamples(Cursor& cursor, const Chunk& chunk, KeyTrack& track) {
     const std::uint64_t size = sizeof(KTAKeyTrack) + track.head.keyCount * keySize;
     if (chunk.size != size) {
         cursor.Report(chunk.offset + offsetof(KTAChunkHeader, size),
-                      Expected("size", chunk.size, std::to_string(size) + " by its key count"));
+                      Found(IssueCode::chunkSize, "size", chunk.size,
+                            std::to_string(size) + " by its key count"));
     }
     KeyReader reader(cursor);
     if (rotation) {
@@ -185,7 +190,8 @@ void ReadKeyTrackBody(Cursor& cursor, Chunk& chunk) {
     // The size of a keyframed track is always that of its head.
     if (!sampled && chunk.size != sizeof(KTAKeyTrack)) {
         cursor.Stop(chunk.offset + offsetof(KTAChunkHeader, size),
-                    Expected("size", chunk.size, std::to_string(sizeof(KTAKeyTrack))));
+                    Found(IssueCode::chunkSize, "size", chunk.size,
+                          std::to_string(sizeof(KTAKeyTrack))));
     }
     const std::uint64_t offset = cursor.Offset();
     if (!cursor.Require(sizeof(KTAKeyTrack), "head")) {
@@ -196,7 +202,7 @@ void ReadKeyTrackBody(Cursor& cursor, Chunk& chunk) {
     const std::string_view letters = sampled ? "PRS" : "PrS";
     if (letters.find(track.head.trackLetter) == std::string_view::npos) {
         cursor.Stop(offset + offsetof(KTAKeyTrack, trackLetter),
-                    ExpectedLetter("track letter", track.head.trackLetter, letters));
+                    FoundLetter("track letter", track.head.trackLetter, letters));
     }
     if (cursor.Stopped()) {
         return;

@@ -1,6 +1,7 @@
 #include "kta/reader.h"
 
 #include <cerrno>
+#include <exception>
 #include <fstream>
 #include <new>
 #include <system_error>
@@ -13,6 +14,8 @@ namespace {
 
 constexpr std::string_view kMagic = "KTA ";
 constexpr std::array<std::uint8_t, 2> kVersion = {1, 1};
+constexpr const char* kHeader = "header";
+constexpr const char* kNoMemory = "out of memory";  // short enough to be kept without any
 
 // A text for a fault line: bytes that are not printable ASCII stand as \xNN.
 std::string Quoted(std::string_view bytes) {
@@ -73,7 +76,7 @@ void ReadBody(Cursor& cursor, Chunk& chunk) {
         versions += (versions.empty() ? "" : " or ") + std::to_string(reader.version);
     }
     cursor.Stop(chunk.offset + offsetof(KTAChunkHeader, version),
-                Expected("version", chunk.version, versions));
+                Found(IssueCode::chunkVersion, "version", chunk.version, versions));
 }
 
 // ---------------------------------------------------------------- what chunks say of one another
@@ -95,8 +98,8 @@ void CheckShortWeights(Cursor& cursor, const MeshSizes& meshes, const Chunk& chu
         cursor.Require(missing, "weights");
     } else {
         cursor.Report(chunk.offset + offsetof(KTAChunkHeader, size),
-                      Expected("size", chunk.size,
-                               std::to_string(chunk.size - missing) + ", what stands there"));
+                      Found(IssueCode::chunkSize, "size", chunk.size,
+                            std::to_string(chunk.size - missing) + ", what stands there"));
     }
 }
 
@@ -111,12 +114,13 @@ void CheckTrackOrder(Cursor& cursor, const File& file, const Chunk& chunk) {
     const Chunk* previous = file.chunks.empty() ? nullptr : &file.chunks.back();
     const auto* before = previous != nullptr ? previous->As<KeyTrack>() : nullptr;
     if (before != nullptr && PlaceOf(before->head.trackLetter) >= PlaceOf(letter)) {
-        cursor.Report(chunk.offset, std::string("track ") + letter + " stands behind track " +
-                                        before->head.trackLetter +
-                                        ", expected position, rotation, scale, each once");
+        cursor.Report(chunk.offset, {IssueCode::trackOrder, std::string("track ") + letter,
+                                     std::string("behind track ") + before->head.trackLetter,
+                                     "position, rotation, scale, each once"});
     } else if (before == nullptr &&
                (previous == nullptr || previous->As<KTAMotionPart>() == nullptr)) {
-        cursor.Report(chunk.offset, "no motion part stands before it, expected one");
+        cursor.Report(chunk.offset,
+                      {IssueCode::trackWithoutPart, "", "no motion part", "one"});
     }
 }
 
@@ -135,23 +139,24 @@ void CheckAgainstOthers(Cursor& cursor, const File& file, MeshSizes& meshes, con
 void ReadChunk(Cursor& cursor, MeshSizes& meshes, File& file) {
     Chunk chunk;
     chunk.offset = cursor.Offset();
-    cursor.SetWhere("chunk header");
+    cursor.SetPlace({"chunk header", nullptr, chunk.offset, file.chunks.size()});
     cursor.Require(sizeof(KTAChunkHeader));
     const auto header = cursor.Read<KTAChunkHeader>();
     chunk.size = header.size;
     chunk.version = header.version;
     chunk.type = FindChunkType(header.id);
     if (chunk.type == nullptr) {
-        cursor.Stop(chunk.offset, Expected("chunk id", header.id, "that of a known chunk kind"));
+        cursor.Stop(chunk.offset, Found(IssueCode::chunkUnknown, "chunk id", header.id,
+                                        "that of a known chunk kind"));
     }
     if (cursor.Stopped()) {
         return;
     }
-    cursor.SetWhere(std::string(chunk.type->name) + " chunk");
+    cursor.SetPlace({std::string(chunk.type->name) + " chunk", chunk.type, chunk.offset,
+                     file.chunks.size()});
     if (chunk.type->file != file.kind) {
-        cursor.Report(chunk.offset, std::string("stands in a file of the kind \"") +
-                                        KindName(file.kind) + "\", expected only in \"" +
-                                        KindName(chunk.type->file) + "\"");
+        cursor.Report(chunk.offset, {IssueCode::chunkInOtherFile, "", KindName(file.kind),
+                                     KindName(chunk.type->file)});
     }
     ReadBody(cursor, chunk);
     if (!cursor.Stopped()) {
@@ -164,23 +169,25 @@ void ReadChunk(Cursor& cursor, MeshSizes& meshes, File& file) {
 }
 
 std::optional<File> ReadHeader(Cursor& cursor) {
-    cursor.SetWhere("header");
+    cursor.SetPlace({kHeader});
     cursor.Require(sizeof(KTAFileHeader));
     const auto header = cursor.Read<KTAFileHeader>();
     const std::string_view magic(header.magic, sizeof(header.magic));
     if (magic != kMagic) {
         cursor.Stop(offsetof(KTAFileHeader, magic),
-                    Expected("magic", Quoted(magic), Quoted(kMagic)));
+                    {IssueCode::fileMagic, "magic", Quoted(magic), Quoted(kMagic)});
     }
     File file;
     file.version = {header.majorVersion, header.minorVersion};
     if (file.version != kVersion) {
         cursor.Stop(offsetof(KTAFileHeader, majorVersion),
-                    Expected("version", VersionText(file.version), VersionText(kVersion)));
+                    {IssueCode::fileVersion, "version", VersionText(file.version),
+                     VersionText(kVersion)});
     }
     if (header.kind > kFileKindActor) {
         cursor.Stop(offsetof(KTAFileHeader, kind),
-                    Expected("file kind", header.kind, "0 (motion) or 1 (actor)"));
+                    Found(IssueCode::fileKind, "file kind", header.kind,
+                          "0 (motion) or 1 (actor)"));
     }
     if (cursor.Stopped()) {
         return std::nullopt;
@@ -213,9 +220,26 @@ void Append(std::istream& stream, std::size_t size, std::vector<std::uint8_t>& b
     bytes.resize(old + static_cast<std::size_t>(stream.gcount()));
 }
 
-}  // namespace
+// What `read` gives, or why there is not the memory for it or the stream failed.
+template <typename Function>
+Reading Guarded(Function read) noexcept {
+    Reading reading;
+    try {
+        reading = read();
+    } catch (const std::bad_alloc&) {
+        reading.inputError = kNoMemory;
+        try {
+            reading.inputError = "is too large for the memory there is";
+        } catch (const std::bad_alloc&) {
+            // The short text stays.
+        }
+    } catch (const std::exception&) {
+        reading.inputError = "cannot be read";
+    }
+    return reading;
+}
 
-Reading Read(std::span<const std::uint8_t> bytes) {
+Reading ReadBytes(std::span<const std::uint8_t> bytes) {
     Reading reading;
     Cursor cursor(bytes, reading.faults);
     reading.file = ReadHeader(cursor);
@@ -229,13 +253,13 @@ Reading Read(std::span<const std::uint8_t> bytes) {
     return reading;
 }
 
-Reading Read(std::istream& stream) {
+Reading ReadStream(std::istream& stream) {
     constexpr std::size_t kBlockSize = std::size_t{1} << 16;
     std::vector<std::uint8_t> bytes;
     errno = 0;
     Append(stream, sizeof(KTAFileHeader), bytes);
     // A file that is no KTA file is not read to its end, however long it is.
-    if (!stream.bad() && Read(bytes).file) {
+    if (!stream.bad() && ReadBytes(bytes).file) {
         while (stream) {
             Append(stream, kBlockSize, bytes);
         }
@@ -243,30 +267,50 @@ Reading Read(std::istream& stream) {
     if (stream.bad()) {
         return Failed(SystemError("cannot be read"));
     }
-    return Read(bytes);
+    return ReadBytes(bytes);
 }
 
-Reading ReadFile(const std::string& path) {
+Reading ReadPath(const std::string& path) {
     errno = 0;
     std::ifstream stream(path, std::ios::binary);
     if (!stream) {
         return Failed(SystemError("cannot be opened"));
     }
-    try {
-        return Read(stream);
-    } catch (const std::bad_alloc&) {
-        return Failed("is too large for the memory there is");
-    }
+    return ReadStream(stream);
 }
 
-Reading ReadFile(const std::string& path, KTAFileKind expected) {
-    Reading reading = ReadFile(path);
-    if (reading.file && reading.file->kind != expected) {
-        reading.faults.push_back({offsetof(KTAFileHeader, kind), "header",
-                                  std::string("file kind is \"") + KindName(reading.file->kind) +
-                                      "\", expected \"" + KindName(expected) + "\""});
-    }
+Reading ReadPath(const std::string& path, KTAFileKind expected) {
+    Reading reading = ReadPath(path);
+    RequireKind(reading, expected);
     return reading;
+}
+
+}  // namespace
+
+Reading Read(std::span<const std::uint8_t> bytes) noexcept {
+    return Guarded([&] { return ReadBytes(bytes); });
+}
+
+Reading Read(std::istream& stream) noexcept {
+    return Guarded([&] { return ReadStream(stream); });
+}
+
+Reading ReadFile(const std::string& path) noexcept {
+    return Guarded([&] { return ReadPath(path); });
+}
+
+Reading ReadFile(const std::string& path, KTAFileKind expected) noexcept {
+    return Guarded([&] { return ReadPath(path, expected); });
+}
+
+void RequireKind(Reading& reading, KTAFileKind expected) {
+    if (reading.file && reading.file->kind != expected) {
+        Cursor cursor({}, reading.faults);
+        cursor.SetPlace({kHeader});
+        cursor.Report(offsetof(KTAFileHeader, kind),
+                      {IssueCode::fileOtherKind, "file kind", Quoted(KindName(reading.file->kind)),
+                       Quoted(KindName(expected))});
+    }
 }
 
 const char* KindName(KTAFileKind kind) {

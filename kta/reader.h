@@ -1,4 +1,5 @@
-// Reads whole KTA files into plain data. docs/kta-format.md describes the files byte by byte.
+// Reads whole KTA files into plain data. docs/kta-format.md describes the files byte by byte, and
+// examples/list_meshes.cpp shows the use of this header.
 //
 // A record is the struct of src/format/records.h as it lies in the file; what follows a record in
 // its chunk stands in vectors beside it. Vectors are x, z, y and quaternions x, z, y, w of the
@@ -8,6 +9,10 @@
 // known kind or whose end cannot be told; what stands before it is kept. Texts are the file's
 // bytes, in whatever code page the exported scene had. Floats are taken as they stand, infinities
 // and NaNs included. Bytes behind a text's NUL and padding mean nothing and are passed over.
+//
+// No function here throws, whatever the bytes and however little memory there is. What is read
+// takes memory in proportion to the file's size: every count is compared with the bytes that are
+// left before anything is made for it. Functions may be called from several threads at a time.
 #pragma once
 
 #include <algorithm>
@@ -23,6 +28,7 @@
 #include <vector>
 
 #include "format/records.h"
+#include "kta/issues.h"
 
 namespace kta {
 
@@ -117,12 +123,30 @@ struct File {
     std::uint64_t end = 0;                  // where reading ended; equals `size` unless stopped
 };
 
+// Where in a file something stands.
+struct Place {
+    std::string where;  // "header", "chunk header", or the kind of chunk ("node chunk")
+    const KTAChunkType* chunkType = nullptr;  // null in headers
+    std::uint64_t chunkOffset = 0;            // of the chunk's header; 0 in the file's header
+    std::size_t chunk = 0;                    // how many chunks stand before it in the file
+};
+
 // One thing wrong with a file.
 struct Fault {
     std::uint64_t offset = 0;  // of the field or item, from the start of the file
-    std::string where;         // "header", "chunk header", or the kind of chunk ("node chunk")
+    std::string where;         // as in `place`
     std::string text;          // what stands there and what was expected
+    IssueCode code = IssueCode::cutOff;
+    Place place{};
+    std::string what{};       // the field or item, as in "key count"; may be empty
+    std::string found{};      // what stands there
+    std::string expected{};   // what should
+    std::uint64_t count = 1;  // of items wrong in the same way that this fault tells of; the first
+                              // is the one at `offset`
 };
+
+// Of one file the reader keeps no more faults than these, the last of them `tooManyFaults`.
+constexpr std::size_t kMostFaults = 10000;
 
 struct Reading {
     std::optional<File> file;  // none when the header is faulty or the bytes could not be had
@@ -132,14 +156,18 @@ struct Reading {
     bool Good() const { return faults.empty() && inputError.empty(); }
 };
 
-// The bytes are not needed after the call.
-Reading Read(std::span<const std::uint8_t> bytes);
-// Reads to the stream's end, or no further than the header when that is faulty.
-Reading Read(std::istream& stream);
+// The bytes are not needed after the call. Too little memory gives `inputError`.
+Reading Read(std::span<const std::uint8_t> bytes) noexcept;
+// Reads to the stream's end, or no further than the header when that is faulty. A stream that fails
+// gives `inputError`, also where it is set to throw.
+Reading Read(std::istream& stream) noexcept;
 // A file that cannot be opened or read gives `inputError`.
-Reading ReadFile(const std::string& path);
+Reading ReadFile(const std::string& path) noexcept;
 // As above; a file of the other kind has that for its last fault.
-Reading ReadFile(const std::string& path, KTAFileKind expected);
+Reading ReadFile(const std::string& path, KTAFileKind expected) noexcept;
+
+// Adds the fault of a file that is of the other kind, where it is.
+void RequireKind(Reading& reading, KTAFileKind expected);
 
 // "actor" or "motion".
 const char* KindName(KTAFileKind kind);

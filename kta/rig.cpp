@@ -15,8 +15,9 @@ void ReadVertex(Cursor& cursor, std::uint64_t end, NotFinite& finiteWeights, Wei
     const auto count = cursor.Read<std::uint8_t>();
     const std::uint64_t room = (end - cursor.Offset()) / sizeof(KTAWeight);
     if (count > room) {
-        cursor.Stop(offset, Expected("weight count", count,
-                                     "at most " + std::to_string(room) + ", what the size leaves"));
+        cursor.Stop(offset,
+                    Found(IssueCode::weightCount, "weight count", count,
+                          "at most " + std::to_string(room) + ", what the size leaves"));
     }
     if (!cursor.Require(std::uint64_t{count} * sizeof(KTAWeight), "weights of a vertex")) {
         return;
@@ -37,7 +38,8 @@ void ReadWeightsBody(Cursor& cursor, Chunk& chunk) {
     constexpr std::uint32_t kHeadSize = sizeof(KTAWeights);
     if (chunk.size < kHeadSize) {
         cursor.Stop(chunk.offset + offsetof(KTAChunkHeader, size),
-                    Expected("size", chunk.size, std::to_string(kHeadSize) + " or more"));
+                    Found(IssueCode::chunkSize, "size", chunk.size,
+                          std::to_string(kHeadSize) + " or more"));
     }
     const std::uint64_t end = cursor.Offset() + chunk.size;
     if (!cursor.Require(kHeadSize, "head")) {
@@ -69,7 +71,9 @@ void CheckZeros(Cursor& cursor, std::size_t count) {
         const std::uint64_t offset = cursor.Offset();
         const auto value = cursor.Read<std::uint8_t>();
         if (value != 0) {
-            zeros.Note(offset, [&] { return Expected("byte behind the points", value, "0"); });
+            zeros.Note(offset, [&] {
+                return Found(IssueCode::constantValue, "byte behind the points", value, "0");
+            });
         }
     }
     zeros.Report(cursor);
@@ -80,8 +84,10 @@ void CheckPointNumbers(Cursor& cursor, std::uint64_t offset, const Morph& morph)
     std::int32_t expected = 0;
     for (const std::int32_t number : morph.pointNumbers) {
         if (number != expected) {
-            wrong.Note(offset,
-                       [&] { return Expected("point number", number, std::to_string(expected)); });
+            wrong.Note(offset, [&] {
+                return Found(IssueCode::morphPointNumber, "point number", number,
+                             std::to_string(expected));
+            });
         }
         ++expected;
         offset += sizeof(number);
@@ -96,7 +102,7 @@ void ReadMorphBody(Cursor& cursor, Chunk& chunk) {
     constexpr std::uint32_t kSize = sizeof(KTAMorphChannel);
     if (chunk.size != kSize) {
         cursor.Stop(chunk.offset + offsetof(KTAChunkHeader, size),
-                    Expected("size", chunk.size, std::to_string(kSize)));
+                    Found(IssueCode::chunkSize, "size", chunk.size, std::to_string(kSize)));
     }
     Morph morph;
     if (cursor.Require(kSize, "channel record")) {
@@ -154,9 +160,8 @@ std::string VariableName(std::int32_t part, std::int32_t component) {
 void CheckVariable(Cursor& cursor, std::uint64_t offset, const char* what,
                    std::string_view variable, const std::string& name, bool mayBeEmpty) {
     if (!name.empty() && variable != name && !(mayBeEmpty && variable.empty())) {
-        cursor.Report(offset, std::string(what) +
-                                  " is not that of its part and component, expected " + name +
-                                  (mayBeEmpty ? " or none" : ""));
+        cursor.Report(offset, {IssueCode::wireVariable, what, std::string(variable),
+                               name + (mayBeEmpty ? " or none" : "")});
     }
 }
 
