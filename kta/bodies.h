@@ -18,9 +18,9 @@ void ReadKeyTrackBody(Cursor& cursor, Chunk& chunk);
 template <typename Record>
 void ReadRecordBody(Cursor& cursor, Chunk& chunk) {
     if (chunk.size != sizeof(Record)) {
-        cursor.Stop(chunk.offset + offsetof(KTAChunkHeader, size),
-                    Found(IssueCode::chunkSize, "size", chunk.size,
-                          std::to_string(sizeof(Record))));
+        cursor.Stop(
+            chunk.offset + offsetof(KTAChunkHeader, size),
+            Found(IssueCode::chunkSize, "size", chunk.size, std::to_string(sizeof(Record))));
     }
     if (cursor.Require(sizeof(Record), "body")) {
         chunk.body = ReadRecord<Record>(cursor);

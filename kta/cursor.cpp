@@ -54,8 +54,8 @@ void Cursor::Stop(Fault fault, const std::string& suffix) {
 
 bool Cursor::Require(std::uint64_t size, std::string_view what) {
     if (!stopped_ && size > Left()) {
-        Stop(offset_, Found(IssueCode::cutOff, std::string(what),
-                            static_cast<std::int64_t>(Left()), std::to_string(size)));
+        Stop(offset_, Found(IssueCode::cutOff, std::string(what), static_cast<std::int64_t>(Left()),
+                            std::to_string(size)));
     }
     return !stopped_;
 }

@@ -38,8 +38,8 @@ class Cursor {
     // The place of the faults that are reported from here on.
     void SetPlace(Place place) { place_ = std::move(place); }
 
-    // Reports a fault after which the rest can still be read. Where it tells of several items alike,
-    // `suffix` says so, behind the message.
+    // Reports a fault after which the rest can still be read. Where it tells of several items
+    // alike, `suffix` says so, behind the message.
     void Report(std::uint64_t offset, Finding finding, std::uint64_t count = 1,
                 const std::string& suffix = {});
     // Reports a fault that ends the reading.

@@ -319,8 +319,8 @@ Value ValueAt(const Field& field, const void* record, std::size_t element) {
 void CheckByType(Cursor& cursor, const Field& field, std::uint64_t offset, const void* record,
                  std::size_t element) {
     if (field.type == FieldType::text && TextAt(field, record).size() == field.size) {
-        cursor.Report(offset, {IssueCode::textUnterminated, field.label,
-                               std::to_string(field.size), "a NUL in them"});
+        cursor.Report(offset, {IssueCode::textUnterminated, field.label, std::to_string(field.size),
+                               "a NUL in them"});
     } else if (field.type == FieldType::f32) {
         const float value = RealAt(field, record, element);
         if (!std::isfinite(value)) {

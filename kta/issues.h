@@ -94,6 +94,7 @@ enum class IssueCode {
     trackKindsMixed,
     trackTimesDiffer,
     motionNodeUnknown,
+    motionOtherScene,
     motionPose,
     ruleNodes,
     ruleBones,

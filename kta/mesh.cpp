@@ -231,10 +231,9 @@ void ReadSubMeshes(Cursor& cursor, Mesh& mesh) {
         return;
     }
     const bool counted = best.pairs == mesh.head.mapChannelCount;
-    cursor.Stop(best.faults.front(),
-                counted ? ""
-                        : " (with " + std::to_string(best.pairs) +
-                              " texture coordinate pairs a vertex)");
+    cursor.Stop(best.faults.front(), counted ? ""
+                                             : " (with " + std::to_string(best.pairs) +
+                                                   " texture coordinate pairs a vertex)");
 }
 
 // The bytes of the sub-meshes as the declared size counts them, which leaves out material numbers

@@ -189,9 +189,9 @@ void ReadKeyTrackBody(Cursor& cursor, Chunk& chunk) {
     const bool sampled = chunk.version == kKeyTrackSampled;
     // The size of a keyframed track is always that of its head.
     if (!sampled && chunk.size != sizeof(KTAKeyTrack)) {
-        cursor.Stop(chunk.offset + offsetof(KTAChunkHeader, size),
-                    Found(IssueCode::chunkSize, "size", chunk.size,
-                          std::to_string(sizeof(KTAKeyTrack))));
+        cursor.Stop(
+            chunk.offset + offsetof(KTAChunkHeader, size),
+            Found(IssueCode::chunkSize, "size", chunk.size, std::to_string(sizeof(KTAKeyTrack))));
     }
     const std::uint64_t offset = cursor.Offset();
     if (!cursor.Require(sizeof(KTAKeyTrack), "head")) {

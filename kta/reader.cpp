@@ -119,8 +119,7 @@ void CheckTrackOrder(Cursor& cursor, const File& file, const Chunk& chunk) {
                                      "position, rotation, scale, each once"});
     } else if (before == nullptr &&
                (previous == nullptr || previous->As<KTAMotionPart>() == nullptr)) {
-        cursor.Report(chunk.offset,
-                      {IssueCode::trackWithoutPart, "", "no motion part", "one"});
+        cursor.Report(chunk.offset, {IssueCode::trackWithoutPart, "", "no motion part", "one"});
     }
 }
 
@@ -152,8 +151,8 @@ void ReadChunk(Cursor& cursor, MeshSizes& meshes, File& file) {
     if (cursor.Stopped()) {
         return;
     }
-    cursor.SetPlace({std::string(chunk.type->name) + " chunk", chunk.type, chunk.offset,
-                     file.chunks.size()});
+    cursor.SetPlace(
+        {std::string(chunk.type->name) + " chunk", chunk.type, chunk.offset, file.chunks.size()});
     if (chunk.type->file != file.kind) {
         cursor.Report(chunk.offset, {IssueCode::chunkInOtherFile, "", KindName(file.kind),
                                      KindName(chunk.type->file)});
@@ -180,14 +179,13 @@ std::optional<File> ReadHeader(Cursor& cursor) {
     File file;
     file.version = {header.majorVersion, header.minorVersion};
     if (file.version != kVersion) {
-        cursor.Stop(offsetof(KTAFileHeader, majorVersion),
-                    {IssueCode::fileVersion, "version", VersionText(file.version),
-                     VersionText(kVersion)});
+        cursor.Stop(
+            offsetof(KTAFileHeader, majorVersion),
+            {IssueCode::fileVersion, "version", VersionText(file.version), VersionText(kVersion)});
     }
     if (header.kind > kFileKindActor) {
-        cursor.Stop(offsetof(KTAFileHeader, kind),
-                    Found(IssueCode::fileKind, "file kind", header.kind,
-                          "0 (motion) or 1 (actor)"));
+        cursor.Stop(offsetof(KTAFileHeader, kind), Found(IssueCode::fileKind, "file kind",
+                                                         header.kind, "0 (motion) or 1 (actor)"));
     }
     if (cursor.Stopped()) {
         return std::nullopt;

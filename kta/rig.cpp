@@ -15,9 +15,8 @@ void ReadVertex(Cursor& cursor, std::uint64_t end, NotFinite& finiteWeights, Wei
     const auto count = cursor.Read<std::uint8_t>();
     const std::uint64_t room = (end - cursor.Offset()) / sizeof(KTAWeight);
     if (count > room) {
-        cursor.Stop(offset,
-                    Found(IssueCode::weightCount, "weight count", count,
-                          "at most " + std::to_string(room) + ", what the size leaves"));
+        cursor.Stop(offset, Found(IssueCode::weightCount, "weight count", count,
+                                  "at most " + std::to_string(room) + ", what the size leaves"));
     }
     if (!cursor.Require(std::uint64_t{count} * sizeof(KTAWeight), "weights of a vertex")) {
         return;

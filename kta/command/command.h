@@ -22,6 +22,7 @@ struct Command {
     std::function<Status()> run;
 };
 
+Command AddCheck(CLI::App& kta);
 Command AddDiff(CLI::App& kta);
 Command AddDump(CLI::App& kta);
 Command AddInfo(CLI::App& kta);

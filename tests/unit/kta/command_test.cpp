@@ -102,14 +102,14 @@ TEST(CommandTest, BadUsage) {
 }
 
 TEST(CommandTest, TextsThatAreNoCommandAreNamed) {
-    EXPECT_EQ(Kta("frobnicate x").errors,
-              "kta: \"frobnicate\": no such command, expected one of info, dump, diff, preview (see kta "
-              "--help)\n");
-    EXPECT_EQ(
-        Kta("--json").errors,
-        "kta: \"--json\": no such command, expected one of info, dump, diff, preview (see kta --help)\n");
-    EXPECT_EQ(Kta("").errors,
-              "kta: no command given, expected one of info, dump, diff, preview (see kta --help)\n");
+    const auto expectLine = [](const std::string& arguments, const std::string& beginning) {
+        const std::string errors = Kta(arguments).errors;
+        EXPECT_TRUE(errors.starts_with(beginning + ", expected one of info, dump, ")) << errors;
+        EXPECT_TRUE(errors.ends_with(" (see kta --help)\n")) << errors;
+    };
+    expectLine("frobnicate x", "kta: \"frobnicate\": no such command");
+    expectLine("--json", "kta: \"--json\": no such command");
+    expectLine("", "kta: no command given");
 }
 
 TEST(CommandTest, InfoShowsTheFirstFaultsAndDumpAll) {
