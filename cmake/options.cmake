@@ -15,6 +15,11 @@ if(HDO_SANITIZE)
     target_compile_options(hdo_options INTERFACE -fsanitize=${HDO_SANITIZE}
                                                  -fno-sanitize-recover=all)
     target_link_options(hdo_options INTERFACE -fsanitize=${HDO_SANITIZE})
+    if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND HDO_SANITIZE MATCHES undefined)
+        # A third of the compile time. The address sanitizer stops at a null pointer as well, and
+        # the fuzzers' build has them all.
+        target_compile_options(hdo_options INTERFACE -fno-sanitize=null,alignment,vptr,object-size)
+    endif()
 endif()
 if(WIN32)
     # mingw's own stdio formats like glibc's, so logs agree to the character on both systems.

@@ -696,8 +696,8 @@ scene::Mesh Grid(std::uint32_t side) {
     return mesh;
 }
 
-TEST(LargeMesh, AMillionTrianglesWithTwoSetsOfCoordinates) {
-    constexpr std::uint32_t kSide = 708, kFaces = 2 * kSide * kSide;
+TEST(LargeMesh, AHundredThousandTrianglesWithTwoSetsOfCoordinates) {
+    constexpr std::uint32_t kSide = 224, kFaces = 2 * kSide * kSide;
     constexpr std::uint32_t kPoints = (kSide + 1) * (kSide + 1);
     const ExportRun run = Export(MeshScene(Grid(kSide)));
     const Chunk chunk = OnlyMesh(run);

@@ -2,8 +2,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <cstdio>
 #include <map>
 
 #include "tests/support/chunks.h"
@@ -341,8 +339,8 @@ TEST(MotionCost, KeyframesNeedThePoseAlone) {
     EXPECT_EQ(counted.Transforms(), (std::map<TimeValue, int>{{0, 1}}));
 }
 
-TEST(MotionCost, ThousandNodesByThousandFrames) {
-    constexpr int kNodes = 1000, kFrames = 1000;
+TEST(MotionCost, OneEvaluationANodeAndGridTime) {
+    constexpr int kNodes = 200, kFrames = 300;
     // A tree: every node moves below one that does.
     scene::Scene scene;
     scene.time = EvenTime(32, 32 * kFrames);
@@ -350,7 +348,6 @@ TEST(MotionCost, ThousandNodesByThousandFrames) {
         scene.nodes.push_back(MakeNode("n" + std::to_string(i), i == 0 ? -1 : (i - 1) / 2));
         scene.nodes.back().transform = Dancer();
     }
-    const auto start = std::chrono::steady_clock::now();
     Write(scene, 1, [&](OpenPass& pass, const auto& nodes) {
         for (INode* node : nodes) {
             CountingNode counting(node);
@@ -363,8 +360,6 @@ TEST(MotionCost, ThousandNodesByThousandFrames) {
         }
         EXPECT_EQ(pass.Size(), static_cast<long>(kNodes * TracksSize(kFrames + 1)));
     });
-    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-    std::printf("%d nodes x %d frames: %.2f s\n", kNodes, kFrames, seconds.count());
 }
 
 }  // namespace

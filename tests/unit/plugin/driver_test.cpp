@@ -16,7 +16,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace std::string_literals;
-using maxhost::scene::Modifier;
 using maxhost::scene::Node;
 using maxhost::scene::OtherModifier;
 using maxhost::scene::Scene;
@@ -258,8 +257,8 @@ TEST(Driver, ModifierAboveSkinIsRefused) {
     const WorkDirectory directory;
     Scene scene;
     scene.nodes = {MakeNode("Root"), MakeNode("Skinned", 0)};
-    scene.nodes[1].modifiers = {Modifier{true, OtherModifier{{0x10, 0x20}}},
-                                Modifier{true, Skin{}}};
+    scene.nodes[1].modifiers = {maxhost::scene::Modifier{true, OtherModifier{{0x10, 0x20}}},
+                                maxhost::scene::Modifier{true, Skin{}}};
     ExportChoices choices;
     choices.settings = "old";
     const ExportRun run = Export(scene, choices, directory);
@@ -279,10 +278,10 @@ TEST(Driver, ModifierAboveSkinIsRefused) {
 }
 
 TEST(Driver, SkinOnTopOrBelowDisabledModifiersIsAccepted) {
-    const Modifier skin{true, Skin{}};
-    const Modifier disabledSkin{false, Skin{}};
-    const Modifier other{true, OtherModifier{{0x10, 0x20}}};
-    const Modifier disabled{false, OtherModifier{{0x10, 0x20}}};
+    const maxhost::scene::Modifier skin{true, Skin{}};
+    const maxhost::scene::Modifier disabledSkin{false, Skin{}};
+    const maxhost::scene::Modifier other{true, OtherModifier{{0x10, 0x20}}};
+    const maxhost::scene::Modifier disabled{false, OtherModifier{{0x10, 0x20}}};
     for (const auto& stack :
          {std::vector{skin, other}, std::vector{disabled, skin}, std::vector{skin, skin},
           std::vector{other, disabledSkin}, std::vector{other, other}}) {
@@ -296,16 +295,17 @@ TEST(Driver, SkinOnTopOrBelowDisabledModifiersIsAccepted) {
 TEST(Driver, ModifierOnAReferenceAboveSkinIsRefused) {
     Scene scene;
     scene.nodes = {MakeNode("A")};
-    scene.nodes[0].modifiers = {Modifier{true, Skin{}}};
-    scene.nodes[0].referenceModifiers = {Modifier{true, OtherModifier{{0x10, 0x20}}}};
+    scene.nodes[0].modifiers = {maxhost::scene::Modifier{true, Skin{}}};
+    scene.nodes[0].referenceModifiers = {
+        maxhost::scene::Modifier{true, OtherModifier{{0x10, 0x20}}}};
     EXPECT_EQ(Export(scene).result, 0);
 }
 
 TEST(Driver, SkinOrderIsCheckedForTheExportedRootsAlone) {
     Scene scene;
     scene.nodes = {MakeNode("Good"), MakeNode("Bad")};
-    scene.nodes[1].modifiers = {Modifier{true, OtherModifier{{0x10, 0x20}}},
-                                Modifier{true, Skin{}}};
+    scene.nodes[1].modifiers = {maxhost::scene::Modifier{true, OtherModifier{{0x10, 0x20}}},
+                                maxhost::scene::Modifier{true, Skin{}}};
     scene.selection = {0};
     ExportChoices choices;
     choices.selectedOnly = true;
@@ -424,8 +424,8 @@ void ExpectLogStaysOpen(const Scene& refused, const ExportChoices& choices, int 
 TEST(Driver, LogStaysOpenAfterARefusedStackAndACancelledDialog) {
     Scene scene;
     scene.nodes = {MakeNode("Wrong")};
-    scene.nodes[0].modifiers = {Modifier{true, OtherModifier{{0x10, 0x20}}},
-                                Modifier{true, Skin{}}};
+    scene.nodes[0].modifiers = {maxhost::scene::Modifier{true, OtherModifier{{0x10, 0x20}}},
+                                maxhost::scene::Modifier{true, Skin{}}};
     ExpectLogStaysOpen(scene, {}, 0);
     ExportChoices cancelled;
     cancelled.cancelDialog = true;

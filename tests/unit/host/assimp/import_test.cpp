@@ -9,6 +9,7 @@
 #include "host/assimp/import.h"
 #include "host/assimp/process/scene_blob.h"
 #include "host/scene/check.h"
+#include "tests/support/sweep.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/unit/host/assimp/shown_scene.h"
 #include "tests/unit/host/assimp/source_scene.h"
@@ -405,10 +406,10 @@ TEST(BadFiles, EveryBeginningOfAFile) {
         {"f.gltf", kGltfText}};
     for (const auto& [name, text] : kTexts) {
         int refused = 0;
-        for (std::size_t length = 1; length < text.size(); length += 11) {
+        for (std::size_t length = 1; length < text.size(); length += support::SweepStride(41)) {
             refused += Imports(files.Write(name, text.substr(0, length))) ? 0 : 1;
         }
-        EXPECT_GT(refused, 10) << name;
+        EXPECT_GT(refused, 3) << name;
     }
 }
 
@@ -421,7 +422,7 @@ TEST(BadFiles, BinaryFilesCutOff) {
         ASSERT_GT(whole.size(), 1000u) << name;
         const std::string file = LikeNamed(name);
         int refused = 0;
-        for (std::size_t length = 1; length < whole.size(); length += whole.size() / 23) {
+        for (std::size_t length = 1; length < whole.size(); length += whole.size() / 7) {
             refused += Imports(files.Write(file, whole.substr(0, length))) ? 0 : 1;
         }
         EXPECT_GT(refused, 0) << name;
@@ -434,10 +435,12 @@ TEST(BadFiles, DamagedFacesOfAnAseFile) {
     const std::string whole = support::ReadFile(kModels / "ASE/ThreeCubesGreen.ASE");
     int faces = 0;
     for (std::size_t at = 0; (at = whole.find("*MESH_FACE ", at)) != std::string::npos; ++at) {
+        if (faces++ % support::SweepStride(6) != 0) {
+            continue;
+        }
         std::string damaged = whole;
         damaged[at + 6] = 'X';
         Imports(files.Write("f.ase", damaged));
-        ++faces;
     }
     EXPECT_EQ(faces, 36);
 }
@@ -450,7 +453,7 @@ TEST(BadFiles, DamagedBytes) {
           "Collada/cube_emptyTags.dae", "glTF2/BoxTextured-glTF-Binary/BoxTextured.glb"}) {
         const std::string whole = support::ReadFile(kModels / name);
         ASSERT_FALSE(whole.empty()) << name;
-        for (int i = 0; i < 40; ++i) {
+        for (std::size_t i = 0; i < 40; i += support::SweepStride(5)) {
             std::string damaged = whole;
             for (int k = 0; k < 4; ++k) {
                 damaged[random() % damaged.size()] = static_cast<char>(random());

@@ -243,36 +243,3 @@ Matrix4 SourceMotion::LocalAt(const aiNode& node, double time) const {
                ? Matrix4(node.mTransformation)
                : ChannelMatrix(*channel->second, time);
 }
-
-SourcePose::SourcePose(const aiScene& scene, std::size_t clip, double time) {
-    Add(SourceMotion(scene, clip), *scene.mRootNode, time);
-}
-
-// A parent is the one that the node names.
-void SourcePose::Add(const SourceMotion& motion, const aiNode& node, double time) {
-    const Matrix4 above = node.mParent ? WorldOf(*node.mParent) : Matrix4();
-    const Matrix4& world = byNode_[&node] = above * motion.LocalAt(node, time);
-    byName_.try_emplace(node.mName.C_Str(), &world);
-    for (unsigned i = 0; i < node.mNumChildren; ++i) {
-        Add(motion, *node.mChildren[i], time);
-    }
-}
-
-std::vector<Matrix4> SourcePose::Ways(const aiNode& node, const aiMesh& mesh) const {
-    std::vector<Matrix4> ways(mesh.mNumVertices, Matrix4() * 0.0);
-    std::vector<double> sums(mesh.mNumVertices);
-    for (unsigned i = 0; i < mesh.mNumBones; ++i) {
-        const aiBone& bone = *mesh.mBones[i];
-        const auto found = byName_.find(bone.mName.C_Str());
-        for (unsigned k = 0; found != byName_.end() && k < bone.mNumWeights; ++k) {
-            const auto& [vertex, weight] = bone.mWeights[k];
-            const Matrix4 way = *found->second * Matrix4(bone.mOffsetMatrix);
-            ways.at(vertex) = ways[vertex] + way * double{weight};
-            sums[vertex] += weight;
-        }
-    }
-    for (std::size_t i = 0; i < ways.size(); ++i) {
-        ways[i] = sums[i] > 0 ? ways[i] * (1 / sums[i]) : WorldOf(node);
-    }
-    return ways;
-}

@@ -90,22 +90,3 @@ class SourceMotion {
   private:
     std::map<std::string, const aiNodeAnim*> channels_;
 };
-
-// The matrices of the scene's nodes in the world at a time of animation `clip`, at rest where there
-// is no such one. Bones are the first nodes of their names.
-class SourcePose {
-  public:
-    SourcePose(const aiScene& scene, std::size_t clip, double time);
-
-    const aiMatrix4x4t<double>& WorldOf(const aiNode& node) const { return byNode_.at(&node); }
-
-    // The matrix for each vertex of the mesh from its space to the world: the mean of its bones',
-    // or the node's own.
-    std::vector<aiMatrix4x4t<double>> Ways(const aiNode& node, const aiMesh& mesh) const;
-
-  private:
-    void Add(const SourceMotion& motion, const aiNode& node, double time);
-
-    std::map<const aiNode*, aiMatrix4x4t<double>> byNode_;
-    std::map<std::string, const aiMatrix4x4t<double>*> byName_;
-};

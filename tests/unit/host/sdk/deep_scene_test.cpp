@@ -36,7 +36,7 @@ scene::Scene Chain(int count, const scene::FloatController& x) {
     return description;
 }
 
-constexpr int kDepth = 200000;
+constexpr int kDepth = 100000;
 
 TEST_F(DeepSceneTest, StaticChain) {
     Open(Chain(kDepth, Constant(1)));
