@@ -1,38 +1,129 @@
-#include "kta/preview.h"
+#include "kta/preview/preview.h"
 
-#include <charconv>
 #include <memory>
 #include <optional>
-#include <tuple>
-#include <utility>
 
 #include "kta/command/command.h"
+#include "kta/command/preview_options.h"
 #include "kta/text.h"
+#include "kta/texture_files.h"
 
 namespace kta::command {
 namespace {
 
-struct PreviewOptions {
-    std::string actor;
-    std::string picture;
-    std::string size = "800x600";
-    PreviewView view;
+// What was read of the files. Of a faulty one, the chunks before the fault are shown.
+struct Files {
+    Reading actor;
+    std::optional<Reading> motion;
+    Status status = kDone;
 };
 
-// Of a faulty file, the chunks before the fault are drawn.
-Status DrawPicture(const std::string& path, const std::string& picturePath,
-                   const PreviewView& view) {
-    const Reading reading = ReadFile(path, kFileKindActor);
-    const Status status = Report(FirstFaults(FaultLines(path, reading), path), reading);
-    if (reading.file && reading.file->kind != kFileKindActor) {
+// Complains of what is wrong; whether there is an actor, and a motion where one is asked for.
+bool ReadAll(const PreviewOptions& options, Files& files) {
+    const auto read = [&files](const std::string& path, KTAFileKind kind) {
+        Reading reading = ReadGiven(path);
+        RequireKind(reading, kind);
+        const std::string name = NameOf(path);
+        files.status =
+            std::max(files.status, Report(FirstFaults(FaultLines(name, reading), name), reading));
+        if (reading.file && reading.file->kind != kind) {
+            files.status = kUnusable;
+        }
+        return reading;
+    };
+    files.actor = read(options.actor, kFileKindActor);
+    if (!options.motion.empty()) {
+        files.motion = read(options.motion, kFileKindMotion);
+    }
+    const auto isThere = [](const Reading& reading, KTAFileKind kind) {
+        return reading.file && reading.file->kind == kind;
+    };
+    return isThere(files.actor, kFileKindActor) &&
+           (!files.motion || isThere(*files.motion, kFileKindMotion));
+}
+
+TextureFinder FinderOf(const PreviewOptions& options) {
+    std::optional<std::filesystem::path> beside;
+    if (options.actor != "-") {
+        beside = std::filesystem::path(options.actor).parent_path();
+    }
+    return {beside, {options.textureFolders.begin(), options.textureFolders.end()}};
+}
+
+// Complains of those that cannot be shown, which is no failure.
+ActorTextures TexturesOf(const PreviewOptions& options, const File& actor) {
+    ActorTextures textures;
+    if (!options.withTextures) {
+        return textures;
+    }
+    TextureFinder finder = FinderOf(options);
+    textures = LoadTextures(actor, finder);
+    for (const std::string& fault : textures.faults) {
+        Complain(fault);
+    }
+    if (!textures.notFound.empty()) {
+        Complain(NameOf(options.actor) + ": " + Counted(textures.notFound.size(), "texture") +
+                 " not found (" + finder.WhereItLooks() + "): " + Joined(textures.notFound));
+    }
+    return textures;
+}
+
+std::optional<std::pair<double, double>> TimesOf(const Files& files, const NodeTree& nodes) {
+    return files.motion ? std::optional(std::pair(nodes.FirstTime(), nodes.LastTime()))
+                        : std::nullopt;
+}
+
+// The file that the pictures make; what there is to show is told in `preview`.
+std::vector<std::uint8_t> Drawn(const PreviewModel& model, const PreviewPlan& plan,
+                                PreviewForm form, Preview& preview) {
+    if (plan.shots.size() == 1 && form == PreviewForm::kPicture && plan.sheet.Places() == 1) {
+        PngWriter file(plan.width, plan.height);
+        const auto append = [&file, next = std::size_t{0}](const Picture& picture,
+                                                           int end) mutable {
+            const auto ready =
+                static_cast<std::size_t>(picture.width) * static_cast<std::size_t>(end);
+            file.Append(std::span(picture.pixels).subspan(next, ready - next));
+            next = ready;
+        };
+        const PreviewShot& shot = plan.shots.front().shot;
+        preview =
+            DrawPreview(model, {plan.width, plan.height, shot.direction, shot.seconds}, append);
+        return preview.picture ? file.Finish() : std::vector<std::uint8_t>();
+    }
+    std::vector<PreviewShot> shots;
+    for (const PlannedShot& planned : plan.shots) {
+        shots.push_back(planned.shot);
+    }
+    if (form == PreviewForm::kAnimation) {
+        AnimatedPngWriter file(plan.delay);
+        preview = DrawSeries(model, shots, plan.width, plan.height,
+                             [&file](const Picture& picture) { file.Append(picture); });
+        return file.Finish();
+    }
+    Sheet sheet(plan.sheet, plan.width, plan.height);
+    std::size_t next = 0;
+    preview = DrawSeries(model, shots, plan.width, plan.height, [&](Picture picture) {
+        WriteLine(picture, plan.shots[next++].label);
+        sheet.Add(picture);
+    });
+    return EncodePng(sheet.Whole());
+}
+
+Status DrawPictures(const PreviewOptions& options, const Files& files) {
+    const File& actor = *files.actor.file;
+    const ActorTextures textures = TexturesOf(options, actor);
+    const PreviewModel model(
+        actor, files.motion ? &*files.motion->file : nullptr,
+        {options.withCollision, options.withBones, &textures, MorphWeights(options)});
+    const auto [plan, refusal] = PlanPreview(options, TimesOf(files, model.Nodes()));
+    if (!plan) {
+        Complain(refusal);
         return kUnusable;
     }
-    if (!reading.file) {
-        return status;
-    }
-    const Preview preview = DrawPreview(*reading.file, view);
+    Preview preview;
+    const std::vector<std::uint8_t> bytes = Drawn(model, *plan, FormOf(options), preview);
     if (!preview.picture) {
-        Complain(path + ": " +
+        Complain(NameOf(options.actor) + ": " +
                  (preview.triangles == 0
                       ? "no triangle to show"
                       : "nothing shows of " + Counted(preview.triangles, "triangle") +
@@ -40,86 +131,27 @@ Status DrawPicture(const std::string& path, const std::string& picturePath,
                  ", nothing written");
         return kUnusable;
     }
-    return WriteOutput(picturePath, EncodePng(*preview.picture)) ? status : kUnusable;
+    return WriteOutput(options.output, bytes) ? files.status : kUnusable;
 }
 
-// The two sides of "WIDTHxHEIGHT"; none for any other text, or a side that no picture has.
-std::optional<std::pair<int, int>> ParseSize(const std::string& text) {
-    int sides[2] = {};
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    for (int i = 0; i < 2; ++i) {
-        const auto [next, error] = std::from_chars(at, end, sides[i]);
-        const bool separated = i == 0 ? next != end && *next == 'x' : next == end;
-        if (error != std::errc() || !separated || sides[i] < 1 || sides[i] > kGreatestPictureSide) {
-            return std::nullopt;
-        }
-        at = next + (i == 0 ? 1 : 0);
+Status Run(const PreviewOptions& options) {
+    Files files;
+    if (!ReadAll(options, files)) {
+        return std::max(files.status, kFaultyFile);
     }
-    return std::pair(sides[0], sides[1]);
-}
-
-std::string CheckSize(const std::string& text) {
-    return ParseSize(text) ? ""
-                           : "\"" + text + "\" is no size, expected WIDTHxHEIGHT, each 1 to " +
-                                 std::to_string(kGreatestPictureSide);
-}
-
-std::string CheckPicture(const std::string& path) {
-    return EndsWithIgnoringCase(path, ".png")
-               ? ""
-               : "\"" + path + "\" is no picture, expected a name that ends in .png";
-}
-
-// A number within [-most, most], and so a finite one.
-CLI::Validator Degrees(double most) {
-    const auto check = [most](const std::string& text) -> std::string {
-        double value = 0;
-        const char* const end = text.data() + text.size();
-        const auto [next, error] = std::from_chars(text.data(), end, value);
-        if (error == std::errc() && next == end && value >= -most && value <= most) {
-            return "";
-        }
-        const std::string bound = std::to_string(static_cast<int>(most));
-        return "\"" + text + "\" is no angle, expected -" + bound + " to " + bound;
-    };
-    return CLI::Validator(check, "");
+    return DrawPictures(options, files);
 }
 
 }  // namespace
 
 Command AddPreview(CLI::App& kta) {
     const auto options = std::make_shared<PreviewOptions>();
-    CLI::App* preview = kta.add_subcommand(
+    CLI::App* const preview = kta.add_subcommand(
         "preview",
-        "A picture of an actor: its meshes in their materials' diffuse colours. Pictures (.png)\n"
-        "are all that there is yet; animated pages (.html), motion and textures are not shown.");
-    preview->add_option("ACTOR", options->actor, "Actor file")->required();
-    preview->add_option("-o,--output", options->picture, "The picture to write, named *.png")
-        ->required()
-        ->check(CheckPicture);
-    preview->add_option("--size", options->size, "Width and height in pixels, such as 1920x1080")
-        ->type_name("WxH")
-        ->capture_default_str()
-        ->check(CheckSize);
-    preview
-        ->add_option("--azimuth", options->view.azimuth,
-                     "How far round the scene the viewer stands: 0 in front, 90 to its right")
-        ->type_name("DEGREES")
-        ->capture_default_str()
-        ->check(Degrees(360));
-    preview
-        ->add_option("--elevation", options->view.elevation,
-                     "How far up the viewer is: 0 level, 90 above the scene")
-        ->type_name("DEGREES")
-        ->capture_default_str()
-        ->check(Degrees(90));
-    preview->add_flag("--collision", options->view.withCollision, "Show collision meshes as well");
-    return {preview, [options] {
-                std::tie(options->view.width, options->view.height) =
-                    ParseSize(options->size).value();
-                return DrawPicture(options->actor, options->picture, options->view);
-            }};
+        "Pictures of an actor, still or animated, at rest and in motion: its meshes in their\n"
+        "materials' diffuse colours and textures.");
+    DescribePreview(*preview, *options);
+    return {preview, [options] { return Run(*options); }};
 }
 
 }  // namespace kta::command

@@ -259,7 +259,7 @@ TEST(PreviewCommandTest, Help) {
     const Result help = Kta("preview --help");
     EXPECT_EQ(help.status, 0);
     for (const char* text : {"--output", "--size", "800x600", "--azimuth", "--elevation",
-                             "--collision", ".html", "yet"}) {
+                             "--collision", "--view", "--time", "--sheet", "--texture-dir"}) {
         EXPECT_NE(help.output.find(text), std::string::npos) << text;
     }
 }

@@ -1,19 +1,12 @@
-#include "kta/preview.h"
+#include "kta/preview/preview.h"
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <ctime>
 #include <limits>
-#include <memory>
 #include <numbers>
 
 #include "tests/unit/kta/sample.h"
-
-#define STB_IMAGE_IMPLEMENTATION
-#define STB_IMAGE_STATIC
-#define STBI_ONLY_PNG
-#include <stb/stb_image.h>
 
 namespace {
 
@@ -70,10 +63,16 @@ kta::File FileOf(const Actor& actor) {
     return ReadExact(file).file.value();
 }
 
-constexpr kta::PreviewView kFront = {.width = 100, .height = 100, .azimuth = 0, .elevation = 0};
+constexpr kta::PreviewView kFront = {.width = 100, .height = 100, .direction = {0, 0}};
 
-kta::Picture Draw(const Actor& actor, const kta::PreviewView& view = kFront) {
-    return kta::DrawPreview(FileOf(actor), view).picture.value();
+kta::Preview PreviewOf(const kta::File& file, const kta::PreviewView& view = kFront,
+                       const kta::SceneChoice& choice = {}) {
+    return kta::DrawPreview(kta::PreviewModel(file, nullptr, choice), view);
+}
+
+kta::Picture Draw(const Actor& actor, const kta::PreviewView& view = kFront,
+                  const kta::SceneChoice& choice = {}) {
+    return PreviewOf(FileOf(actor), view, choice).picture.value();
 }
 
 Rgb Colour(const std::array<double, 3>& diffuse, const kta::Vector3& normal,
@@ -116,7 +115,7 @@ TEST(PreviewTest, TriangleCoversItsPixels) {
 // A margin of 5% is left on each side of what fills the picture.
 TEST(PreviewTest, FillsThePicture) {
     EXPECT_EQ(Covered(Draw({.meshes = {Square(1000, 7, 3)}})), (std::array<int, 4>{5, 5, 94, 94}));
-    const kta::PreviewView wide = {.width = 400, .height = 100, .azimuth = 0, .elevation = 0};
+    const kta::PreviewView wide = {.width = 400, .height = 100, .direction = {0, 0}};
     EXPECT_EQ(Covered(Draw({.meshes = {Square(0, 7, 3)}}, wide)),
               (std::array<int, 4>{155, 5, 244, 94}));
 }
@@ -150,7 +149,7 @@ TEST(PreviewTest, NearerSurfacesHideOthers) {
     EXPECT_EQ(front.At(10, 50), Colour({0, 1, 0}, {0, 0, 1}));
     // From behind the smallest one is before the others.
     kta::PreviewView back = kFront;
-    back.azimuth = 180;
+    back.direction.azimuth = 180;
     const kta::Picture behind = Draw(actor, back);
     EXPECT_EQ(behind.At(50, 50), Colour({1, 0, 0}, {0, 0, 1}));
     EXPECT_EQ(behind.At(30, 50), Colour({0, 1, 0}, {0, 0, 1}));
@@ -186,8 +185,8 @@ TEST(PreviewTest, ViewsGoRoundTheScene) {
                 {270, 0, {1, 1, 0}}, {-90, 0, {1, 1, 0}}, {0, 90, {0, 1, 1}},  {90, 90, {0, 1, 1}}};
     for (const auto& [azimuth, elevation, colour] : rows) {
         kta::PreviewView view = kFront;
-        view.azimuth = azimuth;
-        view.elevation = elevation;
+        view.direction.azimuth = azimuth;
+        view.direction.elevation = elevation;
         EXPECT_EQ(Draw(actor, view).At(50, 50), Colour(colour, {0, 0, 1}))
             << azimuth << " " << elevation;
     }
@@ -198,8 +197,8 @@ TEST(PreviewTest, ViewsGoRoundTheScene) {
 TEST(PreviewTest, AxesOfTheViews) {
     const auto corner = [](double azimuth, double elevation, std::array<float, 3> far) {
         kta::PreviewView view = kFront;
-        view.azimuth = azimuth;
-        view.elevation = elevation;
+        view.direction.azimuth = azimuth;
+        view.direction.elevation = elevation;
         // Three axes of length 1 as thin fins would hide each other; a small tetrahedron at the
         // far end of one axis and one at the origin tell where that axis points.
         const auto tetrahedron = [&](std::array<float, 3> at) {
@@ -253,7 +252,7 @@ TEST(PreviewTest, MeshesStandWhereTheirNodesDo) {
     MeshFields moved = Square(0, 2, 0);  // in the world from 8 to 12
     moved.node = 1;
     const kta::Picture picture = Draw({.nodes = {{}, node}, .meshes = {moved, Square(0, 2, 0)}},
-                                      {.width = 130, .height = 100, .azimuth = 0, .elevation = 0});
+                                      {.width = 130, .height = 100, .direction = {0, 0}});
     // From -1 to 12 over 117 pixels with a margin of 6.5: nine pixels a unit.
     EXPECT_EQ(picture.At(7, 50), kGrey);
     EXPECT_EQ(picture.At(23, 58), kGrey);
@@ -276,7 +275,7 @@ TEST(PreviewTest, SkinnedMeshesStandWhereTheirNumbersSay) {
             kActor + NodeChunk(node) + NodeChunk(node) + MeshChunk(skinned) + MeshChunk(moved) +
             MeshChunk(Square(-1, 2, 0)) + WeightsChunk(nodeOfWeights, {{{1, 1}}}));
         EXPECT_TRUE(reading.Good());
-        return kta::DrawPreview(reading.file.value(), kFront).picture.value();
+        return PreviewOf(reading.file.value(), kFront).picture.value();
     };
     // The third mesh is of node 0 as well. From -2 to 12: 90 pixels.
     const kta::Picture picture = draw(0);
@@ -321,13 +320,12 @@ TEST(PreviewTest, MeshesWithoutPlaceStandWhereTheirNumbersSay) {
 TEST(PreviewTest, CollisionMeshesAreLeftOutUnlessAskedFor) {
     MeshFields collision = Square(10, 2, 0);
     collision.isCollision = 1;
-    kta::PreviewView view = kFront;
-    EXPECT_EQ(Covered(Draw({.meshes = {collision, Square(0, 2, 0)}}, view)),
+    EXPECT_EQ(Covered(Draw({.meshes = {collision, Square(0, 2, 0)}})),
               (std::array<int, 4>{5, 5, 94, 94}));
-    EXPECT_EQ(kta::DrawPreview(FileOf({.meshes = {collision}}), view).triangles, 0u);
-    view.withCollision = true;
-    EXPECT_EQ(Covered(Draw({.meshes = {collision, Square(0, 2, 0)}}, view)),
-              (std::array<int, 4>{5, 42, 94, 57}));
+    EXPECT_EQ(PreviewOf(FileOf({.meshes = {collision}})).triangles, 0u);
+    EXPECT_EQ(
+        Covered(Draw({.meshes = {collision, Square(0, 2, 0)}}, kFront, {.withCollision = true})),
+        (std::array<int, 4>{5, 42, 94, 57}));
 }
 
 // ---------------------------------------------------------------- shading
@@ -359,8 +357,7 @@ TEST(PreviewTest, MaterialsByNumber) {
     const Actor actor = {
         .materials = {Grey(), {.diffuse = {0, 0.5f, 1}}, {.diffuse = {-1, 7, 0.5f}}},
         .meshes = {Square(0, 2, 0, 1), Square(3, 2, 0, 2), Square(6, 2, 0, 200)}};
-    const kta::Picture picture =
-        Draw(actor, {.width = 200, .height = 60, .azimuth = 0, .elevation = 0});
+    const kta::Picture picture = Draw(actor, {.width = 200, .height = 60, .direction = {0, 0}});
     EXPECT_EQ(picture.At(30, 30), Colour({0, 0.5, 1}, {0, 0, 1}));
     EXPECT_EQ(picture.At(100, 30), Colour({0, 1, 0.5}, {0, 0, 1}));
     EXPECT_EQ(picture.At(170, 30), kGrey);  // a number that no material has
@@ -427,8 +424,7 @@ TEST(PreviewTest, SphereIsRoundAndShadedFromTheUpperLeft) {
 TEST(PreviewTest, NoGapsBetweenTriangles) {
     Actor actor = {.materials = {Grey(), {.diffuse = {0, 0, 0}, .selfIllumination = {1, 0, 0}}},
                    .meshes = {Sphere(23), Square(0, 1, 3, 1)}};
-    const kta::Picture picture =
-        Draw(actor, {.width = 333, .height = 333, .azimuth = 0, .elevation = 0});
+    const kta::Picture picture = Draw(actor, {.width = 333, .height = 333, .direction = {0, 0}});
     for (const Rgb& pixel : picture.pixels) {
         ASSERT_LE(pixel[0], pixel[2] + 20);
     }
@@ -437,8 +433,8 @@ TEST(PreviewTest, NoGapsBetweenTriangles) {
 // ---------------------------------------------------------------- odd input
 
 TEST(PreviewTest, NothingToShow) {
-    EXPECT_EQ(kta::DrawPreview(FileOf({}), kFront).triangles, 0u);
-    EXPECT_EQ(kta::DrawPreview(FileOf({.nodes = {{}}}), kFront).triangles, 0u);
+    EXPECT_EQ(PreviewOf(FileOf({}), kFront).triangles, 0u);
+    EXPECT_EQ(PreviewOf(FileOf({.nodes = {{}}}), kFront).triangles, 0u);
 }
 
 // Without area, seen from the edge, or so small beside the others that no sample lies in them.
@@ -446,15 +442,15 @@ TEST(PreviewTest, TrianglesThatCoverNothing) {
     const MeshFields line = Faces({{0, 0, 0}, {1, 1, 1}, {2, 2, 2}}, kTowardsFront);
     const MeshFields point = Faces({{1, 1, 1}, {1, 1, 1}, {1, 1, 1}}, kTowardsFront);
     for (const MeshFields& mesh : {line, point}) {
-        const kta::Preview preview = kta::DrawPreview(FileOf({.meshes = {mesh}}), kFront);
+        const kta::Preview preview = PreviewOf(FileOf({.meshes = {mesh}}), kFront);
         EXPECT_FALSE(preview.picture);
         EXPECT_EQ(preview.triangles, 1u);
     }
     const kta::File square = FileOf({.meshes = {Square(0, 2, 0)}});
-    const kta::Preview fromTheSide = kta::DrawPreview(square, {.azimuth = 90, .elevation = 0});
+    const kta::Preview fromTheSide = PreviewOf(square, {.direction = {90, 0}});
     EXPECT_FALSE(fromTheSide.picture);
     EXPECT_EQ(fromTheSide.triangles, 2u);
-    EXPECT_TRUE(kta::DrawPreview(square, {.azimuth = 89, .elevation = 0}).picture);
+    EXPECT_TRUE(PreviewOf(square, {.direction = {89, 0}}).picture);
 }
 
 TEST(PreviewTest, NumbersThatAreNotFiniteAreLeftOut) {
@@ -466,7 +462,7 @@ TEST(PreviewTest, NumbersThatAreNotFiniteAreLeftOut) {
     for (VertexFields& vertex : mesh.subMeshes[0].vertices) {
         vertex.position[2] = std::numeric_limits<float>::quiet_NaN();
     }
-    EXPECT_EQ(kta::DrawPreview(FileOf({.meshes = {mesh}}), kFront).triangles, 0u);
+    EXPECT_EQ(PreviewOf(FileOf({.meshes = {mesh}}), kFront).triangles, 0u);
     // Normals without direction are as good as none.
     EXPECT_EQ(Draw({.meshes = {Square(0, 2, 0, 0, {kInfinity, 0, 0})}}).At(50, 50), kGrey);
 }
@@ -478,22 +474,20 @@ TEST(PreviewTest, ExtremeSizes) {
                   (std::array<int, 4>{5, 5, 94, 94}))
             << side;
     }
-    const kta::Picture pixel = Draw({.meshes = {Square(0, 2, 0)}},
-                                    {.width = 1, .height = 1, .azimuth = 0, .elevation = 0});
+    const kta::Picture pixel =
+        Draw({.meshes = {Square(0, 2, 0)}}, {.width = 1, .height = 1, .direction = {0, 0}});
     EXPECT_EQ(pixel.pixels.size(), 1u);
     EXPECT_EQ(pixel.At(0, 0), kGrey);
 }
 
 // A picture too large for one band of samples is the same at the bands' borders.
 TEST(PreviewTest, LargePicture) {
-    const kta::PreviewView view = {.width = 1600, .height = 1600, .azimuth = 0, .elevation = 0};
+    const kta::PreviewView view = {.width = 1600, .height = 1600, .direction = {0, 0}};
     const kta::Picture picture = Draw({.meshes = {Square(0, 2, 0)}}, view);
     for (int y = 0; y < 1600; ++y) {
         ASSERT_EQ(picture.At(800, y), y >= 80 && y < 1520 ? kGrey : kta::kBackground) << y;
     }
 }
-
-// ---------------------------------------------------------------- PNG
 
 // Slivers from corner to corner cover few samples of the rectangle that they lie in.
 TEST(PreviewTest, SliversTakeTheTimeOfWhatTheyCover) {
@@ -504,37 +498,9 @@ TEST(PreviewTest, SliversTakeTheTimeOfWhatTheyCover) {
     }
     const Actor actor = {.meshes = {Faces(corners, kTowardsFront)}};
     const std::clock_t start = std::clock();
-    const kta::Picture picture = Draw(actor, {.azimuth = 0, .elevation = 0});
+    const kta::Picture picture = Draw(actor, {.direction = {0, 0}});
     EXPECT_LT(static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC, 10);
     EXPECT_EQ(Covered(picture), (std::array<int, 4>{130, 30, 669, 569}));
-}
-
-TEST(PictureTest, SamePictureSameBytes) {
-    const kta::Picture picture = Draw({.meshes = {Sphere(8)}});
-    const auto bytes = kta::EncodePng(picture);
-    EXPECT_EQ(bytes, kta::EncodePng(Draw({.meshes = {Sphere(8)}})));
-    EXPECT_LT(bytes.size(), 30000u);
-    kta::Picture other = picture;
-    other.pixels[5050][1] ^= 1;
-    EXPECT_NE(bytes, kta::EncodePng(other));
-}
-
-TEST(PictureTest, PngReadsBack) {
-    const kta::Picture picture =
-        Draw({.meshes = {Sphere(8)}}, {.width = 61, .height = 43, .azimuth = 0, .elevation = 0});
-    const auto bytes = kta::EncodePng(picture);
-    int width = 0;
-    int height = 0;
-    int channels = 0;
-    const std::unique_ptr<stbi_uc, decltype(&stbi_image_free)> pixels(
-        stbi_load_from_memory(bytes.data(), static_cast<int>(bytes.size()), &width, &height,
-                              &channels, 0),
-        stbi_image_free);
-    ASSERT_TRUE(pixels) << stbi_failure_reason();
-    EXPECT_EQ(channels, 3);
-    ASSERT_EQ(width, 61);
-    ASSERT_EQ(height, 43);
-    EXPECT_EQ(std::memcmp(pixels.get(), picture.pixels.data(), 61 * 43 * 3), 0);
 }
 
 }  // namespace

@@ -1,34 +1,7 @@
-#include "kta/raster.h"
-
-#include <zlib.h>
+#include "kta/preview/raster.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <limits>
-#include <memory>
-#include <new>
-
-namespace {
-
-// The compressor of the PNG writer, whose own takes far longer. The caller frees the result.
-unsigned char* Deflated(const unsigned char* data, int size, int* deflatedSize) {
-    constexpr int kLevel = 6;
-    uLongf most = compressBound(static_cast<uLong>(size));
-    std::unique_ptr<void, decltype(&std::free)> deflated(std::malloc(most), std::free);
-    if (!deflated || compress2(static_cast<Bytef*>(deflated.get()), &most, data,
-                               static_cast<uLong>(size), kLevel) != Z_OK) {
-        return nullptr;
-    }
-    *deflatedSize = static_cast<int>(most);
-    return static_cast<unsigned char*>(deflated.release());
-}
-
-}  // namespace
-
-#define STB_IMAGE_WRITE_IMPLEMENTATION
-#define STB_IMAGE_WRITE_STATIC
-#define STBIW_ZLIB_COMPRESS(data, size, deflatedSize, quality) Deflated(data, size, deflatedSize)
-#include <stb/stb_image_write.h>
 
 namespace kta {
 namespace {
@@ -89,11 +62,11 @@ constexpr std::uint32_t Packed(const Rgb& colour) {
 }
 
 // The colour of a surface with that normal, of length 1 and on the viewer's side, packed.
-inline std::uint32_t ShadePacked(const Look& look, const Vector3& normal) {
+inline std::uint32_t ShadePacked(const Vector3& diffuse, const Look& look, const Vector3& normal) {
     const double light = kAmbient + (1 - kAmbient) * std::max(0.0, Dot(normal, kLight));
     std::uint32_t colour = 0;
     for (std::size_t i = 3; i-- > 0;) {
-        const double value = look.diffuse[i] * light + look.selfIllumination[i];
+        const double value = diffuse[i] * light + look.selfIllumination[i];
         colour = colour << 8 |
                  static_cast<std::uint32_t>(static_cast<int>(std::min(value, 1.0) * 255 + 0.5));
     }
@@ -101,11 +74,55 @@ inline std::uint32_t ShadePacked(const Look& look, const Vector3& normal) {
 }
 
 // Of a triangle, where its corners' normals give that one, of any length up to 1.
-inline std::uint32_t ShadeAt(const Look& look, const Vector3& normal, const Vector3& face) {
+inline std::uint32_t ShadeAt(const Vector3& diffuse, const Look& look, const Vector3& normal,
+                             const Vector3& face) {
     const double square = Dot(normal, normal);
     const double factor = (Dot(normal, face) < 0 ? -1 : 1) / std::sqrt(square);
-    return ShadePacked(look, square > 0 ? normal * factor : face);
+    return ShadePacked(diffuse, look, square > 0 ? normal * factor : face);
 }
+
+// A triangle's texture: its copy that is fine enough, and what shows at a place.
+class TriangleTexture {
+  public:
+    TriangleTexture(const Look& look, const PreviewCorner& a, const PreviewCorner& b,
+                    const PreviewCorner& c, double area)
+        : look_(look), at_{a.inTexture, b.inTexture, c.inTexture} {
+        bool finite = true;
+        for (const auto& place : at_) {
+            finite = finite && std::isfinite(place[0]) && std::isfinite(place[1]);
+        }
+        texture_ = finite ? look.texture : nullptr;
+        if (texture_ == nullptr) {
+            return;
+        }
+        const Vector3 &p = a.position, &q = b.position, &r = c.position;
+        const Vector3 across = {q[1] - r[1], r[1] - p[1], p[1] - q[1]};
+        const Vector3 down = {r[0] - q[0], p[0] - r[0], q[0] - p[0]};
+        copy_ = texture_->CopyFor(At(across * (1 / area)), At(down * (1 / area)));
+    }
+
+    bool IsShown() const { return texture_ != nullptr; }
+
+    // The diffuse colour at these shares of the three corners. Where the image is not opaque the
+    // material's own shows.
+    Vector3 Diffuse(const Vector3& shares) const {
+        const auto [x, y] = At(shares);
+        const Texture::Colour colour = texture_->At(copy_, x, y);
+        const double amount = colour[3] * look_.amount;
+        return Vector3{colour[0], colour[1], colour[2]} * amount + look_.diffuse * (1 - amount);
+    }
+
+  private:
+    std::array<double, 2> At(const Vector3& shares) const {
+        return {at_[0][0] * shares[0] + at_[1][0] * shares[1] + at_[2][0] * shares[2],
+                at_[0][1] * shares[0] + at_[1][1] * shares[1] + at_[2][1] * shares[2]};
+    }
+
+    const Look& look_;
+    std::array<std::array<double, 2>, 3> at_;
+    const Texture* texture_ = nullptr;
+    std::size_t copy_ = 0;
+};
 
 // Edge() along the line at y.
 struct LineEdge {
@@ -121,7 +138,7 @@ struct LineEdge {
 }  // namespace
 
 Rgb Shade(const Look& look, const Vector3& normal) {
-    const std::uint32_t colour = ShadePacked(look, normal);
+    const std::uint32_t colour = ShadePacked(look.diffuse, look, normal);
     return {static_cast<std::uint8_t>(colour), static_cast<std::uint8_t>(colour >> 8),
             static_cast<std::uint8_t>(colour >> 16)};
 }
@@ -148,7 +165,8 @@ void Band::Draw(const PreviewCorner& a, const PreviewCorner& b, const PreviewCor
     }
     const Vector3 face = FaceNormal(p, q, r);
     const bool isFlat = a.normal == b.normal && b.normal == c.normal;
-    const std::uint32_t flatColour = ShadeAt(look, a.normal, face);
+    const std::uint32_t flatColour = ShadeAt(look.diffuse, look, a.normal, face);
+    const TriangleTexture texture(look, a, b, c, area);
     for (int y = top; y < bottom; ++y) {
         const Span span = SpanOf(p, q, r, area, y + 0.5);
         const auto [first, end] = Between(span.low, span.high, left, right);
@@ -165,9 +183,11 @@ void Band::Draw(const PreviewCorner& a, const PreviewCorner& b, const PreviewCor
             }
             const auto nearness = static_cast<float>(u * p[2] + v * q[2] + w * r[2]);
             if (nearness > line[x].nearness) {
-                const std::uint32_t colour =
-                    isFlat ? flatColour
-                           : ShadeAt(look, a.normal * u + b.normal * v + c.normal * w, face);
+                std::uint32_t colour = flatColour;
+                if (texture.IsShown() || !isFlat) {
+                    colour = ShadeAt(texture.IsShown() ? texture.Diffuse({u, v, w}) : look.diffuse,
+                                     look, a.normal * u + b.normal * v + c.normal * w, face);
+                }
                 line[x] = {nearness, colour};
                 endDrawn = x + 1;
             }
@@ -215,23 +235,6 @@ bool Band::Resolve(Picture& picture) const {
         std::fill(pixels + endColumn, pixels + picture.width, kBackground);
     }
     return isDrawn;
-}
-
-std::vector<std::uint8_t> EncodePng(const Picture& picture) {
-    static_assert(sizeof(Rgb) == 3);
-    constexpr int kUpFilter = 2;  // the difference to the row above, which is that of most colours
-    stbi_write_force_png_filter = kUpFilter;
-    std::vector<std::uint8_t> bytes;
-    const auto append = [](void* context, void* data, int size) {
-        const auto* begin = static_cast<const std::uint8_t*>(data);
-        auto* target = static_cast<std::vector<std::uint8_t>*>(context);
-        target->insert(target->end(), begin, begin + size);
-    };
-    if (stbi_write_png_to_func(append, &bytes, picture.width, picture.height, 3,
-                               picture.pixels.data(), picture.width * 3) == 0) {
-        throw std::bad_alloc();
-    }
-    return bytes;
 }
 
 }  // namespace kta

@@ -1,32 +1,15 @@
 // Shaded triangles into a picture: a z buffer, without a graphics processor.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <utility>
 #include <vector>
 
+#include "kta/preview/picture.h"
+#include "kta/preview/texture.h"
 #include "kta/vector.h"
 
 namespace kta {
-
-// ---------------------------------------------------------------- pictures
-
-using Rgb = std::array<std::uint8_t, 3>;
-
-struct Picture {
-    int width = 0;
-    int height = 0;
-    std::vector<Rgb> pixels;  // row by row from the top left
-
-    const Rgb& At(int x, int y) const {
-        return pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
-                      static_cast<std::size_t>(x)];
-    }
-};
-
-// A whole PNG file of 8-bit colours. The same picture gives the same bytes. Throws std::bad_alloc.
-std::vector<std::uint8_t> EncodePng(const Picture& picture);
 
 // ---------------------------------------------------------------- triangles
 
@@ -35,11 +18,15 @@ std::vector<std::uint8_t> EncodePng(const Picture& picture);
 struct Look {
     Vector3 diffuse = {0.75, 0.75, 0.75};
     Vector3 selfIllumination{};
+    const Texture* texture = nullptr;  // shows in the place of the diffuse colour
+    double amount = 1;                 // how much of it, from 0 to 1
 };
 
 struct PreviewCorner {
     Vector3 position;
     Vector3 normal;  // of length 1, or (0, 0, 0)
+    // In the texture: from its left edge, and down from its top; not finite where there is none.
+    std::array<double, 2> inTexture{};
 };
 
 // Each pixel is the average of kSamples x kSamples samples.

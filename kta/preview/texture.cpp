@@ -1,0 +1,211 @@
+#include "kta/preview/texture.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+
+namespace {
+
+// What one part of the image that is being read may take.
+thread_local std::size_t mostAllocation = 0;
+
+void* Allocated(std::size_t size) {
+    return size <= mostAllocation ? std::malloc(size) : nullptr;
+}
+
+void* Reallocated(void* old, std::size_t size) {
+    return size <= mostAllocation ? std::realloc(old, size) : nullptr;
+}
+
+}  // namespace
+
+#define STB_IMAGE_IMPLEMENTATION
+#define STB_IMAGE_STATIC
+#define STBI_NO_STDIO
+#define STBI_ONLY_BMP
+#define STBI_ONLY_JPEG
+#define STBI_ONLY_PNG
+#define STBI_ONLY_TGA
+#define STBI_MALLOC(size) Allocated(size)
+#define STBI_REALLOC(old, size) Reallocated(old, size)
+#define STBI_FREE(memory) std::free(memory)
+#include <stb/stb_image.h>
+
+namespace kta {
+namespace {
+
+constexpr int kMostKeptSide = 4096;  // of larger images a smaller copy is kept
+constexpr int kMostScans = 100;      // of a JPEG, each of which may go over the whole image
+
+constexpr std::uint32_t Channel(std::uint32_t pixel, int channel) {
+    return pixel >> (8 * channel) & 0xff;
+}
+
+// Each scan of a JPEG begins with this marker, which its other data never holds.
+bool HasTooManyScans(std::span<const std::uint8_t> bytes) {
+    int scans = 0;
+    for (std::size_t i = 0; i + 1 < bytes.size() && scans <= kMostScans; ++i) {
+        scans += bytes[i] == 0xff && bytes[i + 1] == 0xda ? 1 : 0;
+    }
+    return scans > kMostScans;
+}
+
+// As much as the largest image that is shown takes, and for a small one little more than it takes,
+// however much its bytes unpack to.
+std::size_t MostAllocation(std::size_t bytes, int width, int height) {
+    constexpr std::size_t kMost = std::size_t{288} << 20;
+    constexpr std::size_t kBytesAPixel = 10;  // of four channels of 16 bits, and filters
+    return std::min(kMost, (std::size_t{1} << 20) + 2 * bytes +
+                               kBytesAPixel * static_cast<std::size_t>(width) *
+                                   static_cast<std::size_t>(height));
+}
+
+ImageReading Failed(std::string error) {
+    return {std::nullopt, std::move(error)};
+}
+
+// The remainder in [0, 1), and the place on pixels of which there are `size`, their centres at
+// n + 0.5.
+double OnPixels(double place, int size) {
+    return (place - std::floor(place)) * size - 0.5;
+}
+
+}  // namespace
+
+Texture::Texture(int width, int height, std::vector<std::uint32_t> pixels) {
+    copies_.push_back({width, height, std::move(pixels)});
+    if (std::max(width, height) > kMostKeptSide) {
+        copies_.front() = Halved(copies_.front());
+    }
+    while (copies_.back().width > 1 || copies_.back().height > 1) {
+        copies_.push_back(Halved(copies_.back()));
+    }
+}
+
+// Each pixel is the average of two by two; of an odd side the last one is left out.
+Texture::Copy Texture::Halved(const Copy& copy) {
+    Copy halved = {std::max(1, copy.width / 2), std::max(1, copy.height / 2), {}};
+    halved.pixels.reserve(static_cast<std::size_t>(halved.width) *
+                          static_cast<std::size_t>(halved.height));
+    const int right = copy.width > 1 ? 1 : 0;
+    const int below = copy.height > 1 ? copy.width : 0;
+    for (int y = 0; y < halved.height; ++y) {
+        const std::uint32_t* four =
+            &copy.pixels[static_cast<std::size_t>(2 * y) * static_cast<std::size_t>(copy.width)];
+        for (int x = 0; x < halved.width; ++x, four += 2) {
+            std::uint32_t pixel = 0;
+            for (int channel = 0; channel < 4; ++channel) {
+                const std::uint32_t sum =
+                    Channel(four[0], channel) + Channel(four[right], channel) +
+                    Channel(four[below], channel) + Channel(four[below + right], channel);
+                pixel |= (sum + 2) / 4 << (8 * channel);
+            }
+            halved.pixels.push_back(pixel);
+        }
+    }
+    return halved;
+}
+
+std::size_t Texture::CopyFor(const std::array<double, 2>& across,
+                             const std::array<double, 2>& down) const {
+    double step = std::max(std::hypot(across[0] * Width(), across[1] * Height()),
+                           std::hypot(down[0] * Width(), down[1] * Height()));
+    std::size_t copy = 0;
+    for (; step > 1.5 && copy + 1 < copies_.size(); step /= 2) {
+        ++copy;
+    }
+    return copy;
+}
+
+Texture::Colour Texture::At(std::size_t copy, double x, double y) const {
+    const auto& [width, height, pixels] = copies_[copy];
+    const double column = OnPixels(x, width);
+    const double row = OnPixels(y, height);
+    const double left = std::floor(column);
+    const double top = std::floor(row);
+    const auto at = [](double index, int size) {
+        const int i = static_cast<int>(index);
+        return static_cast<std::size_t>(i < 0 ? size - 1 : i >= size ? 0 : i);
+    };
+    const std::size_t columns[] = {at(left, width), at(left + 1, width)};
+    const std::size_t rows[] = {at(top, height), at(top + 1, height)};
+    const auto right = static_cast<std::uint32_t>((column - left) * 256);
+    const auto below = static_cast<std::uint32_t>((row - top) * 256);
+    const std::uint32_t shares[] = {(256 - right) * (256 - below), right * (256 - below),
+                                    (256 - right) * below, right * below};
+    std::array<std::uint32_t, 4> sums{};
+    for (std::size_t i = 0; i < 4; ++i) {
+        const std::uint32_t pixel =
+            pixels[rows[i / 2] * static_cast<std::size_t>(width) + columns[i % 2]];
+        for (int channel = 0; channel < 4; ++channel) {
+            sums[static_cast<std::size_t>(channel)] += shares[i] * Channel(pixel, channel);
+        }
+    }
+    constexpr double kWhole = 1.0 / (65536.0 * 255.0);
+    return {sums[0] * kWhole, sums[1] * kWhole, sums[2] * kWhole, sums[3] * kWhole};
+}
+
+std::size_t Texture::Bytes() const {
+    std::size_t pixels = 0;
+    for (const Copy& copy : copies_) {
+        pixels += copy.pixels.size();
+    }
+    return pixels * sizeof(std::uint32_t);
+}
+
+ImageReading ReadImage(std::span<const std::uint8_t> bytes) {
+    const auto* const data = bytes.data();
+    const int size = static_cast<int>(bytes.size());
+    int width = 0, height = 0, channels = 0;
+    mostAllocation = MostAllocation(bytes.size(), 0, 0);
+    if (bytes.size() > kMostImageBytes) {
+        return Failed("has more than 256 MiB");
+    }
+    if (stbi_info_from_memory(data, size, &width, &height, &channels) == 0) {
+        return Failed("is no PNG, JPEG, BMP or TGA image");
+    }
+    if (width < 1 || height < 1 || width > kMostImageSide || height > kMostImageSide) {
+        return Failed("has " + std::to_string(width) + " x " + std::to_string(height) +
+                      " pixels, expected up to " + std::to_string(kMostImageSide) + " a side");
+    }
+    if (bytes[0] == 0xff && HasTooManyScans(bytes)) {
+        return Failed("has more than " + std::to_string(kMostScans) + " scans");
+    }
+    mostAllocation = MostAllocation(bytes.size(), width, height);
+    const std::unique_ptr<stbi_uc, decltype(&std::free)> pixels(
+        stbi_load_from_memory(data, size, &width, &height, &channels, 4), std::free);
+    if (!pixels) {
+        return Failed(std::string("is a faulty image (") + stbi_failure_reason() + ")");
+    }
+    std::vector<std::uint32_t> packed(static_cast<std::size_t>(width) *
+                                      static_cast<std::size_t>(height));
+    const stbi_uc* at = pixels.get();
+    for (std::uint32_t& pixel : packed) {
+        pixel = at[0] | std::uint32_t{at[1]} << 8 | std::uint32_t{at[2]} << 16 |
+                std::uint32_t{at[3]} << 24;
+        at += 4;
+    }
+    return {Texture(width, height, std::move(packed)), ""};
+}
+
+ImageReading ReadImageFile(const std::filesystem::path& path) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error)) {
+        return Failed("is no file");
+    }
+    const std::uintmax_t size = std::filesystem::file_size(path, error);
+    if (error || size > kMostImageBytes) {
+        return Failed(error ? "cannot be read (" + error.message() + ")" : "has more than 256 MiB");
+    }
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(size));
+    std::ifstream stream(path, std::ios::binary);
+    stream.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size));
+    if (stream.gcount() != static_cast<std::streamsize>(size)) {
+        return Failed("cannot be read");
+    }
+    return ReadImage(bytes);
+}
+
+}  // namespace kta
