@@ -13,6 +13,8 @@
 #include <string_view>
 #include <vector>
 
+#include "host/cut_text.h"
+
 namespace maxhost::import {
 namespace {
 
@@ -207,13 +209,9 @@ std::string NumberText(double number, int digits) {
 std::string Quoted(const std::string& text) {
     constexpr char kDigits[] = "0123456789abcdef";
     constexpr std::size_t kLongest = 80;
-    std::size_t length = std::min(text.size(), kLongest);
-    while (length < text.size() && length > 0 &&
-           (static_cast<unsigned char>(text[length]) & 0xc0) == 0x80) {
-        --length;
-    }
+    const std::string_view shown = CutUtf8(text, kLongest);
     std::string quoted = "'";
-    for (const char c : text.substr(0, length)) {
+    for (const char c : shown) {
         const unsigned char byte = static_cast<unsigned char>(c);
         if (byte < 0x20 || byte == 0x7f) {
             quoted += std::string("\\x") + kDigits[byte >> 4] + kDigits[byte & 15];
@@ -221,7 +219,7 @@ std::string Quoted(const std::string& text) {
             quoted += c;
         }
     }
-    return quoted + (length < text.size() ? "...'" : "'");
+    return quoted + (shown.size() < text.size() ? "...'" : "'");
 }
 
 std::string UserPropertiesOf(const aiMetadata& metadata, bool* recoded) {

@@ -5,22 +5,13 @@
 #include <charconv>
 #include <cstdio>
 
+#include "host/cut_text.h"
+
 namespace maxhost::scene {
 namespace {
 
 constexpr std::size_t kLongestName = 100;
 constexpr std::size_t kLongestShown = 60;
-
-// The longest prefix of at most `limit` bytes that does not end within a UTF-8 character.
-std::string_view Cut(std::string_view text, std::size_t limit) {
-    if (text.size() <= limit) {
-        return text;
-    }
-    while (limit > 0 && (static_cast<unsigned char>(text[limit]) & 0xc0) == 0x80) {
-        --limit;
-    }
-    return text.substr(0, limit);
-}
 
 void AppendEscaped(std::string& line, const char* format, char c) {
     char escaped[8];
@@ -40,7 +31,7 @@ void AppendPlain(std::string& line, char c) {
 
 void AppendStep(std::string& pointer, std::string_view name) {
     pointer += '/';
-    const std::string_view shown = Cut(name, kLongestName);
+    const std::string_view shown = CutUtf8(name, kLongestName);
     for (const char c : shown) {
         if (c == '~') {
             pointer += "~0";
@@ -62,7 +53,7 @@ void AppendStep(std::string& pointer, std::size_t index) {
 
 std::string Shown(std::string_view text) {
     std::string line = "\"";
-    const std::string_view shown = Cut(text, kLongestShown);
+    const std::string_view shown = CutUtf8(text, kLongestShown);
     const bool isUtf8 = utf8::is_valid(shown.begin(), shown.end());
     for (const char c : shown) {
         if (isUtf8 || static_cast<unsigned char>(c) < 0x80) {

@@ -5,6 +5,8 @@
 #include <unordered_set>
 #include <utility>
 
+#include "host/cut_text.h"
+
 namespace {
 
 // Never destroyed: windows may be asked for while the process ends.
@@ -15,17 +17,6 @@ std::unordered_set<const WindowObject*>& LiveWindows() {
 
 bool IsLive(const WindowObject* window) {
     return LiveWindows().contains(window);
-}
-
-// The longest prefix of at most `size` bytes that does not end inside a UTF-8 sequence.
-std::string_view CutUtf8(std::string_view text, std::size_t size) {
-    if (text.size() <= size) {
-        return text;
-    }
-    while (size > 0 && (static_cast<unsigned char>(text[size]) & 0xc0) == 0x80) {
-        --size;
-    }
-    return text.substr(0, size);
 }
 
 }  // namespace
@@ -58,7 +49,7 @@ int CopyText(const std::string& text, char* buffer, int size) {
     if (!buffer || size <= 0) {
         return 0;
     }
-    const std::string_view cut = CutUtf8(text, static_cast<std::size_t>(size) - 1);
+    const std::string_view cut = maxhost::CutUtf8(text, static_cast<std::size_t>(size) - 1);
     std::memcpy(buffer, cut.data(), cut.size());
     buffer[cut.size()] = '\0';
     return static_cast<int>(cut.size());
