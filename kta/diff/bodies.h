@@ -22,6 +22,10 @@ struct Comparison {
 double DeviationOf(const Field& field, const void* a, const void* b, const Tolerance& tolerance);
 double DeviationOf(std::span<const float> a, std::span<const float> b, const Tolerance& tolerance);
 
+// How far the rotations of a field that is a quaternion are turned apart, 0 to 180; none for other
+// fields and for what is no rotation.
+std::optional<double> DegreesBetween(const Field& field, const void* a, const void* b);
+
 // "[0.5,1.0]".
 std::string ListText(std::span<const float> values);
 
@@ -84,8 +88,10 @@ class RecordPairs {
             const Field& field = fields_[i];
             form.field = field.name;
             form.deviation.reset();
+            form.degrees.reset();
             if (field.type == FieldType::f32) {
                 form.deviation = differing_[i].deviation;
+                form.degrees = DegreesBetween(field, &differing_[i].a, &differing_[i].b);
             }
             differing_[i].Append(
                 form, placeOf, [&](const Record& record) { return ValueText(field, &record); },

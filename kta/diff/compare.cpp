@@ -1,5 +1,6 @@
 #include <cmath>
 #include <limits>
+#include <numbers>
 #include <unordered_map>
 
 #include "kta/diff/bodies.h"
@@ -44,6 +45,49 @@ double DeviationOf(const Field& field, const void* a, const void* b, const Toler
         deviation = std::max(deviation, its);
     }
     return deviation;
+}
+
+namespace {
+
+// Of any length but 0; none where there is no direction.
+std::optional<std::array<double, 4>> UnitQuaternion(const Field& field, const void* record) {
+    std::array<double, 4> q{};
+    double square = 0;
+    for (std::size_t i = 0; i < q.size(); ++i) {
+        q[i] = RealAt(field, record, i);
+        square += q[i] * q[i];
+    }
+    const double length = std::sqrt(square);
+    if (!(length > 0) || !std::isfinite(length)) {
+        return std::nullopt;
+    }
+    for (double& component : q) {
+        component /= length;
+    }
+    return q;
+}
+
+}  // namespace
+
+// From the chord between the two, which is precise for small angles; a quaternion and its negative
+// are one rotation.
+std::optional<double> DegreesBetween(const Field& field, const void* a, const void* b) {
+    if (field.type != FieldType::f32 || field.count != 4 || field.columns != 0) {
+        return std::nullopt;
+    }
+    const auto p = UnitQuaternion(field, a);
+    const auto q = UnitQuaternion(field, b);
+    if (!p || !q) {
+        return std::nullopt;
+    }
+    double apart = 0;
+    double together = 0;
+    for (std::size_t i = 0; i < p->size(); ++i) {
+        apart += ((*p)[i] - (*q)[i]) * ((*p)[i] - (*q)[i]);
+        together += ((*p)[i] + (*q)[i]) * ((*p)[i] + (*q)[i]);
+    }
+    const double chord = std::sqrt(std::min(apart, together));
+    return 4 * std::asin(std::min(1.0, chord / 2)) * 180 / std::numbers::pi;
 }
 
 std::string ListText(std::span<const float> values) {
@@ -94,6 +138,7 @@ void CompareRecords(const Subject& a, const Subject& b, const Tolerance& toleran
             change.b = ValueText(field, recordsB[i].record);
             if (field.type == FieldType::f32) {
                 change.deviation = deviation;
+                change.degrees = DegreesBetween(field, recordsA[i].record, recordsB[i].record);
             }
             changes.push_back(std::move(change));
         }

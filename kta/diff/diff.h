@@ -48,6 +48,7 @@ struct FieldChange {
     std::vector<Label> place;         // the item that differs most, in the first file
     std::string a, b;                 // the values there as JSON; empty for whole items
     std::optional<double> deviation;  // of reals: the largest of a component
+    std::optional<double> degrees;    // of rotations: how far these two are turned apart
 };
 
 struct ChunkChange {

@@ -50,6 +50,9 @@ std::string ValuesText(const FieldChange& change) {
     if (change.deviation) {
         text += ", by " + Digits(static_cast<float>(*change.deviation));
     }
+    if (change.degrees) {
+        text += ", turned by " + Digits(static_cast<float>(*change.degrees)) + " degrees";
+    }
     return text;
 }
 
@@ -180,6 +183,9 @@ Json FieldJson(const FieldChange& change) {
     }
     if (change.deviation) {
         object["deviation"] = Json::parse(NumberText(static_cast<float>(*change.deviation)));
+    }
+    if (change.degrees) {
+        object["degrees"] = Json::parse(NumberText(static_cast<float>(*change.degrees)));
     }
     return object;
 }

@@ -207,6 +207,23 @@ TEST(Diff, ALayersNumberCountsWhereItIsNotThatOfTheMaterialBeforeIt) {
               "different: 1 changed, 2 equal\n");
 }
 
+// The layer's 16 bits hold 40000 as -25536.
+TEST(Diff, LayersOfMaterialsBeyondTheirNumbersRangeAreThoseOfTheMaterialBefore) {
+    const auto file = [](std::size_t count) {
+        std::string bytes = kActor;
+        for (std::size_t i = 0; i < count; ++i) {
+            bytes += MaterialChunk({.name = "Oak"});
+        }
+        const auto number = static_cast<std::uint16_t>(count);
+        return bytes + MaterialChunk({.name = "Last"}) +
+               LayerChunk({.texture = "a.png", .material = number});
+    };
+    EXPECT_EQ(TextOf(file(40000), file(40001)),
+              "material: 1 added, 40001 equal\n"
+              "  + \"Oak\" (40001)\n"
+              "different: 1 added, 40002 equal\n");
+}
+
 TEST(Diff, WiresAreComparedByTheirEndsAndChainsByTheirJoints) {
     const auto file = [](std::uint32_t component, const char* end) {
         const WireEnd second = {"Slave", "X_Position", std::string(1, "XYZ"[component]) + "_Scale",
@@ -449,6 +466,22 @@ TEST(DiffTrack, AnotherNumberOfKeysIsComparedByTime) {
         "      values of 1 of 2 keys, most at key 2, time 1.0: [1.0,2.0,3.0] -> "
         "[1.0,2.0,4.0], by 1\n"
         "different: 1 changed, 1 equal\n");
+}
+
+// A quarter turn about the second axis is (0, sin 45, 0, cos 45).
+TEST(DiffTrack, RotationsAreTurnedApart) {
+    const auto file = [](const std::vector<float>& values) {
+        return kMotion + MotionPart("Arm") + SampledTrack('R', {{0, values}});
+    };
+    const auto ends = [&](const std::vector<float>& values, const std::string& ending) {
+        const std::string text = TextOf(file({0, 0, 0, 1}), file(values));
+        EXPECT_NE(text.find(ending + "\ndifferent: "), std::string::npos) << text;
+    };
+    const float half = std::sqrt(0.5f);
+    ends({0, half, 0, half}, ", by 0.70710677, turned by 90 degrees");
+    ends({0, 0, 0, -1}, ", by 2, turned by 0 degrees");
+    ends({0, 1, 0, 0}, ", by 1, turned by 180 degrees");
+    ends({0, 0, 0, 0}, ", by 1");  // no rotation
 }
 
 TEST(DiffTrack, SampledAndKeyframedKeysAreNotCompared) {
