@@ -10,6 +10,10 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LES
     # GCC 12 sees overlapping copies in any "literal" + std::string.
     target_compile_options(hdo_options INTERFACE -Wno-restrict)
 endif()
+if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+    # The 3ds Max SDK's classes hide functions of their bases that have other parameters.
+    target_compile_options(hdo_options INTERFACE -Wno-overloaded-virtual)
+endif()
 target_include_directories(hdo_options INTERFACE ${PROJECT_SOURCE_DIR})
 if(HDO_SANITIZE)
     target_compile_options(hdo_options INTERFACE -fsanitize=${HDO_SANITIZE}
@@ -20,6 +24,10 @@ if(HDO_SANITIZE)
         # the fuzzers' build has them all.
         target_compile_options(hdo_options INTERFACE -fno-sanitize=null,alignment,vptr,object-size)
     endif()
+endif()
+if(HDO_FUZZ)
+    # What the fuzzers look at while they run.
+    target_compile_options(hdo_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 if(WIN32)
     # mingw's own stdio formats like glibc's, so logs agree to the character on both systems.
