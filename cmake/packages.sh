@@ -57,4 +57,5 @@ build_packages=(cmake ninja-build g++ binutils-mingw-w64-x86-64
     libutfcpp-dev libgcrypt20-dev)
 test_packages=("${build_packages[@]}" libgtest-dev libgmock-dev assimp-testmodels python3
     g++-mingw-w64-x86-64-posix libz-mingw-w64-dev libgcrypt-mingw-w64-dev googletest wine64
-    fonts-wine xvfb make git)
+    fonts-wine xvfb make git
+    pkg-config python3-jsonschema)
