@@ -106,14 +106,20 @@ constexpr std::size_t kTitleColumns = 40;
 void ProgressBar::OnStart(const std::string& title) {
     title_ = kta::OneLine(title).substr(0, kTitleColumns);
     percent_ = 0;
+    start_ = std::chrono::steady_clock::now();
+    seconds_ = 0;
     Show();
 }
 
 void ProgressBar::OnUpdate(int percent) {
     const int shown = std::clamp(percent, 0, 100);
+    const std::int64_t seconds =
+        std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - start_)
+            .count();
     // Scenes of many nodes update far more often than the line changes.
-    if (shown != percent_) {
+    if (shown != percent_ || seconds != seconds_) {
         percent_ = shown;
+        seconds_ = seconds;
         Show();
     }
 }
@@ -127,8 +133,24 @@ void ProgressBar::Show() {
     const std::string number = std::to_string(percent_);
     std::string line = "[";
     line.append(done, '#').append(kBarCells - done, '.').append("] ");
-    line.append(3 - number.size(), ' ').append(number).append("% ").append(title_);
-    console_.ShowBar(line);
+    line.append(3 - number.size(), ' ').append(number).append("% ");
+    const std::string time = seconds_ > 0 ? ", " + std::to_string(seconds_) + " s" : "";
+    console_.ShowBar(line + title_.substr(0, kTitleColumns - time.size()) + time);
+}
+
+void ExportProgress::OnStart(const std::string& title) {
+    reached_ = goal_ = 0;
+    bar_.OnStart(title);
+}
+
+void ExportProgress::OnUpdate(int percent) {
+    reached_ = goal_;
+    goal_ = std::clamp(percent, reached_, 100);
+    bar_.OnUpdate(reached_);
+}
+
+void ExportProgress::OnWork(double share) {
+    bar_.OnUpdate(reached_ + static_cast<int>(share * (goal_ - reached_)));
 }
 
 // ---------------------------------------------------------------- Ctrl-C

@@ -1,7 +1,9 @@
 // The terminal: what the program says there, the progress bar, and Ctrl-C.
 #pragma once
 
+#include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -79,12 +81,31 @@ class ProgressBar : public ProgressObserver {
     Console& console_;
     std::string title_;
     int percent_ = 0;
+    std::chrono::steady_clock::time_point start_;
+    std::int64_t seconds_ = 0;  // since the start; shown from the first on
 };
 
 // For main(): Interrupts' treatment of signals from the program's start to its end, so that the
 // time before and behind the object's life leaves no gap. A signal after the export changes
 // nothing.
 void CatchInterrupts();
+
+// An exporter's bar: its update to a share names what it begins to do, so that the bar stands where
+// the update before it left it, and goes on with the work.
+class ExportProgress : public ProgressObserver {
+  public:
+    explicit ExportProgress(Console& console) : bar_(console) {}
+
+    void OnStart(const std::string& title) override;
+    void OnUpdate(int percent) override;
+    void OnWork(double share) override;
+    void OnEnd() override { bar_.OnEnd(); }
+
+  private:
+    ProgressBar bar_;
+    int reached_ = 0;
+    int goal_ = 0;
+};
 
 // While the object lives, SIGINT (Ctrl-C) and SIGTERM end the program at once, with the exit status
 // 128 + the signal's number, as shells tell it. After PressCancel() the first of them presses

@@ -43,7 +43,7 @@ class WorkingDirectory {
 // The user, the progress bar and the debugger, in place while one export runs.
 class RunningExport {
   public:
-    RunningExport(const Options& options, DialogUser& user, ProgressBar& bar, Console& console,
+    RunningExport(const Options& options, DialogUser& user, ProgressObserver& bar, Console& console,
                   bool showsProgress) {
         Host& host = Host::Instance();
         host.SetProgressObserver(showsProgress ? &bar : nullptr);
@@ -197,7 +197,7 @@ int ExportRun::RunPlugIn(const Exporter& exporter, DWORD exportOptions,
                          const fs::path& configDirectory, bool showsProgress) {
     Host& host = Host::Instance();
     host.SetDir(APP_PLUGCFG_DIR, configDirectory.string());
-    ProgressBar bar(console_);
+    ExportProgress bar(console_);
     const RunningExport running(options_, user_, bar, console_, showsProgress);
     const WorkingDirectory directory(files_.WorkingDirectory());
     const Stopwatch watch;
@@ -366,7 +366,8 @@ int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files,
     }
     ExportOutcome outcome{.namesAll = options.verbose,
                           .warnings = loaded.warnings.size(),
-                          .coloredMeshes = loaded.coloredMeshes};
+                          .coloredMeshes = loaded.coloredMeshes,
+                          .upAxis = loaded.upAxis};
     host.OpenScene(std::move(loaded.scene));
     return ExportRun(options, files, interrupts, console, report)
         .Run(exporter, exportOptions, configDirectory, std::move(outcome), showsProgress);

@@ -69,44 +69,74 @@ void MakeBinary([[maybe_unused]] std::FILE* stream) {
 #endif
 }
 
-LoadedScene LoadDescription(const std::string& path) {
+// The bar of the reading, while it goes on.
+class Reading {
+  public:
+    Reading(const std::string& path, ProgressObserver* progress) : progress_(progress) {
+        if (progress_ != nullptr) {
+            progress_->OnStart("Reading " + fs::path(SceneName(path)).filename().string());
+        }
+    }
+    ~Reading() {
+        if (progress_ != nullptr) {
+            progress_->OnEnd();
+        }
+    }
+    Reading(const Reading&) = delete;
+    Reading& operator=(const Reading&) = delete;
+
+    void Show(int percent) {
+        if (progress_ != nullptr) {
+            progress_->OnUpdate(percent);
+        }
+    }
+
+  private:
+    ProgressObserver* progress_;  // null: nobody looks
+};
+
+LoadedScene LoadDescription(const std::string& path, Reading& reading) {
+    const auto report = [&reading](double share) { reading.Show(static_cast<int>(100 * share)); };
     LoadedScene loaded;
     if (IsStandardStream(path)) {
         MakeBinary(stdin);
-        loaded.scene = scene_file::ReadSceneDescription(std::cin);
+        loaded.scene = scene_file::ReadSceneDescription(std::cin, report);
         return loaded;
     }
     std::ifstream file(fs::path(path), std::ios::binary);
-    loaded.scene = scene_file::ReadSceneDescription(file);
+    loaded.scene = scene_file::ReadSceneDescription(file, report);
     return loaded;
 }
 
 #ifdef _WIN32
-LoadedScene LoadModel(const std::string&, const LoadChoices&) {
+LoadedScene LoadModel(const std::string&, const LoadChoices&, Reading&) {
     throw std::runtime_error(
         "not a scene description, and model files are not read on Windows, expected a scene "
         "description (hdo-export --save-scene writes one elsewhere)");
 }
 #else
-LoadedScene LoadModel(const std::string& path, const LoadChoices& choices) {
+LoadedScene LoadModel(const std::string& path, const LoadChoices& choices, Reading& reading) {
     import::ImportedScene imported =
-        import::ImportWithAssimp(path, {choices.animation, choices.frameRate});
-    LoadedScene loaded;
-    loaded.scene = std::move(imported.scene);
-    if (loaded.scene.nodes.empty() && !choices.allowEmpty) {
-        throw std::runtime_error(
-            "no node in it, expected a model with at least one (--allow-empty lets it pass)");
-    }
-    scene::Check(loaded.scene);
-    for (std::size_t i = 0; i < imported.warnings.size(); ++i) {
-        loaded.warnings.push_back({imported.codes.at(i), std::move(imported.warnings[i])});
-    }
-    loaded.losses = std::move(imported.losses);
-    for (const import::AnimationClip& clip : imported.animations) {
-        loaded.animations.push_back({clip.name, clip.seconds});
-    }
-    loaded.coloredMeshes = imported.coloredMeshes;
-    return loaded;
+        import::ImportWithAssimp(path, {choices.animation, choices.frameRate, choices.up},
+                                 [&reading](int percent) { reading.Show(percent);
+});
+LoadedScene loaded;
+loaded.scene = std::move(imported.scene);
+if (loaded.scene.nodes.empty() && !choices.allowEmpty) {
+    throw std::runtime_error(
+        "no node in it, expected a model with at least one (--allow-empty lets it pass)");
+}
+scene::Check(loaded.scene);
+for (std::size_t i = 0; i < imported.warnings.size(); ++i) {
+    loaded.warnings.push_back({imported.codes.at(i), std::move(imported.warnings[i])});
+}
+loaded.losses = std::move(imported.losses);
+for (const import::AnimationClip& clip : imported.animations) {
+    loaded.animations.push_back({clip.name, clip.seconds});
+}
+loaded.coloredMeshes = imported.coloredMeshes;
+loaded.upAxis = std::move(imported.upAxis);
+return loaded;
 }
 #endif
 
@@ -135,12 +165,22 @@ bool IsSceneDescription(const std::string& path) {
            beginning.find("\"maxscene\"") != std::string::npos;
 }
 
-LoadedScene LoadScene(const std::string& path, const LoadChoices& choices) {
+LoadedScene LoadScene(const std::string& path, const LoadChoices& choices,
+                      ProgressObserver* progress) {
     if (!IsStandardStream(path)) {
         CheckReadable(path);
     }
     try {
-        return IsSceneDescription(path) ? LoadDescription(path) : LoadModel(path, choices);
+        Reading reading(path, progress);
+        if (!IsSceneDescription(path)) {
+            return LoadModel(path, choices, reading);
+        }
+        LoadedScene loaded = LoadDescription(path, reading);
+        if (choices.up) {
+            loaded.warnings.push_back({scene::LossCode::upAxisKnown,
+                                       "--up has no effect: z is up in scene descriptions"});
+        }
+        return loaded;
     } catch (const std::bad_alloc&) {
         throw Failure(kExitRefused, SceneName(path), "needs more memory than there is");
     } catch (const std::exception& error) {

@@ -10,6 +10,7 @@
 #include "host/app/options.h"
 #include "host/scene/losses.h"
 #include "host/scene/scene.h"
+#include "host/sdk/host.h"
 
 namespace maxhost::app {
 
@@ -29,6 +30,8 @@ struct LoadedScene {
     std::vector<scene::Loss> losses;    // the same, case by case
     std::vector<Animation> animations;  // that the file offers to choose from
     std::size_t coloredMeshes = 0;      // whose vertex colours the importer left out
+    // Of a model: which axis is up, what says so, and whether it was turned.
+    std::string upAxis;
 };
 
 // "-" stands for standard input and output.
@@ -46,11 +49,14 @@ struct LoadChoices {
     std::optional<std::string> animation;
     std::optional<int> frameRate;
     bool allowEmpty = false;  // a model without any node
+    std::optional<int> up;    // the axis that is up in a model that does not say it: 0 x, 1 y, 2 z
 };
 
-// Standard input is a scene description. Throws Failure(kExitRefused) that names the file, with
-// what is wrong with it. An animation that is not there is not refused here; the first is loaded.
-LoadedScene LoadScene(const std::string& path, const LoadChoices& choices = {});
+// Standard input is a scene description. `progress` is shown the reading. Throws
+// Failure(kExitRefused) that names the file, with what is wrong with it. An animation that is not
+// there is not refused here; the first is loaded.
+LoadedScene LoadScene(const std::string& path, const LoadChoices& choices = {},
+                      ProgressObserver* progress = nullptr);
 
 // Applies --scale, --frame-rate, --start, --end and --select, and checks that there is what
 // --animation names, which loading has chosen, and a selection where --selected asks for it. Throws

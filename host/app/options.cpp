@@ -226,6 +226,23 @@ class Group {
         });
     }
 
+    CLI::Option* AddAxis(const char* name, std::optional<int>& value, const std::string& meaning) {
+        static constexpr std::string_view kAxes = "xyz";
+        return app_
+            .add_option_function<std::string>(
+                name,
+                [&value](const std::string& text) { value = static_cast<int>(kAxes.find(text)); },
+                meaning)
+            ->type_name("AXIS")
+            ->group(heading_)
+            ->check(CLI::Validator(
+                [](std::string& text) {
+                    const bool isAxis = text.size() == 1 && kAxes.find(text) != kAxes.npos;
+                    return isAxis ? std::string() : Quoted(text) + ", expected x, y or z";
+                },
+                ""));
+    }
+
     CLI::Option* AddMoment(const char* name, std::optional<Moment>& value,
                            const std::string& meaning) {
         return app_
@@ -276,6 +293,9 @@ void AddImport(CLI::App& app, Options& options) {
              "multiply the scene's lengths (vertices, translations, keys) once, at import "
              "(default: 1, one unit of the file is one unit of the scene)")
         ->check(Real([](float value) { return value > 0; }, "a finite number above 0"));
+    group.AddAxis("--up", options.up,
+                  "which way is up in a model file that does not say it, x, y or z (default: y); "
+                  "docs/hdo-export.md has the formats that say it");
     group
         .Add("--frame-rate", "N", options.frameRate,
              "frames a second; ticks a frame follow, 4800 / N (default: the scene's)")

@@ -105,6 +105,7 @@ struct Options {
     bool json = false;
     std::optional<std::string> animation;
     float scale = 1;
+    std::optional<int> up;  // 0 x, 1 y, 2 z
     std::optional<int> frameRate;
     std::optional<Moment> start, end;
 

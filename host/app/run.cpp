@@ -92,10 +92,12 @@ void Save(const scene::Scene& scene, const std::string& path, Console& console) 
     }
 }
 
-LoadedScene Load(const Options& options, Console& console, RunReport& report) {
+LoadedScene Load(const Options& options, Console& console, bool isTerminal, RunReport& report) {
     const Stopwatch watch;
-    LoadedScene loaded =
-        LoadScene(options.scene, {options.animation, options.frameRate, options.allowEmpty});
+    ProgressBar bar(console);
+    LoadedScene loaded = LoadScene(
+        options.scene, {options.animation, options.frameRate, options.allowEmpty, options.up},
+        ShowsProgress(options, isTerminal) ? &bar : nullptr);
     report.readingSeconds = watch.Seconds();
     Warn(options, loaded, console);
     ApplyChoices(options, loaded);
@@ -153,8 +155,8 @@ int LoadAndExport(const Options& options, Console& console, RunReport& report, b
     try {
         RequireDisplay(options.showDialog ? "--show-dialog" : SceneName(options.scene),
                        options.showDialog);
-        status = ExportScene(options, Load(options, console, report), files, interrupts, console,
-                             report, ShowsProgress(options, isTerminal));
+        status = ExportScene(options, Load(options, console, isTerminal, report), files, interrupts,
+                             console, report, ShowsProgress(options, isTerminal));
     } catch (...) {
         status = ReportException(console);
     }
@@ -170,7 +172,7 @@ int Execute(const Options& options, Console& console, RunReport& report, bool is
         return ShowAbout(options);
     }
     if (!IsExported(options)) {
-        LoadedScene loaded = Load(options, console, report);
+        LoadedScene loaded = Load(options, console, isTerminal, report);
         if (options.list && options.json) {
             report.listed = std::move(loaded);
         } else if (options.list) {

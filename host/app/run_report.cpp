@@ -77,6 +77,9 @@ void AddExport(const ExportReport& exported, Json& json) {
         notExported.push_back({{"name", Text(node.name)}, {"code", why.code}, {"why", why.text}});
     }
     json["meshesWithLostColors"] = exported.outcome.coloredMeshes;
+    if (!exported.outcome.upAxis.empty()) {
+        json["upAxis"] = Text(exported.outcome.upAxis);
+    }
     json["options"] = OptionsOf(exported.outcome.inForce);
 }
 

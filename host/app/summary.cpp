@@ -126,6 +126,9 @@ std::vector<std::string> Summarize(const std::vector<OutputFile>& files,
     if (!outcome.log.empty()) {
         lines.push_back(outcome.log.string() + ": log");
     }
+    if (!outcome.upAxis.empty()) {
+        lines.push_back("up axis: " + outcome.upAxis);
+    }
     lines.push_back("options: " + outcome.options);
     lines.push_back("exported " + std::to_string(NodesExported(files)) + " of " +
                     kta::Counted(outcome.nodes.size(), "node"));

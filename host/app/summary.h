@@ -30,6 +30,7 @@ struct ExportOutcome {
     std::size_t warnings = 0;
     std::filesystem::path log{};    // empty: this export wrote none
     std::size_t coloredMeshes = 0;  // whose vertex colours are lost
+    std::string upAxis{};           // of a model's file: see LoadedScene
     std::string options{};          // the exporter's, in force, as on the command line
     ExportOptions inForce = DefaultExportOptions();  // the same
 };

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <assimp/Importer.hpp>
+#include <assimp/ProgressHandler.hpp>
 #include <cmath>
 #include <cstdint>
 #include <exception>
@@ -102,6 +103,54 @@ void Configure(Assimp::Importer& importer) {
     importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true);
 }
 
+// ---------------------------------------------------------------- progress
+
+using ReportShare = std::function<void(double share)>;
+
+// Where the parts of an import end: Assimp reads the file and makes its scene of it, cuts polygons,
+// and the conversion follows.
+constexpr double kRead = 0.3;
+constexpr double kMade = 0.4;
+constexpr double kCut = 0.5;
+constexpr double kConverted = 0.95;
+
+// `share` of the part that goes from `begin` to `end`.
+double ShareOf(double share, double begin, double end) {
+    return begin + std::clamp(share, 0.0, 1.0) * (end - begin);
+}
+
+// Passes on each percentage once, and none below the last.
+class Percentages {
+  public:
+    explicit Percentages(const ReportPercent& report) : report_(report) {}
+
+    void Show(double share) {
+        const int percent = static_cast<int>(100 * share);
+        if (percent > percent_) {
+            percent_ = percent;
+            report_(percent);
+        }
+    }
+
+  private:
+    const ReportPercent& report_;
+    int percent_ = 0;
+};
+
+// What Assimp itself tells of reading is its beginning and its end.
+class CuttingProgress : public Assimp::ProgressHandler {
+  public:
+    explicit CuttingProgress(ReportShare report) : report_(std::move(report)) {}
+
+    bool Update(float) override { return true; }
+    void UpdatePostProcess(int step, int steps) override {
+        report_(ShareOf(steps > 0 ? static_cast<double>(step) / steps : 0, kMade, kCut));
+    }
+
+  private:
+    const ReportShare report_;
+};
+
 // ---------------------------------------------------------------- kinds of objects
 
 constexpr std::uint32_t kGeometry = 0x10;
@@ -126,8 +175,29 @@ double OwnUnit(SourceFormat format) {
     return format == SourceFormat::fbx ? 0.01 : 1;
 }
 
-std::string UpAxisOf(const AxisTurn& turn) {
-    return (turn.sign[2] < 0 ? "-" : "") + std::string(1, "xyz"[turn.from[2]]);
+// ---------------------------------------------------------------- the up axis
+
+std::string HowTurned(const SourceTree& tree) {
+    return UpAxisOf(tree.fileTurn) == "z" ? "not turned" : "turned to z";
+}
+
+const char* WhoSaysUp(UpSource source) {
+    switch (source) {
+        case UpSource::file:
+            return "as the file says";
+        case UpSource::format:
+            return "as in all files of the format";
+        case UpSource::reader:
+            return "as the format's reader knows";
+        case UpSource::choice:
+            return "by --up";
+        default:
+            return "assumed, the file does not say (--up does)";
+    }
+}
+
+std::string DescribeUp(const SourceTree& tree) {
+    return UpAxisOf(tree.fileTurn) + ", " + WhoSaysUp(tree.upSource) + ", " + HowTurned(tree);
 }
 
 // ---------------------------------------------------------------- names
@@ -179,24 +249,32 @@ void NameTheUnnamed(std::vector<scene::Node>& nodes, ImportWarnings& warnings) {
 
 class Converter {
   public:
-    Converter(const aiScene& source, const std::string& path, const ImportChoices& choices)
+    Converter(const aiScene& source, const std::string& path, const ImportChoices& choices,
+              const std::function<void(double)>& report)
         : source_(source),
           path_(path),
           choices_(choices),
+          report_(report),
           format_(FormatOf(source)),
-          tree_(FlattenTree(source, path)),
+          tree_(FlattenTree(source, path, choices.up)),
           clip_(ChooseClip()),
           pose_(tree_, format_, LocalsAtStart(tree_, clip_.channels), clip_.animation),
           bones_(source, tree_, pose_, warnings_),
-          meshes_({source, tree_, format_, pose_, bones_, warnings_}),
+          meshes_({source, tree_, format_, pose_, bones_, warnings_,
+                   [this](double share) { ReportMesh(share); }}),
           materials_(source, format_, result_.scene, warnings_) {}
 
     ImportedScene Convert() {
         const std::vector<Role> roles =
             FindRoles(source_, tree_, format_, bones_.AreBones(), warnings_);
         for (std::size_t i = 0; i < tree_.nodes.size(); ++i) {
+            workOfAll_ += WorkOf(i);
+        }
+        for (std::size_t i = 0; i < tree_.nodes.size(); ++i) {
             warnings_.SetNode(static_cast<int>(i));
             result_.scene.nodes.push_back(NodeOf(i, roles[i]));
+            workDone_ += WorkOf(i);
+            report_(workDone_ / workOfAll_);
         }
         NameTheUnnamed(result_.scene.nodes, warnings_);
         result_.coloredMeshes = meshes_.ColoredMeshes();
@@ -210,10 +288,27 @@ class Converter {
             result_.codes.push_back(line.code);
         }
         result_.losses = warnings_.Losses();
+        result_.upAxis = DescribeUp(tree_);
         return std::move(result_);
     }
 
   private:
+    // Of a node, in faces.
+    double WorkOf(std::size_t index) const {
+        const aiNode& node = *tree_.nodes[index].node;
+        double work = 1;
+        for (unsigned i = 0; i < node.mNumMeshes; ++i) {
+            work += node.mMeshes[i] < source_.mNumMeshes
+                        ? source_.mMeshes[node.mMeshes[i]]->mNumFaces
+                        : 0;
+        }
+        return work;
+    }
+    // Of the mesh of the node that comes next.
+    void ReportMesh(double share) {
+        report_((workDone_ + share * WorkOf(result_.scene.nodes.size())) / workOfAll_);
+    }
+
     struct Clip {
         const aiAnimation* animation = nullptr;  // null: none
         Channels channels;
@@ -246,10 +341,15 @@ class Converter {
     void WarnOfFile() {
         warnings_.Add(LossCode::nodeOutsideScene, "", tree_.nodesOutside);
         if (tree_.unit > 0 && std::abs(tree_.unit - OwnUnit(format_)) > 1e-6 * tree_.unit) {
+            warnings_.Add({LossCode::unitKept,
+                           "the file's unit is " + NumberText(tree_.unit) + " m and its up axis " +
+                               UpAxisOf(tree_.fileTurn) + ", " + HowTurned(tree_) +
+                               "; lengths are left in that unit (--scale changes them)"},
+                          "");
+        }
+        if (choices_.up && tree_.upSource != UpSource::choice) {
             warnings_.Add(
-                {LossCode::unitKept, "the file's unit is " + NumberText(tree_.unit) +
-                                         " m and its up axis " + UpAxisOf(tree_.turn) +
-                                         "; lengths are left in that unit (--scale changes them)"},
+                {LossCode::upAxisKnown, "--up has no effect: the up axis is " + DescribeUp(tree_)},
                 "");
         }
     }
@@ -320,6 +420,9 @@ class Converter {
     const aiScene& source_;
     const std::string path_;
     const ImportChoices& choices_;
+    const std::function<void(double)>& report_;
+    double workDone_ = 0;
+    double workOfAll_ = 0;
     const SourceFormat format_;
     const SourceTree tree_;
     ImportWarnings warnings_;
@@ -334,12 +437,19 @@ class Converter {
 
 }  // namespace
 
-const aiScene& LoadScene(Assimp::Importer& importer, const std::string& path) {
+const aiScene& LoadScene(Assimp::Importer& importer, const std::string& path,
+                         const ReportShare& report) {
     Configure(importer);
-    importer.SetIOHandler(new SourceFiles());  // the importer's from here on
+    const auto size = static_cast<double>(SourceSize(path));
+    // Both are the importer's from here on.
+    importer.SetProgressHandler(new CuttingProgress(report));
+    importer.SetIOHandler(new SourceFiles([report, size](std::uint64_t bytes) {
+        report(ShareOf(static_cast<double>(bytes) / size, 0, kRead));
+    }));
     if (!importer.ReadFile(path, 0)) {
         Refuse(importer.GetErrorString());
     }
+    report(kMade);
     // The importer owns the scene and made it writable; it only hands it out as const.
     aiScene& scene = const_cast<aiScene&>(*importer.GetScene());
     for (unsigned i = 0; i < scene.mNumMeshes; ++i) {
@@ -352,14 +462,20 @@ const aiScene& LoadScene(Assimp::Importer& importer, const std::string& path) {
 }
 
 ImportedScene ConvertScene(const aiScene& scene, const std::string& path,
-                           const ImportChoices& choices) {
-    return Converter(scene, path, choices).Convert();
+                           const ImportChoices& choices,
+                           const std::function<void(double)>& report) {
+    return Converter(scene, path, choices, report).Convert();
 }
 
-ImportedScene ReadHere(const std::string& path, const ImportChoices& choices) {
+ImportedScene ReadHere(const std::string& path, const ImportChoices& choices,
+                       const ReportPercent& report) {
+    Percentages percentages(report);
+    const ReportShare show = [&](double share) { percentages.Show(share); };
     Assimp::Importer importer;
     try {
-        return ConvertScene(LoadScene(importer, path), path, choices);
+        const aiScene& scene = LoadScene(importer, path, show);
+        return ConvertScene(scene, path, choices,
+                            [&](double share) { show(ShareOf(share, kCut, kConverted)); });
     } catch (const ImportError&) {
         throw;
     } catch (const std::exception& failure) {
@@ -367,10 +483,14 @@ ImportedScene ReadHere(const std::string& path, const ImportChoices& choices) {
     }
 }
 
-ImportedScene ImportWithAssimp(const std::string& path, const ImportChoices& choices) {
+ImportedScene ImportWithAssimp(const std::string& path, const ImportChoices& choices,
+                               const ReportPercent& report) {
     CheckSourceFile(path);
-    return DecodeScene(RunInReaderProcess([&] { return EncodeScene(ReadHere(path, choices)); },
-                                          LimitsFor(SourceSize(path))));
+    return DecodeScene(RunInReaderProcess(
+        [&](const ReportPercent& reportFromThere) {
+            return EncodeScene(ReadHere(path, choices, reportFromThere));
+        },
+        LimitsFor(SourceSize(path)), report));
 }
 
 bool AssimpKnows(const std::string& path) {

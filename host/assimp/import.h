@@ -2,21 +2,26 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "host/assimp/imported_scene.h"
+#include "host/assimp/process/reader_process.h"
 
 struct aiScene;
 namespace Assimp {
 class Importer;
-}
+}  // namespace Assimp
 
 namespace maxhost::import {
 
-// Reads the file at `path` in a process of its own; throws ImportError.
-ImportedScene ImportWithAssimp(const std::string& path, const ImportChoices& choices = {});
+// Reads the file at `path` in a process of its own; throws ImportError. `report` is told of its
+// progress, each time a greater percentage.
+ImportedScene ImportWithAssimp(
+    const std::string& path, const ImportChoices& choices = {},
+    const ReportPercent& report = [](int) {});
 
 // Whether Assimp has a reader for the file's extension. It finds some formats by their content
 // alone, so an import may succeed where this says no.
@@ -25,16 +30,22 @@ bool AssimpKnows(const std::string& path);
 // ---------------------------------------------------------------- the steps, for tests
 
 // Reads the file as ImportWithAssimp() does, with triangles where it has polygons. The scene is the
-// importer's. Throws ImportError, and what Assimp throws.
-const aiScene& LoadScene(Assimp::Importer& importer, const std::string& path);
+// importer's. `report` is told how much of an import is done so far, 0 to 1, while the importer
+// lives. Throws ImportError, and what Assimp throws.
+const aiScene& LoadScene(
+    Assimp::Importer& importer, const std::string& path,
+    const std::function<void(double share)>& report = [](double) {});
 
 // `scene` is as Assimp's importers leave it, triangulated where that was possible; what is wrong
 // in it is left out with a warning. `path` is the file that it was read from. Throws ImportError
-// for a scene beyond the limits of ours.
-ImportedScene ConvertScene(const aiScene& scene, const std::string& path,
-                           const ImportChoices& choices = {});
+// for a scene beyond the limits of ours. `report` is told how much is done, 0 to 1.
+ImportedScene ConvertScene(
+    const aiScene& scene, const std::string& path, const ImportChoices& choices = {},
+    const std::function<void(double share)>& report = [](double) {});
 
 // ImportWithAssimp() in this process, unprotected from what Assimp does on broken files.
-ImportedScene ReadHere(const std::string& path, const ImportChoices& choices = {});
+ImportedScene ReadHere(
+    const std::string& path, const ImportChoices& choices = {},
+    const ReportPercent& report = [](int) {});
 
 }  // namespace maxhost::import

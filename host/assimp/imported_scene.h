@@ -34,12 +34,16 @@ struct ImportChoices {
     std::optional<std::string> animation;
     // 1 to 4800, in place of the file's: frames a second, whose ticks the key times are.
     std::optional<int> frameRate;
+    // The axis that is up (0 x, 1 y, 2 z) in a file that does not say it; y where none is chosen.
+    std::optional<int> up{};
 };
 
 // A scene with z up, in the file's own units. Nodes stand in depth-first child order. `warnings`
 // names what was changed or left out, one line each, of which `codes` has the kinds in the same
 // order and `losses` every case; `coloredMeshes` counts the meshes that the
 // file gives vertex colours, which are left out too; one that several nodes show counts once.
+// `upAxis` says which axis is up in the file, what says so, and whether it was turned: "y, as the
+// file says, turned to z".
 struct ImportedScene {
     scene::Scene scene;
     std::vector<std::string> warnings;
@@ -47,6 +51,7 @@ struct ImportedScene {
     std::vector<scene::Loss> losses;
     std::vector<AnimationClip> animations;
     std::size_t coloredMeshes = 0;
+    std::string upAxis;
 };
 
 // The position of the animation. A name counts before a number: "1" is the first animation of that

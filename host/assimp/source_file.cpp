@@ -141,6 +141,32 @@ void CheckText(const std::string& path) {
     }
 }
 
+// Another stream whose reading is told.
+class CountedStream : public Assimp::IOStream {
+  public:
+    CountedStream(Assimp::IOStream* stream, std::function<void(std::size_t bytes)> report)
+        : stream_(stream), report_(std::move(report)) {}
+
+    std::size_t Read(void* buffer, std::size_t size, std::size_t count) override {
+        const std::size_t read = stream_->Read(buffer, size, count);
+        report_(read * size);
+        return read;
+    }
+    std::size_t Write(const void* buffer, std::size_t size, std::size_t count) override {
+        return stream_->Write(buffer, size, count);
+    }
+    aiReturn Seek(std::size_t offset, aiOrigin origin) override {
+        return stream_->Seek(offset, origin);
+    }
+    std::size_t Tell() const override { return stream_->Tell(); }
+    std::size_t FileSize() const override { return stream_->FileSize(); }
+    void Flush() override { stream_->Flush(); }
+
+  private:
+    const std::unique_ptr<Assimp::IOStream> stream_;
+    const std::function<void(std::size_t)> report_;
+};
+
 }  // namespace
 
 void CheckSourceFile(const std::string& path) {
@@ -180,7 +206,10 @@ std::uint64_t SourceSize(const std::string& path) {
 Assimp::IOStream* SourceFiles::Open(const char* path, const char* mode) {
     const Utf16 coding = CodingOfFile(path);
     if (coding == Utf16::none) {
-        return DefaultIOSystem::Open(path, mode);
+        Assimp::IOStream* const stream = DefaultIOSystem::Open(path, mode);
+        return stream == nullptr ? nullptr : new CountedStream(stream, [this](std::size_t bytes) {
+            report_(bytesRead_ += bytes);
+        });
     }
     const std::string text = ReadUtf16(path, coding);
     auto bytes = std::make_unique<std::uint8_t[]>(text.size());

@@ -5,7 +5,9 @@
 #include <assimp/DefaultIOSystem.h>
 
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <utility>
 
 namespace maxhost::import {
 
@@ -18,10 +20,19 @@ void CheckSourceFile(const std::string& path);
 std::uint64_t SourceSize(const std::string& path);
 
 // Hands out text files that are UTF-16 as UTF-8 without a byte order mark, which few of Assimp's
-// readers do themselves, and all others as they are.
+// readers do themselves, and all others as they are, whose reading it counts.
 class SourceFiles : public Assimp::DefaultIOSystem {
   public:
+    using ReportBytes = std::function<void(std::uint64_t bytes)>;
+
+    // `report` is told how many bytes of all files were read so far.
+    explicit SourceFiles(ReportBytes report) : report_(std::move(report)) {}
+
     Assimp::IOStream* Open(const char* path, const char* mode) override;
+
+  private:
+    const ReportBytes report_;
+    std::uint64_t bytesRead_ = 0;
 };
 
 }  // namespace maxhost::import

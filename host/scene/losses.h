@@ -48,6 +48,7 @@ enum class LossCode {
     textureThirdCoordinate,
     textureWithoutSlot,
     unitKept,
+    upAxisKnown,
     userPropertiesRecoded,
     vertexColors,
     verticesWithoutFaces,

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <bit>
 #include <charconv>
+#include <functional>
+#include <iterator>
 #include <limits>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -49,6 +51,48 @@ std::string ParserMessage(std::string message, const std::string& token, std::st
     }
     return message;
 }
+
+// A place in the text that says from time to time how far it is.
+class WatchedPlace {
+  public:
+    using iterator_category = std::input_iterator_tag;
+    using value_type = char;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const char*;
+    using reference = const char&;
+
+    WatchedPlace(std::string_view text, const std::function<void(double)>& report)
+        : text_(text), report_(&report), at_(text.data()) {
+        Watch();
+    }
+    static WatchedPlace EndOf(std::string_view text, const std::function<void(double)>& report) {
+        WatchedPlace end(text, report);
+        end.at_ = text.data() + text.size();
+        return end;
+    }
+
+    reference operator*() const { return *at_; }
+    WatchedPlace& operator++() {
+        if (++at_ == next_) {
+            (*report_)(static_cast<double>(at_ - text_.data()) / static_cast<double>(text_.size()));
+            Watch();
+        }
+        return *this;
+    }
+    bool operator==(const WatchedPlace& other) const { return at_ == other.at_; }
+
+  private:
+    void Watch() {
+        constexpr std::ptrdiff_t kStep = 1 << 16;
+        const char* const end = text_.data() + text_.size();
+        next_ = end - at_ > kStep ? at_ + kStep : end;
+    }
+
+    std::string_view text_;
+    const std::function<void(double)>* report_;
+    const char* at_;
+    const char* next_ = nullptr;
+};
 
 }  // namespace
 
@@ -190,7 +234,7 @@ bool TreeBuilder::parse_error(std::size_t position, const std::string& token,
     RefuseText(text_, at, ParserMessage(fault.what(), token, text_.substr(at)));
 }
 
-JsonTree::JsonTree(std::string_view text) {
+JsonTree::JsonTree(std::string_view text, const std::function<void(double)>& report) {
     if (text.size() > kLongestText) {
         throw scene::SceneError("", std::to_string(text.size()) + " bytes", "less than 4 GiB");
     }
@@ -200,7 +244,7 @@ JsonTree::JsonTree(std::string_view text) {
         RefuseText(text, nul, "a NUL byte, expected JSON text");
     }
     TreeBuilder builder(*this, text);
-    Json::sax_parse(text.begin(), text.end(), &builder);
+    Json::sax_parse(WatchedPlace(text, report), WatchedPlace::EndOf(text, report), &builder);
 }
 
 // Where the value that follows the one at `at` begins.

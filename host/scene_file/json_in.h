@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -63,7 +64,9 @@ class JsonTree {
     // Throws SceneError: for text that is not JSON (UTF-8, nothing before or after the value), for
     // a number that is not finite as f32, a text with a NUL character, a field given twice, and
     // nesting of more than kMaxNesting levels. Integers beyond 64 bits are kept as reals.
-    explicit JsonTree(std::string_view text);
+    // `report` is told how much of the text is read, 0 to 1.
+    explicit JsonTree(
+        std::string_view text, const std::function<void(double share)>& report = [](double) {});
 
     JsonTree(const JsonTree&) = delete;
     JsonTree& operator=(const JsonTree&) = delete;

@@ -672,19 +672,23 @@ const char kTooLarge[] = "it does not fit into memory";
 
 }  // namespace
 
-scene::Scene ReadSceneDescriptionFromText(std::string_view text) try {
+scene::Scene ReadSceneDescriptionFromText(std::string_view text, const ReportShare& report) try {
+    // Where the parts of the work end.
+    constexpr double kParsed = 0.75, kTaken = 0.95;
     scene::Scene scene;
     {
-        const JsonTree tree(text);
+        const JsonTree tree(text, [&](double share) { report(kParsed * share); });
         Codec<scene::Scene>::Read(tree.Root(), scene);
+        report(kTaken);
     }
     scene::Check(scene);
+    report(1);
     return scene;
 } catch (const std::bad_alloc&) {
     throw scene::SceneError(kTooLarge);
 }
 
-scene::Scene ReadSceneDescription(std::istream& in) try {
+scene::Scene ReadSceneDescription(std::istream& in, const ReportShare& report) try {
     std::string text;
     char block[64 * 1024];
     while (in.read(block, sizeof block) || in.gcount() > 0) {
@@ -693,7 +697,7 @@ scene::Scene ReadSceneDescription(std::istream& in) try {
     if (in.bad()) {
         throw scene::SceneError("it cannot be read");
     }
-    return ReadSceneDescriptionFromText(text);
+    return ReadSceneDescriptionFromText(text, report);
 } catch (const std::bad_alloc&) {
     throw scene::SceneError(kTooLarge);
 }

@@ -4,6 +4,7 @@
 
 #include <map>
 
+#include "host/sdk/scene/mesh_reading.h"
 #include "host/sdk/scene/scene_graph.h"
 
 namespace maxhost {
@@ -53,6 +54,7 @@ class Host::Implementation final : public ::Interface {
     HWND GetMAXHWnd() override { return nullptr; }
 
     BOOL ProgressStart(MCHAR* title, BOOL, LPTHREAD_START_ROUTINE, LPVOID) override {
+        meshReading.Restart();
         if (observer != nullptr) {
             observer->OnStart(title != nullptr ? title : "");
         }
@@ -62,6 +64,7 @@ class Host::Implementation final : public ::Interface {
         if (updatesUntilCancel_ > 0 && --updatesUntilCancel_ == 0) {
             cancelled_ = TRUE;
         }
+        meshReading.Restart();
         if (observer != nullptr) {
             observer->OnUpdate(pct);
         }
@@ -146,6 +149,7 @@ void Host::SetDir(int which, std::string dir) {
 
 void Host::SetProgressObserver(ProgressObserver* observer) {
     implementation_->observer = observer;
+    meshReading.Observe(observer);
 }
 
 void Host::CancelAtUpdate(int n) {

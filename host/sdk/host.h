@@ -21,6 +21,9 @@ class ProgressObserver {
     virtual ~ProgressObserver() = default;
     virtual void OnStart(const std::string& title) = 0;  // empty: the plug-in gave no title
     virtual void OnUpdate(int percent) = 0;
+    // How much of the work since the last update is done, 0 to 1, as far as it consists of reading
+    // meshes. Never falls between two updates.
+    virtual void OnWork(double) {}
     virtual void OnEnd() = 0;
 };
 

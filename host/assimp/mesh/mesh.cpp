@@ -8,6 +8,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <string>
 #include <utility>
@@ -18,6 +19,11 @@
 
 namespace maxhost::import {
 namespace {
+
+// How much of a mesh is made when a step ends.
+constexpr double kAppended = 0.3;
+constexpr double kJoined = 0.5;
+constexpr double kSmoothed = 0.9;
 
 // ---------------------------------------------------------------- things told apart by their bits
 
@@ -177,7 +183,7 @@ class MeshBuilder {
                 const std::vector<scene::Face>& triangles, std::uint16_t material);
 
     // The mesh with its modifiers.
-    NodeMesh Finish();
+    NodeMesh Finish(const std::function<void(double share)>& report);
 
   private:
     void AddChannel(const aiMesh& piece, int uv, const std::vector<scene::Face>& triangles,
@@ -247,7 +253,7 @@ std::vector<std::uint32_t> MeshBuilder::JoinVertices(const SourceVertices& sourc
     return std::move(joined.firstOf);
 }
 
-NodeMesh MeshBuilder::Finish() {
+NodeMesh MeshBuilder::Finish(const std::function<void(double)>& report) {
     NodeMesh made;
     const auto mesh = std::make_shared<scene::Mesh>();
     for (auto& [number, channel] : channels_) {
@@ -257,9 +263,11 @@ NodeMesh MeshBuilder::Finish() {
     channels_.clear();
     const SourceVertices& source = vertices_.Finish();
     std::vector<std::uint32_t> vertices = JoinVertices(source, false, *mesh);
+    report(kJoined);
     if (!source.normals.empty() && !FindSmoothingGroups(*mesh, source.normals, faces_)) {
         vertices = JoinVertices(source, true, *mesh);
     }
+    report(kSmoothed);
     made.modifiers = vertices_.ModifiersFor(vertices);
     made.mesh = mesh;
     return made;
@@ -367,9 +375,10 @@ NodeMesh MeshFactory::Build(std::size_t index) {
         if (!triangles.empty()) {
             builder.Append(piece, name, triangles, IdOf(piece.mMaterialIndex, materials, ids));
         }
+        source_.reportMesh(kAppended * (i + 1) / node.mNumMeshes);
     }
     coloredMeshes_ += isColored ? 1 : 0;
-    NodeMesh made = builder.Finish();
+    NodeMesh made = builder.Finish(source_.reportMesh);
     made.materials = std::move(materials);
     return made;
 }

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <utility>
@@ -28,6 +29,8 @@ struct MeshSource {
     const StartPose& pose;
     const BoneNodes& bones;
     ImportWarnings& warnings;
+    // Told how much of a mesh is made, 0 to 1.
+    std::function<void(double share)> reportMesh = [](double) {};
 };
 
 // The channels of a node's mesh. Pieces have one in common where their targets have one name; those

@@ -1,6 +1,7 @@
 #include "host/assimp/process/reader_process.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <pthread.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -25,9 +26,10 @@
 namespace maxhost::import {
 namespace {
 
-// How the child starts its answer.
+// How the child starts its answer, and what stands before it: a byte with the percentage follows.
 constexpr char kResult = 'R';
 constexpr char kRefusal = 'E';
+constexpr char kProgress = 'P';
 
 [[noreturn]] void FailWith(int error) {
     throw ImportError("no process to read it: " + std::generic_category().message(error));
@@ -53,15 +55,30 @@ class FileDescriptor {
 
 // ---------------------------------------------------------------- in the child
 
+void WriteAll(int file, const std::string& bytes) {
+    for (std::size_t done = 0; done < bytes.size();) {
+        const ssize_t written = write(file, bytes.data() + done, bytes.size() - done);
+        if (written < 0 && errno != EINTR) {
+            _exit(EXIT_FAILURE);
+        }
+        done += written > 0 ? static_cast<std::size_t>(written) : 0;
+    }
+}
+
+using Work = std::function<std::string(const ReportPercent&)>;
+
 struct Job {
-    const std::function<std::string()>& work;
+    const Work& work;
+    int output;
     std::string answer;
 };
 
 void* RunJob(void* argument) {
     Job& job = *static_cast<Job*>(argument);
     try {
-        job.answer = kResult + job.work();
+        job.answer = kResult + job.work([&job](int percent) {
+            WriteAll(job.output, {kProgress, static_cast<char>(percent)});
+        });
     } catch (const std::bad_alloc&) {
         job.answer = kRefusal + std::string(kNoMemory);
     } catch (const std::exception& failure) {
@@ -104,24 +121,13 @@ void SetLimits(const ReaderLimits& limits) {
     LimitResource(RLIMIT_AS, MappedMemory() + limits.memory + kReaderStack);
 }
 
-void WriteAll(int file, const std::string& bytes) {
-    for (std::size_t done = 0; done < bytes.size();) {
-        const ssize_t written = write(file, bytes.data() + done, bytes.size() - done);
-        if (written < 0 && errno != EINTR) {
-            _exit(EXIT_FAILURE);
-        }
-        done += written > 0 ? static_cast<std::size_t>(written) : 0;
-    }
-}
-
-[[noreturn]] void BeTheChild(int output, const std::function<std::string()>& work,
-                             const ReaderLimits& limits) {
+[[noreturn]] void BeTheChild(int output, const Work& work, const ReaderLimits& limits) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     const int nowhere = open("/dev/null", O_WRONLY);
     dup2(nowhere, STDOUT_FILENO);
     dup2(nowhere, STDERR_FILENO);
     SetLimits(limits);
-    Job job{work, {}};
+    Job job{work, output, {}};
     RunWithDeepStack(job);
     WriteAll(output, job.answer);
     // Past every destructor and buffer that this process has a copy of.
@@ -130,13 +136,34 @@ void WriteAll(int file, const std::string& bytes) {
 
 // ---------------------------------------------------------------- in the parent
 
-std::string ReadAll(int file) {
+// Takes the child's reports from the front of what it has written so far; the last one is
+// `percent`.
+void TakeReports(std::string& bytes, int& percent, const ReportPercent& report) {
+    std::size_t at = 0;
+    while (at + 1 < bytes.size() && bytes[at] == kProgress) {
+        percent = bytes[at + 1];
+        report(percent);
+        at += 2;
+    }
+    bytes.erase(0, at);
+}
+
+// The child's answer, to its end.
+std::string ReadAnswer(int file, const ReportPercent& report) {
+    constexpr int kPatience = 500;  // milliseconds
     std::string bytes;
+    int percent = 0;
     std::array<char, 1 << 16> buffer;
     for (;;) {
+        pollfd input{file, POLLIN, 0};
+        if (poll(&input, 1, kPatience) == 0) {
+            report(percent);
+            continue;
+        }
         const ssize_t count = read(file, buffer.data(), buffer.size());
         if (count > 0) {
             bytes.append(buffer.data(), static_cast<std::size_t>(count));
+            TakeReports(bytes, percent, report);
         } else if (count == 0 || errno != EINTR) {
             return bytes;
         }
@@ -178,6 +205,11 @@ ReaderLimits LimitsFor(std::uint64_t bytes) {
 
 std::string RunInReaderProcess(const std::function<std::string()>& work,
                                const ReaderLimits& limits) {
+    return RunInReaderProcess([&work](const ReportPercent&) { return work(); }, limits, [](int) {});
+}
+
+std::string RunInReaderProcess(const Work& work, const ReaderLimits& limits,
+                               const ReportPercent& report) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) {
         FailWith(errno);
@@ -193,7 +225,7 @@ std::string RunInReaderProcess(const std::function<std::string()>& work,
         BeTheChild(output.Number(), work, limits);
     }
     output.Close();
-    std::string answer = ReadAll(input.Number());
+    std::string answer = ReadAnswer(input.Number(), report);
     const int status = WaitFor(child);
     if (!WIFEXITED(status) || WEXITSTATUS(status) != EXIT_SUCCESS || answer.empty()) {
         throw ImportError(HowItEnded(status, limits));

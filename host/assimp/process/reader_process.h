@@ -22,11 +22,19 @@ inline constexpr char kNoMemory[] = "cannot be read: not enough memory";
 // for. CPU time is 45 s and 30 s more for each 100 MB, memory 512 MiB and 400 times the bytes.
 ReaderLimits LimitsFor(std::uint64_t bytes);
 
+// Told of how much of something is done, 0 to 100.
+using ReportPercent = std::function<void(int percent)>;
+
 // Runs `work` and returns its result: in a child process, on a thread with a stack of kReaderStack
 // (readers recurse through hierarchies). Nothing else that `work` does to this program's state
 // stays, and what it prints is dropped. Throws ImportError, with the message of the exception that
 // `work` throws or with how the process ended.
 std::string RunInReaderProcess(const std::function<std::string()>& work,
                                const ReaderLimits& limits = {});
+
+// The same for work that tells how far it is: what it reports in its process comes to `report` in
+// this one meanwhile, in order, and at least twice a second the last of it once more.
+std::string RunInReaderProcess(const std::function<std::string(const ReportPercent&)>& work,
+                               const ReaderLimits& limits, const ReportPercent& report);
 
 }  // namespace maxhost::import

@@ -37,6 +37,7 @@ inline constexpr auto kFields<import::ImportedScene> = std::tuple{
     Required("losses", &import::ImportedScene::losses),
     Required("animations", &import::ImportedScene::animations),
     Required("coloredMeshes", &import::ImportedScene::coloredMeshes),
+    Required("upAxis", &import::ImportedScene::upAxis),
 };
 
 }  // namespace maxhost::scene

@@ -274,28 +274,91 @@ SourceFormat FormatOf(const aiScene& scene) {
     return SourceFormat::other;
 }
 
-AxisTurn FbxTurn(const aiMetadata* settings) {
-    const int up = Setting(settings, "UpAxis").value_or(1);
-    int right = Setting(settings, "CoordAxis").value_or(0);
-    if (up < 0 || up > 2) {
-        return kYUpToZUp;
-    }
-    int rightSign = Sign(settings, "CoordAxisSign");
-    if (right < 0 || right > 2 || right == up) {
-        right = up == 0 ? 1 : 0;
-        rightSign = 1;
-    }
-    const int upSign = Sign(settings, "UpAxisSign");
-    // The third axis points away from the viewer: up x right.
-    const int away = 3 - up - right;
-    const int cyclic = (up + 1) % 3 == right ? 1 : -1;
-    return {{right, away, up}, {rightSign, cyclic * upSign * rightSign, upSign}};
+namespace {
+
+struct SignedAxis {
+    int axis = 0;  // 0 x, 1 y, 2 z
+    int sign = 1;
+};
+
+SignedAxis RightOf(int up) {
+    return {up == 0 ? 1 : 0, 1};
 }
 
-SourceTree FlattenTree(const aiScene& scene, const std::string& path) {
+// From axes of which these point up and, seen by the viewer, to the right.
+AxisTurn TurnOf(SignedAxis up, SignedAxis right) {
+    // The third axis points away from the viewer: up x right.
+    const int away = 3 - up.axis - right.axis;
+    const int cyclic = (up.axis + 1) % 3 == right.axis ? 1 : -1;
+    return {{right.axis, away, up.axis}, {right.sign, cyclic * up.sign * right.sign, up.sign}};
+}
+
+bool IsAxis(std::optional<int> number) {
+    return number && *number >= 0 && *number <= 2;
+}
+
+bool IsTurned(const AxisTurn& turn) {
+    return turn.from != AxisTurn().from || turn.sign != AxisTurn().sign;
+}
+
+// The turn of a root that its reader made by the sine and cosine of a right angle, in f32.
+std::optional<AxisTurn> NearTurn(const aiMatrix4x4& root) {
+    constexpr double kRounding = 1e-6;
+    std::size_t notFinite = 0;
+    Matrix4 rounded = FiniteMatrix(root, notFinite);
+    const double length = LengthOf(Column(rounded, 0));
+    for (int row = 0; row < 3; ++row) {
+        for (int column = 0; column < 3; ++column) {
+            double& value = rounded[row][column];
+            const double whole = std::round(value / length);
+            value = std::abs(value / length - whole) < kRounding ? whole : value / length;
+        }
+    }
+    const auto turn = AsScaledTurn(rounded);
+    return turn && IsTurned(turn->turn) ? std::optional(turn->turn) : std::nullopt;
+}
+
+// What says which axis is up, and the turn from the file's axes but for its root's.
+void SetAxes(const aiScene& scene, SourceFormat format, std::optional<int> up, SourceTree& tree) {
+    const std::optional<AxisTurn> rootTurn =
+        scene.mRootNode ? NearTurn(scene.mRootNode->mTransformation) : std::nullopt;
+    const bool isFbx = format == SourceFormat::fbx;
+    tree.turn = isFbx ? FbxTurn(scene.mMetaData) : kYUpToZUp;
+    tree.fileTurn = rootTurn ? tree.turn.After(*rootTurn) : tree.turn;
+    if (format == SourceFormat::gltf) {
+        tree.upSource = UpSource::format;
+    } else if (format == SourceFormat::collada ||
+               (isFbx && IsAxis(Setting(scene.mMetaData, "UpAxis")))) {
+        tree.upSource = UpSource::file;
+    } else if (rootTurn) {
+        tree.upSource = UpSource::reader;
+    } else if (IsAxis(up)) {
+        tree.upSource = UpSource::choice;
+        tree.turn = tree.fileTurn = TurnOf({*up, 1}, RightOf(*up));
+    }
+}
+
+}  // namespace
+
+std::string UpAxisOf(const AxisTurn& turn) {
+    return (turn.sign[2] < 0 ? "-" : "") + std::string(1, "xyz"[turn.from[2]]);
+}
+
+AxisTurn FbxTurn(const aiMetadata* settings) {
+    const SignedAxis up = {Setting(settings, "UpAxis").value_or(1), Sign(settings, "UpAxisSign")};
+    if (!IsAxis(up.axis)) {
+        return kYUpToZUp;
+    }
+    const SignedAxis right = {Setting(settings, "CoordAxis").value_or(0),
+                              Sign(settings, "CoordAxisSign")};
+    const bool isSense = IsAxis(right.axis) && right.axis != up.axis;
+    return TurnOf(up, isSense ? right : RightOf(up.axis));
+}
+
+SourceTree FlattenTree(const aiScene& scene, const std::string& path, std::optional<int> up) {
     const SourceFormat format = FormatOf(scene);
     SourceTree tree;
-    tree.turn = format == SourceFormat::fbx ? FbxTurn(scene.mMetaData) : kYUpToZUp;
+    SetAxes(scene, format, up, tree);
     tree.unit = format == SourceFormat::fbx ? FbxUnit(scene.mMetaData) : 0;
     if (!scene.mRootNode) {
         return tree;

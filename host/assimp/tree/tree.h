@@ -29,6 +29,18 @@ SourceFormat FormatOf(const aiScene& scene);
 // z up. FBX is y up by default; the handedness is never changed.
 AxisTurn FbxTurn(const aiMetadata* settings);
 
+// What says which axis of a file is up.
+enum class UpSource {
+    file,
+    format,      // it is the same in all files
+    reader,      // Assimp's, which has turned its root for it
+    choice,      // nothing but --up
+    assumption,  // nothing; taken as y
+};
+
+// "z", "-x": the axis that the turn brings up.
+std::string UpAxisOf(const AxisTurn& turn);
+
 struct SourceNode {
     // A node of Assimp's with its matrix, of which each animation may have another; null: of none.
     struct Link {
@@ -46,6 +58,8 @@ struct SourceNode {
 
 struct SourceTree {
     AxisTurn turn;  // holds for every node and every mesh
+    UpSource upSource = UpSource::assumption;
+    AxisTurn fileTurn;  // from the file's own axes; `turn` with the part that a root's matrix has
     // The size in metres that the file states for its unit of length, which is left alone; 0 where
     // it states none.
     double unit = 0;
@@ -53,7 +67,9 @@ struct SourceTree {
     std::vector<SourceNode> nodes;
 };
 
-// `path` is the file's, as it was given to Assimp, which does not tell all of a glTF file.
-SourceTree FlattenTree(const aiScene& scene, const std::string& path);
+// `path` is the file's, as it was given to Assimp, which does not tell all of a glTF file. `up` is
+// the axis that is up (0 x, 1 y, 2 z) where nothing else says it.
+SourceTree FlattenTree(const aiScene& scene, const std::string& path,
+                       std::optional<int> up = std::nullopt);
 
 }  // namespace maxhost::import

@@ -6,6 +6,9 @@
 #include <memory>
 #include <vector>
 
+#include "host/sdk/host.h"
+#include "host/sdk/scene/mesh_reading.h"
+
 struct MeshMapChannel {
     std::vector<UVVert> vertices;
     std::vector<TVFace> faces;
@@ -319,6 +322,7 @@ void BuildVertexNormals(const Mesh& mesh, const std::vector<Point3>& products,
 }  // namespace
 
 void Mesh::buildNormals() {
+    maxhost::meshReading.Begin(3 * static_cast<std::size_t>(numFaces));
     checkNormals(FALSE);
     parts_->faceNormals = FaceProducts(*this);
     BuildVertexNormals(*this, parts_->faceNormals, parts_->renderVertices, parts_->sharedNormals);
@@ -338,9 +342,47 @@ void Mesh::checkNormals(BOOL illum) {
 }
 
 RVertex& Mesh::getRVert(int i) {
+    maxhost::meshReading.CountCorner();
     return parts_->renderVertices[i];
 }
 
 Point3& Mesh::getFaceNormal(int i) {
     return parts_->faceNormals[i];
 }
+
+namespace maxhost {
+
+void MeshReading::Restart() {
+    times_ = corners_ = 0;
+    begun_ = read_ = shown_ = 0;
+    untilTold_ = 0;  // counted down from here, it is never 0 again
+}
+
+void MeshReading::Begin(std::size_t corners) {
+    constexpr std::int64_t kFewest = 4096;
+    constexpr std::int64_t kTellings = 64;
+    ++times_;
+    corners_ = corners;
+    read_ = begun_;
+    begun_ += static_cast<double>(corners);
+    step_ = std::max(kFewest, static_cast<std::int64_t>(corners) / kTellings);
+    untilTold_ = step_;
+    Show();
+}
+
+void MeshReading::Tell() {
+    read_ = std::min(read_ + static_cast<double>(step_), begun_);
+    untilTold_ = step_;
+    Show();
+}
+
+void MeshReading::Show() {
+    const bool isReadAgain = times_ % 2 == 1;
+    const double expected = begun_ + (isReadAgain ? static_cast<double>(corners_) : 0.0);
+    if (observer_ != nullptr && expected > 0) {
+        shown_ = std::max(shown_, read_ / expected);
+        observer_->OnWork(shown_);
+    }
+}
+
+}  // namespace maxhost

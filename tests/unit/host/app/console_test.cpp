@@ -120,6 +120,25 @@ TEST_F(ProgressTest, StandsNumbersOutOfRangeAndLongTitles) {
     EXPECT_NE(Written().find("] 100%"), std::string::npos);
 }
 
+TEST_F(ProgressTest, AnExportStandsWhereItsLastStepLeftIt) {
+    ExportProgress progress(console_);
+    progress.OnStart("");
+    progress.OnUpdate(40);
+    EXPECT_EQ(Written().find(" 40%"), std::string::npos) << "that step only begins";
+    progress.OnWork(0.5);
+    EXPECT_NE(Written().find("]  20%"), std::string::npos);
+    progress.OnWork(1);
+    EXPECT_NE(Written().find("]  40%"), std::string::npos);
+    progress.OnUpdate(100);
+    EXPECT_EQ(Written(), "") << "where the first step ended";
+    progress.OnWork(0.5);
+    EXPECT_NE(Written().find("]  70%"), std::string::npos);
+    progress.OnUpdate(90);
+    EXPECT_NE(Written().find("] 100%"), std::string::npos) << "it never falls";
+    progress.OnStart("");
+    EXPECT_NE(Written().find("]   0%"), std::string::npos);
+}
+
 // ---------------------------------------------------------------- Ctrl-C
 
 class InterruptsTest : public testing::TestWithParam<int> {

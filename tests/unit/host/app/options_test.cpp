@@ -153,6 +153,10 @@ TEST(OptionsTest, BoundsOfNumbersAreAccepted) {
     EXPECT_EQ(Chosen(Parse({"--sample-rate", "0"}).choices, &ExportOptions::sampleRate), 0)
         << "for the dialog to refuse";
     EXPECT_EQ(Chosen(Parse({"--sample-rate", "-5"}).choices, &ExportOptions::sampleRate), -5);
+    EXPECT_EQ(Parse({}).up, std::nullopt);
+    EXPECT_EQ(Parse({"--up", "x"}).up, 0);
+    EXPECT_EQ(Parse({"--up", "y"}).up, 1);
+    EXPECT_EQ(Parse({"--up", "z"}).up, 2);
     EXPECT_EQ(Parse({"--frame-rate", "1"}).frameRate, 1);
     EXPECT_EQ(Parse({"--frame-rate", "4800"}).frameRate, 4800);
     EXPECT_EQ(Parse({"--start", "-2147483648", "--end", "2147483647"}).end->count, 2147483647);
@@ -174,6 +178,8 @@ TEST(OptionsTest, BadNumbersAreRefused) {
                   "--sample-rate: \"" + std::string(value) +
                       "\", expected a whole number that fits 32 bits");
     }
+    EXPECT_EQ(ErrorOf({"x", "--up", "w"}), "--up: \"w\", expected x, y or z");
+    EXPECT_EQ(ErrorOf({"x", "--up", "xy"}), "--up: \"xy\", expected x, y or z");
     EXPECT_EQ(ErrorOf({"x", "--frame-rate", "0"}),
               "--frame-rate: \"0\", expected a whole number from 1 to 4800");
     EXPECT_EQ(ErrorOf({"x", "--frame-rate", "4801"}),
@@ -277,6 +283,7 @@ TEST(OptionsTest, HelpExplainsEveryOptionWithItsDefault) {
                                             "--list",
                                             "--animation NAME|N",
                                             "--scale X",
+                                            "--up AXIS",
                                             "--frame-rate N",
                                             "--start T",
                                             "--end T",

@@ -295,10 +295,14 @@ TEST_F(RunTest, ProgressIsShownOnRequest) {
         Interface* const ip = GetCOREInterface();
         ip->ProgressStart(title, TRUE, nullptr, nullptr);
         ip->ProgressUpdate(40);
+        ip->ProgressUpdate(80);
         ip->ProgressEnd();
         return WriteBoth(name);
     };
-    EXPECT_THAT(Export({"--progress", "always"}).error, HasSubstr("]  40% Working"));
+    const std::string shown = Export({"--progress", "always"}).error;
+    EXPECT_THAT(shown, HasSubstr("] 100% Reading s.maxscene.json"));
+    EXPECT_THAT(shown, HasSubstr("]  40% Working"));
+    EXPECT_THAT(shown, testing::Not(HasSubstr("80%"))) << "what begins there did not end";
     EXPECT_EQ(Export().error, "") << "not a terminal";
     EXPECT_EQ(Export({"--progress", "never"}).error, "");
 }

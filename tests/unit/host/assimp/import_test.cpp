@@ -172,8 +172,8 @@ TEST(Files, Fbx) {
     EXPECT_EQ(MatrixOf(nodes[2]), maxhost::scene::kIdentity);
     EXPECT_EQ(imported.scene.time.frameRate, 25);
     EXPECT_EQ(imported.scene.time.end, 19200);
-    EXPECT_EQ(imported.warnings, Names{"the file's unit is 0.0254 m and its up axis z; lengths are "
-                                       "left in that unit (--scale changes them)"});
+    EXPECT_EQ(imported.warnings, Names{"the file's unit is 0.0254 m and its up axis z, not turned; "
+                                       "lengths are left in that unit (--scale changes them)"});
 }
 
 TEST(Files, Bvh) {
@@ -205,6 +205,7 @@ TEST(Files, ColladaOfEveryUpAxis) {
         const std::string axis(1, static_cast<char>(std::tolower(up[0])));
         EXPECT_EQ(imported.warnings,
                   Names{"the file's unit is 0.0254 m and its up axis " + axis +
+                        (axis == "z" ? ", not turned" : ", turned to z") +
                         "; lengths are left in that unit (--scale changes them)"});
         EXPECT_EQ(MatrixOf(imported.scene.nodes[0]),
                   (maxhost::scene::Matrix{Vec3{1, 0, 0}, Vec3{0, 1, 0}, Vec3{0, 0, 1}, place}))

@@ -202,8 +202,9 @@ aiAnimation& SourceScene::AddAnimation(const std::string& name, double duration,
     return *animation;
 }
 
-maxhost::import::ImportedScene SourceScene::Convert(const std::string& path) {
-    return maxhost::import::ConvertScene(*scene_, path);
+maxhost::import::ImportedScene SourceScene::Convert(const std::string& path,
+                                                    const maxhost::import::ImportChoices& choices) {
+    return maxhost::import::ConvertScene(*scene_, path, choices);
 }
 
 aiMatrix4x4 Moved(float x, float y, float z) {

@@ -57,7 +57,8 @@ class SourceScene {
     }
 
     aiScene& Scene() { return *scene_; }
-    maxhost::import::ImportedScene Convert(const std::string& path = "no/such/file.x");
+    maxhost::import::ImportedScene Convert(const std::string& path = "no/such/file.x",
+                                           const maxhost::import::ImportChoices& choices = {});
 
   private:
     std::unique_ptr<aiScene> scene_ = std::make_unique<aiScene>();

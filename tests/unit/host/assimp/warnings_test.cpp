@@ -230,8 +230,10 @@ TEST(Units, ThatAreNotTheFormatsOwnAreSaid) {
         return source.Convert().warnings;
     };
     const std::string rest = "; lengths are left in that unit (--scale changes them)";
-    EXPECT_EQ(fbx(2.54, 2), Lines{"the file's unit is 0.0254 m and its up axis z" + rest});
-    EXPECT_EQ(fbx(100.0f, 1), Lines{"the file's unit is 1 m and its up axis y" + rest});
+    EXPECT_EQ(fbx(2.54, 2),
+              Lines{"the file's unit is 0.0254 m and its up axis z, not turned" + rest});
+    EXPECT_EQ(fbx(100.0f, 1),
+              Lines{"the file's unit is 1 m and its up axis y, turned to z" + rest});
     EXPECT_EQ(fbx(1.0, 2), Lines{});
     EXPECT_EQ(fbx(std::numeric_limits<double>::quiet_NaN(), 2), Lines{});
     EXPECT_EQ(fbx(-1.0, 2), Lines{});
@@ -242,6 +244,7 @@ TEST(Units, ThatAreNotTheFormatsOwnAreSaid) {
         source.AddNode(source.Root(), "Box");
         return source.Convert().warnings;
     };
-    EXPECT_EQ(collada(0.0254f), Lines{"the file's unit is 0.0254 m and its up axis z" + rest});
+    EXPECT_EQ(collada(0.0254f),
+              Lines{"the file's unit is 0.0254 m and its up axis z, not turned" + rest});
     EXPECT_EQ(collada(1), Lines{});
 }

@@ -1,5 +1,8 @@
 // The host's Interface: selection, progress, cancel, directories, time.
 #include <maxapi.h>
+#include <mesh.h>
+
+#include <algorithm>
 
 #include "tests/unit/host/sdk/support.h"
 
@@ -74,9 +77,60 @@ class RecordingObserver : public maxhost::ProgressObserver {
     std::vector<std::string> calls;
 };
 
+class WorkObserver : public maxhost::ProgressObserver {
+  public:
+    void OnStart(const std::string&) override {}
+    void OnUpdate(int) override {}
+    void OnEnd() override {}
+    void OnWork(double share) override { shares.push_back(share); }
+    std::vector<double> shares;
+};
+
+// As an exporter reads a mesh.
+void ReadCorners(Mesh& mesh) {
+    mesh.buildNormals();
+    for (int i = 0; i < mesh.getNumFaces(); ++i) {
+        for (const DWORD vertex : mesh.faces[i].v) {
+            mesh.getRVert(static_cast<int>(vertex));
+        }
+    }
+}
+
 DWORD WINAPI FailingProgressFunction(LPVOID) {
     ADD_FAILURE() << "called";
     return 0;
+}
+
+TEST_F(InterfaceTest, ReadingAMeshIsWorkOfTheStep) {
+    WorkObserver observer;
+    Host::Instance().SetProgressObserver(&observer);
+    GetCOREInterface()->ProgressUpdate(100);
+    Mesh mesh;
+    mesh.setNumVerts(3);
+    mesh.setNumFaces(100'000);
+    for (int i = 0; i < 3; ++i) {
+        mesh.verts[i] = Point3(0, 0, 0);
+    }
+    for (int i = 0; i < mesh.getNumFaces(); ++i) {
+        mesh.faces[i].setVerts(0, 1, 2);
+    }
+    ReadCorners(mesh);
+    ASSERT_GT(observer.shares.size(), 30u);
+    EXPECT_EQ(observer.shares.front(), 0);
+    EXPECT_NEAR(observer.shares.back(), 0.5, 0.02) << "it is read a second time";
+    ReadCorners(mesh);
+    EXPECT_NEAR(observer.shares.back(), 1, 0.02);
+    EXPECT_TRUE(std::is_sorted(observer.shares.begin(), observer.shares.end()));
+
+    // Another mesh of the same step.
+    ReadCorners(mesh);
+    ReadCorners(mesh);
+    EXPECT_TRUE(std::is_sorted(observer.shares.begin(), observer.shares.end()));
+    EXPECT_LE(observer.shares.back(), 1);
+
+    GetCOREInterface()->ProgressUpdate(100);
+    ReadCorners(mesh);
+    EXPECT_NEAR(observer.shares.back(), 0.5, 0.02) << "of the next step";
 }
 
 TEST_F(InterfaceTest, ProgressIsObserved) {

@@ -11,12 +11,15 @@
 #include <iostream>
 #include <new>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 #include "host/assimp/import.h"
 
 using maxhost::import::ImportError;
 using maxhost::import::LimitsFor;
 using maxhost::import::ReaderLimits;
+using maxhost::import::ReportPercent;
 using maxhost::import::RunInReaderProcess;
 
 namespace {
@@ -44,6 +47,45 @@ TEST(ReaderProcess, HandsTheResultOver) {
     EXPECT_EQ(RunInReaderProcess([] { return std::string(); }), "");
     const std::string big(50'000'000, 'x');
     EXPECT_EQ(RunInReaderProcess([&] { return big; }), big);
+}
+
+TEST(ReaderProcess, ProgressComesOverBeforeTheResult) {
+    std::vector<int> seen;
+    const std::string result = RunInReaderProcess(
+        [](const ReportPercent& report) {
+            for (const int percent : std::vector<int>{1, 50, 'R', 100}) {
+                report(percent);
+            }
+            return std::string("P1");
+        },
+        {}, [&](int percent) { seen.push_back(percent); });
+    EXPECT_EQ(result, "P1");
+    EXPECT_EQ(seen, (std::vector<int>{1, 50, 'R', 100}));
+}
+
+TEST(ReaderProcess, ReportsStandWhereTheWorkFailsToo) {
+    std::vector<int> seen;
+    EXPECT_THROW(RunInReaderProcess(
+                     [](const ReportPercent& report) -> std::string {
+                         report(7);
+                         throw std::runtime_error("no more");
+                     },
+                     {}, [&](int percent) { seen.push_back(percent); }),
+                 ImportError);
+    EXPECT_EQ(seen, std::vector<int>{7});
+}
+
+TEST(ReaderProcess, SilentWorkIsReportedTwiceASecond) {
+    std::vector<int> seen;
+    RunInReaderProcess(
+        [](const ReportPercent& report) {
+            report(30);
+            usleep(1'200'000);
+            return std::string();
+        },
+        {}, [&](int percent) { seen.push_back(percent); });
+    EXPECT_GE(seen.size(), 3u);
+    EXPECT_EQ(seen, std::vector<int>(seen.size(), 30));
 }
 
 TEST(ReaderProcess, ChangesNothingHere) {

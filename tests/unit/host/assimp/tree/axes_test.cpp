@@ -2,6 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "host/assimp/tree/tree.h"
 #include "tests/unit/host/assimp/shown_scene.h"
@@ -201,4 +204,97 @@ TEST(Axes, AMirroringRootIsNoTurn) {
     const ImportedScene imported = source.Convert();
     EXPECT_EQ(MatrixOf(imported.scene.nodes[0]),
               (Matrix{Vec3{-1, 0, 0}, Vec3{0, 1, 0}, Vec3{0, 0, 1}, Vec3{0, 0, 0}}));
+}
+
+// ---------------------------------------------------------------- files that do not say what is up
+
+namespace {
+
+// Imports with that axis up, and without a choice where it is absent.
+ImportedScene WithUp(SourceScene& source, std::optional<int> up) {
+    return source.Convert("no/such/file.x", {.animation = {}, .frameRate = {}, .up = up});
+}
+
+std::vector<Vec3> VerticesWithUp(std::optional<int> up) {
+    SourceScene source("Some Importer");
+    SourceScene::Show(source.Root(),
+                      {source.AddMesh("m", {{1, 2, 3}, {4, 5, 6}, {7, 8, 9}}, {{0, 1, 2}})});
+    return WithUp(source, up).scene.nodes[0].object->mesh->vertices;
+}
+
+// A scene of the importer whose root is turned from z up to y up, as readers of formats do that are
+// z up by their definition.
+ImportedScene WithTurnedRoot(const char* root, float rounding, std::optional<int> up) {
+    SourceScene source("Some Importer", root);
+    source.Root()->mTransformation =
+        aiMatrix4x4(1, 0, 0, 0, 0, rounding, 1, 0, 0, -1, rounding, 0, 0, 0, 0, 1);
+    source.AddNode(source.Root(), "Box");
+    return WithUp(source, up);
+}
+
+using Lines = std::vector<std::string>;
+
+}  // namespace
+
+TEST(UpAxis, IsBroughtUpByARotation) {
+    EXPECT_EQ(VerticesWithUp(std::nullopt)[0], (Vec3{1, -3, 2}));
+    EXPECT_EQ(VerticesWithUp(1), VerticesWithUp(std::nullopt)) << "y by default";
+    EXPECT_EQ(VerticesWithUp(2)[0], (Vec3{1, 2, 3}));
+    EXPECT_EQ(VerticesWithUp(0)[0], (Vec3{2, 3, 1}));
+}
+
+TEST(UpAxis, SaysWhatWasDone) {
+    SourceScene source("Some Importer");
+    EXPECT_EQ(WithUp(source, std::nullopt).upAxis,
+              "y, assumed, the file does not say (--up does), turned to z");
+    EXPECT_EQ(WithUp(source, 2).upAxis, "z, by --up, not turned");
+    EXPECT_EQ(WithUp(source, 0).upAxis, "x, by --up, turned to z");
+    EXPECT_EQ(WithUp(source, 0).warnings, Lines{});
+}
+
+TEST(UpAxis, OfAFileThatSaysItStays) {
+    const auto fbx = [](std::optional<int> stated, std::optional<int> up) {
+        SourceScene source(kFbx, "RootNode");
+        if (stated) {
+            source.Set("UpAxis", *stated);
+        }
+        source.AddNode(source.Root(), "Box")->mTransformation = Moved(1, 2, 3);
+        return WithUp(source, up);
+    };
+    EXPECT_EQ(MatrixOf(fbx(1, 2).scene.nodes[0])[3], (Vec3{1, -3, 2}));
+    EXPECT_EQ(fbx(1, 2).warnings,
+              Lines{"--up has no effect: the up axis is y, as the file says, turned to z"});
+    EXPECT_EQ(fbx(2, 1).warnings,
+              Lines{"--up has no effect: the up axis is z, as the file says, not turned"});
+    EXPECT_EQ(fbx(2, std::nullopt).warnings, Lines{});
+    EXPECT_EQ(MatrixOf(fbx(std::nullopt, 2).scene.nodes[0])[3], (Vec3{1, 2, 3}))
+        << "an FBX file without the setting";
+    EXPECT_EQ(fbx(7, 2).upAxis, "z, by --up, not turned") << "or a senseless one";
+
+    SourceScene gltf(kGltf);
+    EXPECT_EQ(
+        WithUp(gltf, 2).warnings,
+        Lines{"--up has no effect: the up axis is y, as in all files of the format, turned to z"});
+    SourceScene collada(kCollada, "VisualSceneNode");
+    EXPECT_EQ(WithUp(collada, 2).warnings,
+              Lines{"--up has no effect: the up axis is y, as the file says, turned to z"});
+}
+
+TEST(UpAxis, OfAFileThatItsReaderTurnsStays) {
+    // Roots that become nodes are turned with their own matrix.
+    for (const char* const root : {"<MD5_Root>", "Group_0"}) {
+        for (const float rounding : {0.0f, -4.37114e-08f}) {
+            const ImportedScene plain = WithTurnedRoot(root, rounding, std::nullopt);
+            const ImportedScene chosen = WithTurnedRoot(root, rounding, 2);
+            EXPECT_EQ(plain.upAxis, "z, as the format's reader knows, not turned");
+            EXPECT_EQ(plain.warnings, Lines{});
+            EXPECT_EQ(chosen.warnings, Lines{"--up has no effect: the up axis is z, as the "
+                                             "format's reader knows, not turned"});
+            EXPECT_EQ(MatrixOf(chosen.scene.nodes.back()), MatrixOf(plain.scene.nodes.back()));
+        }
+    }
+    SourceScene tilted("Some Importer", "<Root>");
+    aiMatrix4x4::RotationX(0.3f, tilted.Root()->mTransformation);
+    tilted.AddNode(tilted.Root(), "Box");
+    EXPECT_EQ(WithUp(tilted, 2).upAxis, "z, by --up, not turned") << "a tilt is no change of axes";
 }
