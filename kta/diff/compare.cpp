@@ -176,10 +176,10 @@ ChunkChange ChangeOf(Change change, const Subject* a, const Subject* b) {
     result.identity = named.identity;
     result.ordinal = named.ordinal;
     if (a != nullptr) {
-        result.offsetA = a->chunk->offset;
+        result.inA = a->place;
     }
     if (b != nullptr) {
-        result.offsetB = b->chunk->offset;
+        result.inB = b->place;
     }
     return result;
 }

@@ -51,12 +51,20 @@ struct FieldChange {
     std::optional<double> degrees;    // of rotations: how far these two are turned apart
 };
 
+// Where a chunk stands, and the number in its file of the node or material that it is about (a wire
+// of its first node); -1 where there is none.
+struct ChunkPlace {
+    std::uint64_t offset = 0;
+    std::int64_t node = -1;
+    std::int64_t material = -1;
+};
+
 struct ChunkChange {
     Change change = Change::changed;  // moved: nothing but the order of items differs
     std::vector<Label> identity;
-    std::size_t ordinal = 1;                        // among those with the same identity
-    std::optional<std::uint64_t> offsetA, offsetB;  // of the chunks
-    std::vector<FieldChange> fields;                // of a changed or moved one
+    std::size_t ordinal = 1;             // among those with the same identity
+    std::optional<ChunkPlace> inA, inB;  // none in a file that does not have it
+    std::vector<FieldChange> fields;     // of a changed or moved one
 };
 
 // The chunks of one kind.

@@ -1,7 +1,5 @@
 #include "kta/diff/references.h"
 
-#include <unordered_map>
-
 #include "kta/dump.h"
 
 namespace kta {
@@ -45,6 +43,11 @@ std::string Numbered::NameOf(std::int64_t number) const {
                   : std::to_string(number);
 }
 
+std::int64_t Numbered::NumberOf(std::string_view name) const {
+    const auto found = numbers_.find(name);
+    return found == numbers_.end() ? -1 : found->second;
+}
+
 // An id for each name and place among those of that name.
 class SharedIds {
   public:
@@ -56,6 +59,7 @@ class SharedIds {
             const std::string ordinal = std::to_string(counter.Next(std::string(name)));
             const auto next = static_cast<std::int64_t>(ids_.size());
             const auto id = ids_.emplace(Key(name, ordinal), next).first->second;
+            numbered.numbers_.emplace(name, static_cast<std::int64_t>(numbered.entries_.size()));
             numbered.entries_.push_back({id, name});
         }
         return numbered;
@@ -159,6 +163,7 @@ class SubjectReader {
     void Add(const Chunk& chunk, Subjects& subjects) {
         Subject subject;
         subject.chunk = &chunk;
+        subject.place.offset = chunk.offset;
         Keys keys = Describe(chunk, subject);
         std::string name;
         for (const auto& [label, value] : subject.identity) {
@@ -174,9 +179,10 @@ class SubjectReader {
     Keys Describe(const Chunk& chunk, Subject& subject) {
         switch (chunk.type->id) {
             case kChunkNode:
+                subject.place.node = nodes_++;
                 return Named("node", TextOf(chunk.As<KTANode>()->nodeName), subject);
             case kChunkMaterial:
-                ++materials_;
+                subject.place.material = materials_++;
                 return Named("material", TextOf(chunk.As<KTAMaterial>()->materialName), subject);
             case kChunkMaterialLayer:
                 return Layer(*chunk.As<KTAMaterialLayer>(), subject);
@@ -206,6 +212,7 @@ class SubjectReader {
     }
 
     Keys OfNode(std::int32_t number, Subject& subject) const {
+        subject.place.node = number;
         subject.identity = {{"node", references_.nodes.NameOf(number)}};
         subject.owner = std::to_string(references_.nodes.IdOf(number));
         return {subject.owner};
@@ -214,6 +221,7 @@ class SubjectReader {
     // Of a layer whose file changed, material and type tell what it is.
     Keys Layer(const KTAMaterialLayer& layer, Subject& subject) const {
         const std::string_view texture = TextOf(layer.textureFileName);
+        subject.place.material = materials_ - 1;
         subject.identity = {{"material", references_.materials.NameOf(materials_ - 1)},
                             {"layer", LayerName(layer.layerType)},
                             {"texture", QuotedText(texture)}};
@@ -224,17 +232,19 @@ class SubjectReader {
         return {Key(subject.owner, type, texture), Key(subject.owner, type)};
     }
 
-    static Keys MorphChannel(const Morph& morph, Subject& subject) {
+    Keys MorphChannel(const Morph& morph, Subject& subject) const {
         const std::string_view node = TextOf(morph.head.nodeName);
         const std::string_view channel = TextOf(morph.channel.channelName);
+        subject.place.node = references_.nodes.NumberOf(node);
         subject.identity = {{"node", QuotedText(node)}, {"channel", QuotedText(channel)}};
         subject.owner = node;
         return {Key(node, channel)};
     }
 
-    static Keys Wire(const KTAWire& wire, Subject& subject) {
+    Keys Wire(const KTAWire& wire, Subject& subject) const {
         const std::string_view first = TextOf(wire.firstNodeName);
         const std::string_view second = TextOf(wire.secondNodeName);
+        subject.place.node = references_.nodes.NumberOf(first);
         subject.identity = {{"firstNode", QuotedText(first)},
                             {"firstVariable", QuotedText(TextOf(wire.firstVariable))},
                             {"secondNode", QuotedText(second)},
@@ -244,10 +254,11 @@ class SubjectReader {
                 Key(first, second)};
     }
 
-    static Keys IKChain(const KTAIKChain& chain, Subject& subject) {
+    Keys IKChain(const KTAIKChain& chain, Subject& subject) const {
         const std::string_view node = TextOf(chain.nodeName);
         const std::string_view start = TextOf(chain.startJoint);
         const std::string_view end = TextOf(chain.endJoint);
+        subject.place.node = references_.nodes.NumberOf(node);
         subject.identity = {{"node", QuotedText(node)},
                             {"startJoint", QuotedText(start)},
                             {"endJoint", QuotedText(end)}};
@@ -275,7 +286,8 @@ class SubjectReader {
     const References& references_;
     Counter ordinals_;
     Counter parts_;
-    std::int64_t materials_ = 0;  // so far
+    std::int64_t nodes_ = 0;  // so far, as are the materials
+    std::int64_t materials_ = 0;
     std::string partName_ = "null";
     std::string partKey_;
 };

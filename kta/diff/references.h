@@ -1,6 +1,8 @@
 // What the numbers in two files stand for, and which of their chunks belong together.
 #pragma once
 
+#include <unordered_map>
+
 #include "kta/diff/diff.h"
 
 namespace kta {
@@ -12,6 +14,8 @@ class Numbered {
     std::int64_t IdOf(std::int64_t number) const;
     // The name as JSON; null for -1, and the number itself where nothing has it.
     std::string NameOf(std::int64_t number) const;
+    // Of the first one of that name; -1 where there is none.
+    std::int64_t NumberOf(std::string_view name) const;
 
   private:
     friend class SharedIds;
@@ -20,6 +24,7 @@ class Numbered {
         std::string_view name;  // in the file's chunk
     };
     std::vector<Entry> entries_;
+    std::unordered_map<std::string_view, std::int64_t> numbers_;  // of the first of each name
 };
 
 struct References {
@@ -47,6 +52,7 @@ Match MatchByKeys(const std::vector<Keys>& a, const std::vector<Keys>& b);
 // A chunk and what it is about.
 struct Subject {
     const Chunk* chunk = nullptr;
+    ChunkPlace place;
     std::vector<Label> identity;
     std::size_t ordinal = 1;  // among those with the same identity
     // What it hangs from: order is that of the subjects with the same owner.

@@ -190,12 +190,26 @@ Json FieldJson(const FieldChange& change) {
     return object;
 }
 
+Json PlaceJson(const std::optional<ChunkPlace>& place) {
+    if (!place) {
+        return {};
+    }
+    Json object = {{"offset", place->offset}};
+    if (place->node >= 0) {
+        object["node"] = place->node;
+    }
+    if (place->material >= 0) {
+        object["material"] = place->material;
+    }
+    return object;
+}
+
 Json ChunkJson(const KindDiff& kind, const ChunkChange& chunk) {
     Json object = {{"kind", kind.type->name}, {"change", ChangeName(chunk.change)}};
     AddLabels(chunk.identity, object);
     object["ordinal"] = chunk.ordinal;
-    object["offsetA"] = chunk.offsetA ? Json(*chunk.offsetA) : Json();
-    object["offsetB"] = chunk.offsetB ? Json(*chunk.offsetB) : Json();
+    object["inA"] = PlaceJson(chunk.inA);
+    object["inB"] = PlaceJson(chunk.inB);
     if (!chunk.fields.empty()) {
         for (const FieldChange& field : chunk.fields) {
             object["fields"].push_back(FieldJson(field));

@@ -550,10 +550,11 @@ TEST(DiffReport, AsJson) {
     EXPECT_EQ(json.at("kinds").at("node").at("orderDiffers"), false);
     const auto& node = json.at("changes").at(0);
     EXPECT_EQ(node.at("node"), "\u00e9");
-    EXPECT_EQ(node.at("offsetA"), nullptr);
+    EXPECT_EQ(node.at("inA"), nullptr);
+    EXPECT_EQ(node.at("inB").at("node"), 1);
     const auto& changed = json.at("changes").at(1);
     EXPECT_EQ(changed.at("kind"), "mesh");
-    EXPECT_EQ(changed.at("offsetA"), 7 + 2 * 120 + 644);
+    EXPECT_EQ(changed.at("inA"), nlohmann::json({{"offset", 7 + 2 * 120 + 644}, {"node", 0}}));
     const auto& position = changed.at("fields").at(1);
     EXPECT_EQ(position.dump(),
               R"({"a":[2.0,0.0,2.0],"at":{"originalVertex":2,"vertex":2},"b":[2.0,0.1,"inf"],)"
