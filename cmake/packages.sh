@@ -35,6 +35,29 @@ install_packages() {
     rm -f "$log"
 }
 
+# install_node_packages FROM TO: installs in the folder TO what FROM/package.json names, unless it is
+# there, and Node.js and npm where there are none.
+install_node_packages() {
+    local from=$1 to=$2 log
+    if cmp -s "$from/package-lock.json" "$to/package-lock.json" && [ -d "$to/node_modules" ]; then
+        return 0
+    fi
+    command -v node >/dev/null || install_packages nodejs
+    command -v npm >/dev/null || install_packages npm
+    step "installing the packages of $from/package.json"
+    rm -rf "$to"
+    mkdir -p "$to"
+    cp "$from/package.json" "$to"
+    log=$(mktemp)
+    cp "$from/package-lock.json" "$to/package-lock.json"
+    if ! (cd "$to" && npm ci --no-audit --no-fund --ignore-scripts) >"$log" 2>&1 </dev/null; then
+        cat "$log" >&2
+        rm -rf "$log" "$to"
+        fail "cannot install the packages of $from/package.json"
+    fi
+    rm -f "$log"
+}
+
 # build PRESET TARGET [CMAKE-ARGUMENT...]: configures and builds; the compiler's words are shown when
 # it fails.
 build() {

@@ -23,8 +23,8 @@ std::vector<Command> Describe(CLI::App& app) {
     app.footer(
         "Exit status: 0 done, 1 a file is faulty, 2 bad usage, a file that cannot be read or has\n"
         "nothing to show, or output that cannot be written.");
-    return {kta::command::AddInfo(app), kta::command::AddDump(app), kta::command::AddCheck(app),
-            kta::command::AddDiff(app), kta::command::AddPreview(app)};
+    return {kta::command::AddInfo(app), kta::command::AddDump(app),    kta::command::AddCheck(app),
+            kta::command::AddDiff(app), kta::command::AddPreview(app), kta::command::AddGlb(app)};
 }
 
 // CLI11's own text does not tell what stands in the command's place.

@@ -273,27 +273,25 @@ void AddTrack(const KeyTrack& track, NodeMotion& motion) {
     }
 }
 
-// At tick 0, where the actor file tells how the node stands. Samples may begin later, but the part
-// itself tells that of sampled nodes.
-Transform AtTickZero(const NodeMotion& motion) {
-    Transform pose = motion.rest;
-    if (!motion.position.IsSampled()) {
-        pose.translation = VectorAt(motion.position, 0, pose.translation);
-    }
-    if (!motion.rotation.IsSampled()) {
-        pose.rotation = RotationAt(motion.rotation, 0, pose.rotation);
-    }
-    if (!motion.scale.IsSampled()) {
-        pose.scale = VectorAt(motion.scale, 0, pose.scale);
-    }
-    return pose;
-}
-
 }  // namespace
 
 Transform NodeMotion::At(double seconds) const {
     return {VectorAt(position, seconds, rest.translation),
             RotationAt(rotation, seconds, rest.rotation), VectorAt(scale, seconds, rest.scale)};
+}
+
+Transform NodeMotion::AtTickZero() const {
+    Transform pose = rest;
+    if (!position.IsSampled()) {
+        pose.translation = VectorAt(position, 0, pose.translation);
+    }
+    if (!rotation.IsSampled()) {
+        pose.rotation = RotationAt(rotation, 0, pose.rotation);
+    }
+    if (!scale.IsSampled()) {
+        pose.scale = VectorAt(scale, 0, pose.scale);
+    }
+    return pose;
 }
 
 // By the record the node stands `local` to what its parent is in 3ds Max, and by the matrices
@@ -313,7 +311,7 @@ void NodeTree::Place(std::size_t i, NodeMotion& motion) const {
             motion.link = node.bindLocal * *inverse;
         }
     }
-    const Affine told = AtTickZero(motion).ToAffine();
+    const Affine told = motion.AtTickZero().ToAffine();
     if (const std::optional<Affine> inverse = Inverse(told);
         inverse && HasVolume(local) && !IsSame(told, local, tolerance)) {
         motion.offset = *inverse * local;

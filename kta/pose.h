@@ -34,6 +34,9 @@ struct NodeMotion {
     Affine offset;
 
     Transform At(double seconds) const;
+    // At tick 0, where the actor file tells how the node stands. Samples may begin later, but the
+    // part itself tells that of sampled nodes.
+    Transform AtTickZero() const;
 };
 
 // The nodes of an actor file, in their order, and their motion. Linear in the files' sizes, but

@@ -151,7 +151,8 @@ double CurveAt(const Curve& curve, double seconds, double without) {
     if (behind == curve.begin() || behind == curve.end()) {
         return behind == curve.begin() ? curve.front().value : curve.back().value;
     }
-    return Between(*(behind - 1), *behind, seconds);
+    const CurveKey& from = *(behind - 1);
+    return seconds == from.time ? from.value : Between(from, *behind, seconds);
 }
 
 bool Track::IsKeyframed() const {

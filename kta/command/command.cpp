@@ -41,6 +41,26 @@ std::string NameOf(const std::string& path) {
     return path == "-" ? "standard input" : path;
 }
 
+Reading ReadPart(const std::string& path, KTAFileKind kind, Status& status) {
+    Reading reading = ReadGiven(path);
+    RequireKind(reading, kind);
+    const std::string name = NameOf(path);
+    status = std::max(status, Report(FirstFaults(FaultLines(name, reading), name), reading));
+    if (reading.file && reading.file->kind != kind) {
+        status = kUnusable;
+        reading.file.reset();
+    }
+    return reading;
+}
+
+TextureFinder FinderFor(const std::string& actor, const std::vector<std::string>& folders) {
+    std::optional<std::filesystem::path> beside;
+    if (actor != "-") {
+        beside = std::filesystem::path(actor).parent_path();
+    }
+    return {beside, {folders.begin(), folders.end()}};
+}
+
 bool WriteOutput(const std::string& path, std::span<const std::uint8_t> bytes) {
     try {
         ReplaceWholeFile(path, [&](std::ostream& out) {

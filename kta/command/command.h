@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "kta/reader.h"
+#include "kta/texture_files.h"
 
 namespace kta::command {
 
@@ -25,6 +26,7 @@ struct Command {
 Command AddCheck(CLI::App& kta);
 Command AddDiff(CLI::App& kta);
 Command AddDump(CLI::App& kta);
+Command AddGlb(CLI::App& kta);
 Command AddInfo(CLI::App& kta);
 Command AddPreview(CLI::App& kta);
 
@@ -39,6 +41,14 @@ Status Report(const std::vector<std::string>& faultLines, const Reading& reading
 // "-" is the standard input; in messages it is called so.
 Reading ReadGiven(const std::string& path);
 std::string NameOf(const std::string& path);
+
+// Reads a given file that must be of a kind, and complains of what is wrong with it; `status`
+// becomes at least what that gives. There is no file in a reading of which nothing of the kind can
+// be shown.
+Reading ReadPart(const std::string& path, KTAFileKind kind, Status& status);
+
+// Looks beside the actor file, unless that is the standard input, and then in the folders.
+TextureFinder FinderFor(const std::string& actor, const std::vector<std::string>& folders);
 
 // Makes the file or replaces it as a whole. False when it cannot be, which was complained of.
 bool WriteOutput(const std::string& path, std::span<const std::uint8_t> bytes);

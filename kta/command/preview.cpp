@@ -20,34 +20,11 @@ struct Files {
 
 // Complains of what is wrong; whether there is an actor, and a motion where one is asked for.
 bool ReadAll(const PreviewOptions& options, Files& files) {
-    const auto read = [&files](const std::string& path, KTAFileKind kind) {
-        Reading reading = ReadGiven(path);
-        RequireKind(reading, kind);
-        const std::string name = NameOf(path);
-        files.status =
-            std::max(files.status, Report(FirstFaults(FaultLines(name, reading), name), reading));
-        if (reading.file && reading.file->kind != kind) {
-            files.status = kUnusable;
-        }
-        return reading;
-    };
-    files.actor = read(options.actor, kFileKindActor);
+    files.actor = ReadPart(options.actor, kFileKindActor, files.status);
     if (!options.motion.empty()) {
-        files.motion = read(options.motion, kFileKindMotion);
+        files.motion = ReadPart(options.motion, kFileKindMotion, files.status);
     }
-    const auto isThere = [](const Reading& reading, KTAFileKind kind) {
-        return reading.file && reading.file->kind == kind;
-    };
-    return isThere(files.actor, kFileKindActor) &&
-           (!files.motion || isThere(*files.motion, kFileKindMotion));
-}
-
-TextureFinder FinderOf(const PreviewOptions& options) {
-    std::optional<std::filesystem::path> beside;
-    if (options.actor != "-") {
-        beside = std::filesystem::path(options.actor).parent_path();
-    }
-    return {beside, {options.textureFolders.begin(), options.textureFolders.end()}};
+    return files.actor.file && (!files.motion || files.motion->file);
 }
 
 // Complains of those that cannot be shown, which is no failure.
@@ -56,7 +33,7 @@ ActorTextures TexturesOf(const PreviewOptions& options, const File& actor) {
     if (!options.withTextures) {
         return textures;
     }
-    TextureFinder finder = FinderOf(options);
+    TextureFinder finder = FinderFor(options.actor, options.textureFolders);
     textures = LoadTextures(actor, finder);
     for (const std::string& fault : textures.faults) {
         Complain(fault);

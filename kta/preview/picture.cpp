@@ -37,12 +37,15 @@ void AppendChunk(Bytes& file, const char (&type)[5], const Bytes& data) {
                         crc32(0, &file[start], static_cast<uInt>(file.size() - start))));
 }
 
-Bytes FileStart(int width, int height) {
+// The kinds of pixel, as the header numbers them.
+enum ColourType : std::uint8_t { kRgb = 2, kRgba = 6 };
+
+Bytes FileStart(int width, int height, ColourType colours = kRgb) {
     Bytes file = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'};
     Bytes header;
     AppendU32(header, static_cast<std::uint32_t>(width));
     AppendU32(header, static_cast<std::uint32_t>(height));
-    header.insert(header.end(), {8, 2, 0, 0, 0});  // 8 bits, RGB, the usual ways, not interlaced
+    header.insert(header.end(), {8, colours, 0, 0, 0});  // 8 bits, the usual ways, not interlaced
     AppendChunk(file, "IHDR", header);
     return file;
 }
@@ -54,8 +57,8 @@ Bytes FileStart(int width, int height) {
 // Filters and compresses rows as they come.
 class RowCompressor {
   public:
-    explicit RowCompressor(std::size_t width)
-        : last_(width * 3, 0), filtered_(width * 3 + 1, kUpFilter) {
+    explicit RowCompressor(std::size_t width, std::size_t bytesPerPixel = sizeof(Rgb))
+        : last_(width * bytesPerPixel, 0), filtered_(width * bytesPerPixel + 1, kUpFilter) {
         if (deflateInit(&stream_, kLevel) != Z_OK) {
             throw std::bad_alloc();
         }
@@ -66,7 +69,9 @@ class RowCompressor {
 
     void Append(const Rgb* row) {
         static_assert(sizeof(Rgb) == 3);
-        const std::uint8_t* const bytes = row->data();
+        Append(row->data());
+    }
+    void Append(const std::uint8_t* bytes) {
         for (std::size_t i = 0; i < last_.size(); ++i) {
             filtered_[i + 1] = static_cast<std::uint8_t>(bytes[i] - last_[i]);
         }
@@ -198,6 +203,22 @@ std::vector<std::uint8_t> EncodePng(const Picture& picture) {
     PngWriter writer(picture.width, picture.height);
     writer.Append(picture.pixels);
     return writer.Finish();
+}
+
+std::vector<std::uint8_t> EncodePng(const Image& image) {
+    const auto width = static_cast<std::size_t>(image.width);
+    RowCompressor compressor(width, sizeof(std::uint32_t));
+    Bytes row(width * sizeof(std::uint32_t));
+    for (std::size_t first = 0; first < image.pixels.size(); first += width) {
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            row[i] = static_cast<std::uint8_t>(image.pixels[first + i / 4] >> (8 * (i % 4)));
+        }
+        compressor.Append(row.data());
+    }
+    Bytes file = FileStart(image.width, image.height, kRgba);
+    AppendChunk(file, "IDAT", compressor.Finish());
+    AppendChunk(file, "IEND", {});
+    return file;
 }
 
 void AnimatedPngWriter::Append(Picture picture) {

@@ -24,6 +24,13 @@ struct Picture {
     }
 };
 
+// With opacity. Rows from the top left, red in a pixel's lowest byte and opacity in the highest.
+struct Image {
+    int width = 0;
+    int height = 0;
+    std::vector<std::uint32_t> pixels;
+};
+
 // Of that size, in one colour.
 Picture PlainPicture(int width, int height, const Rgb& colour);
 
@@ -32,6 +39,7 @@ void Paste(Picture& picture, const Picture& part, int left, int top);
 
 // A whole PNG file of 8-bit colours. The same picture gives the same bytes. Throws std::bad_alloc.
 std::vector<std::uint8_t> EncodePng(const Picture& picture);
+std::vector<std::uint8_t> EncodePng(const Image& image);
 
 class RowCompressor;
 

@@ -62,7 +62,7 @@ std::size_t MostAllocation(std::size_t bytes, int width, int height) {
                                    static_cast<std::size_t>(height));
 }
 
-ImageReading Failed(std::string error) {
+DecodedImage Failed(std::string error) {
     return {std::nullopt, std::move(error)};
 }
 
@@ -155,7 +155,7 @@ std::size_t Texture::Bytes() const {
     return pixels * sizeof(std::uint32_t);
 }
 
-ImageReading ReadImage(std::span<const std::uint8_t> bytes) {
+DecodedImage DecodeImage(std::span<const std::uint8_t> bytes) {
     const auto* const data = bytes.data();
     const int size = static_cast<int>(bytes.size());
     int width = 0, height = 0, channels = 0;
@@ -187,10 +187,10 @@ ImageReading ReadImage(std::span<const std::uint8_t> bytes) {
                 std::uint32_t{at[3]} << 24;
         at += 4;
     }
-    return {Texture(width, height, std::move(packed)), ""};
+    return {Image{width, height, std::move(packed)}, ""};
 }
 
-ImageReading ReadImageFile(const std::filesystem::path& path) {
+DecodedImage DecodeImageFile(const std::filesystem::path& path) {
     std::error_code error;
     if (!std::filesystem::is_regular_file(path, error)) {
         return Failed("is no file");
@@ -205,7 +205,27 @@ ImageReading ReadImageFile(const std::filesystem::path& path) {
     if (stream.gcount() != static_cast<std::streamsize>(size)) {
         return Failed("cannot be read");
     }
-    return ReadImage(bytes);
+    return DecodeImage(bytes);
+}
+
+namespace {
+
+ImageReading ToTexture(DecodedImage decoded) {
+    if (!decoded.image) {
+        return {std::nullopt, std::move(decoded.error)};
+    }
+    Image& image = *decoded.image;
+    return {Texture(image.width, image.height, std::move(image.pixels)), ""};
+}
+
+}  // namespace
+
+ImageReading ReadImage(std::span<const std::uint8_t> bytes) {
+    return ToTexture(DecodeImage(bytes));
+}
+
+ImageReading ReadImageFile(const std::filesystem::path& path) {
+    return ToTexture(DecodeImageFile(path));
 }
 
 }  // namespace kta

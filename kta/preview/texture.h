@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "kta/preview/picture.h"
+
 namespace kta {
 
 // Larger image files are not read, and of larger sides they are not shown.
@@ -49,13 +51,21 @@ class Texture {
     std::vector<Copy> copies_;  // from the image itself down to one pixel
 };
 
-// What a PNG, JPEG, BMP or TGA file shows, or why it cannot be shown.
+// What a PNG, JPEG, BMP or TGA file holds, or why it cannot be shown. Bounded in memory and time
+// whatever the bytes are.
+struct DecodedImage {
+    std::optional<Image> image;
+    std::string error;
+};
+DecodedImage DecodeImage(std::span<const std::uint8_t> bytes);
+DecodedImage DecodeImageFile(const std::filesystem::path& path);
+
+// The same to be shown on surfaces.
 struct ImageReading {
     std::optional<Texture> texture;
     std::string error;
 };
 
-// Bounded in memory and time whatever the bytes are.
 ImageReading ReadImage(std::span<const std::uint8_t> bytes);
 ImageReading ReadImageFile(const std::filesystem::path& path);
 

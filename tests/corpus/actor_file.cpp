@@ -8,7 +8,7 @@ namespace {
 ActorNode TakeNode(Bytes& bytes) {
     ActorNode node;
     node.name = bytes.TakeName(260);
-    bytes.Skip(260);
+    node.parentName = bytes.TakeName(260);
     node.translation = bytes.Take<std::array<float, 3>>();
     bytes.Skip(16 + 12);
     for (int row = 0; row < 4; ++row) {
@@ -69,7 +69,8 @@ ActorMesh TakeMesh(Bytes& bytes) {
     bytes.Skip(8);
     const auto subMeshes = bytes.Take<std::int32_t>();
     mesh.channels = bytes.Take<std::int32_t>();
-    bytes.Skip(4);
+    mesh.isCollision = bytes.Take<std::uint8_t>() != 0;
+    bytes.Skip(3);
     for (std::int32_t i = 0; i < subMeshes; ++i) {
         mesh.subMeshes.push_back(TakeSubMesh(bytes, mesh.channels));
     }

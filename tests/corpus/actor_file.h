@@ -15,6 +15,7 @@ namespace corpus {
 
 struct ActorNode {
     std::string name;
+    std::string parentName;
     std::array<float, 3> translation{};  // as it stands in the file
     Matrix inverseWorld;                 // column vectors, the file's axes
     bool isAhead = false;                // stands between a mesh and its weights, as its bone
@@ -53,6 +54,7 @@ struct ActorMesh {
     // world, of any other in the node's own axes.
     std::vector<ActorWeights> weights;
     std::vector<ActorSubMesh> subMeshes;
+    bool isCollision = false;
 };
 
 struct Actor {

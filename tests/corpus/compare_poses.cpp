@@ -37,39 +37,6 @@ constexpr int kTicksPerSecond = 4800;
 
 // ---------------------------------------------------------------- matrices
 
-// Newton's iteration to the orthogonal polar factor.
-Matrix RotationPart(Matrix m) {
-    m.a4 = m.b4 = m.c4 = 0;
-    for (int i = 0; i < 40; ++i) {
-        Matrix inverse = Inverse(m);
-        inverse.Transpose();
-        double change = 0;
-        for (unsigned row = 0; row < 3; ++row) {
-            for (unsigned column = 0; column < 3; ++column) {
-                const double next = (m[row][column] + inverse[row][column]) / 2;
-                change = std::max(change, std::abs(next - m[row][column]));
-                m[row][column] = next;
-            }
-        }
-        if (change < 1e-12) {
-            break;
-        }
-    }
-    return m;
-}
-
-double DegreesBetween(const Matrix& a, const Matrix& b) {
-    const Matrix first = RotationPart(a), second = RotationPart(b);
-    double squares = 0;
-    for (unsigned row = 0; row < 3; ++row) {
-        for (unsigned column = 0; column < 3; ++column) {
-            const double difference = first[row][column] - second[row][column];
-            squares += difference * difference;
-        }
-    }
-    return 2 * std::asin(std::min(1.0, std::sqrt(squares / 8))) * 180 / 3.14159265358979323846;
-}
-
 // Whether translation, rotation and scales say all of it.
 bool CanBeHeld(const Matrix& local) {
     double shear = 0;

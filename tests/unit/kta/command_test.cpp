@@ -385,6 +385,78 @@ TEST(PreviewCommandTest, FullDisk) {
               "former");
 }
 
+// ---------------------------------------------------------------- glb
+
+TEST(GlbCommandTest, WritesTheSameFileEachTime) {
+    const std::string actor = Save("actor", ActorFile({{.name = "Box"}}));
+    const std::string motion =
+        Save("motion", kMotion + support::MotionPart("Box") +
+                           SampledTrack('P', {{0, {0, 0, 0}}, {1, {1, 2, 3}}}));
+    const std::string glb = ScratchPath("out.glb");
+    const std::string arguments =
+        "glb " + InQuotes(actor) + " " + InQuotes(motion) + " -o " + InQuotes(glb);
+    EXPECT_EQ(Kta(arguments).status, 0);
+    const std::string first = support::ReadFile(glb);
+    EXPECT_EQ(first.substr(0, 4), "glTF");
+    EXPECT_NE(first.find("\"animations\""), std::string::npos);
+    EXPECT_EQ(Kta(arguments).status, 0);
+    EXPECT_EQ(support::ReadFile(glb), first);
+    // Without the motion nothing moves.
+    EXPECT_EQ(Kta("glb " + InQuotes(actor) + " -o " + InQuotes(glb)).status, 0);
+    EXPECT_EQ(support::ReadFile(glb).find("\"animations\""), std::string::npos);
+}
+
+TEST(GlbCommandTest, BadUsage) {
+    const std::string actor = InQuotes(Save("actor", ActorFile({DistinctNode()})));
+    const std::pair<std::string, std::string> cases[] = {
+        {"", "--output is required"},
+        {"-o out.gltf", "\"out.gltf\" is no GLB file, expected a name that ends in .glb"},
+        {"-o out.glb --max-influences 0", "0"},
+        {"-o out.glb --texture-dir nowhere", "nowhere"}};
+    for (const auto& [arguments, text] : cases) {
+        const Result result = Kta("glb " + actor + " " + arguments);
+        EXPECT_EQ(result.status, 2) << arguments;
+        EXPECT_NE(result.errors.find(text), std::string::npos) << result.errors;
+    }
+}
+
+TEST(GlbCommandTest, FilesThatCannotBeShown) {
+    const std::string glb = ScratchPath("out.glb");
+    const std::string actor = Save("actor", ActorFile({DistinctNode()}));
+    const std::string motion = Save("motion", TracksFile());
+    const std::string empty = Save("empty", ActorFile({}));
+    const std::pair<std::string, std::string> cases[] = {
+        {InQuotes(motion), "expected"},
+        {InQuotes(actor) + " " + InQuotes(actor), "expected"},
+        {InQuotes(ScratchPath("none")), NoSuchFile()},
+        {InQuotes(empty), "no node to show, nothing written"}};
+    for (const auto& [files, text] : cases) {
+        const Result result = Kta("glb " + files + " -o " + InQuotes(glb));
+        EXPECT_EQ(result.status, 2) << files;
+        EXPECT_NE(result.errors.find(text), std::string::npos) << result.errors;
+        EXPECT_FALSE(std::filesystem::exists(glb));
+    }
+}
+
+TEST(GlbCommandTest, WhatWasReadOfAFaultyFileIsShown) {
+    const std::string glb = ScratchPath("out.glb");
+    const std::string actor = Save("actor", ActorFile({DistinctNode()}) + "cut");
+    EXPECT_EQ(Kta("glb " + InQuotes(actor) + " -o " + InQuotes(glb)).status, 1);
+    EXPECT_TRUE(std::filesystem::exists(glb));
+}
+
+TEST(GlbCommandTest, TexturesThatAreNotFoundAreNamed) {
+    const std::string glb = ScratchPath("out.glb");
+    const std::string actor = Save("actor", kActor + ExtraMaterial() + MaterialChunk(Grey()) +
+                                                LayerChunk({.texture = "brick.png"}) +
+                                                NodeChunk({}) + MeshChunk(Triangle(1, 0, 0)));
+    const Result result = Kta("glb " + InQuotes(actor) + " -o " + InQuotes(glb));
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "kta: " + actor + ": 1 texture left out, not found: brick.png\n");
+}
+
+// ---------------------------------------------------------------- texts and streams
+
 TEST(CommandTest, ControlCharactersOfNamesStayOutOfMessages) {
     EXPECT_TRUE(Kta("info \"/no\nsuch\x1b[31m\"")
                     .errors.starts_with("kta: /no such [31m: cannot be opened ("));

@@ -13,8 +13,6 @@ using kta::kNoNode;
 using kta::NodeTree;
 using kta::Vector3;
 
-const float kHalf = std::sqrt(0.5f);
-
 // Both files stay with their tree.
 class PosedActor {
   public:
@@ -49,27 +47,6 @@ void ExpectSame(const Affine& found, const Affine& expected) {
     }
 }
 
-// A node whose place in the world is at `world`; it stands at `local` to its parent.
-NodeFields NodeAt(const std::string& name, const std::string& parent,
-                  const std::array<float, 3>& local, const std::array<float, 3>& world) {
-    NodeFields node;
-    node.name = name;
-    node.parentName = parent;
-    node.translation = local;
-    for (std::size_t i = 0; i < 3; ++i) {
-        node.matrix[12 + i] = -world[i];
-    }
-    return node;
-}
-
-NodeFields RootAt(const std::string& name, const std::array<float, 3>& world) {
-    return NodeAt(name, "", world, world);
-}
-
-std::string MotionOf(const std::string& name, const Pose& pose, const std::string& tracks) {
-    return kMotion + support::MotionPart(name, pose) + tracks;
-}
-
 // Of one node "Box", which stands where the part says.
 PosedActor Moving(const std::string& tracks, const Pose& pose = {}) {
     return PosedActor(ActorFile({RootAt("Box", pose.translation)}), MotionOf("Box", pose, tracks));
@@ -86,7 +63,7 @@ Vector3 PlaceAt(const PosedActor& actor, double seconds, std::size_t node = 0,
 TEST(PoseTest, WorldIsInverseOfStoredMatrix) {
     NodeFields node;
     node.translation = {10, 20, 30};
-    node.rotation = {0, -kHalf, 0, kHalf};
+    node.rotation = {0, -kRootOfHalf, 0, kRootOfHalf};
     node.scale = {2, 2, 2};
     // Turned by the quarter that takes x to y in 3ds Max, so the first axis to the third.
     node.matrix = {0, 0, -0.5f, 0, 0, 0.5f, 0, 0, 0.5f, 0, 0, 0, -15, -10, 5, 0};
@@ -96,7 +73,9 @@ TEST(PoseTest, WorldIsInverseOfStoredMatrix) {
     ExpectNear(world.Direction({1, 0, 0}), {0, 0, 2});
     ExpectNear(world.Direction({0, 1, 0}), {0, 2, 0});
     ExpectNear(world.Direction({0, 0, 1}), {-2, 0, 0});
-    ExpectSame(kta::Transform{{10, 20, 30}, {0, -kHalf, 0, kHalf}, {2, 2, 2}}.ToAffine(), world);
+    ExpectSame(
+        kta::Transform{{10, 20, 30}, {0, -kRootOfHalf, 0, kRootOfHalf}, {2, 2, 2}}.ToAffine(),
+        world);
     ExpectSame(actor.Tree().Worlds(1).at(0), world);
     ExpectSame(actor.Tree().FromBindWorld(0) * world, Affine());
 }
@@ -162,10 +141,10 @@ TEST(PoseTest, SampledPositionIsStraightBetweenSamples) {
 // where the second quaternion has the other sign.
 TEST(PoseTest, SampledRotationTurnsEvenly) {
     for (const float sign : {1.0f, -1.0f}) {
-        const PosedActor actor = Moving(
-            SampledTrack('R', {{0, {0, 0, 0, 1}}, {1, {0, -kHalf * sign, 0, kHalf * sign}}}));
+        const PosedActor actor = Moving(SampledTrack(
+            'R', {{0, {0, 0, 0, 1}}, {1, {0, -kRootOfHalf * sign, 0, kRootOfHalf * sign}}}));
         ExpectNear(PlaceAt(actor, 1, 0, {1, 0, 0}), {0, 0, 1});
-        ExpectNear(PlaceAt(actor, 0.5, 0, {1, 0, 0}), {kHalf, 0, kHalf});
+        ExpectNear(PlaceAt(actor, 0.5, 0, {1, 0, 0}), {kRootOfHalf, 0, kRootOfHalf});
     }
 }
 
@@ -330,7 +309,7 @@ TEST(PoseTest, PartsOfOneNameGoByTheirPose) {
 
 // ---------------------------------------------------------------- skins and morphs
 
-MeshFields TriangleOf(std::uint32_t node) {
+MeshFields FlatTriangleOf(std::uint32_t node) {
     MeshFields mesh;
     mesh.node = node;
     mesh.originalVertexCount = 3;
@@ -345,7 +324,7 @@ MeshFields TriangleOf(std::uint32_t node) {
 TEST(PoseTest, SharesOfBones) {
     const PosedActor actor(
         ActorFile({RootAt("Mesh", {}), RootAt("A", {}), RootAt("B", {4, 0, 0})}) +
-            MeshChunk(TriangleOf(0)) +
+            MeshChunk(FlatTriangleOf(0)) +
             WeightsChunk(0, {{{1, 0.25f}, {2, 0.5f}, {1, 0.25f}, {-1, 9}}, {{2, 3}}, {{1, 0}}}),
         MotionOf("B", {.translation = {4, 0, 0}},
                  SampledTrack('P', {{0, {4, 0, 0}}, {1, {4, 8, 0}}})));
@@ -373,7 +352,7 @@ TEST(PoseTest, MorphedPositions) {
     morph.maximum = 65535;
     morph.packed = {{0, 200, 0}, {101, 0, 0}, {0, 0, 600}};
     const PosedActor actor(ActorFile({RootAt("Mesh", {50, 0, 0}), RootAt("Bone", {})}) +
-                           MeshChunk(TriangleOf(0)) + MorphChunk(morph));
+                           MeshChunk(FlatTriangleOf(0)) + MorphChunk(morph));
     const std::vector<kta::ActorMesh> meshes = kta::MeshesOf(actor.Actor());
     ASSERT_EQ(meshes.at(0).morphs.size(), 1u);
     const std::vector<kta::MorphTarget> targets = {{actor.Tree(), meshes[0], *meshes[0].morphs[0]}};
@@ -391,7 +370,7 @@ TEST(PoseTest, MorphOfASkinnedMesh) {
     morph.maximum = 65535;
     morph.packed = {{0, 0, 0}, {100, 500, 0}, {0, 0, 100}};
     const PosedActor actor(ActorFile({RootAt("Mesh", {0, -2, 0}), RootAt("Bone", {})}) +
-                           MeshChunk(TriangleOf(0)) +
+                           MeshChunk(FlatTriangleOf(0)) +
                            WeightsChunk(0, {{{1, 1}}, {{1, 1}}, {{1, 1}}}) + MorphChunk(morph));
     const std::vector<kta::ActorMesh> meshes = kta::MeshesOf(actor.Actor());
     const kta::MorphTarget target(actor.Tree(), meshes.at(0), *meshes[0].morphs.at(0));

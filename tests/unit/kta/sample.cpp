@@ -37,6 +37,26 @@ NodeFields DistinctNode() {
     return node;
 }
 
+NodeFields NodeAt(const std::string& name, const std::string& parent,
+                  const std::array<float, 3>& local, const std::array<float, 3>& world) {
+    NodeFields node;
+    node.name = name;
+    node.parentName = parent;
+    node.translation = local;
+    for (std::size_t i = 0; i < 3; ++i) {
+        node.matrix[12 + i] = -world[i];
+    }
+    return node;
+}
+
+NodeFields RootAt(const std::string& name, const std::array<float, 3>& world) {
+    return NodeAt(name, "", world, world);
+}
+
+std::string MotionOf(const std::string& name, const Pose& pose, const std::string& tracks) {
+    return kMotion + support::MotionPart(name, pose) + tracks;
+}
+
 MeshFields Triangle(std::uint32_t material, std::uint32_t mapChannelCount, std::uint32_t pairs) {
     MeshFields mesh;
     mesh.originalVertexCount = 9;

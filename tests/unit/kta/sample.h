@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 #include <string>
 #include <vector>
@@ -15,6 +16,7 @@ namespace sample {
 
 using namespace support;
 
+inline const float kRootOfHalf = std::sqrt(0.5f);  // a quarter turn's
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr std::size_t kBody = 7 + 12;  // of the file's first chunk
 
@@ -28,6 +30,11 @@ std::string ActorFile(const std::vector<NodeFields>& nodes);
 // A node that differs from the defaults in every field.
 NodeFields DistinctNode();
 
+// A node whose place in the world is at `world`; it stands at `local` to its parent.
+NodeFields NodeAt(const std::string& name, const std::string& parent,
+                  const std::array<float, 3>& local, const std::array<float, 3>& world);
+NodeFields RootAt(const std::string& name, const std::array<float, 3>& world);
+
 // A mesh of one triangle in one sub-mesh, with distinct numbers everywhere and so many pairs of
 // texture coordinates a vertex, of which `mapChannelCount` are counted.
 MeshFields Triangle(std::uint32_t material, std::uint32_t mapChannelCount, std::uint32_t pairs);
@@ -37,6 +44,9 @@ MaterialFields Grey(const std::string& name = "material");
 
 // Translation 1, 3, 2; rotation 0.5, -0.5, 0.25, 0.75; scale 4, 6, 5.
 std::string PosedPart(const std::string& name);
+
+// A motion file of one part.
+std::string MotionOf(const std::string& name, const Pose& pose, const std::string& tracks);
 
 // Of node 3; every limit differs, and the first and the last axis are limited.
 std::string JointLimitsChunk();

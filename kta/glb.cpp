@@ -1,0 +1,61 @@
+#include "kta/glb.h"
+
+#include "kta/deform.h"
+#include "kta/gltf/animation.h"
+#include "kta/gltf/materials.h"
+#include "kta/gltf/meshes.h"
+
+namespace kta {
+namespace {
+
+using gltf::Document;
+using gltf::Json;
+
+void Append(std::vector<std::string>& lines, std::vector<std::string> more) {
+    lines.insert(lines.end(), more.begin(), more.end());
+}
+
+// A mesh hangs from its node. A skinned one, whose positions are in the world, stands beside all
+// nodes; so does one without node.
+void PlaceMeshes(const gltf::Meshes& meshes, std::vector<std::size_t>& roots, Document& document) {
+    for (const gltf::PlacedMesh& mesh : meshes.Placed()) {
+        if (!mesh.skin && mesh.node != kNoNode) {
+            document.At("nodes", mesh.node)["mesh"] = mesh.number;
+            continue;
+        }
+        Json node = {{"name", mesh.skin ? mesh.name + " skin" : mesh.name}, {"mesh", mesh.number}};
+        if (mesh.skin) {
+            node["skin"] = *mesh.skin;
+        }
+        roots.push_back(document.Add("nodes", std::move(node)));
+    }
+}
+
+}  // namespace
+
+std::vector<std::uint8_t> EncodeGlb(const File& actor, const File* motion,
+                                    const GlbOptions& options, std::vector<std::string>& warnings) {
+    Document document;
+    const NodeTree tree(actor, motion);
+    const std::vector<gltf::NodePlace> places = gltf::PlaceNodes(tree);
+    gltf::Materials materials(actor, options, document);
+    gltf::Meshes meshes(tree, places, options, materials, document);
+    for (const ActorMesh& mesh : MeshesOf(actor)) {
+        if (options.withCollision || mesh.mesh->head.isCollision == 0) {
+            meshes.Add(mesh);
+        }
+    }
+    std::vector<std::size_t> roots = gltf::AddNodes(tree, places, meshes.Skins(), document);
+    PlaceMeshes(meshes, roots, document);
+    Append(warnings, meshes.Warnings());
+    Append(warnings, materials.Warnings());
+    Append(warnings, gltf::AddAnimation(tree, places, document));
+    Json head = {{"asset", {{"version", "2.0"}, {"generator", "kta"}}}};
+    if (!roots.empty()) {
+        document.Add("scenes", {{"nodes", roots}});
+        head["scene"] = 0;
+    }
+    return document.Encode(std::move(head));
+}
+
+}  // namespace kta

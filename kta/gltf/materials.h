@@ -1,0 +1,48 @@
+// An actor's materials and their textures as those of glTF.
+#pragma once
+
+#include <map>
+
+#include "kta/glb.h"
+#include "kta/gltf/document.h"
+
+namespace kta::gltf {
+
+class Materials {
+  public:
+    Materials(const File& actor, const GlbOptions& options, Document& document);
+
+    // The document's number of a material, which is added when it is first asked for. A number that
+    // the actor does not have stands for its default, a grey.
+    std::size_t Get(std::int32_t number);
+
+    // What of the materials asked for is not shown, a line each.
+    std::vector<std::string> Warnings() const;
+
+  private:
+    struct Source {
+        const KTAMaterial* record = nullptr;
+        std::vector<const KTAMaterialLayer*> layers{};
+    };
+
+    Json MaterialJson(const Source& source);
+    void AddTextures(const Source& source, Json& material);
+    // The reference to a layer's texture; null where it cannot be shown.
+    Json TextureJson(const KTAMaterialLayer& layer);
+    std::optional<std::size_t> ImageOf(const std::string& name);
+    std::optional<std::size_t> ReferredImage(const std::string& name,
+                                             const std::filesystem::path& path);
+    std::optional<std::size_t> EmbeddedImage(const std::string& name,
+                                             const std::filesystem::path& path);
+
+    const GlbOptions& options_;
+    Document& document_;
+    std::vector<Source> sources_;
+    std::map<std::int32_t, std::size_t> numbers_;                 // by the actor's numbers
+    std::map<std::string, std::optional<std::size_t>> textures_;  // by file name
+    std::map<int, std::size_t> layersLeftOut_;                    // by their types
+    // By the reason.
+    std::map<std::string, std::vector<std::string>> texturesLeftOut_;
+};
+
+}  // namespace kta::gltf
