@@ -121,6 +121,7 @@ std::string ExportFiles::EarlierFiles() const {
 
 void ExportFiles::Prepare() {
     room_.emplace(exportFile_.parent_path());
+    writtenLog_ = room_->Path() / kLogName;
     fs::create_directory(MadeDirectory());
     fs::create_directory(SettingsDirectory());
     for (OutputFile& file : files_) {
@@ -134,10 +135,6 @@ fs::path ExportFiles::SettingsDirectory() const {
 
 fs::path ExportFiles::MadeDirectory() const {
     return room_->Path() / "o";
-}
-
-fs::path ExportFiles::MadeLog() const {
-    return room_->Path() / kLogName;
 }
 
 std::string ExportFiles::PrivateName() const {
@@ -157,7 +154,7 @@ std::string ExportFiles::InUsersWords(std::string line) const {
 }
 
 bool ExportFiles::HasLog() const {
-    return IsThere(MadeLog());
+    return IsThere(writtenLog_);
 }
 
 bool ExportFiles::AnyWritten() const {
@@ -169,11 +166,11 @@ const OutputFile& ExportFiles::FirstMissing() const {
 }
 
 bool ExportFiles::LacksMemory() const {
-    return CountLines(MadeLog(), "*** Out of memory: the export is given up ***") > 0;
+    return CountLines(writtenLog_, "*** Out of memory: the export is given up ***") > 0;
 }
 
 std::vector<std::string> ExportFiles::Parts() const {
-    const std::size_t closed = CountClosedFiles(MadeLog());
+    const std::size_t closed = CountClosedFiles(writtenLog_);
     std::vector<std::string> lines;
     for (std::size_t i = 0; i < files_.size(); ++i) {
         if (IsThere(files_[i].made)) {
@@ -196,7 +193,7 @@ std::vector<std::string> ExportFiles::WriteErrors() const {
         check(file.made, file.path);
     }
     if (HasLog()) {
-        check(MadeLog(), log_);
+        check(writtenLog_, log_);
     }
     return lines;
 }
@@ -208,11 +205,20 @@ void ExportFiles::Verify() {
     }
 }
 
+std::vector<kta::Issue> ExportFiles::Check() const {
+    return kta::Check(files_[0].reading, &files_[1].reading);
+}
+
+void ExportFiles::DropConverted() const {
+    std::error_code ignored;
+    fs::remove(MadeDirectory() / exportFile_.filename(), ignored);
+}
+
 void ExportFiles::WriteLog() const {
     if (!logStandsApart_ || !HasLog()) {
         return;
     }
-    std::ifstream file(MadeLog(), std::ios::binary);
+    std::ifstream file(writtenLog_, std::ios::binary);
     const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     std::error_code error;
     if (fs::exists(log_, error) && !fs::is_regular_file(log_, error)) {
@@ -243,7 +249,7 @@ void ExportFiles::PutInPlace() {
         // The exporter keeps the log of a failed export open, and Windows moves no open file.
         const fs::path copy = room_->Path() / "log";
         std::error_code error;
-        if (!fs::copy_file(MadeLog(), copy, error)) {
+        if (!fs::copy_file(writtenLog_, copy, error)) {
             throw fs::filesystem_error("the log cannot be copied", log_, error);
         }
         files.push_back({copy, log_});

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "kta/check.h"
 #include "kta/reader.h"
 #include "kta/whole_file.h"
 
@@ -54,6 +55,7 @@ class ExportFiles {
 
     // What the export has made so far.
     bool HasLog() const;
+    const std::filesystem::path& WrittenLog() const { return writtenLog_; }  // while it is private
     bool AnyWritten() const;
     // The first of both files that was not made.
     const OutputFile& FirstMissing() const;
@@ -69,6 +71,11 @@ class ExportFiles {
     // Reads both files.
     void Verify();
     const std::vector<OutputFile>& Files() const { return files_; }  // actor, motion
+    // Checks both files, which were verified and are without faults, and how they agree.
+    std::vector<kta::Issue> Check() const;
+
+    // Takes away what bears the export file's very name.
+    void DropConverted() const;
 
     // Writes the log to its own place, where it was given one. Throws
     // std::filesystem::filesystem_error with that place.
@@ -84,11 +91,11 @@ class ExportFiles {
     }
 
   private:
-    std::filesystem::path MadeLog() const;
     std::filesystem::path MadeDirectory() const;
 
     std::filesystem::path exportFile_;
     std::filesystem::path log_;
+    std::filesystem::path writtenLog_;  // empty before Prepare()
     bool logStandsApart_;
     std::vector<OutputFile> files_;
     std::optional<kta::PrivateDirectory> room_;

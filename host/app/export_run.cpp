@@ -8,6 +8,7 @@
 #include <optional>
 #include <system_error>
 
+#include "host/app/audit.h"
 #include "host/app/dialog_user.h"
 #include "host/app/exit_status.h"
 #include "host/app/export_files.h"
@@ -44,7 +45,8 @@ class WorkingDirectory {
 class RunningExport {
   public:
     RunningExport(const Options& options, DialogUser& user, ProgressObserver& bar, Console& console,
-                  bool showsProgress) {
+                  StageTimes& times, bool showsProgress)
+        : console_(options.verbose ? &console : nullptr), times_(times) {
         Host& host = Host::Instance();
         host.SetProgressObserver(showsProgress ? &bar : nullptr);
         host.CancelAtUpdate(options.cancelAfter);
@@ -52,12 +54,9 @@ class RunningExport {
             win32::SetUser(&user);
         }
 #ifndef _WIN32
-        if (options.verbose) {
-            win32::SetDebugSink(CopyToConsole, &console);
+        if (options.verbose || IsAudited(options)) {
+            win32::SetDebugSink(TakeText, this);
         }
-#else
-        // Windows itself takes the debugger's texts.
-        static_cast<void>(console);
 #endif
     }
     ~RunningExport() {
@@ -65,6 +64,7 @@ class RunningExport {
         win32::SetUser(nullptr);
 #ifndef _WIN32
         win32::SetDebugSink(nullptr, nullptr);
+        times_.Stop();
 #endif
     }
 
@@ -72,11 +72,17 @@ class RunningExport {
     RunningExport& operator=(const RunningExport&) = delete;
 
   private:
-#ifndef _WIN32
-    static void CopyToConsole(const char* text, void* context) {
-        static_cast<Console*>(context)->Copy(text);
+    // The debugger's texts are the log's lines. Windows itself takes them.
+    static void TakeText(const char* text, void* context) {
+        auto& running = *static_cast<RunningExport*>(context);
+        running.times_.OnText(text);
+        if (running.console_) {
+            running.console_->Copy(text);
+        }
     }
-#endif
+
+    [[maybe_unused]] Console* console_;  // null: it gets no copy
+    StageTimes& times_;
 };
 
 void MakeConfigDirectory(const fs::path& directory, Console& console) {
@@ -141,11 +147,12 @@ std::vector<NodeToExport> NodesToExport(const Options& options, const ExportOpti
 class ExportRun {
   public:
     ExportRun(const Options& options, ExportFiles& files, Interrupts& interrupts, Console& console,
-              RunReport& report)
+              AuditInput& audit, RunReport& report)
         : options_(options),
           files_(files),
           interrupts_(interrupts),
           console_(console),
+          audit_(audit),
           report_(report),
           user_(console, files.ExportFile().string(), options.choices, options.cancelDialog) {}
 
@@ -154,6 +161,7 @@ class ExportRun {
             bool showsProgress);
 
   private:
+    int Compare();
     std::optional<int> Prepare();
     int RunPlugIn(const Exporter& exporter, DWORD exportOptions, const fs::path& configDirectory,
                   bool showsProgress);
@@ -168,8 +176,12 @@ class ExportRun {
     ExportFiles& files_;
     Interrupts& interrupts_;
     Console& console_;
+    AuditInput& audit_;
     RunReport& report_;
+    ExportOutcome outcome_;
+    std::optional<Receipt> receipt_;
     DialogUser user_;
+    bool readsAlone_ = false;  // not the converter too
 };
 
 // The status when that failed, which is reported.
@@ -198,7 +210,7 @@ int ExportRun::RunPlugIn(const Exporter& exporter, DWORD exportOptions,
     Host& host = Host::Instance();
     host.SetDir(APP_PLUGCFG_DIR, configDirectory.string());
     ExportProgress bar(console_);
-    const RunningExport running(options_, user_, bar, console_, showsProgress);
+    const RunningExport running(options_, user_, bar, console_, audit_.times, showsProgress);
     const WorkingDirectory directory(files_.WorkingDirectory());
     const Stopwatch watch;
     const int result = exporter->DoExport(files_.PrivateName().c_str(), nullptr,
@@ -258,11 +270,27 @@ int ExportRun::Check() {
         }
         faults = FaultReport(files_.Files(), converterFaults);
     }
+    if (faults.empty()) {
+        report_.issues = files_.Check();
+        faults = ErrorLines(files_.Files(), report_.issues);
+    }
     for (const std::string& line : faults) {
         console_.Report(line);
     }
+    if (!faults.empty() && readsAlone_) {
+        files_.DropConverted();
+    }
     report_.checkingSeconds = watch.Seconds();
-    return faults.empty() ? kExitDone : kExitFaultyOutput;
+    return !faults.empty() ? kExitFaultyOutput : IsAudited(options_) ? Compare() : kExitDone;
+}
+
+// With the scene; the status that the receipt says.
+int ExportRun::Compare() {
+    receipt_ = Audit(options_, files_, outcome_.nodes, outcome_.inForce, audit_, report_);
+    for (const std::string& line : Objections(*receipt_)) {
+        Report(line);
+    }
+    return receipt_->status;
 }
 
 // How an export ended that no dialog did; `result` is DoExport's.
@@ -292,6 +320,9 @@ int ExportRun::Place(int status, bool isExport) {
         status == kExitExportFailed ? files_.Parts() : std::vector<std::string>();
     try {
         files_.WriteLog();
+        if (isExport && receipt_ && status == receipt_->status) {
+            WriteReceipt(options_, *receipt_);
+        }
         if (isExport && (status == kExitDone || options_.keepPartial)) {
             files_.PutInPlace();
         }
@@ -315,15 +346,17 @@ int ExportRun::Run(const Exporter& exporter, DWORD exportOptions,
     if (const std::optional<int> status = Prepare()) {
         return *status;
     }
+    outcome_ = std::move(outcome);
     const fs::path settings = configDirectory.value_or(files_.SettingsDirectory());
+    readsAlone_ = TakeReadingFromConverter(PlugInDirectories(options_));
     interrupts_.PressCancel();
     const int result = RunPlugIn(exporter, exportOptions, settings, showsProgress);
     const ExportOptions inForce = SettingsIn(settings);
-    outcome.inForce = inForce;
-    outcome.options = OnCommandLine(inForce);
-    outcome.nodes = NodesToExport(options_, inForce);
+    outcome_.inForce = inForce;
+    outcome_.options = OnCommandLine(inForce);
+    outcome_.nodes = NodesToExport(options_, inForce);
     if (files_.HasLog()) {
-        outcome.log = files_.Log();
+        outcome_.log = files_.Log();
     } else {
         const scene::LossCode code = scene::LossCode::logMissing;
         console_.Warn(code, files_.Log().string(), scene::KindOf(code).text);
@@ -333,12 +366,12 @@ int ExportRun::Run(const Exporter& exporter, DWORD exportOptions,
     }
     const int status = Place(StatusOf(result), true);
     if (files_.IsInPlace() && result != IMPEXP_FAIL && !options_.quiet && !options_.json) {
-        for (const std::string& line : Summarize(files_.Files(), outcome)) {
+        for (const std::string& line : Summarize(files_.Files(), outcome_)) {
             console_.Print(line);
         }
     }
     if (options_.json) {
-        report_.exported = ReportOf(files_, std::move(outcome));
+        report_.exported = ReportOf(files_, std::move(outcome_));
     }
     return status;
 }
@@ -351,6 +384,12 @@ int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files,
     const std::optional<fs::path> configDirectory = ConfigDirectory(options);
     const fs::path plugIn = PlugInFile(options);
     const std::vector<std::string> plugInDirectories = PlugInDirectories(options);
+
+    AuditInput audit;
+    if (options.accept) {
+        audit.accepted = AcceptedLosses(*options.accept);
+    }
+    audit.losses = std::move(loaded.losses);
 
     Host& host = Host::Instance();
     host.SetPlugInDirs(plugInDirectories);
@@ -369,7 +408,7 @@ int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files,
                           .coloredMeshes = loaded.coloredMeshes,
                           .upAxis = loaded.upAxis};
     host.OpenScene(std::move(loaded.scene));
-    return ExportRun(options, files, interrupts, console, report)
+    return ExportRun(options, files, interrupts, console, audit, report)
         .Run(exporter, exportOptions, configDirectory, std::move(outcome), showsProgress);
 }
 

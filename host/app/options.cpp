@@ -30,8 +30,9 @@ constexpr const char* kFooter =
     "Exit status: 0 done, also when a dialog was cancelled; 1 the exporter failed; 2 bad usage,\n"
     "a scene that cannot be read or holds nothing, or a choice that is refused; 3 the plug-in did\n"
     "not load; 4 the export ran, but a check of what was written found a fault, or the disk was\n"
-    "full, or with --strict there was a warning; 5 cancelled in the progress bar; 130 and 143\n"
-    "interrupted (Ctrl-C, SIGTERM).\n"
+    "full, or with --strict there was a warning, or what --max-error or --accept allow was "
+    "passed;\n"
+    "5 cancelled in the progress bar; 130 and 143 interrupted (Ctrl-C, SIGTERM).\n"
     "\n"
     "During the export an interrupt presses Cancel in the progress bar; a second one ends the\n"
     "program at once.\n";
@@ -410,6 +411,29 @@ void AddPlaces(CLI::App& app, Options& options) {
                   "the plug-in to load (default: hdoexport beside hdo-export)");
 }
 
+void AddBooks(CLI::App& app, Options& options) {
+    Group group(app, "Comparing the export with the scene");
+    group.AddPath("--receipt", "FILE", options.receipt,
+                  "write what the files hold and cost, how far they are from the scene, what was "
+                  "lost, and the seconds, as JSON (default: not written)");
+    group.AddPath("--report", "FILE", options.report,
+                  "write the same as a page for people, in HTML (default: not written)");
+    app.add_option_function<float>(
+           "--max-error", [&options](float value) { options.maxError = value; },
+           "a vertex or node that is further from the scene than X percent of the scene's size, or "
+           "turned by more than X degrees, is a failure, exit status 4 (default: it is none)")
+        ->type_name("X")
+        ->group("Comparing the export with the scene")
+        ->check(Real([](float value) { return value >= 0; }, "a finite number of at least 0"));
+    group.AddPath("--accept", "FILE", options.accept,
+                  "a former receipt: a loss that it does not have is a failure, exit status 4 "
+                  "(default: with --strict and a receipt or a report, any loss)");
+    app.add_flag("!--no-times", options.times,
+                 "leave the seconds out of receipt and report, so that the same export has the "
+                 "same ones (default: they stand there)")
+        ->group("Comparing the export with the scene");
+}
+
 void AddMessages(CLI::App& app, Options& options, std::string& progress) {
     Group group(app, "Messages");
     group
@@ -530,6 +554,7 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments, std::siz
     const std::vector<CLI::Option*> dialogChoices = AddDialogChoices(app, options);
     AddDialogs(app, options);
     AddPlaces(app, options);
+    AddBooks(app, options);
     AddMessages(app, options, progress);
     AddTestOptions(app, options);
 

@@ -109,6 +109,10 @@ struct Options {
     std::optional<int> frameRate;
     std::optional<Moment> start, end;
 
+    std::optional<std::string> receipt, report, accept;
+    std::optional<double> maxError;  // percent of the scene's size, and degrees
+    bool times = true;               // stand in the receipt
+
     bool about = false;
     bool showDialog = false;
     ProgressMode progress = ProgressMode::automatic;

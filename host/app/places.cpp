@@ -130,19 +130,41 @@ fs::path ExportFile(const Options& options) {
     return absolute;
 }
 
-std::optional<fs::path> LogFile(const Options& options) {
-    if (!options.log) {
+namespace {
+
+// The file that an option names beside the export's own.
+std::optional<fs::path> FileBeside(const Options& options, const char* option, const char* what,
+                                   const std::optional<std::string>& given) {
+    if (!given) {
         return std::nullopt;
     }
-    if (IsDirectory(*options.log)) {
-        throw Failure(kExitRefused, *options.log, "names a directory, expected a file for the log");
+    if (IsDirectory(*given)) {
+        throw Failure(kExitRefused, *given,
+                      std::string("names a directory, expected a file for ") + what);
     }
-    const fs::path log = Absolute(*options.log);
-    if (IsOfExport(log, ExportFile(options))) {
-        throw Failure(kExitRefused, "--log",
-                      log.string() + " is a file of the export, expected another one");
+    const fs::path file = Absolute(*given);
+    const std::string exportFile = ExportFile(options).string();
+    for (const char* const suffix : {"", "temp1", "temp2"}) {
+        if (file == exportFile + suffix) {
+            throw Failure(kExitRefused, option,
+                          file.string() + " is a file of the export, expected another one");
+        }
     }
-    return log;
+    return file;
+}
+
+}  // namespace
+
+std::optional<fs::path> LogFile(const Options& options) {
+    return FileBeside(options, "--log", "the log", options.log);
+}
+
+std::optional<fs::path> ReceiptFile(const Options& options) {
+    return FileBeside(options, "--receipt", "the receipt", options.receipt);
+}
+
+std::optional<fs::path> ReportFile(const Options& options) {
+    return FileBeside(options, "--report", "the report", options.report);
 }
 
 fs::path PlugInFile(const Options& options) {

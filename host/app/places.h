@@ -28,6 +28,10 @@ std::filesystem::path ExportFile(const Options& options);
 // export.
 std::optional<std::filesystem::path> LogFile(const Options& options);
 
+// --receipt's and --report's files alike.
+std::optional<std::filesystem::path> ReceiptFile(const Options& options);
+std::optional<std::filesystem::path> ReportFile(const Options& options);
+
 std::filesystem::path PlugInFile(const Options& options);
 std::vector<std::string> PlugInDirectories(const Options& options);
 

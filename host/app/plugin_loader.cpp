@@ -195,6 +195,18 @@ void CheckConverter(const std::vector<std::string>& plugInDirectories) {
     }
 }
 
+bool TakeReadingFromConverter(const std::vector<std::string>& plugInDirectories) {
+    const Converter converter(plugInDirectories);
+    const auto leaveReading =
+        converter.Module()
+            ? win32::ModuleFunction<void (*)(bool)>(converter.Module(), "SpecialHaldenLeaveReading")
+            : nullptr;
+    if (leaveReading) {
+        leaveReading(true);
+    }
+    return leaveReading != nullptr;
+}
+
 std::vector<std::string> ConverterFaults(const std::vector<std::string>& plugInDirectories) {
     const Converter converter(plugInDirectories);
     std::vector<std::string> faults;

@@ -27,6 +27,11 @@ Exporter LoadExporter(const std::filesystem::path& plugIn,
 // holds one lacks an entry point: the plug-in calls them unseen.
 void CheckConverter(const std::vector<std::string>& plugInDirectories);
 
+// Tells the converter library of the first of these directories that holds one that the host reads
+// the exported files itself, so that they are read once; false for one that cannot be told, as only
+// the stand-in can. It holds as long as the plug-in keeps the library loaded.
+bool TakeReadingFromConverter(const std::vector<std::string>& plugInDirectories);
+
 // The faults that the converter library found in the last export, line by line. The library is that
 // of the first of these directories that holds one. Empty also for a converter without
 // `SpecialHaldenFaults`, which only the stand-in has.

@@ -77,7 +77,8 @@ void Warn(const Options& options, const LoadedScene& loaded, Console& console) {
     for (const Warning& warning : warnings) {
         console.Warn(warning.code, scene, warning.text);
     }
-    if (options.strict && !warnings.empty()) {
+    // With --accept the ledger tells which of them are new.
+    if (options.strict && !options.accept && !warnings.empty()) {
         throw Failure(kExitFaultyOutput, scene,
                       kta::Counted(warnings.size(), "warning") +
                           ", expected none with --strict; nothing is written");

@@ -1,22 +1,15 @@
 #include "host/app/run_report.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <system_error>
 
-#include "host/app/options.h"
+#include "host/app/json_parts.h"
 #include "host/app/scene_report.h"
-#include "kta/dump.h"
 
 namespace maxhost::app {
 namespace {
 
 namespace fs = std::filesystem;
-using Json = nlohmann::ordered_json;
-
-Json Text(const std::string& text) {
-    return kta::ToUtf8(text);
-}
 
 FileReport ReportOf(const fs::path& place, const ExportFiles& files) {
     FileReport report{place, place == files.Log() ? "log" : "converter", 0, {}};
@@ -37,31 +30,9 @@ FileReport ReportOf(const fs::path& place, const ExportFiles& files) {
 Json JsonOf(const FileReport& file) {
     Json json = {{"path", Text(file.path.string())}, {"kind", file.kind}, {"bytes", file.bytes}};
     if (file.kind == kta::KindName(kFileKindActor) || file.kind == kta::KindName(kFileKindMotion)) {
-        Json& chunks = json["chunks"] = Json::object();
-        for (const kta::ChunkTotal& total : file.chunks) {
-            chunks[total.type->name] = {{"count", total.count}, {"bytes", total.bytes}};
-        }
+        json["chunks"] = ChunksOf(file.chunks);
     }
     return json;
-}
-
-Json OptionsOf(const ExportOptions& values) {
-    Json options = Json::object();
-    for (const ExporterOption& option : kExporterOptions) {
-        if (!IsEnabled(option, values)) {
-            continue;
-        }
-        Json& value = options[option.name];
-        if (const auto* const box = std::get_if<0>(&option.setting)) {
-            value = values.**box != 0;
-        } else if (const auto* const real = std::get_if<1>(&option.setting)) {
-            // The shortest decimal number, not the float's own double.
-            value = Json::parse(Shortest(values.**real));
-        } else {
-            value = values.*std::get<2>(option.setting);
-        }
-    }
-    return options;
 }
 
 void AddExport(const ExportReport& exported, Json& json) {
@@ -151,6 +122,9 @@ std::string JsonOf(const RunReport& report, int status, const std::vector<Notice
     }
     if (report.exported) {
         AddExport(*report.exported, json);
+    }
+    if (!report.issues.empty()) {
+        json["issues"] = IssuesOf(report.issues);
     }
     json["seconds"] = {{"reading", report.readingSeconds},
                        {"exporting", report.exportingSeconds},

@@ -46,6 +46,7 @@ struct RunReport {
     std::optional<std::string> savedScene;
     std::optional<LoadedScene> listed;     // by --list
     std::optional<ExportReport> exported;  // the exporter ran; whether well, the status says
+    std::vector<kta::Issue> issues;        // of both files, where they could be read
     double readingSeconds = 0;
     double exportingSeconds = 0;
     double checkingSeconds = 0;

@@ -151,9 +151,13 @@ class NameList {
     std::size_t count_ = 0;
 };
 
+}  // namespace
+
 std::string_view NameInFile(const scene::Node& node) {
     return std::string_view(node.name).substr(0, kMostNameBytes);
 }
+
+namespace {
 
 NameList LongNames(const scene::Scene& scene) {
     NameList names;

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/app/loaded_scene.h"
@@ -28,6 +29,9 @@ std::vector<ListedNode> NodesInOrder(const scene::Scene& scene);
 //   material, position, standard|multi|other, name
 //   animation, position, seconds, name
 std::vector<std::string> ListScene(const LoadedScene& loaded);
+
+// The name as far as the exported files' field holds it.
+std::string_view NameInFile(const scene::Node& node);
 
 // A line each, where there is cause: node names that are longer than the field that holds them, and
 // names that several nodes have, as far as the field holds them. At most five names a line, each

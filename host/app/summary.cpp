@@ -92,6 +92,24 @@ void AddNodesLeftOut(const std::vector<const NodeToExport*>& nodes, bool namesAl
 
 }  // namespace
 
+std::vector<std::string> ErrorLines(const std::vector<OutputFile>& files,
+                                    const std::vector<kta::Issue>& issues) {
+    std::vector<std::string> shown;
+    for (const OutputFile& file : files) {
+        const std::string path = file.path.string();
+        std::vector<std::string> lines;
+        for (const kta::Issue& issue : issues) {
+            if (issue.severity == kta::Severity::error && issue.file == file.kind) {
+                lines.push_back(kta::IssueLine(path, issue));
+            }
+        }
+        for (std::string& line : kta::FirstFaults(std::move(lines), path)) {
+            shown.push_back(std::move(line));
+        }
+    }
+    return shown;
+}
+
 std::vector<const NodeToExport*> NodesNotExported(const std::vector<OutputFile>& files,
                                                   const std::vector<NodeToExport>& nodes) {
     const kta::Reading& actor = files.front().reading;

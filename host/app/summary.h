@@ -18,6 +18,10 @@ namespace maxhost::app {
 std::vector<std::string> FaultReport(const std::vector<OutputFile>& files,
                                      const std::vector<std::string>& converterFaults);
 
+// The lines to show of the issues that are errors, limited in the same way.
+std::vector<std::string> ErrorLines(const std::vector<OutputFile>& files,
+                                    const std::vector<kta::Issue>& issues);
+
 struct NodeToExport {
     std::string name;
     // Why an export may leave it out; null: it has no such reason.

@@ -42,4 +42,9 @@ HALDENEXPORT_API void EndSpecialHalden();
 // any of its functions. The application's library lacks this entry.
 HALDENEXPORT_API const char* SpecialHaldenFaults();
 
+// The stand-in only: whether the caller reads the files himself, until he says otherwise. The
+// stand-in then looks at the calls alone, and its result tells nothing of the files: a caller who
+// finds a fault in them takes it away. The application's library lacks this entry.
+HALDENEXPORT_API void SpecialHaldenLeaveReading(bool isLeft);
+
 }  // extern "C"

@@ -128,6 +128,10 @@ void Host::CloseScene() {
     implementation_->Open(scene::Scene{});
 }
 
+const scene::Scene& Host::Description() const {
+    return implementation_->Graph().Description();
+}
+
 const std::vector<INode*>& Host::Nodes() const {
     return implementation_->Graph().Nodes();
 }

@@ -39,6 +39,8 @@ class Host {
     void OpenScene(scene::Scene description);
     void CloseScene();
 
+    // The open scene, until the next is opened or this one closed.
+    const scene::Scene& Description() const;
     // The open scene's nodes in the order of the description; owned by the host.
     const std::vector<INode*>& Nodes() const;
     void Select(const std::vector<INode*>& nodes);

@@ -1,6 +1,6 @@
 # Fails unless LIBRARY exports exactly the converter's entry points.
-set(expected EndSpecialHalden InitSpecialHalden SpecialHaldenFaults WriteKTActorFile
-             WriteKTMotionFile)
+set(expected EndSpecialHalden InitSpecialHalden SpecialHaldenFaults SpecialHaldenLeaveReading
+             WriteKTActorFile WriteKTMotionFile)
 execute_process(COMMAND ${NM} -D --defined-only --format=posix ${LIBRARY}
                 OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX MATCHALL "[^\n]+" lines "${output}")

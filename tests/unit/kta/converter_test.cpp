@@ -46,6 +46,18 @@ TEST_F(ConverterTest, FaultsOfBothFilesAreKeptUntilTheNextExport) {
     EXPECT_STREQ(SpecialHaldenFaults(), "");
 }
 
+TEST_F(ConverterTest, ReadingThatIsLeftToTheCallerIsNotDone) {
+    const std::string faulty = Save("faulty_actor", ActorFile({{.isBone = 2}}));
+    SpecialHaldenLeaveReading(true);
+    Export(faulty, motion_);
+    EXPECT_STREQ(SpecialHaldenFaults(), "");
+    WriteKTActorFile(actor_.c_str());
+    EXPECT_STREQ(SpecialHaldenFaults(), "WriteKTActorFile: called out of order");
+    SpecialHaldenLeaveReading(false);
+    Export(faulty, motion_);
+    EXPECT_STRNE(SpecialHaldenFaults(), "");
+}
+
 TEST_F(ConverterTest, FilesOfTheWrongKind) {
     Export(motion_, actor_);
     EXPECT_EQ(SpecialHaldenFaults(),

@@ -361,6 +361,10 @@ TEST_F(ProgramTest, NumbersThatOverflowAreStatus4) {
     const Outcome outcome = RunReal("s.maxscene.json");
     EXPECT_EQ(outcome.status, kExitFaultyOutput);
     EXPECT_THAT(outcome.error, testing::HasSubstr("node chunk: scale is not a finite number"));
+    // The stand-in's result would say that the files are good.
+    EXPECT_EQ(RunReal("--keep-partial s.maxscene.json").status, kExitFaultyOutput);
+    EXPECT_THAT(Names(), testing::Contains("s.hdotemp1"));
+    EXPECT_THAT(Names(), testing::Not(testing::Contains("s.hdo")));
 }
 
 TEST_F(ProgramTest, MissingConverterIsStatus3) {

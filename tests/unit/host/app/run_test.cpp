@@ -43,7 +43,7 @@ class RunTest : public InDirectory {
     }
 
     static int WriteBoth(const std::string& name) {
-        Write(name + "temp1", support::FileHeader(true));
+        Write(name + "temp1", support::ActorBeginning());
         Write(name + "temp2", support::FileHeader(false));
         return IMPEXP_SUCCESS;
     }
@@ -73,7 +73,7 @@ TEST_F(RunTest, ExportsAndSumsUp) {
     EXPECT_EQ(options_, 0u);
     EXPECT_THAT(
         Lines(outcome.out),
-        ElementsAre(First() + ": actor file, 7 bytes, 0 chunks",
+        ElementsAre(First() + ": actor file, 127 bytes, 1 chunk (1 material)",
                     Second() + ": motion file, 7 bytes, 0 chunks",
                     Path("s.hdo.log").string() + ": log",
                     "options: --no-export-hidden --no-non-renderable --morphers "

@@ -1,0 +1,33 @@
+// Comparing an export with its scene and keeping books of it, where the command line asks.
+#pragma once
+
+#include <vector>
+
+#include "host/app/export_files.h"
+#include "host/app/ledger.h"
+#include "host/app/options.h"
+#include "host/app/receipt.h"
+
+namespace maxhost::app {
+
+// Whether --receipt, --report, --max-error or --accept stands there.
+bool IsAudited(const Options& options);
+
+// What reading left out, what was accepted before, and the times so far.
+struct AuditInput {
+    std::vector<scene::Loss> losses;
+    AcceptedLosses accepted;
+    StageTimes times;
+};
+
+// Of the scene that is open in the host and of its export, both of whose files were verified and
+// are without faults. `nodes` are the scene's, in its order.
+Receipt Audit(const Options& options, const ExportFiles& files,
+              const std::vector<NodeToExport>& nodes, const ExportOptions& inForce,
+              const AuditInput& input, const RunReport& report);
+
+// Writes what --receipt and --report ask for; each file is replaced whole. Throws
+// std::filesystem::filesystem_error with the file that cannot be written.
+void WriteReceipt(const Options& options, const Receipt& receipt);
+
+}  // namespace maxhost::app

@@ -1,0 +1,63 @@
+#include "host/app/json_parts.h"
+
+#include <array>
+#include <cstdio>
+
+#include "host/app/options.h"
+#include "kta/dump.h"
+
+namespace maxhost::app {
+
+Json Text(const std::string& text) {
+    return kta::ToUtf8(text);
+}
+
+Json OptionsOf(const ExportOptions& values) {
+    Json options = Json::object();
+    for (const ExporterOption& option : kExporterOptions) {
+        if (!IsEnabled(option, values)) {
+            continue;
+        }
+        Json& value = options[option.name];
+        if (const auto* const box = std::get_if<0>(&option.setting)) {
+            value = values.**box != 0;
+        } else if (const auto* const real = std::get_if<1>(&option.setting)) {
+            // The shortest decimal number, not the float's own double.
+            value = Json::parse(Shortest(values.**real));
+        } else {
+            value = values.*std::get<2>(option.setting);
+        }
+    }
+    return options;
+}
+
+Json ChunksOf(const std::vector<kta::ChunkTotal>& chunks) {
+    Json json = Json::object();
+    for (const kta::ChunkTotal& total : chunks) {
+        json[total.type->name] = {{"count", total.count}, {"bytes", total.bytes}};
+    }
+    return json;
+}
+
+Json IssuesOf(const std::vector<kta::Issue>& issues) {
+    Json json = Json::array();
+    for (const kta::Issue& issue : issues) {
+        json.push_back({{"file", kta::KindName(issue.file)},
+                        {"severity", kta::SeverityName(issue.severity)},
+                        {"code", kta::TypeOf(issue.code).name},
+                        {"offset", issue.offset},
+                        {"where", issue.where},
+                        {"subject", Text(issue.subject)},
+                        {"text", Text(issue.text)},
+                        {"count", issue.count}});
+    }
+    return json;
+}
+
+std::string Figure(double value) {
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%.6g", value);
+    return text.data();
+}
+
+}  // namespace maxhost::app

@@ -1,0 +1,31 @@
+// Parts that the JSON of a run and that of a receipt have in common.
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "export/export_options.h"
+#include "kta/check.h"
+#include "kta/info.h"
+
+namespace maxhost::app {
+
+using Json = nlohmann::ordered_json;
+
+// Bytes that are no UTF-8 are taken as Latin-1.
+Json Text(const std::string& text);
+
+// By the options' names on the command line, those in force alone.
+Json OptionsOf(const ExportOptions& values);
+
+// Count and bytes by the kinds' names.
+Json ChunksOf(const std::vector<kta::ChunkTotal>& chunks);
+
+// A list: file (actor or motion), severity, code, offset, where, subject, text, count.
+Json IssuesOf(const std::vector<kta::Issue>& issues);
+
+// Six significant digits.
+std::string Figure(double value);
+
+}  // namespace maxhost::app
