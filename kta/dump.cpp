@@ -293,7 +293,9 @@ std::vector<const Chunk*> Selected(const File& file, const DumpSelection& select
 }
 
 Json FaultJson(const Fault& fault) {
-    return {{"offset", fault.offset}, {"where", fault.where}, {"text", fault.text}};
+    return {{"offset", fault.offset},       {"where", fault.where},
+            {"text", fault.text},           {"code", TypeOf(fault.code).name},
+            {"found", ToUtf8(fault.found)}, {"expected", ToUtf8(fault.expected)}};
 }
 
 // `write` is called with each element, which begins a line: a large file is never held as JSON as a

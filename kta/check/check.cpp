@@ -49,31 +49,34 @@ void Findings::Add(IssueCode code, std::size_t chunk, std::uint64_t offset, cons
     const Chunk& where = file_.chunks[chunk];
     Issue issue;
     issue.offset = offset;
-    issue.code = code;
     issue.place = {std::string(where.type->name) + " chunk", where.type, where.offset, chunk};
-    issue.where = issue.place.where;
-    issue.what = words.what;
-    issue.found = words.found;
-    issue.expected = words.expected;
     issue.count = count;
-    issue.text = MessageOf(code, words.what, words.found, words.expected);
     if (count > 1) {
-        issue.text += ", and so for " + std::to_string(count - 1) + " more of the " + group;
+        issue.text = ", and so for " + std::to_string(count - 1) + " more of the " + group;
     }
-    issue.file = file_.kind;
     issue.subject = subject;
-    issues_.push_back(std::move(issue));
+    Keep(std::move(issue), code, words);
 }
 
 void Findings::AddOfFile(IssueCode code, const Words& words) {
     Issue issue;
-    issue.code = code;
     issue.place = {"file"};
+    Keep(std::move(issue), code, words);
+}
+
+// The issue's text stands behind the message.
+void Findings::Keep(Issue issue, IssueCode code, const Words& words) {
+    if (issues_.size() >= most_) {
+        return;
+    }
+    const bool last = issues_.size() + 1 == most_;
+    issue.code = last ? IssueCode::tooManyFaults : code;
+    issue.what = last ? "" : words.what;
+    issue.found = last ? std::to_string(kMostFaults - 1) : words.found;
+    issue.expected = last ? "no more" : words.expected;
+    issue.text =
+        MessageOf(issue.code, issue.what, issue.found, issue.expected) + (last ? "" : issue.text);
     issue.where = issue.place.where;
-    issue.what = words.what;
-    issue.found = words.found;
-    issue.expected = words.expected;
-    issue.text = MessageOf(code, words.what, words.found, words.expected);
     issue.file = file_.kind;
     issues_.push_back(std::move(issue));
 }
@@ -96,16 +99,47 @@ std::string_view NodeTable::NameOfNumber(std::int64_t number) const {
     return exists ? NameOf(static_cast<std::size_t>(number)) : std::string_view();
 }
 
+std::string_view NodeTable::SubjectOf(const Chunk& chunk) const {
+    if (const auto* node = chunk.As<KTANode>()) {
+        return TextOf(node->nodeName);
+    } else if (const auto* part = chunk.As<KTAMotionPart>()) {
+        return TextOf(part->nodeName);
+    } else if (const auto* material = chunk.As<KTAMaterial>()) {
+        return TextOf(material->materialName);
+    } else if (const auto* layer = chunk.As<KTAMaterialLayer>()) {
+        return TextOf(layer->textureFileName);
+    } else if (const auto* mesh = chunk.As<Mesh>()) {
+        return NameOfNumber(mesh->head.nodeNumber);
+    } else if (const auto* weights = chunk.As<Weights>()) {
+        return NameOfNumber(weights->head.nodeNumber);
+    } else if (const auto* limits = chunk.As<KTAJointLimits>()) {
+        return NameOfNumber(limits->nodeNumber);
+    } else if (const auto* morph = chunk.As<Morph>()) {
+        return TextOf(morph->channel.channelName);
+    }
+    return {};
+}
+
 // ---------------------------------------------------------------- all
 
 namespace {
 
-// A file's faults as issues; the name of a node whose chunk is faulty is told where it was read.
+// A file's faults as issues, with the names of those chunks that were read whole.
 void AddFaults(const Reading& reading, std::vector<Issue>& issues) {
+    if (reading.faults.empty()) {
+        return;
+    }
+    const File none;
+    const File& file = reading.file ? *reading.file : none;
+    const NodeTable nodes(file);
     for (const Fault& fault : reading.faults) {
         Issue issue;
         static_cast<Fault&>(issue) = fault;
-        issue.file = reading.file ? reading.file->kind : kFileKindActor;
+        issue.file = reading.file ? file.kind : kFileKindActor;
+        const std::size_t chunk = fault.place.chunk;
+        if (fault.place.chunkType != nullptr && chunk < file.chunks.size()) {
+            issue.subject = nodes.SubjectOf(file.chunks[chunk]);
+        }
         issues.push_back(std::move(issue));
     }
 }

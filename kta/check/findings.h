@@ -19,10 +19,12 @@ struct Words {
 // A name as messages show it.
 std::string InQuotes(std::string_view name);
 
-// Takes what is found in one file. Severities are settled later.
+// Takes what is found in one file, kMostFaults at most, the last of which says so. Severities are
+// settled later.
 class Findings {
   public:
-    Findings(const File& file, std::vector<Issue>& issues) : file_(file), issues_(issues) {}
+    Findings(const File& file, std::vector<Issue>& issues)
+        : file_(file), issues_(issues), most_(issues.size() + kMostFaults) {}
 
     const File& TheFile() const { return file_; }
     // Whether all of the file was read, so that what is not there is missing.
@@ -41,8 +43,11 @@ class Findings {
     void AddOfFile(IssueCode code, const Words& words);
 
   private:
+    void Keep(Issue issue, IssueCode code, const Words& words);
+
     const File& file_;
     std::vector<Issue>& issues_;
+    std::size_t most_;
 };
 
 // Items of a chunk that are wrong alike; one issue tells of them.
@@ -88,6 +93,8 @@ struct NodeTable {
     std::string_view NameOf(std::size_t number) const { return TextOf(records[number]->nodeName); }
     // Empty for a number that no node has.
     std::string_view NameOfNumber(std::int64_t number) const;
+    // The name of what the chunk is of: its node, material, texture or channel; may be empty.
+    std::string_view SubjectOf(const Chunk& chunk) const;
 };
 
 // The checks, one or two for each subject.

@@ -260,9 +260,9 @@ Command AddCheck(CLI::App& kta) {
                            "wrong, with its place and code. Status 1 when there is an error.");
     check
         ->add_option("ACTOR", arguments->paths,
-                     "An actor file and, if wanted, its motion file; or a single file of either "
+                     "An actor file and, if wanted, its motion file; or a single file of either\n"
                      "kind; or directories, of which every FILEtemp1 and FILEtemp2 is checked")
-        ->option_text("ACTOR [MOTION] | DIRECTORY...");
+        ->option_text("[MOTION] | DIRECTORY...");
     check->add_flag("--notes", arguments->report.notes,
                     "Tell also what is rightly so and yet worth knowing");
     check->add_flag("--strict", arguments->strict, "Status 1 for warnings too");
@@ -285,8 +285,8 @@ Command AddCheck(CLI::App& kta) {
     AddInsteadFlag(*check, arguments, "--list-codes", Instead::codes, "Print the table of codes");
     check->add_flag("--markdown", arguments->markdown, "With --list-codes: as a page");
     AddInsteadFlag(*check, arguments, "--self-test", Instead::selfTest,
-                   "Plant each fault into good files made in memory and see that it is found, and "
-                   "nothing else");
+                   "Plant each fault into good files made in memory and see that it is found,\n"
+                   "and nothing else");
     check
         ->add_option("--fixtures", arguments->fixtures,
                      "With --self-test: write the faulty files into this directory")

@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""Exports a mesh of a million triangles with two UV sets and compares what comes out.
+"""Exports a mesh of a million triangles with two UV sets, compares and checks what comes out.
 
-Prints how long making, exporting and comparing took, and the most memory that the export used.
+Prints how long making, exporting, comparing and checking took, and the most memory that the export
+used.
 """
 
 import argparse
@@ -33,6 +34,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("hdo_export", type=pathlib.Path)
     parser.add_argument("compare", type=pathlib.Path)
+    parser.add_argument("kta", type=pathlib.Path)
     arguments = parser.parse_args()
     with tempfile.TemporaryDirectory(prefix="large_mesh_") as folder:
         model = pathlib.Path(folder) / "grid.glb"
@@ -43,6 +45,7 @@ def main():
         actor = pathlib.Path(folder) / "grid.hdotemp1"
         print(f"{actor.stat().st_size} bytes, at most {most} KiB of memory")
         compared = run([str(arguments.compare.resolve()), str(model), str(actor)], folder)
+        run([str(arguments.kta.resolve()), "check", "--strict", str(actor)], folder)
     triangles = 2 * CELLS * CELLS
     if f" {triangles} triangles," not in compared:
         sys.exit(f"expected {triangles} triangles")

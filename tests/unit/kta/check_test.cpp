@@ -13,6 +13,7 @@
 #include "kta/check/report.h"
 #include "kta/check/rules_file.h"
 #include "kta/check/self_test.h"
+#include "tests/support/sweep.h"
 #include "tests/unit/kta/sample.h"
 
 namespace {
@@ -342,6 +343,45 @@ TEST(Check, EveryChangedByteThatBreaksARuleIsTold) {
             }
         }
     }
+}
+
+// Whatever is changed, reading and checking end, and what is told stands in the file.
+TEST(Check, AnyChangedByteEndsWell) {
+    const kta::DraftExport drafts = kta::GoodExport();
+    kta::FileBytes actor = drafts.actor.Bytes();
+    kta::FileBytes motion = drafts.keyframed.Bytes();
+    const kta::Reading good = kta::Read(actor);
+    const auto change = [&](kta::FileBytes& bytes, const auto& check) {
+        for (std::size_t offset = 0; offset < bytes.size(); offset += support::SweepStride(7)) {
+            for (const int mask : {0x01, 0x80, 0xff}) {
+                bytes[offset] = static_cast<std::uint8_t>(bytes[offset] ^ mask);
+                for (const kta::Issue& issue : check(kta::Read(bytes))) {
+                    EXPECT_LE(issue.offset, bytes.size());
+                    EXPECT_NE(issue.text, "");
+                }
+                bytes[offset] = static_cast<std::uint8_t>(bytes[offset] ^ mask);
+            }
+        }
+    };
+    const kta::CheckOptions notes{.notes = true};
+    change(actor, [&](const kta::Reading& changed) { return kta::Check(changed, nullptr, notes); });
+    change(motion, [&](const kta::Reading& changed) { return kta::Check(good, &changed, notes); });
+}
+
+TEST(Check, NoMoreIsKeptThanTheLimit) {
+    std::string bytes = ActorBeginning();
+    for (std::size_t i = 0; i < kta::kMostFaults + 5; ++i) {
+        bytes += NodeChunk({.name = std::to_string(i), .scale = {1, -1, 1}});
+    }
+    const std::vector<kta::Issue> issues = kta::Check(ReadExact(bytes));
+    ASSERT_EQ(issues.size(), kta::kMostFaults);
+    EXPECT_EQ(issues.back().text, "9999 faults are told already, expected no more");
+}
+
+TEST(Check, FaultsHaveTheNamesOfTheirNodes) {
+    EXPECT_THAT(CheckedLines(ActorBeginning() + NodeChunk({.name = "Arm", .isBone = 2})),
+                ElementsAre("f: offset 763: node chunk: error: \"Arm\": bone flag is 2, expected 0 "
+                            "or 1 [flag-value]"));
 }
 
 // ---------------------------------------------------------------- rules

@@ -93,7 +93,10 @@ TEST(DumpTest, JsonOfAFaultyFileEndsWithItsFaults) {
     ASSERT_EQ(dump.at("faults").size(), 1u);
     EXPECT_EQ(dump.at("faults")[0], json({{"offset", 643},
                                           {"where", "node chunk"},
-                                          {"text", "bone flag is 3, expected 0 or 1"}}));
+                                          {"text", "bone flag is 3, expected 0 or 1"},
+                                          {"code", "flag-value"},
+                                          {"found", "3"},
+                                          {"expected", "0 or 1"}}));
     EXPECT_EQ(dump.at("chunks").size(), 1u);
 }
 
