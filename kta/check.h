@@ -4,9 +4,9 @@
 #pragma once
 
 #include <cstdint>
-#include <iosfwd>
 #include <map>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -29,12 +29,23 @@ struct StudioRules {
                                                  // names match, by ruleNodeName and the others
 };
 
+// Why a studio's rules are refused, in one line without the file's name.
+class RulesError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
 struct CheckOptions {
     bool notes = false;  // tell notes as well
     // In place of the table's; without a value the code is not told.
     std::map<IssueCode, std::optional<Severity>> severities{};
     StudioRules rules{};
 };
+
+// Adds the rules and severities of a JSON text to the options; docs/kta.md describes it. Throws
+// RulesError where the text is no JSON or holds what no rule has; the options are then as they
+// were.
+void AddRules(const std::string& text, CheckOptions& options);
 
 // What is wrong with one file of either kind (`motion` null), or with an actor and a motion file of
 // one export. Faults of the readings come first into account: what cannot be told of a file that is

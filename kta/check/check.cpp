@@ -35,8 +35,7 @@ bool IsUnit(std::span<const float> quaternion) {
 
 void Findings::AddInBody(IssueCode code, std::size_t chunk, std::uint64_t at, const Words& words,
                          std::string_view subject) {
-    Add(code, chunk, file_.chunks[chunk].offset + sizeof(KTAChunkHeader) + at, words, subject, 1,
-        "");
+    Add(code, chunk, BodyOffset(chunk) + at, words, subject, 1, "");
 }
 
 void Findings::AddAtChunk(IssueCode code, std::size_t chunk, const Words& words,

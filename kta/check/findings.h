@@ -30,6 +30,11 @@ class Findings {
     // Whether all of the file was read, so that what is not there is missing.
     bool IsWhole() const { return file_.end == file_.size; }
 
+    // Of a chunk's body, from the start of the file.
+    std::uint64_t BodyOffset(std::size_t chunk) const {
+        return file_.chunks[chunk].offset + sizeof(KTAChunkHeader);
+    }
+
     // At a chunk of the file, `at` bytes into its body.
     void AddInBody(IssueCode code, std::size_t chunk, std::uint64_t at, const Words& words,
                    std::string_view subject = {});

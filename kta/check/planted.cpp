@@ -1,7 +1,8 @@
-#include "kta/check/planted.h"
-
+// The faults that the check's test of itself plants.
 #include <algorithm>
 #include <limits>
+
+#include "kta/check/self_test.h"
 
 namespace kta {
 namespace {

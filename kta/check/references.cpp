@@ -74,8 +74,7 @@ class NumberCheck {
     void CheckBones(std::size_t i, const Weights& weights) {
         Alike missing(IssueCode::boneMissing, "chunk");
         Alike none(IssueCode::boneNone, "chunk");
-        std::uint64_t offset =
-            findings_.TheFile().chunks[i].offset + sizeof(KTAChunkHeader) + sizeof(KTAWeights);
+        std::uint64_t offset = findings_.BodyOffset(i) + sizeof(KTAWeights);
         const KTAWeight* weight = weights.weights.data();
         for (const std::uint8_t count : weights.weightCounts) {
             ++offset;
@@ -195,8 +194,7 @@ void CheckNodeNames(Findings& findings, const NodeTable& nodes) {
                                {"node name", "empty", "a name"});
         } else if (++seen[name] == 2) {
             findings.Add(
-                IssueCode::nodeNameDuplicate, nodes.chunks[i],
-                findings.TheFile().chunks[nodes.chunks[i]].offset + sizeof(KTAChunkHeader),
+                IssueCode::nodeNameDuplicate, nodes.chunks[i], findings.BodyOffset(nodes.chunks[i]),
                 {"node name", "that of " + std::to_string(uses) + " nodes", "a name of its own"},
                 name, uses - 1, "nodes");
         }

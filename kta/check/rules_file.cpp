@@ -1,8 +1,8 @@
-#include "kta/check/rules_file.h"
-
+// The rules of a studio as a JSON file.
 #include <nlohmann/json.hpp>
 #include <regex>
 
+#include "kta/check.h"
 #include "kta/text.h"
 
 namespace kta {

@@ -6,7 +6,6 @@
 #include <set>
 #include <system_error>
 
-#include "kta/check/planted.h"
 #include "kta/text.h"
 #include "kta/whole_file.h"
 

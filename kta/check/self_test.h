@@ -3,8 +3,32 @@
 
 #include <ostream>
 #include <string>
+#include <vector>
+
+#include "kta/check.h"
+#include "kta/check/good_export.h"
 
 namespace kta {
+
+// Two files to be checked, and how.
+struct Specimen {
+    FileBytes actor;
+    FileBytes motion;
+    CheckOptions options;
+};
+
+struct Planted {
+    IssueCode code;
+    Specimen specimen;
+    // Another code that cannot be kept away; the same as `code` where there is none.
+    IssueCode beside;
+};
+
+// A specimen for each code, in the order of the codes.
+std::vector<Planted> PlantAll();
+
+// Every budget and pattern that the good files break.
+StudioRules BrokenRules();
 
 // Checks files that are good, which must give nothing, and for each code the same files with that
 // fault planted, which must give that code and nothing else. Prints a line for each code; true when

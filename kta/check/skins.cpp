@@ -28,8 +28,7 @@ class WeightsCheck {
         : findings_(findings), chunk_(chunk), node_(node) {}
 
     void Check(const Weights& weights) {
-        std::uint64_t offset =
-            findings_.TheFile().chunks[chunk_].offset + sizeof(KTAChunkHeader) + sizeof(KTAWeights);
+        std::uint64_t offset = findings_.BodyOffset(chunk_) + sizeof(KTAWeights);
         const KTAWeight* first = weights.weights.data();
         for (const std::uint8_t count : weights.weightCounts) {
             CheckVertex(offset, {first, count});

@@ -74,7 +74,7 @@ void CheckInfluences(Findings& findings, const NodeTable& nodes, std::uint64_t m
             continue;
         }
         Alike over(IssueCode::ruleInfluences, "skin");
-        std::uint64_t offset = chunks[i].offset + sizeof(KTAChunkHeader) + sizeof(KTAWeights);
+        std::uint64_t offset = findings.BodyOffset(i) + sizeof(KTAWeights);
         for (const std::uint8_t count : weights->weightCounts) {
             if (count > most) {
                 over.Note(offset, [&, count = count] {

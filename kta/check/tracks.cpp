@@ -65,7 +65,7 @@ class TracksCheck {
     }
 
     std::uint64_t KeysOffset(std::size_t i) const {
-        return findings_.TheFile().chunks[i].offset + sizeof(KTAChunkHeader) + sizeof(KTAKeyTrack);
+        return findings_.BodyOffset(i) + sizeof(KTAKeyTrack);
     }
 
     void CheckSampled(std::size_t i, const KeyTrack& track) {

@@ -11,7 +11,6 @@
 #include <system_error>
 
 #include "kta/check/report.h"
-#include "kta/check/rules_file.h"
 #include "kta/check/self_test.h"
 #include "kta/command/command.h"
 #include "kta/text.h"

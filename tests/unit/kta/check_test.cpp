@@ -11,7 +11,6 @@
 
 #include "kta/check/good_export.h"
 #include "kta/check/report.h"
-#include "kta/check/rules_file.h"
 #include "kta/check/self_test.h"
 #include "tests/support/sweep.h"
 #include "tests/unit/kta/sample.h"
