@@ -30,6 +30,9 @@ struct GlbOptions {
     ConvertToPng convertToPng{};
     // The directory of the file, from which the paths of textures that are found start.
     std::filesystem::path directory{};
+    // Meshes and materials tell the actor's numbers of their nodes and of themselves, as "node" and
+    // "material" in their extras.
+    bool withNumbers = false;
 };
 
 // The whole file; the same actor and options give the same bytes. `motion` may be null. What cannot

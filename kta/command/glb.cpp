@@ -3,7 +3,6 @@
 #include <memory>
 
 #include "kta/command/command.h"
-#include "kta/preview/picture.h"
 #include "kta/preview/texture.h"
 #include "kta/text.h"
 
@@ -23,11 +22,6 @@ bool HasNodes(const File& actor) {
                        [](const Chunk& chunk) { return chunk.As<KTANode>() != nullptr; });
 }
 
-std::vector<std::uint8_t> ConvertedImage(const std::filesystem::path& path) {
-    const DecodedImage image = DecodeImageFile(path);
-    return image.image ? EncodePng(*image.image) : std::vector<std::uint8_t>();
-}
-
 // Of faulty files, what stands before the fault is shown.
 Status WriteGlb(GlbCommandOptions& options) {
     Status status = kDone;
@@ -44,7 +38,7 @@ Status WriteGlb(GlbCommandOptions& options) {
     }
     TextureFinder finder = FinderFor(options.actor, options.textureFolders);
     options.glb.findTexture = [&finder](std::string_view name) { return finder.Find(name); };
-    options.glb.convertToPng = ConvertedImage;
+    options.glb.convertToPng = ImageFileAsPng;
     options.glb.directory = std::filesystem::path(options.output).parent_path();
     std::vector<std::string> warnings;
     const std::vector<std::uint8_t> bytes =

@@ -5,6 +5,7 @@
 
 #include "kta/command/command.h"
 #include "kta/command/preview_options.h"
+#include "kta/preview/page.h"
 #include "kta/text.h"
 #include "kta/texture_files.h"
 
@@ -111,12 +112,47 @@ Status DrawPictures(const PreviewOptions& options, const Files& files) {
     return WriteOutput(options.output, bytes) ? files.status : kUnusable;
 }
 
-Status Run(const PreviewOptions& options) {
+// The file's name without directories.
+std::string TitleOf(const std::string& path) {
+    const std::u8string name = std::filesystem::path(path).filename().u8string();
+    return path == "-" ? "Actor" : std::string(name.begin(), name.end());
+}
+
+Status WritePage(const PreviewOptions& options, const Files& files) {
+    PageSource source;
+    source.actor = &files.actor;
+    source.motion = files.motion ? &*files.motion : nullptr;
+    source.title = TitleOf(options.actor);
+    source.actorName = NameOf(options.actor);
+    source.motionName = NameOf(options.motion);
+    source.withCollision = options.withCollision;
+    TextureFinder finder = FinderFor(options.actor, options.textureFolders);
+    if (options.withTextures) {
+        source.findTexture = [&finder](std::string_view name) { return finder.Find(name); };
+    }
+    std::vector<std::string> warnings;
+    const std::string page = EncodePage(source, warnings);
+    for (const std::string& warning : warnings) {
+        Complain(source.actorName + ": " + warning);
+    }
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(page.data());
+    return WriteOutput(options.output, {bytes, page.size()}) ? files.status : kUnusable;
+}
+
+// A page has no use for what pictures alone have.
+Status Run(const PreviewOptions& options, std::span<CLI::Option* const> pictureOptions) {
+    const bool isPage = FormOf(options) == PreviewForm::kPage;
+    for (const CLI::Option* const option : pictureOptions) {
+        if (isPage && option->count() > 0) {
+            Complain(option->get_name() + " is for pictures, not for pages");
+            return kUnusable;
+        }
+    }
     Files files;
     if (!ReadAll(options, files)) {
         return std::max(files.status, kFaultyFile);
     }
-    return DrawPictures(options, files);
+    return isPage ? WritePage(options, files) : DrawPictures(options, files);
 }
 
 }  // namespace
@@ -125,10 +161,10 @@ Command AddPreview(CLI::App& kta) {
     const auto options = std::make_shared<PreviewOptions>();
     CLI::App* const preview = kta.add_subcommand(
         "preview",
-        "Pictures of an actor, still or animated, at rest and in motion: its meshes in their\n"
-        "materials' diffuse colours and textures.");
-    DescribePreview(*preview, *options);
-    return {preview, [options] { return Run(*options); }};
+        "Pictures of an actor, still or animated, at rest and in motion, and pages that show both\n"
+        "in a browser: its meshes in their materials' diffuse colours and textures.");
+    const std::vector<CLI::Option*> pictureOptions = DescribePreview(*preview, *options);
+    return {preview, [options, pictureOptions] { return Run(*options, pictureOptions); }};
 }
 
 }  // namespace kta::command

@@ -119,12 +119,13 @@ CLI::Validator Number(int least, int most, const std::string& what) {
 }
 
 std::string CheckOutput(const std::string& path) {
-    for (const char* const ending : {".png", ".apng"}) {
+    for (const char* const ending : {".png", ".apng", ".html"}) {
         if (EndsWithIgnoringCase(path, ending)) {
             return "";
         }
     }
-    return "\"" + path + "\" is no picture, expected a name that ends in .png or .apng";
+    return "\"" + path +
+           "\" is no picture and no page, expected a name that ends in .png, .apng or .html";
 }
 
 std::string Printed(const char* format, double value) {
@@ -334,6 +335,7 @@ std::vector<CLI::Option*> DescribePreview(CLI::App& preview, PreviewOptions& opt
         ->check(CLI::ExistingDirectory);
     preview.add_flag_callback(
         "--no-textures", [&options] { options.withTextures = false; }, "Show colours alone");
+    preview.add_flag("--collision", options.withCollision, "Show collision meshes as well");
     const auto size =
         Wants([](const std::string& text) { return ParsePair(text, kGreatestPictureSide); },
               "size, expected WIDTHxHEIGHT, each 1 to " + std::to_string(kGreatestPictureSide));
@@ -395,11 +397,13 @@ std::vector<CLI::Option*> DescribePreview(CLI::App& preview, PreviewOptions& opt
             ->type_name("CHANNEL=PERCENT")
             ->allow_extra_args(false)
             ->check(Wants(ParseMorph, "morph, expected CHANNEL=PERCENT as in Smile=50")),
-        preview.add_flag("--bones", options.withBones, "Show the skeleton, before all else"),
-        preview.add_flag("--collision", options.withCollision, "Show collision meshes as well")};
+        preview.add_flag("--bones", options.withBones, "Show the skeleton, before all else")};
 }
 
 PreviewForm FormOf(const PreviewOptions& options) {
+    if (EndsWithIgnoringCase(options.output, ".html")) {
+        return PreviewForm::kPage;
+    }
     const bool asksForFrames = options.frames > 0 || (options.fps > 0 && options.times.empty());
     return EndsWithIgnoringCase(options.output, ".apng") || asksForFrames ? PreviewForm::kAnimation
                                                                           : PreviewForm::kPicture;

@@ -34,7 +34,7 @@ struct PreviewOptions {
 // Adds the options; those that only pictures have are given back.
 std::vector<CLI::Option*> DescribePreview(CLI::App& preview, PreviewOptions& options);
 
-enum class PreviewForm { kPicture, kAnimation };
+enum class PreviewForm { kPicture, kAnimation, kPage };
 
 // By the output's ending; a .png of which frames are asked for is an animation.
 PreviewForm FormOf(const PreviewOptions& options);

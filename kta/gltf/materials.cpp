@@ -119,6 +119,9 @@ std::size_t Materials::Get(std::int32_t number) {
                        {{"baseColorFactor",
                          {Stored(Linear(0.75)), Stored(Linear(0.75)), Stored(Linear(0.75)), 1.0f}},
                         {"metallicFactor", 0.0f}}}};
+    if (options_.withNumbers && exists) {
+        material["extras"]["material"] = number;
+    }
     const std::size_t added = document_.Add("materials", std::move(material));
     numbers_.emplace(exists ? number : -1, added);
     return added;

@@ -84,6 +84,9 @@ void Meshes::Add(const ActorMesh& mesh) {
             object["extras"]["targetNames"].push_back(ToUtf8(TextOf(morph->channel.channelName)));
         }
     }
+    if (options_.withNumbers && mesh.node != kNoNode) {
+        object["extras"]["node"] = mesh.node;
+    }
     placed.number = document_.Add("meshes", std::move(object));
     if (source.skin) {
         placed.skin = AddSkin(source.joints);

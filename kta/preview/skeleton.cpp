@@ -14,18 +14,6 @@ constexpr double kBoneWidth = 0.1;      // of the bone's length, likewise, up to
 constexpr double kMostBoneWidth = 1.5;  // joint sizes
 constexpr double kThickest = 0.18;      // where on its way a bone is thickest
 
-// Of each node the nearest bone above it.
-std::vector<std::size_t> BonesAbove(const NodeTree& nodes) {
-    std::vector<std::size_t> above(nodes.Size(), kNoNode);
-    for (const std::size_t node : nodes.ParentsFirst()) {
-        const std::size_t parent = nodes.Parent(node);
-        if (parent != kNoNode) {
-            above[node] = nodes.Record(parent).isBone != 0 ? parent : above[parent];
-        }
-    }
-    return above;
-}
-
 // Any direction that is at a right angle to that one.
 Vector3 Across(const Vector3& direction) {
     const bool isUpright = std::abs(direction[1]) > 0.9;
@@ -91,6 +79,17 @@ double SizeOf(const PreviewScene& scene, std::span<const Vector3> joints) {
 }
 
 }  // namespace
+
+std::vector<std::size_t> BonesAbove(const NodeTree& nodes) {
+    std::vector<std::size_t> above(nodes.Size(), kNoNode);
+    for (const std::size_t node : nodes.ParentsFirst()) {
+        const std::size_t parent = nodes.Parent(node);
+        if (parent != kNoNode) {
+            above[node] = nodes.Record(parent).isBone != 0 ? parent : above[parent];
+        }
+    }
+    return above;
+}
 
 void AddSkeleton(const NodeTree& nodes, std::span<const Affine> worlds, PreviewScene& scene) {
     std::vector<std::size_t> bones;

@@ -6,6 +6,9 @@
 
 namespace kta {
 
+// Of each node the nearest bone above it; kNoNode without one.
+std::vector<std::size_t> BonesAbove(const NodeTree& nodes);
+
 // Adds an octahedron for each node that is a bone, and from the nearest bone above it a longer one
 // that points to it. `worlds` are the nodes' world transforms, or none at rest.
 void AddSkeleton(const NodeTree& nodes, std::span<const Affine> worlds, PreviewScene& scene);

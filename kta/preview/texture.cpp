@@ -228,4 +228,9 @@ ImageReading ReadImageFile(const std::filesystem::path& path) {
     return ToTexture(DecodeImageFile(path));
 }
 
+std::vector<std::uint8_t> ImageFileAsPng(const std::filesystem::path& path) {
+    const DecodedImage decoded = DecodeImageFile(path);
+    return decoded.image ? EncodePng(*decoded.image) : std::vector<std::uint8_t>();
+}
+
 }  // namespace kta

@@ -59,6 +59,8 @@ struct DecodedImage {
 };
 DecodedImage DecodeImage(std::span<const std::uint8_t> bytes);
 DecodedImage DecodeImageFile(const std::filesystem::path& path);
+// Empty where the file cannot be read.
+std::vector<std::uint8_t> ImageFileAsPng(const std::filesystem::path& path);
 
 // The same to be shown on surfaces.
 struct ImageReading {

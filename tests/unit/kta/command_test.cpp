@@ -286,10 +286,10 @@ TEST(PreviewCommandTest, BadUsage) {
     const std::string path = InQuotes(Save("triangle", TriangleFile()));
     const std::string picture = InQuotes(ScratchPath("x.png"));
     for (const std::string& arguments :
-         {path, std::string("-o ") + picture, path + " -o x.html", path + " -o png",
-          path + " -o " + picture + " --size 800", path + " -o " + picture + " --size 0x5",
-          path + " -o " + picture + " --size 10x8193", path + " -o " + picture + " --size 5x5x5",
-          path + " -o " + picture + " --size -5x5",
+         {path, std::string("-o ") + picture, path + " -o x.htm", path + " -o x.html --bones",
+          path + " -o png", path + " -o " + picture + " --size 800",
+          path + " -o " + picture + " --size 0x5", path + " -o " + picture + " --size 10x8193",
+          path + " -o " + picture + " --size 5x5x5", path + " -o " + picture + " --size -5x5",
           path + " -o " + picture + " --size 99999999999x5",
           path + " -o " + picture + " --azimuth nan", path + " -o " + picture + " --azimuth 361",
           path + " -o " + picture + " --elevation 91",
