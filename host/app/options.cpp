@@ -374,6 +374,25 @@ void AddDialogs(CLI::App& app, Options& options) {
               "made without one; Windows only)");
 }
 
+void AddSearch(CLI::App& app, Options& options) {
+    Group group(app, "When an export fails");
+    group.Add("--bisect", options.bisect,
+              "search for the smallest scene whose export fails in the same way, each try in a "
+              "process of its own, and save it to --save-scene's or -o's FILE (default: off; "
+              "SCENE's name with .suspect.maxscene.json)");
+    group.Add("--scramble", options.scramble,
+              "change the names and the geometry of the scene that is saved, so that it can be "
+              "shown to others; of --bisect's as far as it still fails (default: off)");
+    group
+        .Add("--tries", "N", options.tries,
+             "end the search after so many exports, with what is found (default: 1000)")
+        ->check(Whole(1, INT_MAX, "a whole number of at least 1"));
+    group
+        .Add("--try-seconds", "N", options.trySeconds,
+             "an export that takes longer counts as one that does not end (default: 60)")
+        ->check(Whole(1, INT_MAX, "a whole number of at least 1"));
+}
+
 void AddTestOptions(CLI::App& app, Options& options) {
     Group group(app, "For tests");
     group.Add("--cancel-dialog", options.cancelDialog,
@@ -473,6 +492,15 @@ std::string FaultOf(const Options& options) {
                (options.cancelDialog ? "--cancel-dialog" : NamesOf(options.choices).front()) +
                ", which answers the dialog in the person's place";
     }
+    if (options.bisect && (options.list || options.about || options.showDialog)) {
+        return std::string("--bisect: excludes ") + (options.list    ? "--list"
+                                                     : options.about ? "--about"
+                                                                     : "--show-dialog");
+    }
+    if (options.scramble && !options.bisect && !options.saveScene) {
+        return "--scramble: changes the scene that is saved, expected --save-scene or --bisect "
+               "beside it";
+    }
     if (options.list && options.output) {
         return "--list: excludes --output, expected one of them";
     }
@@ -556,6 +584,7 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments, std::siz
     AddPlaces(app, options);
     AddBooks(app, options);
     AddMessages(app, options, progress);
+    AddSearch(app, options);
     AddTestOptions(app, options);
 
     CommandLine result;

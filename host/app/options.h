@@ -101,6 +101,10 @@ struct Options {
     std::optional<std::string> plugin;
 
     std::optional<std::string> saveScene;
+    bool scramble = false;
+    bool bisect = false;
+    int tries = 1000;
+    int trySeconds = 60;
     bool list = false;
     bool json = false;
     std::optional<std::string> animation;

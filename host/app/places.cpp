@@ -130,6 +130,21 @@ fs::path ExportFile(const Options& options) {
     return absolute;
 }
 
+std::string SuspectFile(const Options& options) {
+    if (options.saveScene == "-") {
+        return *options.saveScene;
+    }
+    Options saved = options;
+    saved.saveScene.reset();
+    const fs::path scene = Absolute(options.scene);
+    saved.output =
+        options.saveScene ? options.saveScene
+        : options.output
+            ? options.output
+            : (scene.parent_path() / (StemOf(scene) + ".suspect.maxscene.json")).string();
+    return ExportFile(saved).string();
+}
+
 namespace {
 
 // The file that an option names beside the export's own.
@@ -143,12 +158,9 @@ std::optional<fs::path> FileBeside(const Options& options, const char* option, c
                       std::string("names a directory, expected a file for ") + what);
     }
     const fs::path file = Absolute(*given);
-    const std::string exportFile = ExportFile(options).string();
-    for (const char* const suffix : {"", "temp1", "temp2"}) {
-        if (file == exportFile + suffix) {
-            throw Failure(kExitRefused, option,
-                          file.string() + " is a file of the export, expected another one");
-        }
+    if (IsOfExport(file, ExportFile(options))) {
+        throw Failure(kExitRefused, option,
+                      file.string() + " is a file of the export, expected another one");
     }
     return file;
 }

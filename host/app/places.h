@@ -24,6 +24,11 @@ bool IsNamedAsDescription(const std::string& name);
 // file of --save-scene, is one that the export would replace.
 std::filesystem::path ExportFile(const Options& options);
 
+// The file that --bisect saves to: --save-scene's, --output's, or SCENE's name with
+// .suspect.maxscene.json; "-" may be standard output. Throws Failure(kExitRefused) when that is the
+// scene itself or no place for a file.
+std::string SuspectFile(const Options& options);
+
 // --log's file, absolute. Throws Failure(kExitRefused) when that is a directory or a file of the
 // export.
 std::optional<std::filesystem::path> LogFile(const Options& options);

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <exception>
 
+#include "host/app/bisect.h"
 #include "host/app/exit_status.h"
 #include "host/app/export_run.h"
 #include "host/app/loaded_scene.h"
@@ -16,6 +17,7 @@
 #include "host/app/plugin_loader.h"
 #include "host/app/run_report.h"
 #include "host/app/scene_report.h"
+#include "host/scene/scramble.h"
 #include "host/sdk/host.h"
 #include "host/win32/user.h"
 #include "kta/text.h"
@@ -102,6 +104,12 @@ LoadedScene Load(const Options& options, Console& console, bool isTerminal, RunR
     report.readingSeconds = watch.Seconds();
     Warn(options, loaded, console);
     ApplyChoices(options, loaded);
+    if (options.bisect) {
+        return loaded;
+    }
+    if (options.scramble) {
+        scene::Scramble(loaded.scene);
+    }
     if (options.saveScene) {
         Save(loaded.scene, *options.saveScene, console);
         report.savedScene = options.saveScene;
@@ -167,10 +175,26 @@ int LoadAndExport(const Options& options, Console& console, RunReport& report, b
     return status;
 }
 
+// Searches for the smallest scene that fails, and saves it.
+int SearchAndSave(const Options& options, Console& console, RunReport& report, bool isTerminal,
+                  Interrupts& interrupts) {
+    const std::string file = SuspectFile(options);
+    const scene::Scene whole = Load(options, console, isTerminal, report).scene;
+    Save(Bisect(options, whole, interrupts, console), file, console);
+    report.savedScene = file;
+    if (!options.quiet && !options.json) {
+        console.Print(file + ": the smallest scene found");
+    }
+    return interrupts.Status();
+}
+
 int Execute(const Options& options, Console& console, RunReport& report, bool isTerminal) {
     Interrupts interrupts;
     if (options.about) {
         return ShowAbout(options);
+    }
+    if (options.bisect) {
+        return SearchAndSave(options, console, report, isTerminal, interrupts);
     }
     if (!IsExported(options)) {
         LoadedScene loaded = Load(options, console, isTerminal, report);

@@ -85,6 +85,12 @@ TEST(OptionsTest, EveryOptionIsStored) {
     EXPECT_TRUE(Parse({"--select", "a"}).selectedOnly);
     EXPECT_TRUE(Parse({"--allow-empty"}).allowEmpty);
     EXPECT_TRUE(Parse({"--strict"}).strict);
+    EXPECT_TRUE(Parse({"--bisect"}).bisect);
+    EXPECT_EQ(Parse({"--bisect"}).tries, 1000);
+    EXPECT_EQ(Parse({"--tries", "5"}).tries, 5);
+    EXPECT_EQ(Parse({"--try-seconds", "7"}).trySeconds, 7);
+    EXPECT_TRUE(Parse({"--bisect", "--scramble"}).scramble);
+    EXPECT_TRUE(Parse({"--save-scene", "x", "--scramble"}).scramble);
     EXPECT_EQ(Parse({"--output", "x"}).output, "x");
     EXPECT_EQ(Parse({"--progress", "always"}).progress, ProgressMode::always);
     EXPECT_EQ(Parse({"--progress", "auto"}).progress, ProgressMode::automatic);
@@ -178,6 +184,12 @@ TEST(OptionsTest, BadNumbersAreRefused) {
                   "--sample-rate: \"" + std::string(value) +
                       "\", expected a whole number that fits 32 bits");
     }
+    EXPECT_EQ(ErrorOf({"x", "--tries", "0"}),
+              "--tries: \"0\", expected a whole number of at least 1");
+    EXPECT_EQ(ErrorOf({"x", "--bisect", "--list"}), "--bisect: excludes --list");
+    EXPECT_EQ(ErrorOf({"x", "--scramble"}),
+              "--scramble: changes the scene that is saved, expected --save-scene or --bisect "
+              "beside it");
     EXPECT_EQ(ErrorOf({"x", "--up", "w"}), "--up: \"w\", expected x, y or z");
     EXPECT_EQ(ErrorOf({"x", "--up", "xy"}), "--up: \"xy\", expected x, y or z");
     EXPECT_EQ(ErrorOf({"x", "--frame-rate", "0"}),
@@ -298,6 +310,10 @@ TEST(OptionsTest, HelpExplainsEveryOptionWithItsDefault) {
                                             "--no-times",
                                             "-q, --quiet",
                                             "-v, --verbose",
+                                            "--bisect",
+                                            "--scramble",
+                                            "--tries N",
+                                            "--try-seconds N",
                                             "--cancel-dialog",
                                             "--cancel-after N"};
     for (const std::string& name : names) {

@@ -1,0 +1,314 @@
+#include "host/app/trial.h"
+
+#include <cctype>
+#include <cerrno>
+#include <chrono>
+#include <fstream>
+#include <string_view>
+#include <system_error>
+#include <utility>
+#include <variant>
+
+#include "host/app/exit_status.h"
+#include "host/app/loaded_scene.h"
+#include "host/app/places.h"
+#include "host/app/run_report.h"
+#include "kta/text.h"
+
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <thread>
+#endif
+
+namespace maxhost::app {
+
+namespace fs = std::filesystem;
+
+// ---------------------------------------------------------------- processes
+
+#ifdef _WIN32
+namespace {
+
+// As the C library of the program started takes it apart.
+std::string InQuotes(const std::string& word) {
+    std::string quoted = "\"";
+    std::size_t backslashes = 0;
+    for (const char c : word) {
+        quoted.append(c == '"' ? backslashes + 1 : 0, '\\');
+        backslashes = c == '\\' ? backslashes + 1 : 0;
+        quoted += c;
+    }
+    return quoted.append(backslashes, '\\') + "\"";
+}
+
+HANDLE OpenForOutput(const fs::path& file) {
+    SECURITY_ATTRIBUTES inherited{sizeof(inherited), nullptr, TRUE};
+    return CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS,
+                       FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+}  // namespace
+
+ProcessEnd RunProcess(const std::vector<std::string>& command, const fs::path& out,
+                      const fs::path& error, double seconds) {
+    std::string line;
+    for (const std::string& word : command) {
+        line += (line.empty() ? "" : " ") + InQuotes(word);
+    }
+    STARTUPINFOA start{};
+    start.cb = sizeof(start);
+    start.dwFlags = STARTF_USESTDHANDLES;
+    start.hStdOutput = OpenForOutput(out);
+    start.hStdError = OpenForOutput(error);
+    PROCESS_INFORMATION process{};
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);  // the process inherits it
+    const BOOL isStarted = CreateProcessA(command[0].c_str(), line.data(), nullptr, nullptr, TRUE,
+                                          0, nullptr, nullptr, &start, &process);
+    const int failure = static_cast<int>(GetLastError());
+    CloseHandle(start.hStdOutput);
+    CloseHandle(start.hStdError);
+    if (!isStarted) {
+        throw std::system_error(failure, std::system_category());
+    }
+    ProcessEnd end;
+    if (WaitForSingleObject(process.hProcess, static_cast<DWORD>(seconds * 1000)) !=
+        WAIT_OBJECT_0) {
+        end.how = ProcessEnd::How::ranOutOfTime;
+        TerminateProcess(process.hProcess, 1);
+        WaitForSingleObject(process.hProcess, INFINITE);
+    }
+    DWORD status = 0;
+    GetExitCodeProcess(process.hProcess, &status);
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+    constexpr DWORD kFirstException = 0xc0000000;
+    if (end.how == ProcessEnd::How::exited) {
+        end.how = status >= kFirstException ? ProcessEnd::How::crashed : ProcessEnd::How::exited;
+        end.number = static_cast<int>(status);
+    }
+    return end;
+}
+#else
+namespace {
+
+[[noreturn]] void Become(const std::vector<std::string>& command, const fs::path& out,
+                         const fs::path& error) {
+    const rlimit none{0, 0};
+    setrlimit(RLIMIT_CORE, &none);
+    dup2(open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDOUT_FILENO);
+    dup2(open(error.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
+    std::vector<char*> words;
+    for (const std::string& word : command) {
+        words.push_back(const_cast<char*>(word.c_str()));
+    }
+    words.push_back(nullptr);
+    execv(words[0], words.data());
+    _exit(127);
+}
+
+}  // namespace
+
+ProcessEnd RunProcess(const std::vector<std::string>& command, const fs::path& out,
+                      const fs::path& error, double seconds) {
+    using Clock = std::chrono::steady_clock;
+    if (access(command[0].c_str(), X_OK) != 0) {
+        throw std::system_error(errno, std::generic_category());
+    }
+    const pid_t process = fork();
+    if (process < 0) {
+        throw std::system_error(errno, std::generic_category());
+    }
+    if (process == 0) {
+        Become(command, out, error);
+    }
+    const auto last = Clock::now() + std::chrono::duration<double>(seconds);
+    ProcessEnd end;
+    int status = 0;
+    while (waitpid(process, &status, WNOHANG) == 0) {
+        if (Clock::now() > last) {
+            end.how = ProcessEnd::How::ranOutOfTime;
+            kill(process, SIGKILL);
+            waitpid(process, &status, 0);
+            return end;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    end.how = WIFSIGNALED(status) ? ProcessEnd::How::crashed : ProcessEnd::How::exited;
+    end.number = WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status);
+    return end;
+}
+#endif
+
+// ---------------------------------------------------------------- what was said
+
+namespace {
+
+// The first line of a file that `accepts`; empty where there is none.
+template <class Accept>
+std::string FirstLine(const fs::path& file, Accept accepts) {
+    std::ifstream in(file);
+    for (std::string line; std::getline(in, line);) {
+        if (!line.empty() && accepts(line)) {
+            return line;
+        }
+    }
+    return {};
+}
+
+std::string Without(std::string text, const std::string& part) {
+    for (std::size_t at = 0; !part.empty() && (at = text.find(part, at)) != std::string::npos;) {
+        text.erase(at, part.size());
+    }
+    return text;
+}
+
+// What stays of a message when names, in quotes, and numbers are left aside: of one that ends with
+// the code of an issue, "[weight-range]", that alone.
+std::string Pattern(const std::string& message) {
+    if (const std::size_t code = message.rfind(" [");
+        message.ends_with(']') && code != message.npos) {
+        return message.substr(code);
+    }
+    std::string pattern;
+    char quote = 0;
+    for (std::size_t i = 0; i < message.size(); ++i) {
+        const char c = message[i];
+        const bool begins = (c == '"' || c == '\'') && (i == 0 || !std::isalnum(message[i - 1]));
+        if (quote != 0) {
+            quote = c == quote ? 0 : quote;
+        } else if (begins && message.find(c, i + 1) != std::string::npos) {
+            quote = c;
+            pattern += "...";
+        } else if (!std::isdigit(static_cast<unsigned char>(c))) {
+            pattern += c;
+        } else if (pattern.empty() || pattern.back() != '#') {
+            pattern += '#';
+        }
+    }
+    return pattern;
+}
+
+std::string FileOf(const char* suffix) {
+    return std::string("scene.hdo") + suffix;
+}
+
+// ---------------------------------------------------------------- the command
+
+void AddChoices(const DialogChoices& choices, std::vector<std::string>& command) {
+    const std::vector<std::string> names = NamesOf(choices);
+    for (std::size_t i = 0, name = 0; i < choices.isChosen.size(); ++i) {
+        if (!choices.isChosen[i]) {
+            continue;
+        }
+        command.push_back(names[name++]);
+        std::visit(
+            [&](auto setting) {
+                const auto value = choices.values.*setting;
+                if constexpr (!std::is_same_v<decltype(value), const Plinth::UInt8>) {
+                    command.push_back(Shortest(value));
+                }
+            },
+            kExporterOptions[i].setting);
+    }
+}
+
+fs::path Program() {
+#ifdef _WIN32
+    return ProgramDirectory() / "hdo-export.exe";
+#else
+    return ProgramDirectory() / "hdo-export";
+#endif
+}
+
+std::vector<std::string> CommandOf(const Options& options) {
+    std::vector<std::string> command = {Program().string(), "-q", "--progress", "never",
+                                        "--allow-empty"};
+    AddChoices(options.choices, command);
+    const auto add = [&](bool isGiven, const char* name) {
+        if (isGiven) {
+            command.emplace_back(name);
+        }
+    };
+    add(options.selectedOnly, "--selected");
+    add(options.strict, "--strict");
+    add(options.savedSettings, "--saved-settings");
+    if (options.maxError) {
+        command.insert(command.end(), {"--max-error", Shortest(*options.maxError)});
+    }
+    if (options.configDir) {
+        command.insert(command.end(), {"--config-dir", Absolute(*options.configDir).string()});
+    }
+    for (const std::string& directory : options.pluginDirs) {
+        command.insert(command.end(), {"--plugin-dir", Absolute(directory).string()});
+    }
+    if (options.plugin) {
+        command.insert(command.end(), {"--plugin", Absolute(*options.plugin).string()});
+    }
+    return command;
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------- one try
+
+Trial::Trial(const Options& options, fs::path room)
+    : room_(std::move(room)), isStrict_(options.strict), command_(CommandOf(options)) {
+    const std::string scene = (room_ / "scene.maxscene.json").string();
+    command_.insert(command_.end(), {"-o", (Made() / FileOf("")).string(), scene});
+}
+
+TrialResult Trial::Run(const scene::Scene& scene, double seconds) const {
+    std::error_code ignored;
+    fs::remove_all(Made(), ignored);
+    fs::create_directory(Made(), ignored);
+    SaveScene(scene, command_.back());
+    const Stopwatch watch;
+    try {
+        const ProcessEnd end = RunProcess(command_, room_ / "out", room_ / "error", seconds);
+        TrialResult result = ResultOf(end, seconds);
+        result.seconds = watch.Seconds();
+        return result;
+    } catch (const std::system_error& error) {
+        throw Failure(kExitRefused, command_.front(),
+                      "cannot be started: " + error.code().message());
+    }
+}
+
+TrialResult Trial::ResultOf(const ProcessEnd& end, double seconds) const {
+    TrialResult result;
+    result.fails = true;
+    if (end.how == ProcessEnd::How::ranOutOfTime) {
+        result.kind = result.shown = "does not end";
+        result.shown += " within " + Shortest(seconds) + " s";
+        return result;
+    }
+    const bool countsWarnings = isStrict_ && end.number == kExitFaultyOutput;
+    const std::string message =
+        Without(Without(FirstLine(room_ / "error",
+                                  [&](const std::string& line) {
+                                      return countsWarnings ||
+                                             line.find(": warning: ") == std::string::npos;
+                                  }),
+                        (Made() / "").string()),
+                "hdo-export: ");
+    if (end.how == ProcessEnd::How::crashed || end.number != kExitDone) {
+        result.shown = (end.how == ProcessEnd::How::crashed ? "crashes, signal " : "exit status ") +
+                       std::to_string(end.number);
+        result.kind = result.shown + Pattern(message);
+        result.shown += message.empty() ? "" : ": " + message;
+        result.isRefused = end.how == ProcessEnd::How::exited &&
+                           (end.number == kExitRefused || end.number == kExitNoPlugIn);
+        return result;
+    }
+    result.fails = false;
+    return result;
+}
+
+}  // namespace maxhost::app
