@@ -4,6 +4,7 @@
 #include "kta/gltf/animation.h"
 #include "kta/gltf/materials.h"
 #include "kta/gltf/meshes.h"
+#include "kta/whole_file.h"
 
 namespace kta {
 namespace {
@@ -56,6 +57,17 @@ std::vector<std::uint8_t> EncodeGlb(const File& actor, const File* motion,
         head["scene"] = 0;
     }
     return document.Encode(std::move(head));
+}
+
+std::vector<std::string> WriteGlb(const std::filesystem::path& file, const File& actor,
+                                  const File* motion) {
+    std::vector<std::string> warnings;
+    const std::vector<std::uint8_t> bytes = EncodeGlb(actor, motion, {}, warnings);
+    ReplaceWholeFile(file, [&bytes](std::ostream& out) {
+        out.write(reinterpret_cast<const char*>(bytes.data()),
+                  static_cast<std::streamsize>(bytes.size()));
+    });
+    return warnings;
 }
 
 }  // namespace kta

@@ -41,4 +41,9 @@ struct GlbOptions {
 std::vector<std::uint8_t> EncodeGlb(const File& actor, const File* motion,
                                     const GlbOptions& options, std::vector<std::string>& warnings);
 
+// Makes the file, or replaces it as a whole, with textures as the actor file names them. Returns
+// the warnings; throws as above, and std::system_error where the file cannot be written.
+std::vector<std::string> WriteGlb(const std::filesystem::path& file, const File& actor,
+                                  const File* motion);
+
 }  // namespace kta

@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "host/app/put_in_place.h"
+#include "kta/glb.h"
 #include "kta/text.h"
 #include "kta/whole_file.h"
 
@@ -212,6 +213,16 @@ std::vector<kta::Issue> ExportFiles::Check() const {
 void ExportFiles::DropConverted() const {
     std::error_code ignored;
     fs::remove(MadeDirectory() / exportFile_.filename(), ignored);
+}
+
+fs::path ExportFiles::Preview() const {
+    return With(exportFile_, ".glb");
+}
+
+std::vector<std::string> ExportFiles::MakePreview() const {
+    const std::optional<kta::File>& motion = files_[1].reading.file;
+    return kta::WriteGlb(MadeDirectory() / Preview().filename(), files_[0].reading.file.value(),
+                         motion ? &*motion : nullptr);
 }
 
 void ExportFiles::WriteLog() const {

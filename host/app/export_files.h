@@ -77,6 +77,13 @@ class ExportFiles {
     // Takes away what bears the export file's very name.
     void DropConverted() const;
 
+    // Makes a preview of both files, which were verified and are sound, as the stand-in converter
+    // does that reads them itself. Returns what it does not show, a line each; throws
+    // std::system_error where it cannot be written, std::length_error where it would be too large.
+    std::vector<std::string> MakePreview() const;
+    // Where that is to stand.
+    std::filesystem::path Preview() const;
+
     // Writes the log to its own place, where it was given one. Throws
     // std::filesystem::filesystem_error with that place.
     void WriteLog() const;

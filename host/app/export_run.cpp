@@ -161,6 +161,7 @@ class ExportRun {
             bool showsProgress);
 
   private:
+    std::vector<std::string> MakePreview();
     int Compare();
     std::optional<int> Prepare();
     int RunPlugIn(const Exporter& exporter, DWORD exportOptions, const fs::path& configDirectory,
@@ -274,6 +275,9 @@ int ExportRun::Check() {
         report_.issues = files_.Check();
         faults = ErrorLines(files_.Files(), report_.issues);
     }
+    if (faults.empty() && readsAlone_) {
+        faults = MakePreview();
+    }
     for (const std::string& line : faults) {
         console_.Report(line);
     }
@@ -282,6 +286,21 @@ int ExportRun::Check() {
     }
     report_.checkingSeconds = watch.Seconds();
     return !faults.empty() ? kExitFaultyOutput : IsAudited(options_) ? Compare() : kExitDone;
+}
+
+// In the place of the stand-in converter, which makes it where it reads the files. Why it cannot be
+// written; where it would be too large there is none, and the export is none the worse.
+std::vector<std::string> ExportRun::MakePreview() {
+    const fs::path place = files_.Preview();
+    try {
+        outcome_.previewProblems = files_.MakePreview();
+        outcome_.preview = place;
+    } catch (const std::system_error& error) {
+        return {place.string() + ": cannot be written (" + error.code().message() + ")"};
+    } catch (const std::length_error& error) {
+        console_.Report(place.string(), std::string("left out: ") + error.what());
+    }
+    return {};
 }
 
 // With the scene; the status that the receipt says.

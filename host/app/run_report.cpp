@@ -47,6 +47,13 @@ void AddExport(const ExportReport& exported, Json& json) {
         const scene::LossKind& why = WhyNotExported(node);
         notExported.push_back({{"name", Text(node.name)}, {"code", why.code}, {"why", why.text}});
     }
+    if (!exported.outcome.preview.empty()) {
+        Json& preview = json["preview"] = {{"path", Text(exported.outcome.preview.string())},
+                                           {"problems", Json::array()}};
+        for (const std::string& problem : exported.outcome.previewProblems) {
+            preview["problems"].push_back(Text(problem));
+        }
+    }
     json["meshesWithLostColors"] = exported.outcome.coloredMeshes;
     if (!exported.outcome.upAxis.empty()) {
         json["upAxis"] = Text(exported.outcome.upAxis);

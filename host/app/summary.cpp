@@ -144,6 +144,13 @@ std::vector<std::string> Summarize(const std::vector<OutputFile>& files,
     if (!outcome.log.empty()) {
         lines.push_back(outcome.log.string() + ": log");
     }
+    if (!outcome.preview.empty()) {
+        const std::string preview = outcome.preview.string() + ": preview";
+        lines.push_back(preview);
+        for (const std::string& problem : outcome.previewProblems) {
+            lines.push_back(preview + ": " + problem);
+        }
+    }
     if (!outcome.upAxis.empty()) {
         lines.push_back("up axis: " + outcome.upAxis);
     }

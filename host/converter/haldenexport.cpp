@@ -1,11 +1,13 @@
 #include "host/converter/haldenexport.h"
 
+#include <optional>
+#include <stdexcept>
 #include <string>
 #include <system_error>
 #include <vector>
 
 #include "host/converter/manifest.h"
-#include "kta/reader.h"
+#include "kta/glb.h"
 
 namespace {
 
@@ -14,6 +16,7 @@ enum class Step { closed, opened, actorTaken, motionTaken, motionEnded };
 Step step = Step::closed;
 std::string exportFile;                     // the HDO file that the user named
 std::vector<halden::ManifestEntry> handed;  // the files of this export
+std::optional<kta::File> actor, motion;     // read of them
 std::string faults;
 bool faultsAreLost = false;  // memory was missing for one
 bool readingIsLeft = false;  // to the caller
@@ -40,15 +43,32 @@ void CheckFile(const char* call, const char* path, KTAFileKind kind) {
         return;
     }
     if (!readingIsLeft) {
-        for (const std::string& line : kta::FaultLines(path, kta::ReadFile(path, kind))) {
+        kta::Reading reading = kta::ReadFile(path, kind);
+        for (const std::string& line : kta::FaultLines(path, reading)) {
             AddFault(line);
         }
+        (kind == kFileKindActor ? actor : motion) = std::move(reading.file);
     }
     handed.push_back({kta::KindName(kind), path});
 }
 
-// An export with a fault gets none: what bears the name of the HDO file says that all is well.
-void LeaveManifest() {
+// Of files that were read here. One that would be too large is left out, and the export is none the
+// worse for it.
+void LeavePreview() {
+    if (!actor) {
+        return;
+    }
+    const std::string file = exportFile + ".glb";
+    try {
+        kta::WriteGlb(file, *actor, motion ? &*motion : nullptr);
+    } catch (const std::system_error& error) {
+        AddFault(file + ": cannot be written (" + error.code().message() + ")");
+    } catch (const std::length_error&) {
+    }
+}
+
+// An export with a fault gets neither: what bears the name of the HDO file says that all is well.
+void LeaveResults() {
     if (!faults.empty() || faultsAreLost) {
         return;
     }
@@ -58,6 +78,7 @@ void LeaveManifest() {
     }
     try {
         halden::WriteManifest(exportFile, handed);
+        LeavePreview();
     } catch (const std::system_error& error) {
         AddFault(error.what());
     }
@@ -79,6 +100,8 @@ void InitSpecialHalden(const char*, const char* exportFileName, bool) {
     faults.clear();
     faultsAreLost = false;
     handed.clear();
+    actor.reset();
+    motion.reset();
     step = Step::opened;
     WithoutExceptions([=] { exportFile = exportFileName != nullptr ? exportFileName : ""; });
 }
@@ -104,7 +127,9 @@ void WriteKTMotionFile(const char* ktaFileName) {
 void EndSpecialHalden() {
     WithoutExceptions([] {
         Advance("EndSpecialHalden", Step::motionEnded, Step::closed);
-        LeaveManifest();
+        LeaveResults();
+        actor.reset();
+        motion.reset();
     });
 }
 

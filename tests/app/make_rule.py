@@ -17,7 +17,7 @@ MAKEFILE = """%.hdo: %.maxscene.json
 \t@echo exporting $<
 \t@"$(HDO_EXPORT)" -q -o $@ $<
 """
-MADE = ("figure.hdo", "figure.hdo.log", "figure.hdotemp1", "figure.hdotemp2")
+MADE = ("figure.hdo", "figure.hdo.glb", "figure.hdo.log", "figure.hdotemp1", "figure.hdotemp2")
 
 
 def expect(what, found, expected):

@@ -17,7 +17,7 @@ import sys
 import tempfile
 import time
 
-NAMES = ("out.hdotemp1", "out.hdotemp2", "out.hdo.log", "out.hdo")
+NAMES = ("out.hdotemp1", "out.hdotemp2", "out.hdo.log", "out.hdo.glb", "out.hdo")
 # Two kinds of exports, whose files differ one by one.
 KINDS = (["--sample-animation"], ["--sample-animation", "--sample-rate", "1", "--export-hidden",
                                   "--motions-for-hidden"])

@@ -13,7 +13,7 @@ import tempfile
 
 ABOUT = "About Max to Halden exporter"
 OPTIONS = "Max to Halden Exporter"
-WRITTEN = {"out.hdo", "out.hdotemp1", "out.hdotemp2", "out.hdo.log"}
+WRITTEN = {"out.hdo", "out.hdo.glb", "out.hdotemp1", "out.hdotemp2", "out.hdo.log"}
 
 NO_DISPLAY = {"HDO_NO_DISPLAY": "1"}
 

@@ -104,6 +104,15 @@ TEST_F(ConverterTest, BrokenOffExport) {
     EXPECT_STREQ(SpecialHaldenFaults(), "");
 }
 
+TEST_F(ConverterTest, APreviewStandsBesideTheExportFile) {
+    const std::string preview = exportFile_ + ".glb";
+    std::filesystem::remove(preview);
+    Export(actor_, Save("faulty_motion", "KT"));
+    EXPECT_FALSE(std::filesystem::exists(preview)) << "with a fault";
+    Export(actor_, motion_);
+    EXPECT_EQ(support::ReadFile(preview).substr(0, 4), "glTF");
+}
+
 // ---------------------------------------------------------------- the manifest
 
 class ManifestTest : public ConverterTest {

@@ -24,10 +24,12 @@ TEST_F(ProgramTest, ExportsAScene) {
     const Outcome outcome = RunReal("s.maxscene.json");
     EXPECT_EQ(outcome.status, kExitDone) << outcome.error;
     EXPECT_EQ(outcome.error, "");
-    EXPECT_THAT(Names(), ElementsAre("cfg", "s.hdo", "s.hdo.log", "s.hdotemp1", "s.hdotemp2",
+    EXPECT_THAT(Names(), ElementsAre("cfg", "s.hdo", "s.hdo.glb", "s.hdo.log", "s.hdotemp1", "s.hdotemp2",
                                      "s.maxscene.json"));
     EXPECT_THAT(Lines(outcome.out),
                 testing::Contains(StartsWith(Path("s.hdo.log").string() + ": log")));
+    EXPECT_THAT(Lines(outcome.out), testing::Contains(Path("s.hdo.glb").string() + ": preview"));
+    EXPECT_EQ(Read("s.hdo.glb").substr(0, 4), "glTF");
     EXPECT_THAT(Lines(outcome.out), testing::Contains("exported 2 of 3 nodes"));
 }
 
@@ -142,7 +144,7 @@ TEST_F(ProgramTest, NoHomeIsNoError) {
     EXPECT_EQ(Read("error.txt"), "");
     EXPECT_THAT(Lines(Read("out.txt")), testing::Contains("exported 2 of 3 nodes"));
     EXPECT_THAT(Names(), ElementsAre("error.txt", "out.txt", "s.maxscene.json", "x.hdo",
-                                     "x.hdo.log", "x.hdotemp1", "x.hdotemp2"));
+                                     "x.hdo.glb", "x.hdo.log", "x.hdotemp1", "x.hdotemp2"));
 }
 
 TEST_F(ProgramTest, HelpIsWrappedToTheTerminal) {
