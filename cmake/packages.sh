@@ -80,4 +80,4 @@ build_packages=(cmake ninja-build g++ binutils-mingw-w64-x86-64
     libutfcpp-dev libgcrypt20-dev libjs-three)
 test_packages=("${build_packages[@]}" libgtest-dev libgmock-dev assimp-testmodels python3
     python3-jsonschema g++-mingw-w64-x86-64-posix libz-mingw-w64-dev libgcrypt-mingw-w64-dev
-    googletest wine64 fonts-wine xvfb make git chromium)
+    googletest wine64 fonts-wine xvfb make git pkg-config chromium)

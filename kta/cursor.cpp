@@ -52,18 +52,12 @@ void Cursor::Stop(Fault fault, const std::string& suffix) {
     stopped_ = true;
 }
 
-bool Cursor::Require(std::uint64_t size, std::string_view what) {
-    if (!stopped_ && size > Left()) {
+bool Cursor::StopShort(std::uint64_t size, std::string_view what) {
+    if (!stopped_) {
         Stop(offset_, Found(IssueCode::cutOff, std::string(what), static_cast<std::int64_t>(Left()),
                             std::to_string(size)));
     }
-    return !stopped_;
-}
-
-void Cursor::Skip(std::uint64_t size) {
-    if (Require(size, "field")) {
-        offset_ += size;
-    }
+    return false;
 }
 
 Finding Found(IssueCode code, std::string what, std::int64_t value, std::string expected) {
@@ -96,12 +90,6 @@ Finding FoundNotFinite(std::string what, std::span<const float> values) {
     const auto first =
         std::find_if(values.begin(), values.end(), [](float v) { return !std::isfinite(v); });
     return {IssueCode::numberNotFinite, std::move(what), Digits(*first), "a finite number"};
-}
-
-void NotFinite::Check(std::uint64_t offset, std::span<const float> values) {
-    if (!std::all_of(values.begin(), values.end(), [](float v) { return std::isfinite(v); })) {
-        items_.Note(offset, [&] { return FoundNotFinite(what_, values); });
-    }
 }
 
 }  // namespace kta

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <bit>
+#include <cmath>
 #include <cstring>
 #include <type_traits>
 #include <utility>
@@ -48,9 +49,15 @@ class Cursor {
     void Stop(Fault fault, const std::string& suffix);
     // Whether `size` more bytes are there; stops when not. `what` names the part of the place that
     // they make up, empty for the whole of it.
-    bool Require(std::uint64_t size, std::string_view what = {});
+    bool Require(std::uint64_t size, std::string_view what = {}) {
+        return (!stopped_ && size <= Left()) || StopShort(size, what);
+    }
 
-    void Skip(std::uint64_t size);
+    void Skip(std::uint64_t size) {
+        if (Require(size, "field")) {
+            offset_ += size;
+        }
+    }
 
     template <typename Value>
     Value Read() {
@@ -83,6 +90,9 @@ class Cursor {
     }
 
   private:
+    // Reports that bytes are cut off unless the cursor is stopped already; false.
+    bool StopShort(std::uint64_t size, std::string_view what);
+
     std::span<const std::uint8_t> bytes_;
     std::uint64_t offset_ = 0;
     std::vector<Fault>& faults_;
@@ -132,7 +142,14 @@ class NotFinite {
     NotFinite(const char* what, const char* group) : what_(what), items_(group) {}
 
     // An item that stands at the offset.
-    void Check(std::uint64_t offset, std::span<const float> values);
+    void Check(std::uint64_t offset, std::span<const float> values) {
+        for (const float value : values) {
+            if (!std::isfinite(value)) {
+                items_.Note(offset, [&] { return FoundNotFinite(what_, values); });
+                return;
+            }
+        }
+    }
     void Report(Cursor& cursor) const { items_.Report(cursor, ", nor are "); }
 
   private:

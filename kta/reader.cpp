@@ -210,6 +210,18 @@ Reading Failed(std::string inputError) {
     return reading;
 }
 
+// How many bytes are left in a stream that can tell; 0 for another, which then is as it was.
+std::size_t LeftIn(std::istream& stream) {
+    const std::istream::pos_type here = stream.tellg();
+    if (here == std::istream::pos_type(-1) || !stream.seekg(0, std::ios::end)) {
+        stream.clear();
+        return 0;
+    }
+    const std::istream::pos_type end = stream.tellg();
+    stream.seekg(here);
+    return end > here ? static_cast<std::size_t>(end - here) : 0;
+}
+
 // Appends up to `size` bytes; fewer only at the stream's end or when it fails.
 void Append(std::istream& stream, std::size_t size, std::vector<std::uint8_t>& bytes) {
     const std::size_t old = bytes.size();
@@ -258,8 +270,9 @@ Reading ReadStream(std::istream& stream) {
     Append(stream, sizeof(KTAFileHeader), bytes);
     // A file that is no KTA file is not read to its end, however long it is.
     if (!stream.bad() && ReadBytes(bytes).file) {
-        while (stream) {
-            Append(stream, kBlockSize, bytes);
+        // One byte more tells the end of a file of that size.
+        for (std::size_t size = LeftIn(stream) + 1; stream; size = kBlockSize) {
+            Append(stream, size, bytes);
         }
     }
     if (stream.bad()) {

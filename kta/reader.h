@@ -10,9 +10,12 @@
 // bytes, in whatever code page the exported scene had. Floats are taken as they stand, infinities
 // and NaNs included. Bytes behind a text's NUL and padding mean nothing and are passed over.
 //
-// No function here throws, whatever the bytes and however little memory there is. What is read
+// Nothing that reads throws, whatever the bytes and however little memory there is. What is read
 // takes memory in proportion to the file's size: every count is compared with the bytes that are
 // left before anything is made for it. Functions may be called from several threads at a time.
+//
+// Programs of others get this header, the library, a CMake package (find_package(kta_reader),
+// target kta::reader) and a pkg-config file by `cmake --install BUILD --component kta_reader`.
 #pragma once
 
 #include <algorithm>
@@ -172,8 +175,8 @@ void RequireKind(Reading& reading, KTAFileKind expected);
 // "actor" or "motion".
 const char* KindName(KTAFileKind kind);
 
-// One line for each thing wrong, without line ends: "FILE: offset N: WHERE: TEXT", or
-// "FILE: INPUT ERROR".
+// One line for each thing wrong, without line ends; may throw std::bad_alloc: "FILE: offset N:
+// WHERE: TEXT", or "FILE: INPUT ERROR".
 std::vector<std::string> FaultLines(const std::string& path, const Reading& reading);
 
 }  // namespace kta

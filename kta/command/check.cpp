@@ -270,6 +270,7 @@ Command AddCheck(CLI::App& kta) {
                      "Leave out what has this code, as in weight-sum (repeatable)")
         ->type_name("CODE,...")
         ->delimiter(',')
+        ->allow_extra_args(false)
         ->option_text("CODE,...");
     check->add_option("--rules", arguments->rulesFile, "A studio's rules, a JSON file")
         ->type_name("FILE");

@@ -1,20 +1,20 @@
 #!/usr/bin/env python3
 """Exports every model file of a folder and looks at what comes out.
 
-A file that Assimp loads by itself must export twice with status 0 and the same bytes, and its
-actor file must hold one node chunk a node, in depth-first child order, with the names and parents
-that `hdo-export --list` gives, and the geometry that Assimp gives. Of every clip, the poses rebuilt
-from sampled and from keyframed tracks must be those that Assimp gives, and so must the vertices of
-skinned meshes, deformed by the file's weights. A file that Assimp does not
-load must be refused with status 2 and one line that names it, and nothing may be written. So must
-one for which an import has not enough memory, but only if Assimp by itself cannot load it either
-with as much memory and time. The models of WITHOUT_NODES load, but have no node to export: they
-must be refused in the same way, and export with --allow-empty.
+A file that Assimp loads by itself must export twice with status 0 and the same bytes, and its actor
+file must hold one node chunk a node, in depth-first child order, with the names and parents that
+`hdo-export --list` gives, and the geometry that Assimp gives; `kta check` finds nothing wrong. Of
+every clip, the poses rebuilt from sampled and from keyframed tracks must be those that Assimp
+gives, and so must the vertices of skinned meshes, deformed by the file's weights. A file that
+Assimp does not load must be refused with status 2 and one line that names it, and nothing may be
+written. So must one for which an import has not enough memory, but only if Assimp by itself cannot
+load it either with as much memory and time. The models of WITHOUT_NODES load, but have no node to
+export: they must be refused in the same way, and export with --allow-empty.
 
-FBX, ASE, 3DS, Collada, BVH and glTF 2 files are run; with --all, every other file as well.
-With --runs-only a file of at most 300,000 bytes is exported once, every other one with sampled tracks, and its actor file
-dumped: for programs whose build watches how they run. Exit status: 0 all passed, 1 some failed or
-there was no file, 2 bad usage.
+FBX, ASE, 3DS, Collada, BVH and glTF 2 files are run; with --all, every other file as well. With
+--runs-only a file of at most 300,000 bytes is exported once, every other one with sampled tracks,
+and its actor file dumped: for programs whose build watches how they run. Exit status: 0 all passed,
+1 some failed or there was no file, 2 bad usage.
 """
 
 import argparse
@@ -251,6 +251,12 @@ class Corpus:
             raise Failed(f"exit status {done.returncode}: {first_line(done.stderr)}")
         return [self.written(place, part) for part in ("temp1", "temp2")]
 
+    def check_rules(self, folder):
+        """Nothing is wrong with any of the model's exports, notes aside."""
+        done = run([self.kta, "check", "--strict", str(folder)], folder)
+        if done.returncode != 0:
+            raise Failed(f"kta check: {(done.stdout or done.stderr).decode(errors='replace')}")
+
     def check_runs(self, path, folder, row):
         tracks = (["--sample-animation", "--sample-rate", "1"] if len(row.name) % 2 else
                   ["--no-sample-animation"])
@@ -271,6 +277,7 @@ class Corpus:
         self.check_geometry(path, folder / "first", row)
         clips = sum(line.startswith(b"animation\t") for line in listing.stdout.split(b"\n"))
         self.check_poses(path, folder, clips, row)
+        self.check_rules(folder)
 
     @staticmethod
     def written(place, part):
