@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Lets hdo-export search for what an export fails at.
 
-usage: bisect.py HDO_EXPORT CRASHING_CONVERTER_DIR SCENE
+usage: bisect_scenes.py HDO_EXPORT CRASHING_CONVERTER_DIR SCENE
 """
 
 import copy
