@@ -42,14 +42,14 @@ TEST_F(JsonTest, TellsWhatAnExportMade) {
     EXPECT_EQ(summary["notExported"],
               (json::array(
                   {{{"name", "hidden"}, {"code", "node-not-selected"}, {"why", "not selected"}}})));
-    ASSERT_EQ(summary["files"].size(), 4u);
-    const char* const kinds[] = {"converter", "log", "actor", "motion"};
-    for (const int i : {0, 1, 2, 3}) {
+    ASSERT_EQ(summary["files"].size(), 5u);
+    const char* const kinds[] = {"converter", "converter", "log", "actor", "motion"};
+    for (const int i : {0, 1, 2, 3, 4}) {
         const json& file = summary["files"][static_cast<std::size_t>(i)];
         EXPECT_EQ(file["kind"], kinds[i]);
         EXPECT_EQ(file["bytes"], Read(file["path"].get<std::string>()).size());
     }
-    EXPECT_EQ(summary["files"][2]["chunks"]["node"]["count"], 2);
+    EXPECT_EQ(summary["files"][3]["chunks"]["node"]["count"], 2);
     EXPECT_EQ(summary["options"]["sample-rate"], 2);
     EXPECT_EQ(summary["options"]["weight-threshold"], 0.075);
     EXPECT_EQ(summary["options"]["morphers"], true);
