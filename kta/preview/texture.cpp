@@ -43,6 +43,29 @@ constexpr std::uint32_t Channel(std::uint32_t pixel, int channel) {
     return pixel >> (8 * channel) & 0xff;
 }
 
+// Whether a JPEG's table of Huffman codes, wherever one may begin, has more codes than there are
+// symbols, for which the library has no room.
+bool HasTooManyCodes(std::span<const std::uint8_t> bytes) {
+    const auto at = [bytes](std::size_t i) { return i < bytes.size() ? std::size_t{bytes[i]} : 0; };
+    for (std::size_t i = 0; i + 1 < bytes.size(); ++i) {
+        if (bytes[i] != 0xff || bytes[i + 1] != 0xc4) {
+            continue;
+        }
+        const std::size_t end = i + 2 + (at(i + 2) << 8 | at(i + 3));
+        for (std::size_t table = i + 4; table < end;) {
+            std::size_t codes = 0;
+            for (std::size_t length = 1; length <= 16; ++length) {
+                codes += at(table + length);
+            }
+            if (codes > 256) {
+                return true;
+            }
+            table += 17 + codes;
+        }
+    }
+    return false;
+}
+
 // Each scan of a JPEG begins with this marker, which its other data never holds.
 bool HasTooManyScans(std::span<const std::uint8_t> bytes) {
     int scans = 0;
@@ -163,6 +186,10 @@ DecodedImage DecodeImage(std::span<const std::uint8_t> bytes) {
     if (bytes.size() > kMostImageBytes) {
         return Failed("has more than 256 MiB");
     }
+    const bool mayBeJpeg = !bytes.empty() && bytes[0] == 0xff;
+    if (mayBeJpeg && HasTooManyCodes(bytes)) {
+        return Failed("is a faulty image (bad codes)");
+    }
     if (stbi_info_from_memory(data, size, &width, &height, &channels) == 0) {
         return Failed("is no PNG, JPEG, BMP or TGA image");
     }
@@ -170,7 +197,7 @@ DecodedImage DecodeImage(std::span<const std::uint8_t> bytes) {
         return Failed("has " + std::to_string(width) + " x " + std::to_string(height) +
                       " pixels, expected up to " + std::to_string(kMostImageSide) + " a side");
     }
-    if (bytes[0] == 0xff && HasTooManyScans(bytes)) {
+    if (mayBeJpeg && HasTooManyScans(bytes)) {
         return Failed("has more than " + std::to_string(kMostScans) + " scans");
     }
     mostAllocation = MostAllocation(bytes.size(), width, height);

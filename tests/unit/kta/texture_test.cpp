@@ -162,6 +162,17 @@ TEST(ImageFileTest, JpegOfVeryManyScansIsRefused) {
     EXPECT_EQ(kta::ReadImage(file).error, "has more than 100 scans");
 }
 
+TEST(ImageFileTest, JpegOfMoreCodesThanSymbolsIsRefused) {
+    ImageBytes file = FilesOfEachKind()[0];
+    std::size_t table = 0;
+    while (file[table] != 0xff || file[table + 1] != 0xc4) {
+        ++table;
+    }
+    file[table + 20] = 255;  // codes of 16 bits, which are the last of the lengths
+    file[table + 19] = 2;
+    EXPECT_EQ(kta::ReadImage(file).error, "is a faulty image (bad codes)");
+}
+
 // Cut and damaged files are read or refused, and that is all.
 TEST(ImageFileTest, DamagedFiles) {
     std::mt19937 random(14);
