@@ -7,6 +7,7 @@
 
 #include "kta/command/command.h"
 #include "kta/dump.h"
+#include "kta/preview/overlay_page.h"
 #include "kta/text.h"
 
 namespace kta::command {
@@ -20,6 +21,7 @@ struct DiffOptions {
     bool json = false;
     bool quiet = false;
     bool git = false;
+    std::string page;  // empty: none
 };
 
 // ---------------------------------------------------------------- two files
@@ -36,6 +38,23 @@ void Write(const Diff& diff, const DiffOptions& options, const DiffReport& repor
     } else if (!options.quiet) {
         WriteDiff(diff, report, std::cout);
     }
+}
+
+// False where it cannot be written, which was complained of.
+bool WritePage(const File& a, const File& b, const Diff& diff, const DiffReport& report,
+               const std::string& path) {
+    if (a.kind != kFileKindActor) {
+        Complain("--preview: " + report.nameA + " and " + report.nameB +
+                 " are motion files, expected actor files");
+        return false;
+    }
+    std::vector<std::string> warnings;
+    const std::string page = EncodeOverlayPage(a, b, diff, report, warnings);
+    for (const std::string& warning : warnings) {
+        Complain(warning);
+    }
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(page.data());
+    return WriteOutput(path, {bytes, page.size()});
 }
 
 std::vector<std::string> FirstFaultsOf(const std::string& name, const Reading& reading) {
@@ -70,7 +89,11 @@ Status CompareFiles(const DiffOptions& options) {
         return kUnusable;
     }
     const Diff diff = Compare(*a.file, *b.file, options.tolerance);
-    Write(diff, options, ReportOf(options, nameA, nameB), a.file->kind);
+    const DiffReport report = ReportOf(options, nameA, nameB);
+    Write(diff, options, report, a.file->kind);
+    if (!options.page.empty() && !WritePage(*a.file, *b.file, diff, report, options.page)) {
+        return kUnusable;
+    }
     if (!goodA || !goodB) {
         return kUnusable;
     }
@@ -165,6 +188,12 @@ Status Run(const DiffOptions& options) {
 
 // ---------------------------------------------------------------- command line
 
+std::string CheckPage(const std::string& path) {
+    return EndsWithIgnoringCase(path, ".html")
+               ? ""
+               : "\"" + path + "\" is no page, expected a name that ends in .html";
+}
+
 std::string CheckTolerance(const std::string& text) {
     double value = 0;
     const char* const end = text.data() + text.size();
@@ -203,9 +232,15 @@ Command AddDiff(CLI::App& kta) {
         ->capture_default_str();
     CLI::Option* json = diff->add_flag("--json", options->json, "One JSON object, of all lines");
     diff->add_flag("-q,--quiet", options->quiet, "The exit status alone")->excludes(json);
-    diff->add_flag("--git", options->git,
-                   "For git's diff.NAME.command: takes the arguments that git gives, status 0")
-        ->excludes(json);
+    CLI::Option* git =
+        diff->add_flag("--git", options->git,
+                       "For git's diff.NAME.command: takes the arguments that git gives, status 0")
+            ->excludes(json);
+    diff->add_option("--preview", options->page,
+                     "A page that lays two actor files over each other, named *.html")
+        ->type_name("OUT")
+        ->check(CheckPage)
+        ->excludes(git);
     return {diff, [options] { return Run(*options); }};
 }
 

@@ -1,15 +1,6 @@
 'use strict';
 // Puts the page together.
 
-const byId = id => document.getElementById(id);
-
-function glbBytes() {
-    const text = atob(byId('glb-base64').textContent.trim());
-    const bytes = new Uint8Array(text.length);
-    for (let i = 0; i < text.length; ++i) bytes[i] = text.charCodeAt(i);
-    return bytes.buffer;
-}
-
 // The time, and what shows it.
 class Timeline {
     constructor(times, show) {
@@ -97,32 +88,16 @@ class Stage {
     }
 }
 
-function toggle(button, act) {
-    button.addEventListener('click', () => {
-        const on = button.getAttribute('aria-pressed') !== 'true';
-        button.setAttribute('aria-pressed', String(on));
-        act(on);
-    });
-}
-
 // A click that does not turn the model chooses the node under it.
 function pickOnClick(view, panel) {
-    let start = null;
-    view.canvas.addEventListener('pointerdown', event => {
-        start = { x: event.clientX, y: event.clientY };
-    });
-    view.canvas.addEventListener('pointerup', event => {
-        if (!start || Math.hypot(event.clientX - start.x, event.clientY - start.y) > 5) return;
-        const node = view.nodeAt(event.clientX, event.clientY);
-        if (node !== undefined) panel.chooseKey('node ' + node);
+    onClick(view.canvas, event => {
+        const part = view.partAt(event.clientX, event.clientY);
+        if (part && part.actorNode !== undefined) panel.chooseKey('node ' + part.actorNode);
     });
 }
 
 function connectButtons(view) {
-    byId('fit').addEventListener('click', () => view.lookFrom(35, 25));
-    byId('front').addEventListener('click', () => view.lookFrom(0, 0));
-    byId('side').addEventListener('click', () => view.lookFrom(90, 0));
-    byId('top').addEventListener('click', () => view.lookFrom(0, 89.99));
+    connectLooks(view);
     toggle(byId('bones'), on => view.setBones(on));
     toggle(byId('wire'), on => view.setWire(on));
     if (!view.model.parts.length) byId('bones').click();
@@ -150,7 +125,7 @@ async function start() {
     const details = JSON.parse(byId('details-json').textContent);
     byId('name').textContent = details.title;
     byId('counts').textContent = details.counts;
-    const bytes = glbBytes();
+    const bytes = bytesOf('glb-base64');
     byId('download').href = URL.createObjectURL(new Blob([bytes], { type: 'model/gltf-binary' }));
     byId('licence').addEventListener('click', () => byId('licence-text').showModal());
     const stage = new Stage();

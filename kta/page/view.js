@@ -224,14 +224,14 @@ class View {
         this.label.style.top = (1 - place.y) / 2 * clientHeight + 8 + 'px';
     }
 
-    // The actor's node that is seen at a place of the window.
-    nodeAt(x, y) {
+    // The part that is seen at a place of the window.
+    partAt(x, y) {
         const frame = this.canvas.getBoundingClientRect();
         const ray = new THREE.Raycaster();
         ray.setFromCamera({ x: (x - frame.left) / frame.width * 2 - 1,
                             y: 1 - (y - frame.top) / frame.height * 2 }, this.camera);
         const hits = ray.intersectObjects(this.model.parts.map(part => part.object));
-        const part = hits.length && this.model.parts.find(p => p.object === hits[0].object);
-        return part ? part.actorNode : undefined;
+        return hits.length ? this.model.parts.find(part => part.object === hits[0].object)
+                           : undefined;
     }
 }

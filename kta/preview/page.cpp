@@ -40,7 +40,8 @@ std::string_view PartNamed(std::string_view name) {
     return {};
 }
 
-// As text of the page, which no part of it ends.
+}  // namespace
+
 std::string EscapedForPage(std::string_view text) {
     std::string escaped;
     for (const char c : text) {
@@ -82,7 +83,26 @@ std::string Base64(std::span<const std::uint8_t> bytes) {
     return text;
 }
 
-}  // namespace
+std::string FilledPage(std::string_view frame,
+                       const std::map<std::string, std::string, std::less<>>& values) {
+    const std::string_view text = PartNamed(frame);
+    std::string page;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t open = std::min(text.find("{{", at), text.size());
+        page += text.substr(at, open - at);
+        if (open == text.size()) {
+            break;
+        }
+        const std::size_t close = text.find("}}", open);
+        const std::string_view name = text.substr(open + 2, close - open - 2);
+        const auto value = values.find(name);
+        page += value != values.end() ? value->second
+                : name == "licence"   ? EscapedForPage(PartNamed("copyright"))
+                                      : std::string(PartNamed(name));
+        at = close + 2;
+    }
+    return page;
+}
 
 std::string EncodePage(const PageSource& source, std::vector<std::string>& warnings) {
     GlbOptions options;
@@ -93,24 +113,9 @@ std::string EncodePage(const PageSource& source, std::vector<std::string>& warni
     options.withNumbers = true;
     const File* const motion = source.motion == nullptr ? nullptr : &*source.motion->file;
     const std::string glb = Base64(EncodeGlb(*source.actor->file, motion, options, warnings));
-    const std::string_view frame = PartNamed("page.html");
-    std::string page;
-    for (std::size_t at = 0; at < frame.size();) {
-        const std::size_t open = std::min(frame.find("{{", at), frame.size());
-        page += frame.substr(at, open - at);
-        if (open == frame.size()) {
-            break;
-        }
-        const std::size_t close = frame.find("}}", open);
-        const std::string_view name = frame.substr(open + 2, close - open - 2);
-        page += name == "title"     ? EscapedForPage(ToUtf8(source.title))
-                : name == "licence" ? EscapedForPage(PartNamed("copyright"))
-                : name == "details" ? PageDetails(source)
-                : name == "glb"     ? glb
-                                    : std::string(PartNamed(name));
-        at = close + 2;
-    }
-    return page;
+    return FilledPage("page.html", {{"title", EscapedForPage(ToUtf8(source.title))},
+                                    {"details", PageDetails(source)},
+                                    {"glb", glb}});
 }
 
 }  // namespace kta

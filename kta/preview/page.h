@@ -1,8 +1,12 @@
 // A page that shows an actor and its motion in a browser: one file that needs nothing else.
 #pragma once
 
+#include <cstdint>
 #include <functional>
+#include <map>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "kta/glb.h"
@@ -25,5 +29,17 @@ std::string EncodePage(const PageSource& source, std::vector<std::string>& warni
 
 // What the page tells beside the model, as JSON: nodes, materials, skins, morphs, tracks, issues.
 std::string PageDetails(const PageSource& source);
+
+// ---------------------------------------------------------------- for pages
+
+// The frame of that name, one of the page's files, with each {{name}} replaced: by the value given,
+// or by the page's file of that name. "licence" is that of the viewer.
+std::string FilledPage(std::string_view frame,
+                       const std::map<std::string, std::string, std::less<>>& values);
+
+// As text of the page, which no part of it ends.
+std::string EscapedForPage(std::string_view text);
+
+std::string Base64(std::span<const std::uint8_t> bytes);
 
 }  // namespace kta
