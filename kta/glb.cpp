@@ -16,12 +16,19 @@ void Append(std::vector<std::string>& lines, std::vector<std::string> more) {
     lines.insert(lines.end(), more.begin(), more.end());
 }
 
-// A mesh hangs from its node. A skinned one, whose positions are in the world, stands beside all
-// nodes; so does one without node.
+// A mesh hangs from its node, each further one of the same node from a child of it, since a node of
+// glTF has one mesh. A skinned mesh, whose positions are in the world, stands beside all nodes; so
+// does one without node.
 void PlaceMeshes(const gltf::Meshes& meshes, std::vector<std::size_t>& roots, Document& document) {
     for (const gltf::PlacedMesh& mesh : meshes.Placed()) {
         if (!mesh.skin && mesh.node != kNoNode) {
-            document.At("nodes", mesh.node)["mesh"] = mesh.number;
+            if (!document.At("nodes", mesh.node).contains("mesh")) {
+                document.At("nodes", mesh.node)["mesh"] = mesh.number;
+                continue;
+            }
+            const std::size_t child =
+                document.Add("nodes", {{"name", mesh.name + " mesh"}, {"mesh", mesh.number}});
+            document.At("nodes", mesh.node)["children"].push_back(child);
             continue;
         }
         Json node = {{"name", mesh.skin ? mesh.name + " skin" : mesh.name}, {"mesh", mesh.number}};

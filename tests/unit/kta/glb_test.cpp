@@ -97,6 +97,19 @@ TEST(GlbTest, CollisionMeshesWhenAskedFor) {
     EXPECT_EQ(GlbOf(actor, "", {.withCollision = true}).Node("Hull")["mesh"], 0);
 }
 
+TEST(GlbTest, SecondMeshOfANodeHangsFromAChild) {
+    const MeshFields seen = FacingTriangleOf(0);
+    MeshFields collision = seen;
+    collision.isCollision = 1;
+    const TakenGlb glb =
+        GlbOf(ActorOf({RootAt("Hull", {})}, MeshChunk(seen) + MeshChunk(collision)), "",
+              {.withCollision = true});
+    EXPECT_EQ(glb.Node("Hull")["mesh"], 0);
+    ASSERT_EQ(glb.Node("Hull")["children"].size(), 1u);
+    const json& child = glb.root["nodes"][glb.Node("Hull")["children"][0].get<std::size_t>()];
+    EXPECT_EQ(child["mesh"], 1);
+}
+
 TEST(GlbTest, TextureCoordinatesStayAndUpToEightSets) {
     MeshFields mesh = FacingTriangleOf(0);
     mesh.mapChannelCount = 9;
