@@ -1,7 +1,6 @@
 # Installs the reader for programs of others: `cmake --install BUILD --component kta_reader`. They
 # find it as the CMake package kta_reader (target kta::reader) or with pkg-config, and include
 # <kta/reader.h>.
-include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/kta_reader)
