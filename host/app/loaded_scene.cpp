@@ -116,27 +116,26 @@ LoadedScene LoadModel(const std::string&, const LoadChoices&, Reading&) {
 }
 #else
 LoadedScene LoadModel(const std::string& path, const LoadChoices& choices, Reading& reading) {
+    const auto report = [&reading](int percent) { reading.Show(percent); };
     import::ImportedScene imported =
-        import::ImportWithAssimp(path, {choices.animation, choices.frameRate, choices.up},
-                                 [&reading](int percent) { reading.Show(percent);
-});
-LoadedScene loaded;
-loaded.scene = std::move(imported.scene);
-if (loaded.scene.nodes.empty() && !choices.allowEmpty) {
-    throw std::runtime_error(
-        "no node in it, expected a model with at least one (--allow-empty lets it pass)");
-}
-scene::Check(loaded.scene);
-for (std::size_t i = 0; i < imported.warnings.size(); ++i) {
-    loaded.warnings.push_back({imported.codes.at(i), std::move(imported.warnings[i])});
-}
-loaded.losses = std::move(imported.losses);
-for (const import::AnimationClip& clip : imported.animations) {
-    loaded.animations.push_back({clip.name, clip.seconds});
-}
-loaded.coloredMeshes = imported.coloredMeshes;
-loaded.upAxis = std::move(imported.upAxis);
-return loaded;
+        import::ImportWithAssimp(path, {choices.animation, choices.frameRate, choices.up}, report);
+    LoadedScene loaded;
+    loaded.scene = std::move(imported.scene);
+    if (loaded.scene.nodes.empty() && !choices.allowEmpty) {
+        throw std::runtime_error(
+            "no node in it, expected a model with at least one (--allow-empty lets it pass)");
+    }
+    scene::Check(loaded.scene);
+    for (std::size_t i = 0; i < imported.warnings.size(); ++i) {
+        loaded.warnings.push_back({imported.codes.at(i), std::move(imported.warnings[i])});
+    }
+    loaded.losses = std::move(imported.losses);
+    for (const import::AnimationClip& clip : imported.animations) {
+        loaded.animations.push_back({clip.name, clip.seconds});
+    }
+    loaded.coloredMeshes = imported.coloredMeshes;
+    loaded.upAxis = std::move(imported.upAxis);
+    return loaded;
 }
 #endif
 

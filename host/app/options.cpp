@@ -272,7 +272,8 @@ void AddScene(CLI::App& app, Options& options) {
     Group group(app, "Options");
     group.AddPath("-o,--output", "FILE", options.output,
                   "export file, which the converter makes (default: SCENE's name with .hdo; "
-                  "x.maxscene.json gives x.hdo); FILEtemp1 and FILEtemp2 appear beside it");
+                  "x.maxscene.json gives x.hdo); FILEtemp1, FILEtemp2, FILE.log\n"
+                  "and FILE.glb, a preview, appear beside it");
     group.Add("--selected", options.selectedOnly,
               "export the selection only; an empty one is refused (default: the whole scene)");
     group.Add("--select", "NAME", options.select,

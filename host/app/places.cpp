@@ -3,6 +3,8 @@
 #include <array>
 #include <cstdlib>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "host/app/exit_status.h"
 #include "kta/text.h"
@@ -83,13 +85,18 @@ fs::path ProgramDirectory() {
 
 namespace {
 
-// Whether an export to `exportFile` would put a file in this one's place. Several names may be one
-// file's.
-bool IsOfExport(const fs::path& file, const fs::path& exportFile) {
-    for (const char* const suffix : {"", "temp1", "temp2"}) {
-        const fs::path made = exportFile.string() + suffix;
-        std::error_code error;
-        if (file == made || fs::equivalent(file, made, error)) {
+// Several names may be one file's.
+bool AreOne(const fs::path& file, const fs::path& other) {
+    std::error_code error;
+    return file == other || fs::equivalent(file, other, error);
+}
+
+// Whether an export to `exportFile` would put a file in this one's place; its log as well, where no
+// option names another place for that.
+bool IsOfExport(const fs::path& file, const fs::path& exportFile, bool withLog) {
+    for (const char* const suffix : {"", "temp1", "temp2", ".glb", ".log"}) {
+        const bool isLog = std::string_view(suffix) == ".log";
+        if ((withLog || !isLog) && AreOne(file, exportFile.string() + suffix)) {
             return true;
         }
     }
@@ -110,7 +117,7 @@ void CheckReplaceable(const Options& options, const fs::path& exportFile) {
     if (fs::exists(former) && !fs::is_regular_file(former)) {
         refuse("is not a regular file, expected a file to export to");
     }
-    if (IsOfExport(Absolute(options.scene), absolute)) {
+    if (IsOfExport(Absolute(options.scene), absolute, !options.log)) {
         refuse("the export would replace the scene itself, expected another file to export to");
     }
 }
@@ -123,7 +130,7 @@ fs::path ExportFile(const Options& options) {
         options.output ? fs::path(*options.output) : scene.parent_path() / (StemOf(scene) + ".hdo");
     CheckReplaceable(options, file);
     const fs::path absolute = Absolute(file.string());
-    if (options.saveScene && IsOfExport(Absolute(*options.saveScene), absolute)) {
+    if (options.saveScene && IsOfExport(Absolute(*options.saveScene), absolute, !options.log)) {
         throw Failure(kExitRefused, "--save-scene",
                       *options.saveScene + " is a file of the export, expected another one");
     }
@@ -158,9 +165,26 @@ std::optional<fs::path> FileBeside(const Options& options, const char* option, c
                       std::string("names a directory, expected a file for ") + what);
     }
     const fs::path file = Absolute(*given);
-    if (IsOfExport(file, ExportFile(options))) {
+    const auto refuse = [&](const std::string& found) {
         throw Failure(kExitRefused, option,
-                      file.string() + " is a file of the export, expected another one");
+                      file.string() + " is " + found + ", expected another one");
+    };
+    const bool isLog = &given == &options.log;
+    if (IsOfExport(file, ExportFile(options), !isLog && !options.log)) {
+        refuse("a file of the export");
+    }
+    if (AreOne(file, Absolute(options.scene))) {
+        refuse("the scene itself");
+    }
+    const std::pair<const char*, const std::optional<std::string>&> others[] = {
+        {"--save-scene", options.saveScene},
+        {"--log", options.log},
+        {"--receipt", options.receipt},
+        {"--report", options.report}};
+    for (const auto& [other, name] : others) {
+        if (&name != &given && name && AreOne(file, Absolute(*name))) {
+            refuse(std::string("the file of ") + other);
+        }
     }
     return file;
 }

@@ -29,8 +29,8 @@ std::filesystem::path ExportFile(const Options& options);
 // scene itself or no place for a file.
 std::string SuspectFile(const Options& options);
 
-// --log's file, absolute. Throws Failure(kExitRefused) when that is a directory or a file of the
-// export.
+// --log's file, absolute. Throws Failure(kExitRefused) when that is a directory, a file of the
+// export, the scene itself or another option's file.
 std::optional<std::filesystem::path> LogFile(const Options& options);
 
 // --receipt's and --report's files alike.

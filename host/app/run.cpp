@@ -160,6 +160,9 @@ int ReportException(Console& console) {
 int LoadAndExport(const Options& options, Console& console, RunReport& report, bool isTerminal,
                   Interrupts& interrupts) {
     ExportFiles files(ExportFile(options), LogFile(options));
+    // Places that are refused are told before anything is done.
+    ReceiptFile(options);
+    ReportFile(options);
     int status = kExitDone;
     try {
         RequireDisplay(options.showDialog ? "--show-dialog" : SceneName(options.scene),

@@ -111,6 +111,8 @@ ExportReport ReportOf(const ExportFiles& files, ExportOutcome outcome) {
         for (const NodeToExport* const node : NodesNotExported(files.Files(), outcome.nodes)) {
             report.notExported.push_back(*node);
         }
+    } else {
+        outcome.preview.clear();
     }
     report.outcome = std::move(outcome);
     return report;

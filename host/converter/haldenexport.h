@@ -5,11 +5,11 @@
 // every file that it is handed and keeps what it finds wrong with them for SpecialHaldenFaults().
 // Where that is nothing, EndSpecialHalden leaves a manifest of both files under the HDO file's name
 // (see manifest.h), so that whoever waits for that file sees the export done, and a preview of them
-// (see kta::WriteGlb) under that name with ".glb" behind it. One export is the calls InitSpecialHalden, WriteKTActorFile, WriteKTMotionFile,
-// WriteKTMotionFile(null), EndSpecialHalden, in this order; a call out of order is a fault as well.
-// An export that is broken off needs no EndSpecialHalden: the next InitSpecialHalden starts afresh.
-// One thread at a time. Texts are 8-bit and NUL-terminated, and copied. No exception leaves the
-// library.
+// (see kta::WriteGlb) under that name with ".glb" behind it. One export is the calls
+// InitSpecialHalden, WriteKTActorFile, WriteKTMotionFile, WriteKTMotionFile(null),
+// EndSpecialHalden, in this order; a call out of order is a fault as well. An export that is broken
+// off needs no EndSpecialHalden: the next InitSpecialHalden starts afresh. One thread at a time.
+// Texts are 8-bit and NUL-terminated, and copied. No exception leaves the library.
 #pragma once
 
 #if !defined(_WIN32)
@@ -44,7 +44,8 @@ HALDENEXPORT_API const char* SpecialHaldenFaults();
 
 // The stand-in only: whether the caller reads the files himself, until he says otherwise. The
 // stand-in then looks at the calls alone, makes no preview, and its result tells nothing of the
-// files: a caller who finds a fault in them takes it away. The application's library lacks this entry.
+// files: a caller who finds a fault in them takes it away. The application's library lacks this
+// entry.
 HALDENEXPORT_API void SpecialHaldenLeaveReading(bool isLeft);
 
 }  // extern "C"

@@ -1,6 +1,6 @@
-// What Assimp makes of GLB files: for each a line of JSON with the numbers of what is in it. Several
-// roots stand below one more node, the importer's own. Exit status: 0, or 1 and the reason for a file
-// that does not load, which ends the run.
+// What Assimp makes of GLB files: for each a line of JSON with the numbers of what is in it.
+// Several roots stand below one more node, the importer's own. Exit status: 0, or 1 and the reason
+// for a file that does not load, which ends the run.
 #include <iostream>
 #include <set>
 

@@ -1,5 +1,5 @@
-// Any bytes as a KTA file: they are read, checked, shown and compared without a crash or a leak, and a file
-// is equal to itself.
+// Any bytes as a KTA file: they are read, checked, shown and compared without a crash or a leak,
+// and a file is equal to itself.
 #include <cstdint>
 #include <cstdlib>
 #include <ostream>

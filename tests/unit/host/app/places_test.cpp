@@ -121,6 +121,42 @@ TEST_F(PlacesTest, LogIsAFileOfItsOwn) {
     }
 }
 
+TEST_F(PlacesTest, NothingTakesThePlaceOfTheSceneOrOfAnotherFile) {
+    const auto refusal = [&](auto change, auto file) {
+        Options options;
+        options.scene = "x.fbx";
+        options.output = "x.hdo";
+        change(options);
+        return Catch([&] { file(options); }).line;
+    };
+    for (const char* const made : {"x.hdo.glb", "x.hdo.log"}) {
+        EXPECT_EQ(refusal([&](Options& o) { o.scene = made; }, ExportFile),
+                  "x.hdo: the export would replace the scene itself, expected another file to "
+                  "export to");
+        EXPECT_EQ(refusal([&](Options& o) { o.saveScene = made; }, ExportFile),
+                  std::string("--save-scene: ") + made +
+                      " is a file of the export, expected another one");
+        EXPECT_EQ(
+            refusal([&](Options& o) { o.receipt = made; }, ReceiptFile),
+            "--receipt: " + Path(made).string() + " is a file of the export, expected another one");
+    }
+    EXPECT_EQ(
+        refusal([](Options& o) { o.log = "x.hdo.glb"; }, LogFile),
+        "--log: " + Path("x.hdo.glb").string() + " is a file of the export, expected another one");
+    const std::string scene = Path("x.fbx").string() + " is the scene itself, expected another one";
+    EXPECT_EQ(refusal([](Options& o) { o.log = "x.fbx"; }, LogFile), "--log: " + scene);
+    EXPECT_EQ(refusal([](Options& o) { o.receipt = "x.fbx"; }, ReceiptFile), "--receipt: " + scene);
+    EXPECT_EQ(refusal([](Options& o) { o.report = "x.fbx"; }, ReportFile), "--report: " + scene);
+    EXPECT_EQ(
+        refusal(
+            [](Options& o) {
+                o.receipt = "r";
+                o.report = "r";
+            },
+            ReceiptFile),
+        "--receipt: " + Path("r").string() + " is the file of --report, expected another one");
+}
+
 TEST_F(PlacesTest, DirectoriesLoseTheirLastSeparator) {
     EXPECT_EQ(Absolute("d/"), Path("d"));
     EXPECT_EQ(Absolute("."), directory_);

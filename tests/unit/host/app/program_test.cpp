@@ -24,8 +24,8 @@ TEST_F(ProgramTest, ExportsAScene) {
     const Outcome outcome = RunReal("s.maxscene.json");
     EXPECT_EQ(outcome.status, kExitDone) << outcome.error;
     EXPECT_EQ(outcome.error, "");
-    EXPECT_THAT(Names(), ElementsAre("cfg", "s.hdo", "s.hdo.glb", "s.hdo.log", "s.hdotemp1", "s.hdotemp2",
-                                     "s.maxscene.json"));
+    EXPECT_THAT(Names(), ElementsAre("cfg", "s.hdo", "s.hdo.glb", "s.hdo.log", "s.hdotemp1",
+                                     "s.hdotemp2", "s.maxscene.json"));
     EXPECT_THAT(Lines(outcome.out),
                 testing::Contains(StartsWith(Path("s.hdo.log").string() + ": log")));
     EXPECT_THAT(Lines(outcome.out), testing::Contains(Path("s.hdo.glb").string() + ": preview"));

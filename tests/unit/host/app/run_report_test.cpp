@@ -162,13 +162,13 @@ TEST_F(ProgramTest, TheSavedSceneAloneGoesToStandardOutput) {
     EXPECT_EQ(RunReal("--save-scene - --list s.maxscene.json").status, kExitRefused);
 }
 
+#ifdef __linux__  // Wine's shell does not find the program behind a pipe
 TEST_F(ProgramTest, ScenesPassThroughPipes) {
     const Outcome piped = RunReal("--save-scene - s.maxscene.json | \"" HDO_EXPORT "\" --list -");
     EXPECT_EQ(piped.status, kExitDone) << piped.error;
     EXPECT_EQ(piped.out, RunReal("--list s.maxscene.json").out);
 }
 
-#ifdef __linux__
 TEST_F(ProgramTest, ASavedSceneThatStandardOutputLosesIsStatus2) {
     const int result =
         std::system("\"" HDO_EXPORT "\" --save-scene - s.maxscene.json >/dev/full 2>e.txt");
