@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -115,6 +117,38 @@ LoadedScene LoadModel(const std::string&, const LoadChoices&, Reading&) {
         "description (hdo-export --save-scene writes one elsewhere)");
 }
 #else
+bool HasFaces(const scene::Scene& scene) {
+    return std::ranges::any_of(scene.nodes, [](const scene::Node& node) {
+        return node.object && node.object->mesh && !node.object->mesh->faces.empty();
+    });
+}
+
+// Whether the file itself says that more was to come: a PLY or OFF file by the faces that its
+// beginning counts, an SMD file by the word that ends its last section. Their readers take what
+// there is.
+bool PromisesFaces(const std::string& path) {
+    const std::string text = Beginning(path);
+    if (kta::EndsWithIgnoringCase(path, ".ply")) {
+        const std::size_t faces = text.find("element face ");
+        return faces != std::string::npos && std::atol(text.c_str() + faces + 13) > 0;
+    }
+    if (kta::EndsWithIgnoringCase(path, ".off")) {
+        const std::size_t counts = text.find_first_of("0123456789");
+        long vertices = 0, faces = 0;
+        return counts != std::string::npos &&
+               std::sscanf(text.c_str() + counts, "%ld %ld", &vertices, &faces) == 2 && faces > 0;
+    }
+    if (kta::EndsWithIgnoringCase(path, ".smd")) {
+        std::ifstream file(fs::path(path), std::ios::binary);
+        std::string word, last;
+        while (file >> word) {
+            last = std::move(word);
+        }
+        return last != "end";
+    }
+    return false;
+}
+
 LoadedScene LoadModel(const std::string& path, const LoadChoices& choices, Reading& reading) {
     const auto report = [&reading](int percent) { reading.Show(percent); };
     import::ImportedScene imported =
@@ -124,6 +158,11 @@ LoadedScene LoadModel(const std::string& path, const LoadChoices& choices, Readi
     if (loaded.scene.nodes.empty() && !choices.allowEmpty) {
         throw std::runtime_error(
             "no node in it, expected a model with at least one (--allow-empty lets it pass)");
+    }
+    if (!HasFaces(loaded.scene) && !choices.allowEmpty && PromisesFaces(path)) {
+        throw std::runtime_error(
+            "cut off, no face in it, expected those that it announces (--allow-empty lets it "
+            "pass)");
     }
     scene::Check(loaded.scene);
     for (std::size_t i = 0; i < imported.warnings.size(); ++i) {

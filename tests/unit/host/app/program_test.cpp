@@ -276,6 +276,33 @@ TEST_F(ProgramTest, AModelWithoutNodesIsStatus2UnlessAllowed) {
     EXPECT_THAT(Lines(allowed.out), testing::Contains("exported 0 of 0 nodes"));
 }
 
+#ifdef __linux__
+// Readers take what there is of these files: a node, and no face.
+TEST_F(ProgramTest, AModelThatWasCutOffBeforeItsFacesIsStatus2UnlessAllowed) {
+    const std::string ply =
+        "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
+        "property float z\nelement face ";
+    const std::string list =
+        "\nproperty list uchar int vertex_indices\nend_header\n0 0 0\n1 0 0\n0 1 0\n";
+    Write("c.ply", ply + "1" + list);
+    Write("c.off", "OFF\n3 1 0\n0 0 0\n1 0 0\n0 1 0\n");
+    Write("c.smd", "version 1\nnodes\n0 \"root\" -1\nend\nskeleton\ntime 0\n0 0 0 0 0 0 0\n");
+    Write("x.hdotemp1", "former");
+    for (const std::string name : {"c.ply", "c.off", "c.smd"}) {
+        const Outcome outcome = RunReal("-o x.hdo " + name);
+        EXPECT_EQ(outcome.status, kExitRefused) << name;
+        EXPECT_EQ(Lines(outcome.error).at(0),
+                  "hdo-export: " + name +
+                      ": cut off, no face in it, expected those that it announces (--allow-empty "
+                      "lets it pass)");
+        EXPECT_EQ(Read("x.hdotemp1"), "former");
+    }
+    EXPECT_EQ(RunReal("--allow-empty -o x.hdo c.ply").status, kExitDone);
+    Write("points.ply", ply + "0" + list);
+    EXPECT_EQ(RunReal("-o x.hdo points.ply").status, kExitDone) << "points alone are a model";
+}
+#endif
+
 TEST_F(ProgramTest, GarbageUnderTheNameOfATextFormatIsStatus2) {
     Write("g.obj", std::string("v 0 0 0\0", 8));
     const Outcome outcome = RunReal("--allow-empty -o x.hdo g.obj");
