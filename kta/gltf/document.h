@@ -1,5 +1,5 @@
-// A glTF 2.0 document in the making (Khronos Group, glTF 2.0 specification): its objects as JSON
-// and its one buffer. For the sources of kta/glb.h.
+// A glTF 2.0 document in the making (Khronos Group, "glTF 2.0", 2021): its objects as JSON and its
+// one buffer. For the sources of kta/glb.h.
 #pragma once
 
 #include <cstdint>
