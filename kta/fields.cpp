@@ -466,4 +466,20 @@ std::vector<RecordView> RecordsOf(const Chunk& chunk) {
     return {};
 }
 
+const char* LayerTypeName(int type) {
+    constexpr const char* kNames[] = {"ambient",
+                                      "diffuse",
+                                      "specular",
+                                      "bump",
+                                      "reflection",
+                                      "refraction",
+                                      "opacity",
+                                      "self-illumination",
+                                      "environment",
+                                      "shininess",
+                                      "shininess strength",
+                                      "filter colour"};
+    return type >= 0 && type < static_cast<int>(std::size(kNames)) ? kNames[type] : nullptr;
+}
+
 }  // namespace kta

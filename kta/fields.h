@@ -41,6 +41,9 @@ struct Field {
 template <typename Record>
 std::span<const Field> FieldsOf();
 
+// As in "diffuse"; null for a number that is no layer's type.
+const char* LayerTypeName(int type);
+
 // An element of a field that is an integer or a character, or a real.
 std::int64_t IntegerAt(const Field& field, const void* record, std::size_t element);
 float RealAt(const Field& field, const void* record, std::size_t element);

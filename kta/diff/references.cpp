@@ -1,6 +1,7 @@
 #include "kta/diff/references.h"
 
 #include "kta/dump.h"
+#include "kta/fields.h"
 
 namespace kta {
 namespace {
@@ -133,21 +134,9 @@ Match MatchByKeys(const std::vector<Keys>& a, const std::vector<Keys>& b) {
 
 namespace {
 
-constexpr const char* kLayerNames[] = {"ambient",
-                                       "diffuse",
-                                       "specular",
-                                       "bump",
-                                       "reflection",
-                                       "refraction",
-                                       "opacity",
-                                       "self-illumination",
-                                       "environment",
-                                       "shininess",
-                                       "shininess strength",
-                                       "filter colour"};
-
 std::string LayerName(std::uint8_t type) {
-    return type < std::size(kLayerNames) ? QuotedText(kLayerNames[type]) : std::to_string(type);
+    const char* const name = LayerTypeName(type);
+    return name != nullptr ? QuotedText(name) : std::to_string(type);
 }
 
 // An animated channel of one end of a wire.

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "kta/dump.h"
+#include "kta/fields.h"
 #include "kta/gltf/images.h"
 #include "kta/text.h"
 
@@ -47,22 +48,6 @@ const KTAMaterialLayer* LayerOf(const std::vector<const KTAMaterialLayer*>& laye
     const auto found = std::find_if(layers.begin(), layers.end(),
                                     [type](const auto* layer) { return layer->layerType == type; });
     return found == layers.end() ? nullptr : *found;
-}
-
-const char* LayerName(int type) {
-    constexpr const char* kNames[] = {"ambient",
-                                      "diffuse",
-                                      "specular",
-                                      "bump",
-                                      "reflection",
-                                      "refraction",
-                                      "opacity",
-                                      "self-illumination",
-                                      "environment",
-                                      "shininess",
-                                      "shininess strength",
-                                      "filter colour"};
-    return type >= 0 && type < static_cast<int>(std::size(kNames)) ? kNames[type] : "unknown";
 }
 
 // What the layer does to pairs of texture coordinates as they stand in the file (u, 1 - v): in 3ds
@@ -283,7 +268,8 @@ std::vector<std::string> Materials::Warnings() const {
     }
     std::vector<std::string> types;
     for (const auto& [type, count] : layersLeftOut_) {
-        types.push_back(std::to_string(count) + " " + LayerName(type));
+        const char* const name = LayerTypeName(type);
+        types.push_back(std::to_string(count) + " " + (name != nullptr ? name : "unknown"));
     }
     if (!types.empty()) {
         lines.push_back("layers left out, which glTF cannot show: " + Joined(types));

@@ -10,6 +10,7 @@
 #include "kta/check.h"
 #include "kta/deform.h"
 #include "kta/dump.h"
+#include "kta/fields.h"
 #include "kta/issues.h"
 #include "kta/preview/page.h"
 #include "kta/preview/skeleton.h"
@@ -20,12 +21,19 @@ namespace {
 
 using DetailsJson = nlohmann::ordered_json;
 
-constexpr const char* kLayerNames[] = {"Ambient map",   "Diffuse map",           "Specular map",
-                                       "Bump map",      "Reflection map",        "Refraction map",
-                                       "Opacity map",   "Self-illumination map", "Environment",
-                                       "Shininess map", "Strength map",          "Filter map"};
 constexpr int kMostPoints = 400;  // of a curve, more than its plot has pixels
 constexpr int kCurveSteps = 240;  // points of a keyframed one
+
+// As in "Diffuse map".
+std::string MapName(int type) {
+    const char* const name = LayerTypeName(type);
+    if (name == nullptr) {
+        return "Map";
+    }
+    std::string text = std::string(name) + " map";
+    text[0] = static_cast<char>(text[0] - 'a' + 'A');
+    return text;
+}
 
 // In six digits, which is more than is shown; null for what is no number.
 DetailsJson Rounded(double value) {
@@ -111,16 +119,14 @@ DetailsJson MaterialsJson(const PageSource& source) {
                                  {"layers", DetailsJson::array()}});
         } else if (const auto* layer = chunk.As<KTAMaterialLayer>();
                    layer != nullptr && !materials.empty()) {
-            const bool isKnown = layer->layerType < std::size(kLayerNames);
             DetailsJson found;
             if (source.findTexture) {
                 found = source.findTexture(TextOf(layer->textureFileName)).has_value();
             }
-            materials.back()["layers"].push_back(
-                {{"type", isKnown ? kLayerNames[layer->layerType] : "Map"},
-                 {"file", Text(layer->textureFileName)},
-                 {"found", found},
-                 {"amount", Rounded(layer->amount)}});
+            materials.back()["layers"].push_back({{"type", MapName(layer->layerType)},
+                                                  {"file", Text(layer->textureFileName)},
+                                                  {"found", found},
+                                                  {"amount", Rounded(layer->amount)}});
         }
     }
     return materials;
