@@ -148,4 +148,16 @@ Actor ReadActor(const std::string& path) {
     return actor;
 }
 
+Matrix InverseWorldOf(const ActorNode& node) {
+    static constexpr unsigned kOrder[3] = {0, 2, 1};
+    Matrix inverse;
+    for (unsigned row = 0; row < 3; ++row) {
+        for (unsigned column = 0; column < 3; ++column) {
+            inverse[row][column] = node.inverseWorld[kOrder[row]][kOrder[column]];
+        }
+        inverse[row][3] = node.inverseWorld[kOrder[row]][3];
+    }
+    return inverse;
+}
+
 }  // namespace corpus

@@ -21,6 +21,9 @@ struct ActorNode {
     bool isAhead = false;                // stands between a mesh and its weights, as its bone
 };
 
+// The same matrix with z up.
+Matrix InverseWorldOf(const ActorNode& node);
+
 struct ActorMaterial {
     std::string name;
     std::array<float, 3> diffuse{};

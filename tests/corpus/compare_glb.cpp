@@ -38,19 +38,6 @@ Vector FromFile(const float (&v)[3]) {
     return {v[0], v[2], v[1]};
 }
 
-// From the file's axes to z up.
-Matrix InverseWorldOf(const ActorNode& node) {
-    static constexpr unsigned kOrder[3] = {0, 2, 1};
-    Matrix inverse;
-    for (unsigned row = 0; row < 3; ++row) {
-        for (unsigned column = 0; column < 3; ++column) {
-            inverse[row][column] = node.inverseWorld[kOrder[row]][kOrder[column]];
-        }
-        inverse[row][3] = node.inverseWorld[kOrder[row]][3];
-    }
-    return inverse;
-}
-
 class Scene {
   public:
     Scene(Actor actor, std::vector<MotionPart> parts)

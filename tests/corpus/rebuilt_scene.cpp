@@ -10,16 +10,8 @@
 namespace corpus {
 namespace {
 
-// From the file's axes to z up.
 Matrix WorldOf(const ActorNode& node) {
-    static constexpr unsigned kOrder[3] = {0, 2, 1};
-    Matrix inverse;
-    for (unsigned row = 0; row < 3; ++row) {
-        for (unsigned column = 0; column < 3; ++column) {
-            inverse[row][column] = node.inverseWorld[kOrder[row]][kOrder[column]];
-        }
-        inverse[row][3] = node.inverseWorld[kOrder[row]][3];
-    }
+    const Matrix inverse = InverseWorldOf(node);
     return IsFlat(inverse) ? Matrix() * 0.0 : Inverse(inverse);
 }
 

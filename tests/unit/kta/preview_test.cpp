@@ -6,6 +6,7 @@
 #include <limits>
 #include <numbers>
 
+#include "tests/unit/kta/preview_meshes.h"
 #include "tests/unit/kta/sample.h"
 
 namespace {
@@ -80,20 +81,6 @@ Rgb Colour(const std::array<double, 3>& diffuse, const kta::Vector3& normal,
     return kta::Shade({diffuse, selfIllumination}, normal);
 }
 
-// The smallest rectangle with all pixels that are not background: left, top, right, bottom.
-std::array<int, 4> Covered(const kta::Picture& picture) {
-    std::array<int, 4> box = {picture.width, picture.height, -1, -1};
-    for (int y = 0; y < picture.height; ++y) {
-        for (int x = 0; x < picture.width; ++x) {
-            if (picture.At(x, y) != kta::kBackground) {
-                box = {std::min(box[0], x), std::min(box[1], y), std::max(box[2], x),
-                       std::max(box[3], y)};
-            }
-        }
-    }
-    return box;
-}
-
 const Rgb kGrey = Colour({0.75, 0.75, 0.75}, {0, 0, 1});
 
 // ---------------------------------------------------------------- place
@@ -114,9 +101,10 @@ TEST(PreviewTest, TriangleCoversItsPixels) {
 
 // A margin of 5% is left on each side of what fills the picture.
 TEST(PreviewTest, FillsThePicture) {
-    EXPECT_EQ(Covered(Draw({.meshes = {Square(1000, 7, 3)}})), (std::array<int, 4>{5, 5, 94, 94}));
+    EXPECT_EQ(CoveredBy(Draw({.meshes = {Square(1000, 7, 3)}})),
+              (std::array<int, 4>{5, 5, 94, 94}));
     const kta::PreviewView wide = {.width = 400, .height = 100, .direction = {0, 0}};
-    EXPECT_EQ(Covered(Draw({.meshes = {Square(0, 7, 3)}}, wide)),
+    EXPECT_EQ(CoveredBy(Draw({.meshes = {Square(0, 7, 3)}}, wide)),
               (std::array<int, 4>{155, 5, 244, 94}));
 }
 
@@ -125,7 +113,7 @@ TEST(PreviewTest, FramesWhatIsDrawn) {
     MeshFields mesh = Square(0, 2, 0);
     mesh.subMeshes[0].vertices.push_back({6, {1e6f, 1e6f, 1e6f}, {}});
     mesh.originalVertexCount = 7;
-    EXPECT_EQ(Covered(Draw({.meshes = {mesh}})), (std::array<int, 4>{5, 5, 94, 94}));
+    EXPECT_EQ(CoveredBy(Draw({.meshes = {mesh}})), (std::array<int, 4>{5, 5, 94, 94}));
 }
 
 TEST(PreviewTest, EdgesAreSmoothed) {
@@ -279,7 +267,7 @@ TEST(PreviewTest, SkinnedMeshesStandWhereTheirNumbersSay) {
     };
     // The third mesh is of node 0 as well. From -2 to 12: 90 pixels.
     const kta::Picture picture = draw(0);
-    EXPECT_EQ(Covered(picture), (std::array<int, 4>{5, 37, 94, 62}));
+    EXPECT_EQ(CoveredBy(picture), (std::array<int, 4>{5, 37, 94, 62}));
     EXPECT_EQ(picture.At(70, 45), kGrey);
     EXPECT_EQ(picture.At(60, 45), kta::kBackground);
     EXPECT_EQ(picture.At(21, 50), kta::kBackground);
@@ -311,7 +299,7 @@ TEST(PreviewTest, MeshesWithoutPlaceStandWhereTheirNumbersSay) {
     MeshFields mesh = Square(0, 2, 0);
     for (const std::uint32_t node : {0u, 5u, 0xffffffffu}) {
         mesh.node = node;
-        EXPECT_EQ(Covered(Draw({.nodes = {flat}, .meshes = {mesh}})),
+        EXPECT_EQ(CoveredBy(Draw({.nodes = {flat}, .meshes = {mesh}})),
                   (std::array<int, 4>{5, 5, 94, 94}))
             << node;
     }
@@ -320,11 +308,11 @@ TEST(PreviewTest, MeshesWithoutPlaceStandWhereTheirNumbersSay) {
 TEST(PreviewTest, CollisionMeshesAreLeftOutUnlessAskedFor) {
     MeshFields collision = Square(10, 2, 0);
     collision.isCollision = 1;
-    EXPECT_EQ(Covered(Draw({.meshes = {collision, Square(0, 2, 0)}})),
+    EXPECT_EQ(CoveredBy(Draw({.meshes = {collision, Square(0, 2, 0)}})),
               (std::array<int, 4>{5, 5, 94, 94}));
     EXPECT_EQ(PreviewOf(FileOf({.meshes = {collision}})).triangles, 0u);
     EXPECT_EQ(
-        Covered(Draw({.meshes = {collision, Square(0, 2, 0)}}, kFront, {.withCollision = true})),
+        CoveredBy(Draw({.meshes = {collision, Square(0, 2, 0)}}, kFront, {.withCollision = true})),
         (std::array<int, 4>{5, 42, 94, 57}));
 }
 
@@ -470,7 +458,7 @@ TEST(PreviewTest, NumbersThatAreNotFiniteAreLeftOut) {
 TEST(PreviewTest, ExtremeSizes) {
     const float kMax = std::numeric_limits<float>::max();
     for (const float side : {1e-44f, 1e-20f, 1e30f, kMax}) {
-        EXPECT_EQ(Covered(Draw({.meshes = {Square(0, side, 0)}})),
+        EXPECT_EQ(CoveredBy(Draw({.meshes = {Square(0, side, 0)}})),
                   (std::array<int, 4>{5, 5, 94, 94}))
             << side;
     }
@@ -500,7 +488,7 @@ TEST(PreviewTest, SliversTakeTheTimeOfWhatTheyCover) {
     const std::clock_t start = std::clock();
     const kta::Picture picture = Draw(actor, {.direction = {0, 0}});
     EXPECT_LT(static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC, 10);
-    EXPECT_EQ(Covered(picture), (std::array<int, 4>{130, 30, 669, 569}));
+    EXPECT_EQ(CoveredBy(picture), (std::array<int, 4>{130, 30, 669, 569}));
 }
 
 }  // namespace
