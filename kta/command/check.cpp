@@ -147,7 +147,8 @@ void ShowSummary(const std::vector<CheckedFiles>& checks, const ReportOptions& o
     std::size_t files = 0;
     IssueCounts counts;
     for (const CheckedFiles& check : checks) {
-        files += (check.actor.empty() ? 0 : 1) + (check.motion.empty() ? 0 : 1);
+        files += (check.actor.empty() ? 0 : 1) + (check.motion.empty() ? 0 : 1) -
+                 check.unreadable.size();
         counts.Add(CountIssues(check.issues));
     }
     std::cout << Counted(files, "file") << " checked: " << Counted(counts.errors, "error") << ", "
@@ -278,6 +279,7 @@ Command AddCheck(CLI::App& kta) {
         ->add_option("--max-issues", arguments->report.maxIssues,
                      "Show so many of each actor and motion file; 0 shows all")
         ->type_name("N")
+        ->check(CLI::NonNegativeNumber)
         ->capture_default_str();
     check->add_flag("--json", arguments->json, "One JSON object; --json-schema describes it");
     AddInsteadFlag(*check, arguments, "--json-schema", Instead::schema,

@@ -177,11 +177,14 @@ class Checks(unittest.TestCase):
         status, report = self.report(self.files("good")[0], "/no/such")
         self.assertEqual(status, 2)
         self.assertEqual(report["checks"][0]["unreadable"][0]["file"], "/no/such")
-        self.assertTrue(kta("/no/such")[2].startswith("kta: /no/such: cannot be opened"))
+        _, output, errors = kta("/no/such")
+        self.assertTrue(errors.startswith("kta: /no/such: cannot be opened"))
+        self.assertEqual(output, "0 files checked: 0 errors, 0 warnings, 0 notes\n")
 
     def test_bad_usage(self):
         with tempfile.TemporaryDirectory() as empty:
-            for arguments in ((), ("a", "b", "c"), ("--max-issues", "x", "a"), (empty,),
+            for arguments in ((), ("a", "b", "c"), ("--max-issues", "x", "a"),
+                              ("--max-issues", "-1", "a"), (empty,),
                               (self.fixtures, self.files("good")[0])):
                 status, output, errors = kta(*arguments)
                 self.assertEqual((status, output), (2, ""), arguments)
