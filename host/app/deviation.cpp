@@ -18,6 +18,9 @@ constexpr double kPi = 3.14159265358979323846;
 constexpr double kMostShear = 1e-3;     // cosine between two axes of a node
 constexpr double kMovingDegrees = 0.1;  // of a node's local transform, between two times
 constexpr double kMovingShare = 1e-3;   // of the scene's size
+// A scene counts as no smaller than this share of its distance from the origin: the rounding of
+// 32-bit coordinates is then less than 0.01 % of its size.
+constexpr double kLeastShare = 1e-3;
 
 // ---------------------------------------------------------------- rotations
 
@@ -82,6 +85,14 @@ class Box {
         }
     }
     double Diagonal() const { return least_[0] <= most_[0] ? kta::Length(most_ - least_) : 0; }
+    // From the origin, of the corner farthest from it.
+    double Distance() const {
+        kta::Vector3 corner{};
+        for (std::size_t i = 0; i < 3 && least_[i] <= most_[i]; ++i) {
+            corner[i] = std::max(std::abs(least_[i]), std::abs(most_[i]));
+        }
+        return kta::Length(corner);
+    }
 
   private:
     static constexpr double kFar = std::numeric_limits<double>::infinity();
@@ -111,7 +122,8 @@ class DeviationFinder {
         }
         ComparePoses();
         CompareSkins();
-        result_.size = atRest_.Diagonal() > 0 ? atRest_.Diagonal() : overTime_.Diagonal();
+        const Box& box = atRest_.Diagonal() > 0 ? atRest_ : overTime_;
+        result_.size = std::max(box.Diagonal(), kLeastShare * box.Distance());
         AddStill();
         return std::move(result_);
     }

@@ -33,7 +33,8 @@ struct WorstCase {
 
 struct Deviation {
     // The diagonal of the box around all exported nodes and meshes as the scene has them at tick 0;
-    // of a single node, of the box around where it stands at the times compared.
+    // of a single node, of the box around where it stands at the times compared. At least a
+    // thousandth of the box's distance from the origin, as rounding there is no deviation.
     double size = 0;
     std::size_t vertices = 0, poses = 0, times = 0, skinnedVertices = 0, morphPoints = 0;
     WorstCase vertex, pose, angle, skin, morph;

@@ -281,9 +281,10 @@ void AddScene(CLI::App& app, Options& options) {
               "(default: the scene's own selection)");
     group.Add("--allow-empty", options.allowEmpty,
               "a model without any node, or an empty selection, is no error (default: off)");
-    group.Add("--strict", options.strict,
-              "a warning about the scene is a failure, exit status 4, and nothing is written "
-              "(default: off)");
+    group.Add(
+        "--strict", options.strict,
+        "a warning about the scene is a failure, exit status 4, and nothing is written; beside "
+        "--receipt, --report or --max-error so is each loss of the export (default: off)");
     group.Add("--animation", "NAME|N", options.animation,
               "which animation of a file with several (default: the first)");
 }

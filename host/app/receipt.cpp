@@ -159,12 +159,32 @@ std::size_t NewLosses(const Receipt& receipt) {
         std::ranges::count(receipt.losses, false, &LedgerEntry::isAccepted));
 }
 
+namespace {
+
+// What deviates most, in percents and degrees alike, and by how much.
+std::string WorstOf(const NamedDeviation& deviation) {
+    const std::pair<const char*, double> kinds[] = {
+        {"vertices of meshes are off by ", deviation.vertex.percent},
+        {"nodes are off by ", deviation.pose.percent},
+        {"vertices of skins are off by ", deviation.skin.percent},
+        {"points of morph targets are off by ", deviation.morph.percent}};
+    const auto* worst = &kinds[0];
+    for (const auto& kind : kinds) {
+        worst = kind.second <= worst->second ? worst : &kind;
+    }
+    if (!(deviation.angle.value <= worst->second)) {
+        return "nodes are turned by " + Figure(deviation.angle.value) + " degrees";
+    }
+    return worst->first + Figure(worst->second) + " % of the scene's size";
+}
+
+}  // namespace
+
 std::vector<std::string> Objections(const Receipt& receipt) {
     constexpr std::size_t kMostLosses = 10;
     std::vector<std::string> lines;
     if (receipt.maxError && !(receipt.deviation.worst <= *receipt.maxError)) {
-        lines.push_back("deviates from the scene by " + Figure(receipt.deviation.worst) +
-                        " (percent of its size, or degrees), expected at most " +
+        lines.push_back(WorstOf(receipt.deviation) + ", expected at most " +
                         Figure(*receipt.maxError));
     }
     std::size_t losses = 0;

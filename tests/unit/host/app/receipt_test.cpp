@@ -83,6 +83,18 @@ TEST_F(DeviationTest, WhatIsWrittenRightDoesNotDeviate) {
     EXPECT_EQ(Receipt()["losses"], json::array());
 }
 
+// 50,000 from the origin the coordinates of a triangle of size 5 are rounded by 0.004.
+TEST_F(DeviationTest, FarFromTheOriginASceneIsNoSmallerThanAThousandthOfItsDistance) {
+    std::string scene = Read("s.maxscene.json");
+    const std::string place = "[1, 2, 3]";
+    Write("s.maxscene.json", scene.replace(scene.find(place), place.size(), "[30000, 40000, 0]"));
+    node_.translation = {30000, 0, 40000};
+    node_.matrix = {0, 0, -1, 0, 0, 1, 0, 0, 1, 0, 0, 0, -40000, 0, 30000, 0};
+    const json deviation = Deviation();
+    EXPECT_NEAR(deviation["size"], 50, 0.01);
+    EXPECT_LT(deviation["worst"], 0.01);
+}
+
 TEST_F(DeviationTest, AVertexThatStandsElsewhereIsNamed) {
     mesh_.subMeshes[0].vertices[1].position = {4, 0.25f, 0};
     const json worst = Deviation()["vertices"]["worst"];
@@ -129,8 +141,8 @@ TEST_F(DeviationTest, MoreThanIsAllowedFailsAndNothingIsPutInPlace) {
     mesh_.subMeshes[0].vertices[1].position = {4, 0.25f, 0};  // 5 percent
     const Outcome failed = Export({"--max-error", "4.9"});
     EXPECT_EQ(failed.status, kExitFaultyOutput);
-    EXPECT_THAT(failed.error, HasSubstr("deviates from the scene by 5 (percent of its size, or "
-                                        "degrees), expected at most 4.9\n"));
+    EXPECT_THAT(failed.error, HasSubstr("vertices of meshes are off by 5 % of the scene's size, "
+                                        "expected at most 4.9\n"));
     EXPECT_FALSE(std::filesystem::exists("s.hdotemp1"));
     EXPECT_EQ(Receipt()["status"], kExitFaultyOutput);
     EXPECT_NEAR(Receipt()["maxError"], 4.9, 1e-6);
