@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "kta/command/command.h"
+#include "kta/help.h"
 #include "kta/text.h"
 
 namespace {
@@ -17,6 +18,7 @@ using kta::command::Complain;
 using kta::command::Status;
 
 std::vector<Command> Describe(CLI::App& app) {
+    kta::WrapHelp(app, kta::TerminalColumns());
     app.set_version_flag("--version", "kta " KTA_VERSION);
     app.require_subcommand(1);
     app.allow_windows_style_options(false);  // "/dir/file" is a path on Windows too

@@ -7,10 +7,10 @@
 #include <cmath>
 #include <map>
 #include <memory>
-#include <sstream>
 #include <string_view>
 
 #include "host/app/exit_status.h"
+#include "kta/help.h"
 
 namespace maxhost::app {
 namespace {
@@ -82,91 +82,6 @@ CLI::Validator Real(bool (*accepts)(float), const std::string& expected) {
                                             : Quoted(text) + ", expected " + expected;
         },
         "");
-}
-
-// ---------------------------------------------------------------- help
-
-constexpr std::size_t kMostColumns = 100;
-constexpr std::size_t kFewestColumns = 40;
-
-std::string Names(const CLI::Option* option, bool isPositional) {
-    if (isPositional) {
-        return option->get_name(true);
-    }
-    std::string names;
-    for (const std::string& name : option->get_snames()) {
-        names += "-" + name + ", ";
-    }
-    const std::vector<std::string>& longNames = option->get_lnames();
-    const bool isSwitch = longNames.size() == 2 && longNames[1] == "no-" + longNames[0];
-    return names + (isSwitch ? "--[no-]" : "--") + longNames.at(0);
-}
-
-// The words of a paragraph that begins at column `indent`, with a line end.
-std::string Wrapped(const std::string& text, std::size_t indent, std::size_t columns) {
-    std::string lines;
-    std::size_t column = indent;
-    std::istringstream words(text);
-    for (std::string word; words >> word;) {
-        if (column > indent && column + 1 + word.size() > columns) {
-            lines += "\n" + std::string(indent, ' ');
-            column = indent;
-        }
-        if (column > indent) {
-            lines += ' ';
-            ++column;
-        }
-        lines += word;
-        column += word.size();
-    }
-    return lines + "\n";
-}
-
-// Paragraphs stand apart by an empty line.
-std::string WrappedParagraphs(const std::string& text, std::size_t columns) {
-    std::string lines;
-    for (std::size_t begin = 0; begin < text.size();) {
-        const std::size_t end = std::min(text.find("\n\n", begin), text.size());
-        lines += (begin > 0 ? "\n" : "") + Wrapped(text.substr(begin, end - begin), 0, columns);
-        begin = end + 2;
-    }
-    return lines;
-}
-
-// One block an option: its names and the name of its value, then its wrapped description. A switch
-// with a negative form shows as --[no-]name.
-class HelpFormatter : public CLI::Formatter {
-  public:
-    explicit HelpFormatter(std::size_t columns)
-        : columns_(columns), textColumn_(columns >= 70 ? 30 : 8) {}
-
-    std::string make_group(std::string group, bool isPositional,
-                           std::vector<const CLI::Option*> options) const override;
-    std::string make_option(const CLI::Option* option, bool isPositional) const override;
-
-  private:
-    std::size_t columns_, textColumn_;
-};
-
-std::string HelpFormatter::make_group(std::string group, bool isPositional,
-                                      std::vector<const CLI::Option*> options) const {
-    std::string text = group + ":\n";
-    for (const CLI::Option* option : options) {
-        text += make_option(option, isPositional);
-    }
-    // CLI11 itself puts an empty line between the other groups.
-    return isPositional ? "\n" + text + "\n" : text;
-}
-
-std::string HelpFormatter::make_option(const CLI::Option* option, bool isPositional) const {
-    std::string head = "  " + Names(option, isPositional);
-    if (!isPositional && option->get_items_expected_max() > 0) {
-        head += " " + option->get_type_name();
-    }
-    const std::string gap = head.size() + 2 > textColumn_
-                                ? "\n" + std::string(textColumn_, ' ')
-                                : std::string(textColumn_ - head.size(), ' ');
-    return head + gap + Wrapped(option->get_description(), textColumn_, columns_);
 }
 
 // ---------------------------------------------------------------- times
@@ -571,12 +486,11 @@ std::vector<std::string> NamesOf(const DialogChoices& choices) {
 }
 
 CommandLine ParseCommandLine(const std::vector<std::string>& arguments, std::size_t columns) {
-    const std::size_t width = std::clamp(columns, kFewestColumns, kMostColumns);
     Options options;
     std::string progress = "auto";
-    CLI::App app(WrappedParagraphs(kDescription, width), "hdo-export");
-    app.footer(WrappedParagraphs(kFooter, width));
-    app.formatter(std::make_shared<HelpFormatter>(width));
+    CLI::App app(kDescription, "hdo-export");
+    app.footer(kFooter);
+    kta::WrapHelp(app, columns);
     // A slash begins a path on every system here.
     app.allow_windows_style_options(false);
     AddScene(app, options);

@@ -5,7 +5,6 @@
 #include <maxapi.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <exception>
 
 #include "host/app/bisect.h"
@@ -20,30 +19,11 @@
 #include "host/scene/scramble.h"
 #include "host/sdk/host.h"
 #include "host/win32/user.h"
+#include "kta/help.h"
 #include "kta/text.h"
-#ifndef _WIN32
-#include <sys/ioctl.h>
-#include <unistd.h>
-#endif
 
 namespace maxhost::app {
 namespace {
-
-// The width that --help is wrapped to: COLUMNS, else the terminal's, else 80.
-std::size_t TerminalColumns() {
-    constexpr std::size_t kUsual = 80;
-    if (const char* const columns = std::getenv("COLUMNS")) {
-        const long count = std::strtol(columns, nullptr, 10);
-        return count > 0 ? static_cast<std::size_t>(count) : kUsual;
-    }
-#ifndef _WIN32
-    winsize size{};
-    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
-        return size.ws_col;
-    }
-#endif
-    return kUsual;
-}
 
 bool ShowsProgress(const Options& options, bool isTerminal) {
     switch (options.progress) {
@@ -239,7 +219,7 @@ int Run(const std::vector<std::string>& arguments, Console& console, bool isTerm
     RunReport report;
     bool wantsJson = false;
     try {
-        const CommandLine commandLine = ParseCommandLine(arguments, TerminalColumns());
+        const CommandLine commandLine = ParseCommandLine(arguments, kta::TerminalColumns());
         wantsJson = WantsJson(commandLine, arguments);
         status = RunParsed(commandLine, console, report, isTerminal);
     } catch (...) {

@@ -66,6 +66,7 @@ Command AddGlb(CLI::App& kta) {
     glb->add_option("ACTOR", options->actor, "Actor file")->required();
     glb->add_option("MOTION", options->motion, "Motion file; without it nothing moves");
     glb->add_option("-o,--output", options->output, "The file to write, named *.glb")
+        ->type_name("FILE")
         ->required()
         ->check(CheckName);
     glb->add_option("--texture-dir", options->textureFolders,

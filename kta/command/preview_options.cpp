@@ -322,8 +322,9 @@ std::vector<CLI::Option*> DescribePreview(CLI::App& preview, PreviewOptions& opt
     preview
         .add_option(
             "-o,--output", options.output,
-            "What to write: a picture (.png), or an animated one (.apng, or .png with --frames "
-            "or --fps)")
+            "What to write: a picture (.png), an animated one (.apng, or .png with --frames or "
+            "--fps), or a page for browsers (.html)")
+        ->type_name("FILE")
         ->required()
         ->check(CheckOutput);
     preview

@@ -90,6 +90,23 @@ TEST(CommandTest, HelpAndVersion) {
     EXPECT_NE(dumpHelp.output.find("--json"), std::string::npos);
 }
 
+#ifdef __linux__
+TEST(CommandTest, HelpIsWrappedToTheTerminal) {
+    for (const std::string command : {"", "info", "dump", "check", "diff", "preview", "glb"}) {
+        const std::string file = ScratchPath("narrow.txt");
+        ASSERT_EQ(
+            System("COLUMNS=60 \"" KTA_PROGRAM "\" " + command + " --help > " + InQuotes(file)), 0);
+        std::ifstream lines(file);
+        std::size_t longest = 0;
+        for (std::string line; std::getline(lines, line);) {
+            longest = std::max(longest, line.size());
+        }
+        EXPECT_LE(longest, 60u) << command;
+        EXPECT_GT(longest, 45u) << command;
+    }
+}
+#endif
+
 TEST(CommandTest, BadUsage) {
     for (const char* arguments :
          {"", "info", "dump", "dump a b", "frobnicate x", "info --what x"}) {
