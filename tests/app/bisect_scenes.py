@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Lets hdo-export search for what an export fails at.
 
-usage: bisect_scenes.py HDO_EXPORT CRASHING_CONVERTER_DIR SCENE
+usage: bisect_scenes.py HDO_EXPORT CRASHING_CONVERTER_DIR SCENE SKINNED_MODEL
+The model's skin has weights below the exporter's threshold, so that it deviates.
 """
 
 import copy
@@ -110,6 +111,16 @@ def check_fault(runner):
     expect("its scene fails all the same", runner.status("least.maxscene.json"), 4)
 
 
+def check_deviation(runner, model):
+    least, said = runner.bisect(model, "--max-error", "0.1")
+    expect_in("the same deviation is left, and no other", said,
+              "exit status 4: scene.hdo: vertices of skins are off by ")
+    skins = [node for node in least["nodes"] if node.get("modifiers")]
+    expect("one skin and its bones are left", (len(skins), len(least["nodes"]) <= 4), (1, True))
+    expect("the least scene deviates as well",
+           runner.status("least.maxscene.json", "--max-error", "0.1"), 4)
+
+
 def check_bad_file(runner):
     """An export whose file breaks a rule."""
     mesh = {"class": "mesh", "vertices": [[0, 0, 0], [1, 0, 0], [0, 1, 0]], "faces": [[0, 1, 2]]}
@@ -205,6 +216,7 @@ def main():
         started = time.monotonic()
         check_crash(runner, figure)
         check_fault(runner)
+        check_deviation(runner, str(pathlib.Path(sys.argv[4]).resolve()))
         check_bad_file(runner)
         check_hang(runner)
         check_refusals(runner, figure)
