@@ -201,6 +201,26 @@ def use_phone(page, keep):
     keep("phone")
 
 
+def show_without_webgl(window, file):
+    """The page says what is wrong, and nothing lies over the words."""
+    window.call("Page.addScriptToEvaluateOnNewDocument",
+                source="HTMLCanvasElement.prototype.getContext = () => null")
+    window.open(file, "!document.getElementById('trouble').hidden")
+    for size in ((1100, 700), (390, 780, True)):
+        window.set_window(*size)
+        covered = window.run("""(() => {
+            const words = document.getElementById('trouble').getBoundingClientRect();
+            return [...document.querySelectorAll('#stage button')].filter(button => {
+                const box = button.getBoundingClientRect();
+                return box.width > 0 && box.left < words.right && box.right > words.left &&
+                       box.top < words.bottom && box.bottom > words.top;
+            }).map(button => button.textContent);
+        })()""")
+        expect(covered == [], f"{size}: over what the page says stands", covered)
+    expect("WebGL" in window.run("document.getElementById('trouble').textContent"),
+           "the page does not say that WebGL is missing")
+
+
 def main():
     if len(sys.argv) not in (4, 5):
         sys.exit(__doc__)
@@ -228,6 +248,7 @@ def main():
         expect(not window.complaints, "the browser complains:", window.complaints)
         others = [url for url in window.requests if not url.startswith(("file:", "blob:", "data:"))]
         expect(not others and len(window.requests) >= 1, "the page asks for", others)
+        show_without_webgl(window, directory / "page.html")
     sys.exit("\n".join(failures) or 0)
 
 
