@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <map>
 #include <string_view>
@@ -68,10 +69,11 @@ std::string Escaped(std::string_view text) {
     return result;
 }
 
-// Three digits are enough for people.
+// Three digits are enough for people, but no exponent where the digits are few.
 std::string Short(double value) {
     std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%.3g", value);
+    const bool isWhole = std::abs(value) >= 999.5 && std::abs(value) < 1e9;
+    std::snprintf(text.data(), text.size(), isWhole ? "%.0f" : "%.3g", value);
     return text.data();
 }
 

@@ -95,6 +95,15 @@ TEST_F(DeviationTest, FarFromTheOriginASceneIsNoSmallerThanAThousandthOfItsDista
     EXPECT_LT(deviation["worst"], 0.01);
 }
 
+TEST_F(DeviationTest, ThePageWritesSizesWithoutExponents) {
+    std::string scene = Read("s.maxscene.json");
+    const std::string place = "[1, 2, 3]";
+    Write("s.maxscene.json",
+          scene.replace(scene.find(place), place.size(), "[3000000, 4000000, 0]"));
+    Export({"--report", "r.html"});
+    EXPECT_THAT(Read("r.html"), HasSubstr("The scene is 5000 units across"));
+}
+
 TEST_F(DeviationTest, AVertexThatStandsElsewhereIsNamed) {
     mesh_.subMeshes[0].vertices[1].position = {4, 0.25f, 0};
     const json worst = Deviation()["vertices"]["worst"];
