@@ -79,5 +79,6 @@ build_packages=(cmake ninja-build g++ binutils-mingw-w64-x86-64
     libassimp-dev robin-map-dev zlib1g-dev nlohmann-json3-dev libcli11-dev libstb-dev
     libutfcpp-dev libgcrypt20-dev libjs-three)
 test_packages=("${build_packages[@]}" libgtest-dev libgmock-dev assimp-testmodels python3
-    python3-jsonschema g++-mingw-w64-x86-64-posix libz-mingw-w64-dev libgcrypt-mingw-w64-dev
+    python3-jsonschema python3-markdown-it python3-mdit-py-plugins
+    g++-mingw-w64-x86-64-posix libz-mingw-w64-dev libgcrypt-mingw-w64-dev
     googletest wine64 fonts-wine xvfb make git pkg-config chromium)
