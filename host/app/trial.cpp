@@ -1,8 +1,6 @@
 #include "host/app/trial.h"
 
 #include <cctype>
-#include <cerrno>
-#include <chrono>
 #include <fstream>
 #include <string_view>
 #include <system_error>
@@ -15,136 +13,9 @@
 #include "host/app/run_report.h"
 #include "kta/text.h"
 
-#ifdef _WIN32
-#include <windows.h>
-#else
-#include <fcntl.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <csignal>
-#include <thread>
-#endif
-
 namespace maxhost::app {
 
 namespace fs = std::filesystem;
-
-// ---------------------------------------------------------------- processes
-
-#ifdef _WIN32
-namespace {
-
-// As the C library of the program started takes it apart.
-std::string InQuotes(const std::string& word) {
-    std::string quoted = "\"";
-    std::size_t backslashes = 0;
-    for (const char c : word) {
-        quoted.append(c == '"' ? backslashes + 1 : 0, '\\');
-        backslashes = c == '\\' ? backslashes + 1 : 0;
-        quoted += c;
-    }
-    return quoted.append(backslashes, '\\') + "\"";
-}
-
-HANDLE OpenForOutput(const fs::path& file) {
-    SECURITY_ATTRIBUTES inherited{sizeof(inherited), nullptr, TRUE};
-    return CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS,
-                       FILE_ATTRIBUTE_NORMAL, nullptr);
-}
-
-}  // namespace
-
-ProcessEnd RunProcess(const std::vector<std::string>& command, const fs::path& out,
-                      const fs::path& error, double seconds) {
-    std::string line;
-    for (const std::string& word : command) {
-        line += (line.empty() ? "" : " ") + InQuotes(word);
-    }
-    STARTUPINFOA start{};
-    start.cb = sizeof(start);
-    start.dwFlags = STARTF_USESTDHANDLES;
-    start.hStdOutput = OpenForOutput(out);
-    start.hStdError = OpenForOutput(error);
-    PROCESS_INFORMATION process{};
-    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);  // the process inherits it
-    const BOOL isStarted = CreateProcessA(command[0].c_str(), line.data(), nullptr, nullptr, TRUE,
-                                          0, nullptr, nullptr, &start, &process);
-    const int failure = static_cast<int>(GetLastError());
-    CloseHandle(start.hStdOutput);
-    CloseHandle(start.hStdError);
-    if (!isStarted) {
-        throw std::system_error(failure, std::system_category());
-    }
-    ProcessEnd end;
-    if (WaitForSingleObject(process.hProcess, static_cast<DWORD>(seconds * 1000)) !=
-        WAIT_OBJECT_0) {
-        end.how = ProcessEnd::How::ranOutOfTime;
-        TerminateProcess(process.hProcess, 1);
-        WaitForSingleObject(process.hProcess, INFINITE);
-    }
-    DWORD status = 0;
-    GetExitCodeProcess(process.hProcess, &status);
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
-    constexpr DWORD kFirstException = 0xc0000000;
-    if (end.how == ProcessEnd::How::exited) {
-        end.how = status >= kFirstException ? ProcessEnd::How::crashed : ProcessEnd::How::exited;
-        end.number = static_cast<int>(status);
-    }
-    return end;
-}
-#else
-namespace {
-
-[[noreturn]] void Become(const std::vector<std::string>& command, const fs::path& out,
-                         const fs::path& error) {
-    const rlimit none{0, 0};
-    setrlimit(RLIMIT_CORE, &none);
-    dup2(open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDOUT_FILENO);
-    dup2(open(error.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
-    std::vector<char*> words;
-    for (const std::string& word : command) {
-        words.push_back(const_cast<char*>(word.c_str()));
-    }
-    words.push_back(nullptr);
-    execv(words[0], words.data());
-    _exit(127);
-}
-
-}  // namespace
-
-ProcessEnd RunProcess(const std::vector<std::string>& command, const fs::path& out,
-                      const fs::path& error, double seconds) {
-    using Clock = std::chrono::steady_clock;
-    if (access(command[0].c_str(), X_OK) != 0) {
-        throw std::system_error(errno, std::generic_category());
-    }
-    const pid_t process = fork();
-    if (process < 0) {
-        throw std::system_error(errno, std::generic_category());
-    }
-    if (process == 0) {
-        Become(command, out, error);
-    }
-    const auto last = Clock::now() + std::chrono::duration<double>(seconds);
-    ProcessEnd end;
-    int status = 0;
-    while (waitpid(process, &status, WNOHANG) == 0) {
-        if (Clock::now() > last) {
-            end.how = ProcessEnd::How::ranOutOfTime;
-            kill(process, SIGKILL);
-            waitpid(process, &status, 0);
-            return end;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    end.how = WIFSIGNALED(status) ? ProcessEnd::How::crashed : ProcessEnd::How::exited;
-    end.number = WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status);
-    return end;
-}
-#endif
 
 // ---------------------------------------------------------------- what was said
 
@@ -271,7 +142,8 @@ TrialResult Trial::Run(const scene::Scene& scene, double seconds) const {
     SaveScene(scene, command_.back());
     const Stopwatch watch;
     try {
-        const ProcessEnd end = RunProcess(command_, room_ / "out", room_ / "error", seconds);
+        const ProcessEnd end =
+            RunProcess(command_, room_ / "out", room_ / "error", {.seconds = seconds});
         TrialResult result = ResultOf(end, seconds);
         result.seconds = watch.Seconds();
         return result;

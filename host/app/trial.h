@@ -5,21 +5,11 @@
 #include <string>
 #include <vector>
 
+#include "host/app/child_process.h"
 #include "host/app/options.h"
 #include "host/scene/scene.h"
 
 namespace maxhost::app {
-
-// How a program ended.
-struct ProcessEnd {
-    enum class How { exited, crashed, ranOutOfTime } how = How::exited;
-    int number = 0;  // the exit status, or the signal (on Windows the exception) that ended it
-};
-
-// Runs a program to its end, or ends it after `seconds`. Its output goes to the two files. Throws
-// std::system_error when it cannot be started.
-ProcessEnd RunProcess(const std::vector<std::string>& command, const std::filesystem::path& out,
-                      const std::filesystem::path& error, double seconds);
 
 // How an export came out. Two fail in the same way where `kind` is the same: the status or the
 // signal with the first message, names and numbers left aside, or its issue's code where it is one
