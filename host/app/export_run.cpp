@@ -213,10 +213,12 @@ int ExportRun::RunPlugIn(const Exporter& exporter, DWORD exportOptions,
     ExportProgress bar(console_);
     const RunningExport running(options_, user_, bar, console_, audit_.times, showsProgress);
     const WorkingDirectory directory(files_.WorkingDirectory());
+    const CallCounts before = CountedCalls();
     const Stopwatch watch;
     const int result = exporter->DoExport(files_.PrivateName().c_str(), nullptr,
                                           host.GetInterface(), FALSE, exportOptions);
     report_.exportingSeconds = watch.Seconds();
+    report_.calls = CallsSince(before);
     return result;
 }
 

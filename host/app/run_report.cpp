@@ -135,6 +135,11 @@ std::string JsonOf(const RunReport& report, int status, const std::vector<Notice
     if (!report.issues.empty()) {
         json["issues"] = IssuesOf(report.issues);
     }
+    if (report.calls) {
+        for (const auto& [name, count] : NamedCounts(*report.calls)) {
+            json["calls"][name] = count;
+        }
+    }
     json["seconds"] = {{"reading", report.readingSeconds},
                        {"exporting", report.exportingSeconds},
                        {"checking", report.checkingSeconds},

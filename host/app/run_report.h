@@ -12,6 +12,7 @@
 #include "host/app/console.h"
 #include "host/app/loaded_scene.h"
 #include "host/app/summary.h"
+#include "host/sdk/calls.h"
 #include "kta/info.h"
 
 namespace maxhost::app {
@@ -50,6 +51,7 @@ struct RunReport {
     double readingSeconds = 0;
     double exportingSeconds = 0;
     double checkingSeconds = 0;
+    std::optional<CallCounts> calls;  // that the exporter made
     Stopwatch sinceStart;
 };
 

@@ -33,6 +33,9 @@ class Host::Implementation final : public ::Interface {
 
     void Open(scene::Scene description) {
         graph_ = std::make_unique<SceneGraph>(std::move(description));
+        if (keepsOneTransform) {
+            graph_->KeepOneTransformANode();
+        }
         const scene::Time& time = graph_->Description().time;
         // Both as described: they may disagree.
         frameRate = time.frameRate;
@@ -95,6 +98,7 @@ class Host::Implementation final : public ::Interface {
         return i >= 0 && i < GetPlugInEntryCount() ? plugInDirs[i].c_str() : "";
     }
 
+    bool keepsOneTransform = false;
     ProgressObserver* observer = nullptr;
     const volatile std::sig_atomic_t* cancelFlag = nullptr;
     std::map<int, std::string> dirs;
@@ -138,6 +142,10 @@ const std::vector<INode*>& Host::Nodes() const {
 
 void Host::Select(const std::vector<INode*>& nodes) {
     implementation_->Graph().Select(nodes);
+}
+
+void Host::KeepOneTransformANode(bool keepOne) {
+    implementation_->keepsOneTransform = keepOne;
 }
 
 void Host::SetPlugInDirs(std::vector<std::string> dirs) {

@@ -45,6 +45,11 @@ class Host {
     const std::vector<INode*>& Nodes() const;
     void Select(const std::vector<INode*>& nodes);
 
+    // Of the scenes opened from now on, each node remembers one transform with the range of times
+    // over which it holds, as in 3ds Max. Otherwise nodes with children remember those of many
+    // times, for plug-ins that ask node by node.
+    void KeepOneTransformANode(bool keepOne);
+
     void SetPlugInDirs(std::vector<std::string> dirs);
     void SetDir(int which, std::string dir);  // `which` is an APP_..._DIR of the SDK
 

@@ -6,6 +6,7 @@
 
 #include <cmath>
 
+#include "host/sdk/calls.h"
 #include "host/sdk/scene/key_curve.h"
 
 namespace maxhost {
@@ -51,9 +52,13 @@ class KeyControl final : public IKeyControl {
   public:
     explicit KeyControl(const std::vector<Key>& keys) : keys_(keys) {}
 
-    int GetNumKeys() override { return static_cast<int>(keys_.size()); }
+    int GetNumKeys() override {
+        ++calls.keyCounts;
+        return static_cast<int>(keys_.size());
+    }
     void GetKey(int i, IKey* key) override {
-        if (i >= 0 && i < GetNumKeys()) {
+        ++calls.keys;
+        if (i >= 0 && i < static_cast<int>(keys_.size())) {
             CopyKey(keys_[i], key);
         }
     }

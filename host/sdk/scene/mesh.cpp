@@ -6,6 +6,7 @@
 #include <memory>
 #include <vector>
 
+#include "host/sdk/calls.h"
 #include "host/sdk/host.h"
 #include "host/sdk/scene/mesh_reading.h"
 
@@ -322,6 +323,7 @@ void BuildVertexNormals(const Mesh& mesh, const std::vector<Point3>& products,
 }  // namespace
 
 void Mesh::buildNormals() {
+    ++maxhost::calls.normalBuilds;
     maxhost::meshReading.Begin(3 * static_cast<std::size_t>(numFaces));
     checkNormals(FALSE);
     parts_->faceNormals = FaceProducts(*this);
@@ -342,11 +344,13 @@ void Mesh::checkNormals(BOOL illum) {
 }
 
 RVertex& Mesh::getRVert(int i) {
+    ++maxhost::calls.renderVertices;
     maxhost::meshReading.CountCorner();
     return parts_->renderVertices[i];
 }
 
 Point3& Mesh::getFaceNormal(int i) {
+    ++maxhost::calls.faceNormals;
     return parts_->faceNormals[i];
 }
 

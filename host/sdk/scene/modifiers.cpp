@@ -1,5 +1,7 @@
 #include "host/sdk/scene/modifiers.h"
 
+#include "host/sdk/calls.h"
+
 Class_ID derivObjClassID(DERIVOB_CLASS_ID, 0);
 
 namespace maxhost {
@@ -42,10 +44,18 @@ class DerivedObject final : public IDerivedObject, public SceneObject {
 
     Object* Get() override { return this; }
 
-    Class_ID ClassID() override { return derivObjClassID; }
+    SClass_ID SuperClassID() override {
+        ++calls.objectClasses;
+        return IDerivedObject::SuperClassID();
+    }
+    Class_ID ClassID() override {
+        ++calls.objectClasses;
+        return derivObjClassID;
+    }
     int NumModifiers() override { return static_cast<int>(modifiers_.size()); }
     Object* GetObjRef() override { return below_; }
     Modifier* GetModifier(int index) override {
+        ++calls.modifiers;
         return index >= 0 && index < NumModifiers() ? modifiers_[index].get() : nullptr;
     }
 

@@ -1,5 +1,6 @@
 #include <MorpherApi.h>
 
+#include "host/sdk/calls.h"
 #include "host/sdk/scene/modifiers.h"
 
 // The data that a MaxMorphChannel refers to.
@@ -52,6 +53,7 @@ int MaxMorphChannel::NumMorphPoints() const {
 }
 
 Point3 MaxMorphChannel::GetMorphPoint(int i) const {
+    ++maxhost::calls.morphPoints;
     if (i < 0 || i >= NumMorphPoints()) {
         return Point3(0, 0, 0);
     }

@@ -12,17 +12,21 @@ Matrix3 Deliver(const WorldTransform& world, Interval* valid) {
 
 }  // namespace
 
-void TransformMemory::Add(SceneNode* node) {
-    while (count_ >= kMost) {
+bool TransformMemory::Add(SceneNode* node) {
+    while (count_ >= most_ && count_ > 0) {
         SceneNode* oldest = holders_.front();
         holders_.pop_front();
         count_ -= oldest->RememberedCount();
         oldest->ForgetTransforms();
     }
+    if (most_ == 0) {
+        return false;
+    }
     if (node->RememberedCount() == 0) {
         holders_.push_back(node);
     }
     ++count_;
+    return true;
 }
 
 SceneNode::SceneNode(const scene::Node& description, Mtl* material, TransformMemory& memory,
@@ -53,13 +57,20 @@ DWORD SceneNode::GetWireColor() {
 }
 
 Matrix3 SceneNode::GetNodeTM(TimeValue t, Interval* valid) {
+    ++calls.nodeTransforms;
     return Deliver(World(t), valid);
 }
 
 Matrix3 SceneNode::GetObjectTM(TimeValue t, Interval* valid) {
+    ++calls.nodeTransforms;
     WorldTransform world = World(t);
     world.transform = ToAffine(description_.objectOffset) * world.transform;
     return Deliver(world, valid);
+}
+
+Matrix3 SceneNode::GetParentTM(TimeValue t) {
+    ++calls.nodeTransforms;
+    return parent_ != nullptr ? ToMatrix3(parent_->World(t).transform) : Matrix3(TRUE);
 }
 
 // Climbs to the nearest ancestor whose transform at `t` is known and comes down again: the depth of
@@ -90,6 +101,7 @@ const WorldTransform* SceneNode::Remembered(TimeValue t) const {
 }
 
 WorldTransform SceneNode::Evaluate(TimeValue t, const WorldTransform& parent) {
+    ++calls.transformEvaluations;
     WorldTransform world = parent;
     if (transform_) {
         world.transform = transform_->Local(t, world.valid) * parent.transform;
@@ -97,8 +109,7 @@ WorldTransform SceneNode::Evaluate(TimeValue t, const WorldTransform& parent) {
     last_ = world;
     // Exporters ask node by node for all times: a parent's transforms are wanted once for each
     // child at each time, and found here. A leaf's are wanted once.
-    if (NumberOfChildren() > 0 && world.valid != FOREVER) {
-        memory_.Add(this);
+    if (NumberOfChildren() > 0 && world.valid != FOREVER && memory_.Add(this)) {
         remembered_.emplace(t, world);
     }
     return world;

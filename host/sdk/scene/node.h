@@ -7,6 +7,7 @@
 #include <optional>
 #include <unordered_map>
 
+#include "host/sdk/calls.h"
 #include "host/sdk/scene/controllers.h"
 #include "host/sdk/scene/modifiers.h"
 
@@ -69,12 +70,13 @@ struct WorldTransform {
 // not those far above.
 class TransformMemory {
   public:
-    // Called by a node before it remembers one more.
-    void Add(SceneNode* node);
+    // Called by a node before it remembers one more. False where nodes remember none.
+    bool Add(SceneNode* node);
+    void Forbid() { most_ = 0; }
 
   private:
     // About 40 MB; 250 ancestors sampled at 1000 times fit.
-    static constexpr std::size_t kMost = std::size_t{1} << 18;
+    std::size_t most_ = std::size_t{1} << 18;
     std::size_t count_ = 0;
     std::deque<SceneNode*> holders_;  // the nodes that remember any, oldest first
 };
@@ -96,14 +98,20 @@ class SceneNode final : public TreeNode {
     int Renderable() override { return description_.renderable; }
     int IsHidden(DWORD, BOOL) override { return description_.hidden; }
     DWORD GetWireColor() override;
-    Mtl* GetMtl() override { return material_; }
+    Mtl* GetMtl() override {
+        ++calls.nodeMaterials;
+        return material_;
+    }
     void GetUserPropBuffer(MSTR& buf) override { buf = description_.userProperties.c_str(); }
     Matrix3 GetNodeTM(TimeValue t, Interval* valid) override;
     Matrix3 GetObjectTM(TimeValue t, Interval* valid) override;
-    Matrix3 GetParentTM(TimeValue t) override { return parentNode_->GetNodeTM(t); }
+    Matrix3 GetParentTM(TimeValue t) override;
     Control* GetTMController() override { return transform_.get(); }
     Object* GetObjectRef() override { return stack_.back()->Get(); }
-    const ObjectState& EvalWorldState(TimeValue, BOOL) override { return state_; }
+    const ObjectState& EvalWorldState(TimeValue, BOOL) override {
+        ++calls.objectEvaluations;
+        return state_;
+    }
 
   private:
     WorldTransform World(TimeValue t);

@@ -4,6 +4,7 @@
 #include <iparamb2.h>
 #include <triobj.h>
 
+#include "host/sdk/calls.h"
 #include "host/sdk/live_objects.h"
 #include "host/sdk/scene/controllers.h"
 
@@ -120,8 +121,14 @@ class DescribedObject : public Base, public SceneObject {
 
     Object* Get() override { return this; }
 
-    SClass_ID SuperClassID() override { return superClassId_; }
-    Class_ID ClassID() override { return classId_; }
+    SClass_ID SuperClassID() override {
+        ++calls.objectClasses;
+        return superClassId_;
+    }
+    Class_ID ClassID() override {
+        ++calls.objectClasses;
+        return classId_;
+    }
     IParamBlock2* GetParamBlock(int i) override { return block_ && i == 0 ? &*block_ : nullptr; }
 
   private:
@@ -152,6 +159,7 @@ class ConvertibleObject final : public DescribedObject<Object> {
 
     int CanConvertToType(Class_ID type) override { return type == triObjectClassID; }
     Object* ConvertToType(TimeValue, Class_ID type) override {
+        ++calls.conversions;
         return CanConvertToType(type) ? new ConvertedTriObject(mesh_) : nullptr;
     }
     int NumPoints() override { return static_cast<int>(mesh_.vertices.size()); }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/sdk/calls.h"
 #include "host/sdk/live_objects.h"
 #include "host/sdk/scene/modifiers.h"
 
@@ -13,7 +14,10 @@ class RigidVertex final : public IPhyRigidVertex {
     explicit RigidVertex(INode* node) : node_(node) {}
 
     int GetVertexType() override { return RIGID_NON_BLENDED_TYPE; }
-    INode* GetNode() override { return node_; }
+    INode* GetNode() override {
+        ++calls.skinBones;
+        return node_;
+    }
 
   private:
     INode* node_;
@@ -27,12 +31,16 @@ class BlendedVertex final : public IPhyBlendedRigidVertex {
     int GetVertexType() override { return RIGID_BLENDED_TYPE; }
     int GetNumberNodes() override { return static_cast<int>(description_.nodes.size()); }
     INode* GetNode(int i) override {
+        ++calls.skinBones;
         return IsThere(i) ? links_.NodeAt(description_.nodes[i].node) : nullptr;
     }
-    float GetWeight(int i) override { return IsThere(i) ? description_.nodes[i].weight : 0.0f; }
+    float GetWeight(int i) override {
+        ++calls.skinWeights;
+        return IsThere(i) ? description_.nodes[i].weight : 0.0f;
+    }
 
   private:
-    bool IsThere(int i) { return i >= 0 && i < GetNumberNodes(); }
+    bool IsThere(int i) const { return i >= 0 && i < static_cast<int>(description_.nodes.size()); }
 
     const scene::PhysiqueBlended& description_;
     const SceneLinks& links_;
@@ -76,6 +84,7 @@ class PhysiqueContext final : public IPhyContextExport {
     void AllowBlending(BOOL allow) override { blend_ = allow; }
 
     IPhyVertexExport* GetVertexInterface(int i) override {
+        ++calls.skinVertices;
         std::unique_ptr<IPhyVertexExport> vertex = MakeVertex(i);
         return vertex != nullptr ? vertices_.Lend(std::move(vertex)) : nullptr;
     }
@@ -126,6 +135,7 @@ class PhysiqueModifier final : public SceneModifier, public IPhysiqueExport {
     }
 
     IPhyContextExport* GetContextInterface(INode* node) override {
+        ++calls.skinContexts;
         return node == place_.node
                    ? contexts_.Lend(std::make_unique<PhysiqueContext>(description_, place_.links))
                    : nullptr;

@@ -20,6 +20,7 @@ class SceneGraph {
     const std::vector<INode*>& Nodes() const { return nodes_; }
 
     const std::vector<INode*>& Selection() const { return selection_; }
+    void KeepOneTransformANode() { memory_.Forbid(); }
     // Nodes of this scene; one that occurs again is passed over.
     void Select(const std::vector<INode*>& nodes);
 
