@@ -91,14 +91,17 @@ Materials::Materials(const File& actor, const GlbOptions& options, Document& doc
     }
 }
 
-std::size_t Materials::Get(std::int32_t number) {
+std::size_t Materials::Get(std::int32_t number, bool hasCoordinates) {
     const bool exists = number >= 0 && static_cast<std::size_t>(number) < sources_.size();
-    const auto known = numbers_.find(exists ? number : -1);
+    const bool isWhole =
+        hasCoordinates || !exists || sources_[static_cast<std::size_t>(number)].layers.empty();
+    const std::pair<std::int32_t, bool> key(exists ? number : -1, isWhole);
+    const auto known = numbers_.find(key);
     if (known != numbers_.end()) {
         return known->second;
     }
     Json material =
-        exists ? MaterialJson(sources_[static_cast<std::size_t>(number)])
+        exists ? MaterialJson(sources_[static_cast<std::size_t>(number)], isWhole)
                : Json{{"name", "Default"},
                       {"pbrMetallicRoughness",
                        {{"baseColorFactor",
@@ -108,11 +111,14 @@ std::size_t Materials::Get(std::int32_t number) {
         material["extras"]["material"] = number;
     }
     const std::size_t added = document_.Add("materials", std::move(material));
-    numbers_.emplace(exists ? number : -1, added);
+    numbers_.emplace(key, added);
+    if (!isWhole) {
+        shownWithoutTextures_.insert(number);
+    }
     return added;
 }
 
-Json Materials::MaterialJson(const Source& source) {
+Json Materials::MaterialJson(const Source& source, bool hasCoordinates) {
     const KTAMaterial& record = *source.record;
     const double opacity = Limited(record.opacity, 0, 1);
     const Vector3 diffuse = LinearColour(record.diffuse);
@@ -137,7 +143,9 @@ Json Materials::MaterialJson(const Source& source) {
         {"specularFactor", Stored(Limited(record.shininessStrength, 0, 1))},
         {"specularColorFactor", JsonOf(LinearColour(record.specular))}};
     document_.Use(kSpecular);
-    AddTextures(source, material);
+    if (hasCoordinates) {
+        AddTextures(source, material);
+    }
     return material;
 }
 
@@ -265,6 +273,10 @@ std::vector<std::string> Materials::Warnings() const {
         lines.push_back(Counted(names.size(), "texture") + " left out, " + why + ": " +
                         Joined(shown) +
                         (others > 0 ? " and " + std::to_string(others) + " more" : ""));
+    }
+    if (!shownWithoutTextures_.empty()) {
+        lines.push_back(Counted(shownWithoutTextures_.size(), "material") +
+                        " shown without textures where there are no texture coordinates");
     }
     std::vector<std::string> types;
     for (const auto& [type, count] : layersLeftOut_) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <set>
 
 #include "kta/glb.h"
 #include "kta/gltf/document.h"
@@ -13,8 +14,9 @@ class Materials {
     Materials(const File& actor, const GlbOptions& options, Document& document);
 
     // The document's number of a material, which is added when it is first asked for. A number that
-    // the actor does not have stands for its default, a grey.
-    std::size_t Get(std::int32_t number);
+    // the actor does not have stands for its default, a grey. What has no texture coordinates gets
+    // the material without textures, which need them.
+    std::size_t Get(std::int32_t number, bool hasCoordinates);
 
     // What of the materials asked for is not shown, a line each.
     std::vector<std::string> Warnings() const;
@@ -25,7 +27,7 @@ class Materials {
         std::vector<const KTAMaterialLayer*> layers{};
     };
 
-    Json MaterialJson(const Source& source);
+    Json MaterialJson(const Source& source, bool hasCoordinates);
     void AddTextures(const Source& source, Json& material);
     // The reference to a layer's texture; null where it cannot be shown.
     Json TextureJson(const KTAMaterialLayer& layer);
@@ -38,7 +40,9 @@ class Materials {
     const GlbOptions& options_;
     Document& document_;
     std::vector<Source> sources_;
-    std::map<std::int32_t, std::size_t> numbers_;                 // by the actor's numbers
+    // By the actor's numbers, and whether textures are shown.
+    std::map<std::pair<std::int32_t, bool>, std::size_t> numbers_;
+    std::set<std::int32_t> shownWithoutTextures_;
     std::map<std::string, std::optional<std::size_t>> textures_;  // by file name
     std::map<int, std::size_t> layersLeftOut_;                    // by their types
     // By the reason.

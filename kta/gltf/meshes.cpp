@@ -69,8 +69,9 @@ void Meshes::Add(const ActorMesh& mesh) {
         normalsMade_ += primitive.normalsMade;
         coordinatesLeftOut_ += primitive.coordinatesLeftOut;
         if (!primitive.indices.empty()) {
-            primitives.push_back(
-                PrimitiveJson(primitive, materials_.Get(subMesh.materialNumber), document_));
+            const std::size_t material =
+                materials_.Get(subMesh.materialNumber, !primitive.coordinates.empty());
+            primitives.push_back(PrimitiveJson(primitive, material, document_));
         }
     }
     if (primitives.empty()) {

@@ -466,7 +466,7 @@ TEST(GlbCommandTest, TexturesThatAreNotFoundAreNamed) {
     const std::string glb = ScratchPath("out.glb");
     const std::string actor = Save("actor", kActor + ExtraMaterial() + MaterialChunk(Grey()) +
                                                 LayerChunk({.texture = "brick.png"}) +
-                                                NodeChunk({}) + MeshChunk(Triangle(1, 0, 0)));
+                                                NodeChunk({}) + MeshChunk(Triangle(1, 1, 1)));
     const Result result = Kta("glb " + InQuotes(actor) + " -o " + InQuotes(glb));
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors, "kta: " + actor + ": 1 texture left out, not found: brick.png\n");

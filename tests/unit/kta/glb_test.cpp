@@ -142,10 +142,16 @@ TEST(GlbTest, NormalsWithoutDirectionAndCornersThatAreNowhere) {
 
 // ---------------------------------------------------------------- materials
 
+// On a triangle with texture coordinates.
 TakenGlb GlbWith(const MaterialFields& material, const std::string& layers = "",
                  const kta::GlbOptions& options = {}) {
+    MeshFields mesh = FacingTriangleOf(0, 1);
+    mesh.mapChannelCount = 1;
+    for (VertexFields& vertex : mesh.subMeshes[0].vertices) {
+        vertex.pairs.push_back({0.5f, 0.5f});
+    }
     return GlbOf(kActor + ExtraMaterial() + MaterialChunk(material) + layers +
-                     NodeChunk(RootAt("Box", {})) + MeshChunk(FacingTriangleOf(0, 1)),
+                     NodeChunk(RootAt("Box", {})) + MeshChunk(mesh),
                  "", options);
 }
 
@@ -209,6 +215,29 @@ TEST(GlbTest, TexturesAreReferredToByTheirNames) {
                                 "1 texture left out, no PNG or JPEG image, which alone glTF has: "
                                 "old.tga",
                                 "layers left out, which glTF cannot show: 1 bump"}));
+}
+
+// A texture reference to coordinates that there are not is an error of glTF (section 3.9.3).
+TEST(GlbTest, WithoutTextureCoordinatesColoursShow) {
+    MeshFields textured = FacingTriangleOf(1, 1);
+    textured.mapChannelCount = 1;
+    for (VertexFields& vertex : textured.subMeshes[0].vertices) {
+        vertex.pairs.push_back({0.5f, 0.5f});
+    }
+    const TakenGlb glb =
+        GlbOf(kActor + ExtraMaterial() + MaterialChunk(Grey()) + LayerChunk({.texture = "a.png"}) +
+              NodeChunk(RootAt("Bare", {})) + MeshChunk(FacingTriangleOf(0, 1)) +
+              NodeChunk(RootAt("Textured", {})) + MeshChunk(textured));
+    const auto surface = [&](std::size_t mesh) {
+        return glb.root["materials"].at(
+            glb.Primitive(mesh)["material"].get<std::size_t>())["pbrMetallicRoughness"];
+    };
+    EXPECT_FALSE(surface(0).contains("baseColorTexture"));
+    EXPECT_LT(Floats(surface(0)["baseColorFactor"])[0], 1);
+    EXPECT_EQ(surface(1)["baseColorTexture"], json({{"index", 0}}));
+    EXPECT_EQ(glb.warnings,
+              (std::vector<std::string>{"1 material shown without textures where there are no "
+                                        "texture coordinates"}));
 }
 
 // Twice as many images each way, about the middle of the image: 0.5 stays 0.5, and 0.75 becomes 1.
