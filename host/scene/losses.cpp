@@ -253,9 +253,10 @@ constexpr LossKind kKinds[] = {
     {LossCode::weightsChanged, "weights-changed", kExporting,
      "bone weights changed by as much as ...",
      "Small weights were dropped, or those beyond four, or those of bones that are not exported, "
-     "and the rest scaled up to a sum "
-     "of 1.",
-     "Export with --no-optimize-skin, or lower --weight-threshold."},
+     "and the rest scaled up to a sum of 1. The skin's vertices then follow their bones otherwise "
+     "than in the scene; the receipt's deviation of skins says by how much.",
+     "Export with --no-optimize-skin, which keeps the weights as they are, or lower "
+     "--weight-threshold."},
 
     {LossCode::logMissing, "log-missing", kRun, "this export could not write its log",
      "The exporter's log could not be made.", "Look for a full disk."},

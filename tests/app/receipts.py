@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Compares the figures of receipts with those of the corpus comparison, and checks their form.
 
-usage: receipts.py HDO_EXPORT COMPARE_POSES COMPARE_SKINS MODELS SCHEMA EXAMPLE
+usage: receipts.py HDO_EXPORT COMPARE_GEOMETRY COMPARE_POSES COMPARE_SKINS MODELS SCHEMA EXAMPLE
 
 The comparison shares no code with the host: it reads the model again and the exported files by
 itself. Skins are exported with weights left out on purpose, so that there is something to find.
@@ -21,6 +21,7 @@ DEADLINE = 120
 # Percents and degrees that an export may be off; the import's own curves may take as much.
 MOST = 0.1
 POSES = ("glTF2/simple_skin/simple_skin.gltf", "FBX/huesitos.fbx", "ASE/anim2.ASE")
+MORPHS = "glTF2/glTF-Sample-Models/AnimatedMorphCube-glTF/AnimatedMorphCube.gltf"
 SKINS = ("glTF2/simple_skin/simple_skin.gltf", "FBX/huesitos.fbx")
 
 
@@ -57,6 +58,22 @@ def compare_poses(program, comparison, model, place, *options):
     print(f"{model.name} {' '.join(options)}: receipt {ours}, comparison {theirs}")
 
 
+def compare_morphs(program, comparison, model, place):
+    """What packing into 16 bits rounds away is all that there is to find."""
+    morphs = export(program, model, place)["deviation"]["morphs"]
+    text = run([comparison, model, place / "out.hdotemp1"]).stdout
+    figures = re.search(r"(\d+) corners of blend shapes, off by (\S+) of the diagonal", text)
+    if not figures:
+        sys.exit(f"{model}: no figures in {text!r}")
+    ours, theirs = morphs["worst"]["percent"], 100 * float(figures[2])
+    # A cube of 8 vertices, 12 triangles and 2 targets.
+    if (morphs["compared"], int(figures[1])) != (16, 72):
+        sys.exit(f"{model}: {morphs['compared']} points and {figures[1]} corners compared")
+    if not 0 < theirs < MOST or abs(ours - theirs) > 0.01 * theirs:
+        sys.exit(f"{model}: morphs {ours} % in the receipt, {theirs} % by comparison")
+    print(f"{model.name}: morphs {ours} % in the receipt, {theirs} % by comparison")
+
+
 def compare_skins(program, comparison, model, place, threshold):
     options = ["--optimize-skin", "--weight-threshold", threshold]
     receipt = export(program, model, place, *options)
@@ -82,7 +99,7 @@ def compare_skins(program, comparison, model, place, threshold):
 
 
 def main():
-    program, poses, skins, models, schema_file, example = map(pathlib.Path, sys.argv[1:])
+    program, geometry, poses, skins, models, schema_file, example = map(pathlib.Path, sys.argv[1:])
     schema = json.loads(schema_file.read_text())
     jsonschema.Draft202012Validator.check_schema(schema)
     with tempfile.TemporaryDirectory() as directory:
@@ -90,6 +107,7 @@ def main():
         for model in POSES:
             for tracks in (["--no-sample-animation"], ["--sample-animation", "--sample-rate", "1"]):
                 compare_poses(program, poses, models / model, place, *tracks)
+        compare_morphs(program, geometry, models / MORPHS, place)
         receipts = [compare_skins(program, skins, models / model, place, "0.6")
                     for model in SKINS]
         receipts.append(export(program, example, place))

@@ -1,6 +1,7 @@
 #include "tests/corpus/actor_file.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace corpus {
 namespace {
@@ -110,11 +111,40 @@ void TakeWeights(Bytes& bytes, Actor& actor) {
     }
 }
 
-void SkipMorph(Bytes& bytes) {
-    bytes.Skip(292 + 260);
-    const auto points = bytes.Take<std::int32_t>();
-    bytes.Skip(12);
-    bytes.Skip(static_cast<std::size_t>(points) * (6 + 3 + 4));
+// A range of less than a hundredth of a unit is stretched to one before it is packed; of one too
+// wide for 16 bits nothing is left, and points are not numbers.
+double Unpacked(std::uint16_t packed, float minimum, float range) {
+    const double stretch = range < 1 ? 1 / static_cast<double>(range) : 1;
+    const double steps = std::floor(65535 / std::max(1.0F, range));
+    return range == 0 ? minimum / 100.0
+                      : (packed / steps / stretch + static_cast<double>(minimum)) / 100;
+}
+
+// Morphs follow the mesh of the node that they name.
+void TakeMorph(Bytes& bytes, Actor& actor) {
+    ActorMorph morph;
+    morph.channel = bytes.TakeName(260);
+    bytes.Skip(32);
+    const std::string name = bytes.TakeName(260);
+    const auto points = static_cast<std::size_t>(bytes.Take<std::int32_t>());
+    const auto minimum = bytes.Take<float>();
+    const float range = bytes.Take<float>() - minimum;
+    bytes.Skip(4);
+    for (std::size_t i = 0; i < points; ++i) {
+        auto& point = morph.points.emplace_back();
+        for (double& coordinate : point) {
+            coordinate = Unpacked(bytes.Take<std::uint16_t>(), minimum, range);
+        }
+    }
+    bytes.Skip(points * (3 + 4));
+    const auto found =
+        std::find_if(actor.meshes.rbegin(), actor.meshes.rend(), [&](const ActorMesh& mesh) {
+            return actor.nodes.at(static_cast<std::size_t>(mesh.node)).name == name;
+        });
+    if (found == actor.meshes.rend()) {
+        Differ("a morph of " + name + " follows no mesh of it");
+    }
+    found->morphs.push_back(std::move(morph));
 }
 
 }  // namespace
@@ -140,7 +170,7 @@ Actor ReadActor(const std::string& path) {
         } else if (id == 8) {
             bytes.Skip(88);
         } else if (id == 10) {
-            SkipMorph(bytes);
+            TakeMorph(bytes, actor);
         } else {
             Differ("a chunk has id " + std::to_string(id));
         }

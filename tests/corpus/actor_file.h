@@ -48,6 +48,12 @@ struct ActorSubMesh {
 // Node number and share, of each bone that moves a vertex.
 using ActorWeights = std::vector<std::pair<int, float>>;
 
+// A channel of morph targets.
+struct ActorMorph {
+    std::string channel;
+    std::vector<std::array<double, 3>> points;  // by original vertex, in the node's own axes
+};
+
 struct ActorMesh {
     int node = 0;
     std::size_t nodesBefore = 0;  // in the file
@@ -57,6 +63,7 @@ struct ActorMesh {
     // world, of any other in the node's own axes.
     std::vector<ActorWeights> weights;
     std::vector<ActorSubMesh> subMeshes;
+    std::vector<ActorMorph> morphs;
     bool isCollision = false;
 };
 

@@ -1,6 +1,7 @@
 // Whether an actor file holds the geometry of the model that it was exported from. The model is
 // what Assimp gives the importer; both are compared in world space, triangle by triangle in order:
-// positions, normals, texture coordinates, materials. Shares no code with the importer's
+// positions, normals, texture coordinates, materials, and where each blend shape alone takes the
+// vertices. Shares no code with the importer's
 // conversion, the exporter or the toolkit. An animated model is compared as its first animation
 // starts. Exit status: 0 equal, and a line of figures; 1 not, and
 // a line with the first difference; 2 bad usage.
@@ -11,6 +12,7 @@
 #include <cmath>
 #include <cstdint>
 #include <iostream>
+#include <map>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -33,6 +35,7 @@ using namespace corpus;
 
 constexpr double kPositionTolerance = 2e-5;  // of the largest coordinate of the mesh in the world
 constexpr double kNormalTolerance = 1;       // degrees
+constexpr double kMorphTolerance = 1e-3;     // of the model's bounding diagonal
 
 // ---------------------------------------------------------------- the comparison
 
@@ -57,7 +60,12 @@ class Comparison {
     void Print() const {
         std::cout << actor_.meshes.size() << " meshes, " << triangles_ << " triangles, positions "
                   << worstPosition_ << ", normals " << worstNormal_ << " degrees, " << flat_
-                  << " flat\n";
+                  << " flat";
+        if (morphPoints_ > 0) {
+            std::cout << ", " << morphPoints_ << " corners of blend shapes, off by " << worstMorph_
+                      << " of the diagonal";
+        }
+        std::cout << '\n';
     }
 
   private:
@@ -91,6 +99,78 @@ class Comparison {
             }
             CompareMaterial(material, groups[i].first);
             CompareTriangles(mesh.subMeshes[i], groups[i].second);
+        }
+        CompareMorphs(mesh, groups);
+    }
+
+    // The blend shapes of a node's pieces, by name and, of several of one name in a piece, by order
+    // are a channel each; by piece the shape's number.
+    using Shapes = std::vector<std::pair<std::string, std::map<const aiMesh*, unsigned>>>;
+    Shapes ShapesOf(const aiNode& node) const {
+        Shapes shapes;
+        for (unsigned i = 0; i < node.mNumMeshes; ++i) {
+            const aiMesh* const piece = scene_.mMeshes[node.mMeshes[i]];
+            for (unsigned k = 0; k < piece->mNumAnimMeshes; ++k) {
+                const std::string name = piece->mAnimMeshes[k]->mName.C_Str();
+                const auto known =
+                    std::find_if(shapes.begin(), shapes.end(), [&](const auto& shape) {
+                        return shape.first == name && shape.second.count(piece) == 0;
+                    });
+                (known == shapes.end()
+                     ? shapes.emplace_back(name, Shapes::value_type::second_type())
+                     : *known)
+                    .second[piece] = k;
+            }
+        }
+        return shapes;
+    }
+
+    template <typename Groups>
+    void CompareMorphs(const ActorMesh& mesh, const Groups& groups) {
+        const Shapes shapes = ShapesOf(*model_->node);
+        ExpectEqual(mesh_ + "the number of morph channels", mesh.morphs.size(), shapes.size());
+        if (shapes.empty() || isFlat_) {
+            return;
+        }
+        if (diagonal_ == 0) {
+            diagonal_ =
+                ModelPoses(scene_, MatchNodes(scene_, actor_.nodes.size()), 0).BoundingDiagonal();
+        }
+        for (std::size_t channel = 0; channel < shapes.size(); ++channel) {
+            places_.clear();
+            for (std::size_t i = 0; i < groups.size(); ++i) {
+                CompareMorph(mesh.morphs[channel], mesh.subMeshes[i], groups[i].second,
+                             shapes[channel].second);
+            }
+        }
+        places_.clear();
+    }
+
+    void CompareMorph(const ActorMorph& morph, const ActorSubMesh& subMesh,
+                      const std::vector<Triangle>& triangles,
+                      const std::map<const aiMesh*, unsigned>& shapes) {
+        for (std::size_t i = 0; i < triangles.size(); ++i) {
+            const aiMesh& piece = *triangles[i].piece;
+            std::vector<Vector>& places = places_[&piece].positions;
+            if (places.empty()) {
+                const auto shape = shapes.find(&piece);
+                places =
+                    skin_.Positions(*model_->node, piece,
+                                    shape == shapes.end() ? piece.mNumAnimMeshes : shape->second);
+            }
+            for (unsigned k = 0; k < 3; ++k) {
+                const ActorVertex& vertex = subMesh.vertices[subMesh.faces[i][k]];
+                const auto& point = morph.points.at(static_cast<std::size_t>(vertex.original));
+                const Vector there = actorWorld_ * Vector(point[0], point[1], point[2]);
+                const unsigned index = triangles[i].face->mIndices[CornerOf(*model_, k)];
+                const double error = (there - view_.InFile(places[index])).Length() / diagonal_;
+                if (!(error <= kMorphTolerance)) {
+                    Differ(mesh_ + "the morph " + morph.channel + " is off by " +
+                           std::to_string(error) + " of the diagonal");
+                }
+                worstMorph_ = std::max(worstMorph_, error);
+                ++morphPoints_;
+            }
         }
     }
 
@@ -258,6 +338,9 @@ class Comparison {
     std::vector<unsigned> channels_;
     std::size_t triangles_ = 0, flat_ = 0;
     double worstPosition_ = 0, worstNormal_ = 0;
+    double diagonal_ = 0;  // of the model, where it has blend shapes
+    std::size_t morphPoints_ = 0;
+    double worstMorph_ = 0;
 };
 
 }  // namespace

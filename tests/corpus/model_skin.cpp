@@ -19,6 +19,18 @@ Vector Finite(const aiVector3D& v) {
             std::isfinite(v.z) ? v.z : 0};
 }
 
+// The piece's vertices in one of its blend shapes; without any where there is no such shape.
+std::vector<Vector> ShapeAlone(const aiMesh& piece, unsigned number) {
+    const aiAnimMesh* const shape =
+        number < piece.mNumAnimMeshes ? piece.mAnimMeshes[number] : nullptr;
+    std::vector<Vector> positions;
+    for (unsigned i = 0; i < piece.mNumVertices; ++i) {
+        const bool isThere = shape && shape->mVertices && i < shape->mNumVertices;
+        positions.push_back(Finite(isThere ? shape->mVertices[i] : piece.mVertices[i]));
+    }
+    return positions;
+}
+
 // The piece's vertices with the blend shapes that it shows by itself.
 std::vector<Vector> Shape(const aiMesh& piece) {
     std::vector<Vector> positions;
@@ -87,7 +99,15 @@ void ModelSkin::ForWeights(const aiMesh& piece, Take take) {
 }
 
 std::vector<Vector> ModelSkin::Positions(const aiNode& node, const aiMesh& piece) {
-    const std::vector<Vector> shape = Shape(piece);
+    return Moved(node, piece, Shape(piece));
+}
+
+std::vector<Vector> ModelSkin::Positions(const aiNode& node, const aiMesh& piece, unsigned shape) {
+    return Moved(node, piece, ShapeAlone(piece, shape));
+}
+
+std::vector<Vector> ModelSkin::Moved(const aiNode& node, const aiMesh& piece,
+                                     const std::vector<Vector>& shape) {
     std::vector<Vector> sums(shape.size());
     std::vector<double> weights(shape.size());
     ForWeights(piece, [&](unsigned vertex, double weight, const Matrix& matrix) {

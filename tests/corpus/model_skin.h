@@ -23,12 +23,17 @@ class ModelSkin {
 
     // One for each vertex of the piece, as `node` shows it.
     std::vector<Vector> Positions(const aiNode& node, const aiMesh& piece);
+    // The same with one of the piece's blend shapes alone, at full weight; without any of them
+    // where there is no such shape.
+    std::vector<Vector> Positions(const aiNode& node, const aiMesh& piece, unsigned shape);
     // Directions of any length; empty where the piece has none.
     std::vector<Vector> Normals(const aiNode& node, const aiMesh& piece);
     // How far apart the bones of each vertex place it: 0 for a vertex with fewer than two.
     std::vector<double> Disagreement(const aiNode& node, const aiMesh& piece);
 
   private:
+    std::vector<Vector> Moved(const aiNode& node, const aiMesh& piece,
+                              const std::vector<Vector>& shape);
     // Calls `take` with a vertex, the weight and the matrix of a bone that moves it.
     template <typename Take>
     void ForWeights(const aiMesh& piece, Take take);

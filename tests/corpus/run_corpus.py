@@ -5,7 +5,10 @@ A file that Assimp loads by itself must export twice with status 0 and the same 
 file must hold one node chunk a node, in depth-first child order, with the names and parents that
 `hdo-export --list` gives, and the geometry that Assimp gives; `kta check` finds nothing wrong. Of
 every clip, the poses rebuilt from sampled and from keyframed tracks must be those that Assimp
-gives, and so must the vertices of skinned meshes, deformed by the file's weights. A file that
+gives, and so must the vertices of skinned meshes, deformed by the file's weights. Receipts say the
+same of these exports: no deviation above 0.1 % or 0.1 degrees, but for skins whose weights were left
+out on purpose, which then stands among the losses. The Khronos validator finds no error and no
+warning in the previews that stand beside these exports, which are what `kta glb` makes. A file that
 Assimp does not load must be refused with status 2 and one line that names it, and nothing may be
 written. So must one for which an import has not enough memory, but only if Assimp by itself cannot
 load it either with as much memory and time. The models of WITHOUT_NODES load, but have no node to
@@ -36,6 +39,7 @@ WEIGHTS_CHUNK = 4
 CHUNK_HEADER_SIZE = 12
 DEFAULT_FRAME_RATE = 30  # of a scene description that states none
 SKIN_TOLERANCE = "0.001"  # of the model's bounding diagonal
+MOST_DEVIATION = 0.1  # of receipts: percents of the scene's size, and degrees
 WATCHED_SIZE = 300_000  # bytes of the largest file that a build runs on that watches how it runs
 MESH_INDEX_COUNT_OFFSET = 12  # in the chunk's body
 
@@ -74,6 +78,8 @@ class Row:
         self.geometry = "-"
         self.poses = "-"
         self.skins = "-"
+        self.glbs = []  # previews of its exports
+        self.receipts = []  # what deviates most, in percents and degrees
         self.exit = "-"
         self.result = ""
         self.passed = False
@@ -81,7 +87,8 @@ class Row:
 
     def cells(self):
         return [self.name, self.kind or "other", str(self.nodes), str(self.triangles),
-                self.geometry, self.poses, self.skins, str(self.exit), self.result]
+                self.geometry, self.poses, self.skins,
+                f"{max(self.receipts):.2g}" if self.receipts else "-", str(self.exit), self.result]
 
 
 def run(command, folder):
@@ -183,17 +190,39 @@ class Corpus:
         self.compare_poses = str(arguments.compare_poses.resolve())
         self.compare_skins = str(arguments.compare_skins.resolve())
         self.models = arguments.models.resolve()
+        self.node = arguments.node
+        self.validator = arguments.validator
+        self.node_folder = arguments.node_folder
 
-    def check(self, path):
+    def check(self, path, glbs):
         row = Row(str(path.relative_to(self.models)), kind_of(path))
         try:
             with tempfile.TemporaryDirectory(prefix="corpus_") as folder:
                 place = pathlib.Path(folder)
                 row.result = self.check_file(path, place, row)
+                if self.validator:
+                    row.glbs = kept_previews(place, glbs)
             row.passed = True
         except Failed as failure:
             row.result = f"FAILED: {failure}"
         return row
+
+    def validate(self, rows):
+        """All previews in one process."""
+        glbs = [str(glb) for row in rows for glb in row.glbs]
+        done = subprocess.run([self.node, str(self.validator), "--validate", str(self.node_folder)],
+                              input="\n".join(glbs), capture_output=True, text=True, check=False)
+        lines = [json.loads(line) for line in done.stdout.splitlines()]
+        if done.returncode != 0 or [line["file"] for line in lines] != glbs:
+            sys.exit(f"the validator ends with {done.returncode} after {len(lines)} of {len(glbs)} "
+                     f"files: {done.stderr}")
+        wrong = {line["file"]: line["errors"] + line["warnings"] for line in lines}
+        for row in rows:
+            for glb in row.glbs:
+                if row.passed and wrong[str(glb)]:
+                    row.passed = False
+                    row.result = f"FAILED: {glb.name}: {wrong[str(glb)][0]}"
+        print(f"{len(glbs)} previews validated")
 
     def loads(self, path, folder, *options):
         try:
@@ -266,10 +295,12 @@ class Corpus:
         row.nodes = len(dumped_nodes(self.dumped(folder / "first")))
 
     def check_export(self, path, folder, row):
-        first, second = (self.export_or_fail(path, folder / attempt, row, "--export-hidden")
-                         for attempt in ("first", "second"))
+        first = self.export_or_fail(path, folder / "first", row, "--export-hidden")
+        second = self.export_or_fail(path, folder / "second", row, "--export-hidden",
+                                     "--receipt", str(folder / "second" / "receipt.json"))
         if first != second:
             raise Failed("a second export gives other bytes")
+        self.check_receipt(folder / "second", row, True)
         listing = run([self.hdo_export, "--list", str(path)], folder)
         if listing.returncode != 0:
             raise Failed(f"--list: exit status {listing.returncode}")
@@ -316,22 +347,23 @@ class Corpus:
         row.geometry = first_line(compared.stdout)
 
     def check_poses(self, path, folder, clips, row):
-        figures = [self.compare_clip(path, folder, clip, mode)
+        figures = [self.compare_clip(path, folder, clip, mode, row)
                    for clip in range(clips) for mode in ("sampled", "keyframed")]
         row.poses = "; ".join(figures) or "-"
         skins = [self.compare_clip_skins(path, folder, clip) for clip in range(clips)]
         row.skins = "; ".join(filter(None, skins)) or "-"
 
-    def compare_clip(self, path, folder, clip, mode):
+    def compare_clip(self, path, folder, clip, mode, row):
         place = folder / f"{mode}_{clip}"
         saved = place / "scene.maxscene.json"
         tracks = (["--sample-animation", "--sample-rate", "1"] if mode == "sampled"
                   else ["--no-sample-animation"])
         done = self.export(path, place, "--export-hidden", "--motions-for-hidden", *tracks,
                            "--no-optimize-skin", "--animation", str(clip),
-                           "--save-scene", str(saved))
+                           "--save-scene", str(saved), "--receipt", str(place / "receipt.json"))
         if done.returncode != 0:
             raise Failed(f"clip {clip}: exit status {done.returncode}: {first_line(done.stderr)}")
+        self.check_receipt(place, row, False)
         compared = run([self.compare_poses, str(path), str(place / "out.hdotemp1"),
                         str(place / "out.hdotemp2"), str(clip), frame_rate(saved)], place)
         figures = f"clip {clip}, {mode}: "
@@ -339,6 +371,22 @@ class Corpus:
         if compared.returncode != 0:
             raise Failed(f"poses: {figures}")
         return figures
+
+    @staticmethod
+    def check_receipt(place, row, drops_weights):
+        receipt = json.loads((place / "receipt.json").read_text())
+        deviation = receipt["deviation"]
+        changed = any(loss["code"] == "weights-changed" for loss in receipt["losses"])
+        figures = {"vertices": deviation["vertices"]["worst"]["percent"],
+                   "poses": deviation["poses"]["worst"]["percent"],
+                   "angles": deviation["poses"]["worstAngle"]["degrees"],
+                   "morphs": deviation["morphs"]["worst"]["percent"]}
+        if not (drops_weights and changed):
+            figures["skins"] = deviation["skins"]["worst"]["percent"]
+        row.receipts += figures.values()
+        for what, figure in figures.items():
+            if not figure <= MOST_DEVIATION:
+                raise Failed(f"receipt of {place.name}: {what} deviate by {figure}")
 
     def compare_clip_skins(self, path, folder, clip):
         """Without optimisation as the model; with it, how far off."""
@@ -378,13 +426,25 @@ class Corpus:
             raise Failed(f"files were written: {', '.join(files_in(place))}")
 
 
+def kept_previews(place, folder):
+    """Where the previews of one model's different exports stand now."""
+    kept = []
+    for glb in sorted(place.glob("*/out.hdo.glb")):
+        if glb.parent.name != "second":
+            handle, name = tempfile.mkstemp(f"_{glb.parent.name}.glb", dir=folder)
+            os.close(handle)
+            kept.append(glb.replace(name))
+    return kept
+
+
 def first_line(text):
     lines = text.decode("utf-8", "replace").splitlines()
     return lines[-1] if lines else "nothing on standard error"
 
 
 def write_report(rows, report):
-    head = ["file", "format", "nodes", "triangles", "geometry", "poses", "skins", "exit", "result"]
+    head = ["file", "format", "nodes", "triangles", "geometry", "poses", "skins", "receipts",
+            "exit", "result"]
     table = [head] + [row.cells() for row in rows]
     widths = [max(len(cells[i]) for cells in table) for i in range(len(head) - 1)]
     with open(report, "w", encoding="utf-8") as out:
@@ -409,6 +469,9 @@ def parse_arguments():
                         help="compare_poses (default: beside kta)")
     parser.add_argument("--compare-skins", type=pathlib.Path,
                         help="compare_skins (default: beside kta)")
+    parser.add_argument("--node", default="node")
+    parser.add_argument("--validator", type=pathlib.Path, help="look_at_glb.mjs")
+    parser.add_argument("--node-folder", type=pathlib.Path, help="where its packages are")
     parser.add_argument("--runs-only", action="store_true",
                         help="two exports and a dump a file, without any comparison")
     parser.add_argument("--all", action="store_true", help="run the files of other formats too")
@@ -440,8 +503,11 @@ def main():
     if arguments.runs_only:
         counting = [path for path in counting if path.stat().st_size <= WATCHED_SIZE]
     others = [path for path in paths if not kind_of(path)] if arguments.all else []
-    with concurrent.futures.ThreadPoolExecutor(max(1, arguments.jobs)) as pool:
-        rows = list(pool.map(corpus.check, counting + others))
+    with (tempfile.TemporaryDirectory(prefix="corpus_glb_") as glbs,
+          concurrent.futures.ThreadPoolExecutor(max(1, arguments.jobs)) as pool):
+        rows = list(pool.map(lambda path: corpus.check(path, glbs), counting + others))
+        if corpus.validator:
+            corpus.validate(rows)
     write_report(rows, arguments.report)
     for row in rows:
         if not row.passed:
