@@ -56,7 +56,7 @@ class PlantedFaults(unittest.TestCase):
         for folder in ("docs", "examples", "tests/scenes", "cmake", "bin"):
             (self.root / folder).mkdir(parents=True)
         for name, text in (("README.md", README), ("docs/README.md", INDEX), ("docs/page.md", PAGE),
-                           ("run", ""), ("test", ""), ("cmake/packages.sh", "")):
+                           ("LICENSE", ""), ("run", ""), ("test", ""), ("cmake/packages.sh", "")):
             (self.root / name).write_text(text)
         self.set_lists(not_run=(("README.md", "./run", "builds"),), pictures={})
 

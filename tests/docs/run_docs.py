@@ -67,7 +67,6 @@ OTHER_PICTURES = {
     "docs/about-box.png": "the test dialogs_test, on Windows",
     "docs/architecture.svg": "drawn by hand",
     "docs/options-dialog.png": "the test dialogs_test, on Windows",
-    "docs/shapes.png": "the test picture",
 }
 
 # ./run is itself run, but for what it installs and builds: these take the place of the machine's.
@@ -83,7 +82,7 @@ def make_clone(folder, root, programs):
     for part in ("docs", "examples", "tests/scenes"):
         shutil.copytree(root / part, folder / part)
     (folder / "cmake").mkdir()
-    for part in ("README.md", "run", "test", "cmake/packages.sh"):
+    for part in ("README.md", "LICENSE", "run", "test", "cmake/packages.sh"):
         shutil.copy(root / part, folder / part)
     played = folder / ".played"
     played.mkdir()
@@ -120,7 +119,9 @@ def run_session(page, folder):
         ["bash", "-c", session(page, mark)], env=environment, stdin=subprocess.DEVNULL,
         stdout=subprocess.PIPE, timeout=MOST_SECONDS, check=False,
         cwd=folder if page.name == "README.md" else folder / "examples")
-    printed = run.stdout.decode("utf-8", "backslashreplace").replace(str(folder), FOLDER)
+    printed = run.stdout.decode("utf-8", "backslashreplace")
+    for there, shown in ((folder, FOLDER), (programs.resolve(), FOLDER + "/build/release/bin")):
+        printed = printed.replace(str(there), shown)
     results = []
     for text, status in re.findall(rf"(.*?){mark} (\d+)\n", printed, re.DOTALL):
         results.append((text.splitlines(), int(status)))
