@@ -13,12 +13,8 @@
 #endif
 
 namespace kta {
-namespace {
 
-constexpr std::size_t kMostColumns = 100;
-constexpr std::size_t kFewestColumns = 40;
-
-std::string Names(const CLI::Option* option, bool isPositional) {
+std::string OptionNames(const CLI::Option* option, bool isPositional) {
     if (isPositional) {
         return option->get_name(true);
     }
@@ -31,7 +27,6 @@ std::string Names(const CLI::Option* option, bool isPositional) {
     return names + (isSwitch ? "--[no-]" : "--") + longNames.at(0);
 }
 
-// The words of a paragraph that begins at column `indent`, with a line end.
 std::string Wrapped(const std::string& text, std::size_t indent, std::size_t columns) {
     std::string lines;
     std::size_t column = indent;
@@ -51,19 +46,24 @@ std::string Wrapped(const std::string& text, std::size_t indent, std::size_t col
     return lines + "\n";
 }
 
-// Paragraphs stand apart by an empty line.
-std::string WrappedParagraphs(const std::string& text, std::size_t columns) {
-    std::string lines;
+std::vector<std::string> ParagraphsOf(const std::string& text) {
+    std::vector<std::string> paragraphs;
     for (std::size_t begin = 0; begin < text.size();) {
         const std::size_t end = std::min(text.find("\n\n", begin), text.size());
-        lines += (begin > 0 ? "\n" : "") + Wrapped(text.substr(begin, end - begin), 0, columns);
+        if (end > begin) {
+            paragraphs.push_back(text.substr(begin, end - begin));
+        }
         begin = end + 2;
     }
-    return lines;
+    return paragraphs;
 }
 
-// What stands behind an option's names. CLI11 appends the names of checks to a type's, after a
-// colon.
+std::string DescriptionWithDefault(const CLI::Option* option) {
+    const std::string standard = option->get_default_str();
+    return option->get_description() + (standard.empty() ? "" : " (default: " + standard + ")");
+}
+
+// CLI11 appends the names of checks to a type's, after a colon.
 std::string ValueName(const CLI::Option* option) {
     if (!option->get_option_text().empty()) {
         return " " + option->get_option_text();
@@ -73,6 +73,19 @@ std::string ValueName(const CLI::Option* option) {
     }
     const std::string type = option->get_type_name();
     return " " + type.substr(0, type.find(':'));
+}
+
+namespace {
+
+constexpr std::size_t kMostColumns = 100;
+constexpr std::size_t kFewestColumns = 40;
+
+std::string WrappedParagraphs(const std::string& text, std::size_t columns) {
+    std::string lines;
+    for (const std::string& paragraph : ParagraphsOf(text)) {
+        lines += (lines.empty() ? "" : "\n") + Wrapped(paragraph, 0, columns);
+    }
+    return lines;
 }
 
 // One block an option: its names and the name of its value, then its wrapped description.
@@ -123,10 +136,8 @@ std::string HelpFormatter::make_group(std::string group, bool isPositional,
 }
 
 std::string HelpFormatter::make_option(const CLI::Option* option, bool isPositional) const {
-    const std::string standard = option->get_default_str();
-    return Block(
-        Names(option, isPositional) + ValueName(option),
-        option->get_description() + (standard.empty() ? "" : " (default: " + standard + ")"));
+    return Block(OptionNames(option, isPositional) + ValueName(option),
+                 DescriptionWithDefault(option));
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 
 #include <CLI/CLI.hpp>
 #include <cstddef>
+#include <string>
+#include <vector>
 
 namespace kta {
 
@@ -14,5 +16,21 @@ std::size_t TerminalColumns();
 // empty line separates; other line ends in them count as blanks. A switch with a negative form
 // shows as --[no-]name, and captured defaults stand behind the description.
 void WrapHelp(CLI::App& app, std::size_t columns);
+
+// ---------------------------------------------------------------- parts of the help
+
+// "-o, --output", "--[no-]name", a positional's name.
+std::string OptionNames(const CLI::Option* option, bool isPositional);
+
+// The name of its value behind a blank; empty where it has none.
+std::string ValueName(const CLI::Option* option);
+
+std::string DescriptionWithDefault(const CLI::Option* option);
+
+// What empty lines separate in a description or footer.
+std::vector<std::string> ParagraphsOf(const std::string& text);
+
+// The words of a paragraph that begins at column `indent`, in lines that end before `columns`.
+std::string Wrapped(const std::string& text, std::size_t indent, std::size_t columns);
 
 }  // namespace kta

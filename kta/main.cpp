@@ -2,13 +2,17 @@
 #include <CLI/CLI.hpp>
 #include <cerrno>
 #include <exception>
+#include <functional>
 #include <iostream>
+#include <map>
 #include <string>
 #include <system_error>
 #include <vector>
 
 #include "kta/command/command.h"
+#include "kta/completion.h"
 #include "kta/help.h"
+#include "kta/manual_page.h"
 #include "kta/text.h"
 
 namespace {
@@ -17,9 +21,56 @@ using kta::command::Command;
 using kta::command::Complain;
 using kta::command::Status;
 
+const kta::Manual& ManualOfKta() {
+    static const kta::Manual manual = {
+        "look into the KTA files that the HDO exporter writes",
+        {{"ENVIRONMENT",
+          {{"COLUMNS",
+            "The width that help texts are wrapped to, where it is set; else the "
+            "terminal's."}}},
+         {"EXAMPLES",
+          {{"kta info figure.hdotemp1 figure.hdotemp2",
+            "What an export holds: nodes, meshes, materials, tracks."},
+           {"kta check figure.hdotemp1 figure.hdotemp2",
+            "Whether readers can rely on both files; status 1 where they cannot."},
+           {"kta preview figure.hdotemp1 figure.hdotemp2 -o figure.html",
+            "A page for browsers that plays the motion."},
+           {"kta glb figure.hdotemp1 figure.hdotemp2 -o figure.glb",
+            "The same for programs that read glTF."},
+           {"kta diff --tolerance 0.001 old.hdotemp1 new.hdotemp1",
+            "What changed from one export to the next, rounding left out."}}},
+         {"SEE ALSO", {{"", "hdo-export(1)"}}}}};
+    return manual;
+}
+
+// How the files of the commands are named, for completion.
+void OfferFileNames(CLI::App& app) {
+    const std::map<std::string, std::vector<std::string>> endings = {{"ACTOR", {"temp1"}},
+                                                                     {"MOTION", {"temp2"}},
+                                                                     {"FILE", {"temp1", "temp2"}},
+                                                                     {"FILES", {"temp1", "temp2"}}};
+    for (CLI::App* command : app.get_subcommands(std::function<bool(CLI::App*)>())) {
+        for (CLI::Option* option : command->get_options()) {
+            if (option->get_positional()) {
+                const bool isSeveral = option->get_items_expected_max() > 1;
+                kta::OfferFiles(option, endings.at(isSeveral ? "FILES" : option->get_name(true)));
+            }
+        }
+    }
+    const auto offer = [&app](const char* command, const char* option,
+                              const std::vector<std::string>& named) {
+        kta::OfferFiles(app.get_subcommand(command)->get_option(option), named);
+    };
+    offer("glb", "--output", {".glb"});
+    offer("preview", "--output", {".png", ".apng", ".html"});
+    offer("diff", "--preview", {".html"});
+    offer("check", "--rules", {".json"});
+}
+
 std::vector<Command> Describe(CLI::App& app) {
     kta::WrapHelp(app, kta::TerminalColumns());
     app.set_version_flag("--version", "kta " KTA_VERSION);
+    kta::AddGenerate(app, ManualOfKta(), "Options", OfferFileNames);
     app.require_subcommand(1);
     app.allow_windows_style_options(false);  // "/dir/file" is a path on Windows too
     app.footer(

@@ -180,6 +180,16 @@ LoadedScene LoadModel(const std::string& path, const LoadChoices& choices, Readi
 
 }  // namespace
 
+std::vector<std::string> SceneEndings() {
+#ifdef _WIN32
+    std::vector<std::string> endings;
+#else
+    std::vector<std::string> endings = import::AssimpExtensions();
+#endif
+    endings.insert(endings.begin(), ".maxscene.json");
+    return endings;
+}
+
 bool IsStandardStream(const std::string& path) {
     return path == "-";
 }

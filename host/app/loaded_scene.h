@@ -44,6 +44,9 @@ std::string SceneName(const std::string& path);
 // beginning speaks of a "maxscene". False for a file that cannot be opened.
 bool IsSceneDescription(const std::string& path);
 
+// How the names of files end that can be loaded.
+std::vector<std::string> SceneEndings();
+
 // What loading a model takes from the command line; a scene description says all that itself.
 struct LoadChoices {
     std::optional<std::string> animation;

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <string_view>
 
+#include "kta/completion.h"
+
 namespace maxhost::app {
 
 std::string Quoted(const std::string& text) {
@@ -72,10 +74,10 @@ CLI::Option* Group::AddSwitch(const std::string& name, Plinth::UInt8& value,
 CLI::Option* Group::AddAxis(const char* name, std::optional<int>& value,
                             const std::string& meaning) {
     static constexpr std::string_view kAxes = "xyz";
-    return app_
-        .add_option_function<std::string>(
-            name, [&value](const std::string& text) { value = static_cast<int>(kAxes.find(text)); },
-            meaning)
+    CLI::Option* const option = app_.add_option_function<std::string>(
+        name, [&value](const std::string& text) { value = static_cast<int>(kAxes.find(text)); },
+        meaning);
+    return kta::OfferWords(option, {"x", "y", "z"})
         ->type_name("AXIS")
         ->group(heading_)
         ->check(CLI::Validator(

@@ -5,8 +5,10 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "host/app/options.h"
+#include "kta/completion.h"
 
 namespace maxhost::app {
 
@@ -57,9 +59,13 @@ class Group {
     CLI::Option* AddChoice(const char* name, const char* valueName, Value& value,
                            const std::map<std::string, Value>& words, const std::string& expected,
                            const std::string& meaning) {
-        return app_
-            .add_option_function<std::string>(
-                name, [&value, words](const std::string& text) { value = words.at(text); }, meaning)
+        CLI::Option* const option = app_.add_option_function<std::string>(
+            name, [&value, words](const std::string& text) { value = words.at(text); }, meaning);
+        std::vector<std::string> offers;
+        for (const auto& [word, meant] : words) {
+            offers.push_back(word);
+        }
+        return kta::OfferWords(option, offers)
             ->type_name(valueName)
             ->group(heading_)
             ->check(CLI::Validator(

@@ -3,8 +3,11 @@
 #include <CLI/CLI.hpp>
 
 #include "host/app/exit_status.h"
+#include "host/app/loaded_scene.h"
 #include "host/app/option_table.h"
+#include "kta/completion.h"
 #include "kta/help.h"
+#include "kta/manual_page.h"
 
 namespace maxhost::app {
 namespace {
@@ -30,6 +33,49 @@ constexpr const char* kFooter =
     "\n"
     "During the export an interrupt presses Cancel in the progress bar; a second one ends the\n"
     "program at once.\n";
+
+const kta::Manual& ManualOfExport() {
+    static const kta::Manual manual = {
+        "export scenes and models to KTA files without 3ds Max",
+        {{"ENVIRONMENT",
+          {{"COLUMNS",
+            "The width that the help is wrapped to, where it is set; else the "
+            "terminal's."},
+           {"XDG_CONFIG_HOME",
+            "The user's configuration directory, where --saved-settings keeps what it saves; "
+            "~/.config where it is not set."}}},
+         {"FILES",
+          {{"FILEtemp1, FILEtemp2",
+            "The actor and the motion, for the export file FILE; kta(1) "
+            "reads them."},
+           {"FILE", "What the converter library makes of them."},
+           {"FILE.log", "The exporter's log."},
+           {"FILE.glb", "A preview in glTF."},
+           {"~/.config/hdo-export/KTAExp2.cfg", "The settings of --saved-settings."}}},
+         {"EXAMPLES",
+          {{"hdo-export figure.maxscene.json",
+            "Exports the scene to figure.hdotemp1 and figure.hdotemp2 beside it."},
+           {"hdo-export --sample-animation --sample-rate 1 -o out/walk.hdo walk.fbx",
+            "Exports a model with a key in every frame."},
+           {"hdo-export --list walk.fbx", "Lists nodes, materials and animations."},
+           {"hdo-export --strict --receipt walk.receipt.json --max-error 0.1 walk.fbx",
+            "Exports for a build, which fails where anything is lost or off by more than a "
+            "thousandth of the scene's size."}}},
+         {"SEE ALSO", {{"", "kta(1)"}}}}};
+    return manual;
+}
+
+// How the files of the options are named, for completion.
+void OfferFileNames(CLI::App& app) {
+    kta::OfferFiles(app.get_option("SCENE"), SceneEndings());
+    const std::pair<const char*, const char*> endings[] = {
+        {"--output", ".hdo"},  {"--save-scene", ".maxscene.json"},
+        {"--log", ".log"},     {"--receipt", ".json"},
+        {"--accept", ".json"}, {"--report", ".html"}};
+    for (const auto& [option, ending] : endings) {
+        kta::OfferFiles(app.get_option(option), {ending});
+    }
+}
 
 // What is wrong with options that are well-formed one by one; empty when nothing is.
 std::string FaultOf(const Options& options) {
@@ -84,6 +130,7 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments, std::siz
     // A slash begins a path on every system here.
     app.allow_windows_style_options(false);
     AddOptions(app, options);
+    kta::AddGenerate(app, ManualOfExport(), "Messages", OfferFileNames);
 
     CommandLine result;
     try {

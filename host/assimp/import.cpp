@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <limits>
 #include <set>
+#include <sstream>
 #include <string_view>
 #include <utility>
 
@@ -496,6 +497,17 @@ ImportedScene ImportWithAssimp(const std::string& path, const ImportChoices& cho
 bool AssimpKnows(const std::string& path) {
     const std::string extension = std::filesystem::path(path).extension().string();
     return !extension.empty() && Assimp::Importer().IsExtensionSupported(extension);
+}
+
+std::vector<std::string> AssimpExtensions() {
+    std::string list;
+    Assimp::Importer().GetExtensionList(list);  // "*.3d;*.3ds"
+    std::vector<std::string> extensions;
+    std::istringstream patterns(list);
+    for (std::string pattern; std::getline(patterns, pattern, ';');) {
+        extensions.push_back(pattern.substr(1));
+    }
+    return extensions;
 }
 
 }  // namespace maxhost::import

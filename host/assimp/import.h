@@ -27,6 +27,9 @@ ImportedScene ImportWithAssimp(
 // alone, so an import may succeed where this says no.
 bool AssimpKnows(const std::string& path);
 
+// The extensions for which it has one, as in ".fbx".
+std::vector<std::string> AssimpExtensions();
+
 // ---------------------------------------------------------------- the steps, for tests
 
 // Reads the file as ImportWithAssimp() does, with triangles where it has polygons. The scene is the

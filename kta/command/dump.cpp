@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "kta/command/command.h"
+#include "kta/completion.h"
 #include "kta/text.h"
 
 namespace kta::command {
@@ -39,8 +40,10 @@ Command AddDump(CLI::App& kta) {
     for (const KTAChunkType& type : kChunkTypes) {
         kinds.push_back(type.name);
     }
-    dump->add_option("--chunks", options->selection.chunks,
-                     "The chunks of these kinds alone, as in node,mesh: " + Joined(kinds))
+    CLI::Option* const chunks =
+        dump->add_option("--chunks", options->selection.chunks,
+                         "The chunks of these kinds alone, as in node,mesh: " + Joined(kinds));
+    OfferWords(chunks, kinds)
         ->type_name("KIND,...")
         ->delimiter(',')
         ->check(CLI::IsMember(kinds))

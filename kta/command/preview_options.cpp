@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "kta/completion.h"
 #include "kta/text.h"
 
 namespace kta::command {
@@ -48,6 +49,14 @@ struct NamedView {
 
 constexpr NamedView kNamedViews[] = {{"front", {0, 0}},  {"right", {90, 0}}, {"back", {180, 0}},
                                      {"left", {270, 0}}, {"top", {0, 90}},   {"bottom", {0, -90}}};
+
+std::vector<std::string> ViewNames() {
+    std::vector<std::string> names;
+    for (const NamedView& view : kNamedViews) {
+        names.emplace_back(view.name);
+    }
+    return names;
+}
 
 // A named view, "AZIMUTH", or "AZIMUTH:ELEVATION".
 std::optional<PreviewDirection> ParseView(const std::string& text) {
@@ -359,10 +368,10 @@ std::vector<CLI::Option*> DescribePreview(CLI::App& preview, PreviewOptions& opt
             ->type_name("DEGREES")
             ->capture_default_str()
             ->check(Degrees(90)),
-        preview
-            .add_option("--view", options.views,
-                        "Instead: front, right, back, left, top, bottom, AZIMUTH or "
-                        "AZIMUTH:ELEVATION; several stand on one sheet")
+        OfferWords(preview.add_option("--view", options.views,
+                                      "Instead: front, right, back, left, top, bottom, AZIMUTH or "
+                                      "AZIMUTH:ELEVATION; several stand on one sheet"),
+                   ViewNames())
             ->type_name("VIEW,...")
             ->delimiter(',')
             ->allow_extra_args(false)

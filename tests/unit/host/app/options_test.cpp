@@ -321,7 +321,7 @@ TEST(OptionsTest, HelpExplainsEveryOptionWithItsDefault) {
                                                              testing::HasSubstr("default"))))
             << name;
     }
-    EXPECT_EQ(blocks.size(), names.size() + 2) << "the rest is --help and --version";
+    EXPECT_EQ(blocks.size(), names.size() + 3) << "the rest is --help, --version and --generate";
 }
 
 TEST(OptionsTest, HelpTellsTheExportersOwnDefaults) {
