@@ -119,6 +119,10 @@ class PlantedFaults(unittest.TestCase):
         self.change("README.md", "$ ./run\n", "")
         self.expect("README.md: has no command './run'")
 
+    def test_output_that_nothing_compares(self):
+        self.change("README.md", "$ ./run\n", "$ ./run\nAll is good.\n")
+        self.expect("README.md:5: ./run: is not run, and yet shows output")
+
     def test_page_that_the_list_forgot(self):
         self.change("docs/README.md", "# Index", "# Index\n```console\n$ true\n```\n")
         self.expect("docs/README.md: has commands")

@@ -229,6 +229,8 @@ def check_marks(all_pages):
         if name not in names or text not in [command.text for command in names[name].commands]:
             faults.append(f"{name}: has no command {text!r}, which the test says is not run")
     for page in all_pages:
+        faults += [f"{page.name}:{command.line}: {command.text}: is not run, and yet shows output"
+                   for command in page.commands if command.expected and is_not_run(page, command)]
         if page.commands and page.name in WITHOUT_COMMANDS:
             faults.append(f"{page.name}: has commands, which the test says it has not")
         elif not page.commands and page.name not in WITHOUT_COMMANDS:
