@@ -96,8 +96,18 @@ void ExportMaterial(ExportPass& pass, Mtl* material, Plinth::Int32 listIndex,
 // Writes a bitmap as a layer of the material written last, and the bitmaps below the map.
 // `parent` is the class of what holds the map: a material, or another map.
 void ExportLayer(ExportPass& pass, Texmap* map, const Class_ID& parent, int slot, float amount);
-// The number that a sub-mesh has for the face's material; 0 where there is none.
-Plinth::Int32 MaterialNumber(const ExportPass& pass, Face* face, INode* node);
+// The numbers that a node's sub-meshes have for the materials of its faces. The node is asked once.
+class MaterialNumbers {
+  public:
+    MaterialNumbers(const ExportPass& pass, INode* node);
+    // 0 where there is none.
+    Plinth::Int32 Of(Face& face) const;
+
+  private:
+    const MaterialTable& table;
+    Plinth::Int32 listIndex;  // of the node's material; -1: it is not in the list
+    bool hasSubMaterials;
+};
 
 // ------------------------------------------------ motion
 

@@ -282,15 +282,21 @@ void ExportLayer(ExportPass& pass, Texmap* map, const Class_ID& parent, int slot
     }
 }
 
-Plinth::Int32 MaterialNumber(const ExportPass& pass, Face* face, INode* node) {
+MaterialNumbers::MaterialNumbers(const ExportPass& pass, INode* node)
+    : table(pass.materialTable), listIndex(-1), hasSubMaterials(false) {
     Mtl* material = node->GetMtl();
     if (material == NULL) {
         material = pass.defaultMaterials.Find(node);
     }
-    const Plinth::Int32 listIndex = material != NULL ? pass.sceneMaterials.Find(material) : -1;
+    if (material != NULL) {
+        listIndex = pass.sceneMaterials.Find(material);
+        hasSubMaterials = material->NumSubMtls() != 0;
+    }
+}
+
+Plinth::Int32 MaterialNumbers::Of(Face& face) const {
     if (listIndex < 0) {
         return 0;
     }
-    return material->NumSubMtls() == 0 ? pass.materialTable.NumberOf(listIndex)
-                                       : pass.materialTable.NumberOf(listIndex, face->getMatID());
+    return hasSubMaterials ? table.NumberOf(listIndex, face.getMatID()) : table.NumberOf(listIndex);
 }

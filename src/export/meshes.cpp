@@ -16,11 +16,32 @@ namespace {
 // 3ds Max's last channel, 99, has no part in the format.
 enum { kFirstChannel = 1, kLastChannel = 98, kNumChannels = kLastChannel - kFirstChannel + 1 };
 
+// Skinned meshes stand in the world, others in their object's space. To be made before the mesh is
+// evaluated, which 3ds Max may do again where a transform is asked for.
+struct SkinSpace {
+    explicit SkinSpace(INode* node)
+        : isSkinned(FindModifier(node, kPhysiqueModifierClassId).modifier != NULL ||
+                    FindModifier(node, kSkinModifierClassId).modifier != NULL),
+          positionTransform(1),
+          normalTransform(1) {
+        if (isSkinned) {
+            positionTransform = node->GetObjectTM(0);
+            normalTransform = positionTransform;
+            normalTransform.NoTrans();
+            normalTransform.NoScale();
+        }
+    }
+
+    bool isSkinned;
+    Matrix3 positionTransform;
+    Matrix3 normalTransform;
+};
+
 // Reads the corners of a mesh's faces as they stand in the file.
 class CornerReader {
   public:
     // Builds the mesh's normals.
-    CornerReader(INode* node, Mesh& mesh);
+    CornerReader(const SkinSpace& space, Mesh& mesh);
 
     Int32 NumPairs() const { return numPairs; }
     // The corners' texture coordinates stand in this object until the next call.
@@ -39,29 +60,16 @@ class CornerReader {
     void ReadPairs(int face, int corner, Float32* pairs) const;
 
     Mesh& mesh;
-    bool isSkinned;
-    Matrix3 positionTransform;
-    Matrix3 normalTransform;
+    const SkinSpace& space;
     Int32 numPairs;
     Channel channels[kNumChannels];  // the supported ones
     Float32 uvs[3][2 * kNumChannels];
 };
 
-CornerReader::CornerReader(INode* node, Mesh& source)
-    : mesh(source),
-      isSkinned(FindModifier(node, kPhysiqueModifierClassId).modifier != NULL ||
-                FindModifier(node, kSkinModifierClassId).modifier != NULL),
-      positionTransform(1),
-      normalTransform(1),
-      numPairs(0) {
+CornerReader::CornerReader(const SkinSpace& meshSpace, Mesh& source)
+    : mesh(source), space(meshSpace), numPairs(0) {
     mesh.buildNormals();
     mesh.checkNormals(TRUE);
-    if (isSkinned) {
-        positionTransform = node->GetObjectTM(0);
-        normalTransform = positionTransform;
-        normalTransform.NoTrans();
-        normalTransform.NoScale();
-    }
     for (int i = kFirstChannel; i <= kLastChannel; ++i) {
         if (mesh.mapSupport(i)) {
             Channel& channel = channels[numPairs++];
@@ -74,16 +82,15 @@ CornerReader::CornerReader(INode* node, Mesh& source)
 void CornerReader::Read(int face, CornerVertex corners[3]) {
     for (int i = 0; i < 3; ++i) {
         const int vertex = static_cast<int>(mesh.faces[face].v[i]);
-        const Point3 position = positionTransform * mesh.verts[vertex];
+        const Point3 position = space.positionTransform * mesh.verts[vertex];
         Point3 normal = NormalOf(face, i);
-        if (isSkinned) {
-            normal = Normalize(VectorTransform(normalTransform, normal));
+        if (space.isSkinned) {
+            normal = Normalize(VectorTransform(space.normalTransform, normal));
         }
         corners[i].record.originalVertex = vertex;
         StoreVector(corners[i].record.position, position);
         StoreVector(corners[i].record.normal, normal);
         ReadPairs(face, i, uvs[i]);
-        corners[i].numPairs = numPairs;
         corners[i].uvs = uvs[i];
     }
 }
@@ -133,31 +140,30 @@ void LogSubMeshes(const SubMeshList& subMeshes) {
     }
 }
 
-void LogDroppedFace(const CornerVertex corners[3], const Int32 indices[3]) {
+void LogDroppedFace(const Face& face, const Int32 indices[3], Int32 numPairs) {
     Plinth::Log("WARNING: Failed to find the indices for a given triangle!!!");
     Plinth::Log("indices  = [%d, %d, %d]", indices[0], indices[1], indices[2]);
-    Plinth::Log("orgVerts = [%d, %d, %d]", corners[0].record.originalVertex,
-                corners[1].record.originalVertex, corners[2].record.originalVertex);
-    Plinth::Log("numUVs   = [%d, %d, %d]", corners[0].numPairs, corners[1].numPairs,
-                corners[2].numPairs);
+    Plinth::Log("orgVerts = [%d, %d, %d]", static_cast<int>(face.v[0]), static_cast<int>(face.v[1]),
+                static_cast<int>(face.v[2]));
+    Plinth::Log("numUVs   = [%d, %d, %d]", numPairs, numPairs, numPairs);
 }
 
 // False where the sub-meshes do not fit into the format.
-bool RunVertexPass(const ExportPass& pass, INode* node, SubMeshList& subMeshes) {
+bool RunVertexPass(const ExportPass& pass, INode* node, const SkinSpace& space, Mesh* mesh,
+                   SubMeshList& subMeshes) {
     Plinth::Log("EXPORTING SUBMESHES (%s)", "Vertex Pass");
-    const TriangleMesh source(node);
-    Mesh* const mesh = source.Get();
     if (mesh == NULL) {
         return true;
     }
-    CornerReader reader(node, *mesh);
-    if (!subMeshes.Reserve(mesh->getNumFaces(), reader.NumPairs())) {
+    CornerReader reader(space, *mesh);
+    if (!subMeshes.Reserve(mesh->getNumFaces(), reader.NumPairs(), mesh->getNumVerts())) {
         return false;
     }
+    const MaterialNumbers materials(pass, node);
     for (int i = 0; i < mesh->getNumFaces(); ++i) {
         CornerVertex corners[3];
         reader.Read(i, corners);
-        if (!subMeshes.AddFace(MaterialNumber(pass, &mesh->faces[i], node), corners)) {
+        if (!subMeshes.AddFace(materials.Of(mesh->faces[i]), corners)) {
             return false;
         }
     }
@@ -165,43 +171,31 @@ bool RunVertexPass(const ExportPass& pass, INode* node, SubMeshList& subMeshes) 
     return true;
 }
 
-void RunIndexPass(INode* node, SubMeshList& subMeshes) {
+void RunIndexPass(const Mesh* mesh, SubMeshList& subMeshes) {
     Plinth::Log("EXPORTING SUBMESHES (%s)", "Index Pass");
     subMeshes.NumberVertices();
-    const TriangleMesh source(node);
-    Mesh* const mesh = source.Get();
     if (mesh == NULL) {
         return;
     }
-    CornerReader reader(node, *mesh);
-    // A modifier may make another number of faces at each conversion.
-    for (int i = 0; i < mesh->getNumFaces() && i < subMeshes.NumAddedFaces(); ++i) {
-        CornerVertex corners[3];
+    for (Int32 i = 0; i < subMeshes.NumAddedFaces(); ++i) {
         Int32 indices[3];
-        reader.Read(i, corners);
-        if (!subMeshes.IndexFace(i, corners, indices)) {
-            LogDroppedFace(corners, indices);
+        if (!subMeshes.IndexFace(i, indices)) {
+            LogDroppedFace(mesh->faces[i], indices, subMeshes.NumPairs());
         }
     }
     LogSubMeshes(subMeshes);
 }
 
-// Fills in the counts of the mesh itself, as 3ds Max has it; false when there is none.
-bool DescribeMesh(KTAMesh& header, INode* node) {
-    const TriangleMesh source(node);
-    Mesh* const mesh = source.Get();
-    if (mesh == NULL) {
-        return false;
-    }
+// Fills in the counts of the mesh itself, as 3ds Max has it.
+void DescribeMesh(KTAMesh& header, const Mesh& mesh) {
     for (int i = kFirstChannel; i <= kLastChannel; ++i) {
-        if (mesh->mapSupport(i) && mesh->getNumMapVerts(i) > 0) {
+        if (mesh.mapSupport(i) && mesh.getNumMapVerts(i) > 0) {
             ++header.mapChannelCount;
         }
     }
-    header.originalVertexCount = mesh->getNumVerts();
+    header.originalVertexCount = mesh.getNumVerts();
     Plinth::Log("    + Texture map channels = %d", header.mapChannelCount);
     Plinth::Log("    + Original mesh vertices = %d", header.originalVertexCount);
-    return true;
 }
 
 void CountElements(KTAMesh& header, const SubMeshList& subMeshes) {
@@ -234,12 +228,10 @@ void WriteSubMesh(KTAWriter& writer, const SubMeshList& subMeshes, const SubMesh
     if (inFull) {
         writer.WriteRecord(subMesh.material);
     }
-    const size_t pairsSize = static_cast<size_t>(subMeshes.NumPairs()) * 2 * sizeof(Float32);
+    const size_t size =
+        sizeof(KTAVertex) + static_cast<size_t>(subMeshes.NumPairs()) * 2 * sizeof(Float32);
     for (Int32 i = 0; i < subMesh.numVertices; ++i) {
-        writer.WriteRecord(subMeshes.VertexOf(subMesh, i));
-        if (pairsSize > 0) {
-            writer.WriteRaw(subMeshes.PairsOf(subMesh, i), pairsSize);
-        }
+        writer.WriteRaw(&subMeshes.VertexOf(subMesh, i), size);
     }
     // The corners keep their order: the exchange of y and z does not reverse it.
     writer.WriteRaw(subMeshes.FacesOf(subMesh),
@@ -254,41 +246,41 @@ void WriteMesh(KTAWriter& writer, const KTAMesh& header, const SubMeshList& subM
     }
 }
 
-// Writes the mesh and counts it in `header`; false when there is nothing to write.
-bool BuildAndWriteMesh(ExportPass& pass, INode* node, KTAMesh& header) {
-    SubMeshList subMeshes;
-    bool fits = RunVertexPass(pass, node, subMeshes);
+// Reads the node's mesh into the sub-meshes and counts it in `header`; false where there is nothing
+// to write.
+bool ReadMesh(const ExportPass& pass, INode* node, KTAMesh& header, SubMeshList& subMeshes) {
+    const SkinSpace space(node);
+    const TriangleMesh source(node);
+    Mesh* const mesh = source.Get();
+    bool fits = RunVertexPass(pass, node, space, mesh, subMeshes);
     if (fits) {
-        RunIndexPass(node, subMeshes);
-        if (!DescribeMesh(header, node)) {
+        RunIndexPass(mesh, subMeshes);
+        if (mesh == NULL) {
             return false;
         }
+        DescribeMesh(header, *mesh);
         CountElements(header, subMeshes);
         fits = AnnouncedSize(header) <= 0xffffffffu;
     }
     if (!fits) {
         Plinth::Log("WARNING: The mesh is too large and is left out");
-        return false;
     }
-    if (header.vertexCount < 3 || header.indexCount < 3) {
-        return false;
-    }
-    WriteMesh(pass.writer, header, subMeshes);
-    return true;
+    return fits && header.vertexCount >= 3 && header.indexCount >= 3;
 }
 
 }  // namespace
 
 void ExportMesh(ExportPass& pass, INode* node, bool isCollision) {
-    if (!IsGeometricNode(node)) {
-        return;
-    }
     Plinth::Log("Exporting mesh...");
     KTAMesh header = ZeroedRecord<KTAMesh>();
     header.nodeNumber = pass.exportedNodes.Find(node);
     header.isCollision = isCollision ? 1 : 0;
-    if (!BuildAndWriteMesh(pass, node, header)) {
-        return;
+    {
+        SubMeshList subMeshes;
+        if (!ReadMesh(pass, node, header, subMeshes)) {
+            return;
+        }
+        WriteMesh(pass.writer, header, subMeshes);
     }
     const float ratio = static_cast<float>(header.vertexCount) /
                         static_cast<float>(header.originalVertexCount) * 100.0f;

@@ -52,7 +52,7 @@ void ExportMotionPart(ExportPass& pass, INode* node) {
     KTAMotionPart record = ZeroedRecord<KTAMotionPart>();
     // The pose at tick 0, wherever the animation range starts.
     AffineParts parts;
-    DecomposeTransform(GetLocalTransform(node, 0), parts);
+    DecomposeTransform(NodePlace(node).Local(0), parts);
     StoreVector(record.translation, parts.t);
     StoreQuaternion(record.rotation, parts.q);
     StoreVector(record.scale, parts.k);

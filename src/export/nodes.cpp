@@ -74,9 +74,9 @@ void LogTransformation(const KTANode& record, const char* name, const AffinePart
 
 // Rows and columns in the file's axis order. The fourth column is 0 in all rows, the last one
 // included: readers of the format expect it so.
-void StoreInverseWorld(KTANode& record, INode* node) {
+void StoreInverseWorld(KTANode& record, const Matrix3& world) {
     static const int kRows[4] = {0, 2, 1, 3};
-    const Matrix3 inverse = Inverse(WorldTransform(node, 0));
+    const Matrix3 inverse = Inverse(world);
     for (int i = 0; i < 4; ++i) {
         StoreVector(record.inverseWorldMatrix[i], inverse.GetRow(kRows[i]));
         record.inverseWorldMatrix[i][3] = 0.0f;
@@ -164,20 +164,22 @@ void BeginNode(ExportPass& pass, INode* node) {
     StoreNames(record, node);
     Plinth::Log("  + Parent = '%s'", record.parentName);
 
-    const Matrix3 local = GetLocalTransform(node, 0);
+    const NodePlace place(node);
+    const Matrix3 world = place.World(0);
+    const Matrix3 local = place.ToLocal(world, 0);
     AffineParts parts;
     DecomposeTransform(local, parts);
     StoreVector(record.translation, parts.t);
     StoreQuaternion(record.rotation, parts.q);
     StoreVector(record.scale, RowScale(local));
     LogTransformation(record, node->GetName(), parts);
-    StoreInverseWorld(record, node);
+    StoreInverseWorld(record, world);
     Classify(record, node);
 
     pass.writer.WriteChunk(record);
     pass.exportedNodes.Add(node);
     const Plinth::Int32 skins = pass.openSkins.Count();
-    if (IsGeometricNode(node)) {
+    if (place.IsGeometric()) {
         ExportMeshOfNode(pass, node);
     }
     if (pass.openSkins.Count() == skins) {

@@ -37,12 +37,12 @@ bool IsGeometricNode(INode* node) {
            object->ClassID() != kTargetClassId;
 }
 
-Matrix3 WorldTransform(INode* node, TimeValue time) {
-    return IsGeometricNode(node) ? node->GetObjectTM(time) : node->GetNodeTM(time);
+Matrix3 NodePlace::World(TimeValue time) const {
+    return isGeometric ? node->GetObjectTM(time) : node->GetNodeTM(time);
 }
 
-Matrix3 GetLocalTransform(INode* node, TimeValue time) {
-    return WorldTransform(node, time) * Inverse(node->GetParentTM(time));
+Matrix3 NodePlace::ToLocal(const Matrix3& world, TimeValue time) const {
+    return world * Inverse(node->GetParentTM(time));
 }
 
 bool IsFootprintNode(INode* node) {

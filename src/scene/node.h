@@ -36,13 +36,26 @@ bool IsGeometricNode(INode* node);
 // Whether the node's transform controller is the biped footprint controller, which is not exported.
 bool IsFootprintNode(INode* node);
 
-// The node's world transform at a time in ticks: the object transform (with the object offset) of
-// a geometric node, the node transform of any other.
-Matrix3 WorldTransform(INode* node, TimeValue time);
+// Where a node stands at a time in ticks. Whether it is geometric is asked once, when it is made.
+class NodePlace {
+  public:
+    explicit NodePlace(INode* placed) : node(placed), isGeometric(IsGeometricNode(placed)) {}
 
-// The node's world transform relative to its parent's node transform at the same time, for row
-// vectors: world * inverse(parent).
-Matrix3 GetLocalTransform(INode* node, TimeValue time);
+    bool IsGeometric() const { return isGeometric; }
+
+    // The object transform (with the object offset) of a geometric node, the node transform of any
+    // other.
+    Matrix3 World(TimeValue time) const;
+    // The world transform relative to the parent's node transform at the same time, for row
+    // vectors: world * inverse(parent).
+    Matrix3 Local(TimeValue time) const { return ToLocal(World(time), time); }
+    // The same of a world transform that is known.
+    Matrix3 ToLocal(const Matrix3& world, TimeValue time) const;
+
+  private:
+    INode* node;
+    bool isGeometric;
+};
 
 struct ModifierLookup {
     Modifier* modifier;  // null: none

@@ -12,7 +12,7 @@ namespace {
 
 TransformSample Evaluate(INode* node, TimeValue time) {
     AffineParts parts;
-    DecomposeTransform(GetLocalTransform(node, time), parts);
+    DecomposeTransform(NodePlace(node).Local(time), parts);
     const TransformSample sample = {parts.t, parts.q, parts.k};
     return sample;
 }

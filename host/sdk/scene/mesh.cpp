@@ -357,7 +357,6 @@ Point3& Mesh::getFaceNormal(int i) {
 namespace maxhost {
 
 void MeshReading::Restart() {
-    times_ = corners_ = 0;
     begun_ = read_ = shown_ = 0;
     untilTold_ = 0;  // counted down from here, it is never 0 again
 }
@@ -365,8 +364,6 @@ void MeshReading::Restart() {
 void MeshReading::Begin(std::size_t corners) {
     constexpr std::int64_t kFewest = 4096;
     constexpr std::int64_t kTellings = 64;
-    ++times_;
-    corners_ = corners;
     read_ = begun_;
     begun_ += static_cast<double>(corners);
     step_ = std::max(kFewest, static_cast<std::int64_t>(corners) / kTellings);
@@ -381,10 +378,8 @@ void MeshReading::Tell() {
 }
 
 void MeshReading::Show() {
-    const bool isReadAgain = times_ % 2 == 1;
-    const double expected = begun_ + (isReadAgain ? static_cast<double>(corners_) : 0.0);
-    if (observer_ != nullptr && expected > 0) {
-        shown_ = std::max(shown_, read_ / expected);
+    if (observer_ != nullptr && begun_ > 0) {
+        shown_ = std::max(shown_, read_ / begun_);
         observer_->OnWork(shown_);
     }
 }

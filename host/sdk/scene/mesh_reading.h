@@ -9,14 +9,14 @@ namespace maxhost {
 
 class ProgressObserver;
 
-// An exporter reads a mesh twice, for its vertices and for its faces. Each time it has the normals
-// built and then looks at the render vertex of every corner. One thread at a time.
+// An exporter has a mesh's normals built and then looks at the render vertex of every corner. One
+// thread at a time.
 class MeshReading {
   public:
     void Observe(ProgressObserver* observer) { observer_ = observer; }
     // Another step of the plug-in's bar begins.
     void Restart();
-    // A mesh of so many corners is read, for the first or the second time.
+    // A mesh of so many corners is read.
     void Begin(std::size_t corners);
     void CountCorner() {
         if (--untilTold_ == 0) {
@@ -29,10 +29,8 @@ class MeshReading {
     void Show();
 
     ProgressObserver* observer_ = nullptr;
-    std::size_t times_ = 0;    // that a mesh of this step was read
-    std::size_t corners_ = 0;  // of the mesh that is being read
-    double begun_ = 0;         // corners of all readings of this step so far
-    double read_ = 0;          // of these
+    double begun_ = 0;  // corners of all meshes of this step so far
+    double read_ = 0;   // of these
     double shown_ = 0;
     std::int64_t step_ = 0;  // corners from one telling to the next
     std::int64_t untilTold_ = 0;

@@ -497,7 +497,7 @@ void ExportScene(ExportPass& pass) {
 int NumberOfFace(const ExportPass& pass, int materialId, int node) {
     Face face;
     face.setMatID(static_cast<MtlID>(materialId));
-    return MaterialNumber(pass, &face, maxhost::Host::Instance().Nodes().at(node));
+    return MaterialNumbers(pass, maxhost::Host::Instance().Nodes().at(node)).Of(face);
 }
 
 // Every test opens its scene and leaves the host empty.

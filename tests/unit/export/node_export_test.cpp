@@ -251,7 +251,7 @@ TEST(LocalTransform, IsThatOfTheGivenTimeWithoutTheParents) {
     maxhost::Host::Instance().OpenScene(scene);
     INode* const node = maxhost::Host::Instance().Nodes()[1];
     for (const auto& [time, x, z] : {std::tuple(0, 1.0f, 0.0f), std::tuple(160, 3.0f, 4.0f)}) {
-        const Matrix3 local = GetLocalTransform(node, time);
+        const Matrix3 local = NodePlace(node).Local(time);
         EXPECT_NEAR(local.GetTrans().x, x, 1e-6) << time;
         EXPECT_NEAR(local.GetTrans().y, 0, 1e-6) << time;
         EXPECT_NEAR(local.GetTrans().z, z, 1e-6) << time;
