@@ -4,16 +4,19 @@
 usage: check_links.py ROOT
 
 A link's file must be there, and a page's heading where the link names one; README.md must lead to
-docs/README.md, and that to every page of docs/.
+docs/README.md, and that to every page of docs/. A file of the sources that a page names
+(`src/format/records.h`) must be there as well.
 """
 
 import pathlib
+import re
 import sys
 import urllib.parse
 
 import pages
 
 INDEX = "docs/README.md"
+SOURCE = re.compile(r"(?:bench|cmake|docs|examples|host|kta|packaging|src|tests)/[\w./-]*")
 
 
 def faults_of_link(root, anchors, page, target, line):
@@ -59,6 +62,8 @@ def check(root):
         for target, line in page.links + page.pictures:
             faults += faults_of_link(root, anchors, page, target, line)
             count += 1
+        faults += [f"{page.name}:{line}: {word}: there is no such file" for word, line in page.words
+                   if SOURCE.fullmatch(word) and not (root / word).exists()]
     from_index = reached_from(root, all_pages, INDEX)
     if INDEX not in reached_from(root, all_pages, "README.md"):
         faults.append(f"README.md: no link leads to {INDEX}")

@@ -1,4 +1,5 @@
-"""The pages of README.md and docs/: their blocks of commands, headings, links and pictures.
+"""The pages of README.md and docs/: their blocks of commands, headings, links,
+pictures and words in code.
 
 Commands stand in blocks that begin with ```console: `$ ` before a command, `> ` before its further
 lines, and under it what it prints, on standard output and standard error alike. A line of three dots
@@ -48,6 +49,7 @@ class Page:
     anchors: set = dataclasses.field(default_factory=set)
     links: list = dataclasses.field(default_factory=list)  # (target, line)
     pictures: list = dataclasses.field(default_factory=list)  # (target, line)
+    words: list = dataclasses.field(default_factory=list)  # (what stands as code in a line, line)
     faults: list = dataclasses.field(default_factory=list)
 
     @property
@@ -83,6 +85,8 @@ def read_links(page, tokens, line):
             page.links.append((token.attrGet("href"), line))
         elif token.type == "image":
             page.pictures.append((token.attrGet("src"), line))
+        elif token.type == "code_inline":
+            page.words.append((token.content, line))
 
 
 def read_fence(page, token, line):

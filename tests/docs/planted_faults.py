@@ -166,6 +166,10 @@ class PlantedFaults(unittest.TestCase):
         self.change("docs/page.md", "## The part", "## The other part")
         self.expect("docs/README.md:2", "no heading #the-part")
 
+    def test_source_that_is_gone(self):
+        self.change("README.md", "# Project", "# Project\n`src/gone.cpp`")
+        self.expect("README.md:2: src/gone.cpp: there is no such file")
+
     def test_link_out_of_the_project(self):
         self.change("README.md", "# Project", "# Project\n[Else](../else.md)")
         self.expect("README.md:2", "leads out of the project")
