@@ -107,6 +107,7 @@ LoadedScene LoadDescription(const std::string& path, Reading& reading) {
     }
     std::ifstream file(fs::path(path), std::ios::binary);
     loaded.scene = scene_file::ReadSceneDescription(file, report);
+    loaded.files.push_back(Absolute(path).string());
     return loaded;
 }
 
@@ -174,6 +175,7 @@ LoadedScene LoadModel(const std::string& path, const LoadChoices& choices, Readi
     }
     loaded.coloredMeshes = imported.coloredMeshes;
     loaded.upAxis = std::move(imported.upAxis);
+    loaded.files = std::move(imported.files);
     return loaded;
 }
 #endif

@@ -32,6 +32,8 @@ struct LoadedScene {
     std::size_t coloredMeshes = 0;      // whose vertex colours the importer left out
     // Of a model: which axis is up, what says so, and whether it was turned.
     std::string upAxis;
+    // The files that were read or looked for, there or not; absolute. None of standard input.
+    std::vector<std::string> files;
 };
 
 // "-" stands for standard input and output.

@@ -82,6 +82,7 @@ LoadedScene Load(const Options& options, Console& console, bool isTerminal, RunR
         options.scene, {options.animation, options.frameRate, options.allowEmpty, options.up},
         ShowsProgress(options, isTerminal) ? &bar : nullptr);
     report.readingSeconds = watch.Seconds();
+    report.inputs = loaded.files;
     Warn(options, loaded, console);
     ApplyChoices(options, loaded);
     if (options.bisect) {

@@ -122,6 +122,9 @@ std::string JsonOf(const RunReport& report, int status, const std::vector<Notice
     Json json = {{"program", "hdo-export"}, {"version", HDO_VERSION}};
     json["scene"] = Text(report.scene);
     json["status"] = status;
+    for (const std::string& file : report.inputs) {
+        json["inputs"].push_back(Text(file));
+    }
     AddNotices(notices, status, json);
     if (report.savedScene) {
         json["savedScene"] = Text(*report.savedScene);

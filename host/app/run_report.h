@@ -44,6 +44,8 @@ struct ExportReport {
 
 struct RunReport {
     std::string scene;  // as it was given
+    // The files that decided on the scene and its export, read or looked for; absolute.
+    std::vector<std::string> inputs;
     std::optional<std::string> savedScene;
     std::optional<LoadedScene> listed;     // by --list
     std::optional<ExportReport> exported;  // the exporter ran; whether well, the status says

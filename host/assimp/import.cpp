@@ -475,8 +475,11 @@ ImportedScene ReadHere(const std::string& path, const ImportChoices& choices,
     Assimp::Importer importer;
     try {
         const aiScene& scene = LoadScene(importer, path, show);
-        return ConvertScene(scene, path, choices,
-                            [&](double share) { show(ShareOf(share, kCut, kConverted)); });
+        ImportedScene imported = ConvertScene(
+            scene, path, choices, [&](double share) { show(ShareOf(share, kCut, kConverted)); });
+        const auto& files = dynamic_cast<const SourceFiles&>(*importer.GetIOHandler()).Asked();
+        imported.files.assign(files.begin(), files.end());
+        return imported;
     } catch (const ImportError&) {
         throw;
     } catch (const std::exception& failure) {

@@ -52,6 +52,8 @@ struct ImportedScene {
     std::vector<AnimationClip> animations;
     std::size_t coloredMeshes = 0;
     std::string upAxis;
+    // The files that the reader opened or looked for, there or not; absolute, sorted.
+    std::vector<std::string> files{};
 };
 
 // The position of the animation. A name counts before a number: "1" is the first animation of that

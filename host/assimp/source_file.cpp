@@ -203,7 +203,18 @@ std::uint64_t SourceSize(const std::string& path) {
     return size;
 }
 
+void SourceFiles::Note(const char* path) const {
+    std::error_code ignored;
+    asked_.insert(fs::absolute(path, ignored).lexically_normal().string());
+}
+
+bool SourceFiles::Exists(const char* path) const {
+    Note(path);
+    return DefaultIOSystem::Exists(path);
+}
+
 Assimp::IOStream* SourceFiles::Open(const char* path, const char* mode) {
+    Note(path);
     const Utf16 coding = CodingOfFile(path);
     if (coding == Utf16::none) {
         Assimp::IOStream* const stream = DefaultIOSystem::Open(path, mode);

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <set>
 #include <string>
 #include <utility>
 
@@ -28,10 +29,17 @@ class SourceFiles : public Assimp::DefaultIOSystem {
     // `report` is told how many bytes of all files were read so far.
     explicit SourceFiles(ReportBytes report) : report_(std::move(report)) {}
 
+    bool Exists(const char* path) const override;
     Assimp::IOStream* Open(const char* path, const char* mode) override;
 
+    // The files that were opened or looked for, there or not; absolute.
+    const std::set<std::string>& Asked() const { return asked_; }
+
   private:
+    void Note(const char* path) const;
+
     const ReportBytes report_;
+    mutable std::set<std::string> asked_;
     std::uint64_t bytesRead_ = 0;
 };
 

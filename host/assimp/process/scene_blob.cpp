@@ -38,6 +38,7 @@ inline constexpr auto kFields<import::ImportedScene> = std::tuple{
     Required("animations", &import::ImportedScene::animations),
     Required("coloredMeshes", &import::ImportedScene::coloredMeshes),
     Required("upAxis", &import::ImportedScene::upAxis),
+    Required("files", &import::ImportedScene::files),
 };
 
 }  // namespace maxhost::scene

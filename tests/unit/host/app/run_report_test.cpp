@@ -37,6 +37,7 @@ TEST_F(JsonTest, TellsWhatAnExportMade) {
     const json summary =
         RunJson("--select root --select leaf --sample-animation s.maxscene.json", kExitDone);
     EXPECT_EQ(summary["scene"], "s.maxscene.json");
+    EXPECT_EQ(summary["inputs"], json::array({Path("s.maxscene.json").string()}));
     EXPECT_FALSE(summary.contains("error"));
     EXPECT_EQ(summary["nodes"], (json{{"inScene", 3}, {"exported", 2}}));
     EXPECT_EQ(summary["notExported"],
@@ -56,6 +57,17 @@ TEST_F(JsonTest, TellsWhatAnExportMade) {
     EXPECT_GE(summary["seconds"]["all"], summary["seconds"]["exporting"]);
     EXPECT_GT(summary["seconds"]["exporting"], 0);
 }
+
+#ifndef _WIN32  // where models are not read
+TEST_F(JsonTest, TellsTheFilesThatWereReadAndThoseThatAreMissing) {
+    Write("m.obj", "mtllib m.mtl\nmtllib none.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    Write("m.mtl", "newmtl a\n");
+    const std::vector<std::string> inputs = RunJson("m.obj", kExitDone)["inputs"];
+    for (const char* const name : {"m.obj", "m.mtl", "none.mtl"}) {
+        EXPECT_THAT(inputs, testing::Contains(Path(name).string()));
+    }
+}
+#endif
 
 TEST_F(JsonTest, OptionsThatTheirSwitchDisablesAreNotInForce) {
     const json options = RunJson("--no-optimize-skin s.maxscene.json", kExitDone)["options"];

@@ -19,10 +19,12 @@ TEST(SceneBlob, EveryFieldComesBack) {
     imported.losses = {{LossCode::keyOrder, "text", "subject", 3, 4}};
     imported.animations = {{"walk", 1.25, 7}};
     imported.coloredMeshes = 5;
+    imported.files = {"a.obj", "a.mtl"};
     const ImportedScene back = DecodeScene(EncodeScene(imported));
     EXPECT_EQ(Difference(imported.scene, back.scene), "");
     EXPECT_EQ(back.warnings, imported.warnings);
     EXPECT_EQ(back.codes, imported.codes);
+    EXPECT_EQ(back.files, imported.files);
     ASSERT_EQ(back.losses.size(), 1u);
     EXPECT_EQ(back.losses[0].code, LossCode::keyOrder);
     EXPECT_EQ(back.losses[0].text, "text");
