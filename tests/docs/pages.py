@@ -94,7 +94,7 @@ def read_fence(page, token, line):
     if not words:
         page.faults.append(f"{page.name}:{line}: block without a kind, expected ```console for"
                            " commands or another word for what is shown")
-    elif words[0] in ("sh", "bash", "shell"):
+    elif words[0] in ("sh", "bash", "shell") and len(words) == 1:
         page.faults.append(f"{page.name}:{line}: block of kind {words[0]}, expected ```console")
     elif words[0] == "console":
         read_commands(page, token.content.splitlines(), token.map[0] + 1)

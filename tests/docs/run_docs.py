@@ -40,6 +40,12 @@ NOT_RUN = (
      "./test builds all of that preset"),
     ("docs/kta-reader.md", "c++ -std=c++20 program.cpp $(pkg-config --cflags --libs kta_reader)",
      "the test kta_reader_install does so with the library installed"),
+    ("docs/packages.md", "cmake --install build/release --prefix ~/hdo-exporter --strip",
+     "the test installed does so"),
+    ("docs/packages.md", "cmake --build --preset release --target package",
+     "the test installed does so"),
+    ("docs/packages.md", "sudo apt install ./build/release/hdo-export_*.deb "
+     "./build/release/libkta-dev_*.deb", "changes the machine; the test installed unpacks them"),
     ("docs/windows.md",
      "cmake --preset windows && cmake --build --preset windows && ctest --preset windows",
      "./test does so"),
