@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Every option that the help of hdo-export and of kta's commands names stands on a page of docs/, and
-the pages name no option that neither has.
+"""Every option that the help of hdo-export and of kta's commands names stands on a page of docs/, as
+code or in a command, and the pages' texts name no option that neither program has.
 
 usage: check_options.py ROOT HDO_EXPORT KTA
 """
@@ -10,16 +10,16 @@ import re
 import subprocess
 import sys
 
+import pages
+
 OPTION = re.compile(r"--(?:\[no-\])?([a-z][a-z_-]*[a-z])")
 # An option's line in a help text: its names stand at the beginning.
 HELP_LINE = re.compile(r"^  +(?:-\w, )?(--\S+)", re.MULTILINE)
 COMMAND = re.compile(r"^  ([a-z]+) {2,}", re.MULTILINE)
 
-LINK_TARGET = re.compile(r"\]\([^)]*\)")
-
 # Named on pages, and options of other programs or of the tests' scripts.
-OF_OTHERS = {"build", "case", "cflags", "component", "config", "docs", "exports", "ext-diff",
-             "gtest_filter", "install", "interruptions", "kta", "libs", "prefix", "preset", "unset", "update"}
+OF_OTHERS = {"case", "component", "exports", "ext-diff", "gtest_filter", "install",
+             "interruptions", "prefix", "preset", "update"}
 
 
 def help_of(*command):
@@ -45,12 +45,15 @@ def main():
         sys.exit(f"{len(commands)} commands and {len(explained)} options in the help, expected more")
     faults = []
     named = set()
-    for path in sorted((root / "docs").rglob("*.md")):
-        here = set(OPTION.findall(LINK_TARGET.sub("]", path.read_text())))
-        named |= here
-        faults += [f"{path.relative_to(root)}: --{name} is no option of hdo-export or kta"
+    for page in pages.all_pages(root):
+        here = {option for word, _ in page.words for option in OPTION.findall(word)}
+        faults += [f"{page.name}: --{name} is no option of hdo-export or kta"
                    for name in sorted(here - OF_OTHERS)
                    if not {name, name.removeprefix("no-")} & explained]
+        for command in page.commands:
+            here.update(OPTION.findall(command.text))
+        if page.name != "README.md":
+            named |= here
     named |= {name.removeprefix("no-") for name in named}
     faults += [f"--{name}: no page of docs/ names it" for name in sorted(explained - named)]
     for fault in faults:
