@@ -40,7 +40,7 @@ struct ExportPass {
     KTALayerType layerType;                   // of the layer written last
     SkinStack openSkins;
     PendingWires pendingWires;          // whose second end has not been met yet
-    TransformSamples transformSamples;  // of the node whose motion is being written
+    TransformSamples transformSamples;  // of the nodes whose motion is being written
 
   private:
     ExportPass(const ExportPass&);

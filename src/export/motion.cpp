@@ -5,7 +5,6 @@
 
 #include <max.h>
 
-#include <decomp.h>
 #include <istdplug.h>
 #include <maxapi.h>
 #include <quat.h>
@@ -14,7 +13,6 @@
 #include "core/log.h"
 #include "export/export_pass.h"
 #include "scene/bezier_keys.h"
-#include "scene/decompose.h"
 #include "scene/node.h"
 
 using Plinth::Float32;
@@ -42,6 +40,15 @@ void ChooseSamples(ExportPass& pass, INode* node) {
     pass.transformSamples.Choose(node, pass.ip->GetAnimRange(), step);
 }
 
+// The pose at tick 0, wherever the animation range starts.
+TransformSample RestPose(ExportPass& pass, INode* node) {
+    if (!pass.options.sampleAnimation) {
+        return SampleTransform(NodePlace(node), 0);
+    }
+    ChooseSamples(pass, node);
+    return pass.transformSamples.At(0);
+}
+
 }  // namespace
 
 void ExportMotionPart(ExportPass& pass, INode* node) {
@@ -50,12 +57,10 @@ void ExportMotionPart(ExportPass& pass, INode* node) {
         return;
     }
     KTAMotionPart record = ZeroedRecord<KTAMotionPart>();
-    // The pose at tick 0, wherever the animation range starts.
-    AffineParts parts;
-    DecomposeTransform(NodePlace(node).Local(0), parts);
-    StoreVector(record.translation, parts.t);
-    StoreQuaternion(record.rotation, parts.q);
-    StoreVector(record.scale, parts.k);
+    const TransformSample pose = RestPose(pass, node);
+    StoreVector(record.translation, pose.translation);
+    StoreQuaternion(record.rotation, pose.rotation);
+    StoreVector(record.scale, pose.scale);
     Plinth::Log("- Exporting motionpart '%s'", node->GetName());
     Plinth::CopyName(record.nodeName, sizeof(record.nodeName), node->GetName());
 
@@ -64,7 +69,7 @@ void ExportMotionPart(ExportPass& pass, INode* node) {
         pass.writer.WriteChunk(record);
         ExportAnimation(pass, node, position, rotation, scale);
     }
-    pass.transformSamples.Clear();
+    pass.transformSamples.Release();
 }
 
 void ExportAnimation(ExportPass& pass, INode* node, bool position, bool rotation, bool scale) {

@@ -206,7 +206,8 @@ ExportPass::ExportPass(Interface* maxInterface, const ExportOptions& exportOptio
       nodeTotal(0),
       nodeDone(0),
       numMaterials(0),
-      layerType(kLayerAmbient) {
+      layerType(kLayerAmbient),
+      transformSamples(maxInterface) {
 }
 
 void ResetExportState(ExportPassHolder& pass, Interface* ip, const ExportOptions& options) {
@@ -235,14 +236,26 @@ void UpdateProgress(ExportPass& pass) {
     pass.ip->ProgressUpdate(static_cast<int>(share * 100.0f), TRUE, NULL);
 }
 
+bool IsWritten(const ExportPass& pass, INode* node) {
+    return !node->IsHidden(0, FALSE) ||
+           (g_motionPass ? pass.options.motionsForHidden : pass.options.exportHidden);
+}
+
 void WriteVisibleNode(ExportPass& pass, INode* node) {
-    const bool visible = !node->IsHidden(0, FALSE);
-    if (g_motionPass) {
-        if (visible || pass.options.motionsForHidden) {
-            ExportMotionPart(pass, node);
+    if (IsWritten(pass, node)) {
+        g_motionPass ? ExportMotionPart(pass, node) : ExportNode(pass, node);
+    }
+}
+
+// Announces the nodes whose motion will be sampled, in the order in which they are written.
+void AnnounceSamples(ExportPass& pass, const NodeList& roots) {
+    for (Plinth::Int32 i = 0; i < roots.Count(); ++i) {
+        NodeWalk walk(roots[i]);
+        for (INode* next = walk.Next(); next != NULL; next = walk.Next()) {
+            if (IsWritten(pass, next) && !IsFootprintNode(next)) {
+                pass.transformSamples.Announce(next);
+            }
         }
-    } else if (visible || pass.options.exportHidden) {
-        ExportNode(pass, node);
     }
 }
 
@@ -258,6 +271,8 @@ void ExportRoots(ExportPass& pass, const NodeList& roots) {
     pass.writer.WriteFileHeader(g_motionPass ? kFileKindMotion : kFileKindActor);
     if (!g_motionPass) {
         ExportMaterialList(pass);
+    } else if (pass.options.sampleAnimation) {
+        AnnounceSamples(pass, roots);
     }
     for (Plinth::Int32 i = 0; i < roots.Count() && !pass.ip->GetCancel(); ++i) {
         INode* const root = roots[i];

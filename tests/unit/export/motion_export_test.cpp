@@ -309,10 +309,10 @@ TEST(MotionCost, AnEndOnTheGridIsNotEvaluatedAgain) {
     EXPECT_EQ(counted.ParentTransforms(), once);
 }
 
-TEST(MotionCost, ANodeThatStandsStillIsLookedAtOnceAGridTime) {
+TEST(MotionCost, ANodeThatStandsStillIsLookedAtOnceATime) {
     const CountingNode counted =
         CountEvaluations(NodeScene(Prs(Axes(1, 2, 3)), EvenTime(32, 100)), 1, 0);
-    const std::map<TimeValue, int> once = {{0, 1}, {32, 1}, {64, 1}, {96, 1}};
+    const std::map<TimeValue, int> once = {{0, 1}, {32, 1}, {64, 1}, {96, 1}, {100, 1}};
     EXPECT_EQ(counted.Transforms(), once);
 }
 

@@ -2,8 +2,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <maxapi.h>
+
 #include <climits>
 
+#include "host/sdk/calls.h"
 #include "tests/support/array_storage.h"
 #include "tests/support/chunks.h"
 #include "tests/unit/export/motion_file.h"
@@ -239,11 +242,65 @@ TEST(SampledMotion, SamplesAreGivenBackAfterEachNode) {
     EXPECT_EQ(peaks[1], peaks[0]);
 }
 
+// Of four nodes that were announced, with five keys each.
+TEST(SampledMotion, BlocksOfNodesHoldWhatMayBeKept) {
+    maxhost::Host& host = maxhost::Host::Instance();
+    scene::Scene scene = NodeScene(Runner());
+    for (int i = 1; i < 4; ++i) {
+        scene.nodes.push_back(scene.nodes[0]);
+        scene.nodes.back().objectOffset[3] = {0, 0, static_cast<float>(i)};
+        scene.nodes.back().parent = i - 1;
+    }
+    host.OpenScene(std::move(scene));
+    struct Case {
+        int most;
+        std::uint64_t calls;  // two an evaluated sample
+    };
+    // All four; two and two; one by one; one by one, with the fifth sample of each evaluated twice.
+    for (const Case& c : {Case{20, 40}, Case{10, 40}, Case{9, 40}, Case{4, 48}}) {
+        const maxhost::CallCounts before = maxhost::CountedCalls();
+        TransformSamples samples(nullptr, c.most);
+        for (INode* node : host.Nodes()) {
+            samples.Announce(node);
+        }
+        for (INode* node : host.Nodes()) {
+            samples.Choose(node, Interval(0, 35), 10);
+            for (int round = 0; round < 2; ++round) {
+                for (int i = 0; i < 5; ++i) {
+                    const float expected = i < 4 ? 10.0f * static_cast<float>(i) : 35;
+                    EXPECT_EQ(samples.KeySample(i).translation.x, expected) << c.most << ", " << i;
+                }
+            }
+            samples.Release();
+        }
+        EXPECT_EQ(maxhost::CallsSince(before).nodeTransforms, c.calls) << c.most;
+    }
+    host.CloseScene();
+}
+
+TEST(SampledMotion, ACancelEndsABlockAndWhatIsAskedForIsEvaluatedAllTheSame) {
+    maxhost::Host& host = maxhost::Host::Instance();
+    scene::Scene scene = NodeScene(Runner());
+    scene.nodes.push_back(scene.nodes[0]);
+    host.OpenScene(std::move(scene));
+    host.CancelAtUpdate(1);
+    host.GetInterface()->ProgressUpdate(0);
+    const maxhost::CallCounts before = maxhost::CountedCalls();
+    TransformSamples samples(host.GetInterface());
+    samples.Announce(host.Nodes()[0]);
+    samples.Announce(host.Nodes()[1]);
+    samples.Choose(host.Nodes()[0], Interval(0, 1000), 10);
+    EXPECT_EQ(maxhost::CallsSince(before).nodeTransforms, 2u * 2) << "the first time of both";
+    EXPECT_EQ(samples.KeySample(7).translation.x, 70);
+    host.CancelAtUpdate(0);
+    host.CloseScene();
+}
+
 TEST(SampledMotion, NoMoreSamplesAreKeptThanAreAllowed) {
     maxhost::Host& host = maxhost::Host::Instance();
     host.OpenScene(NodeScene(Runner()));
     const ArrayStorage storage;
-    TransformSamples samples(3);
+    TransformSamples samples(nullptr, 3);
     samples.Choose(host.Nodes()[0], Interval(0, 100), 10);
     EXPECT_EQ(samples.KeyCount(), 12);
     for (int round = 0; round < 2; ++round) {
@@ -252,7 +309,7 @@ TEST(SampledMotion, NoMoreSamplesAreKeptThanAreAllowed) {
             EXPECT_EQ(samples.KeySample(i).translation.x, expected) << i;
         }
     }
-    EXPECT_EQ(storage.Peak(), 3 * sizeof(TransformSample));
+    EXPECT_EQ(storage.Peak(), 3 * sizeof(TransformSample) + sizeof(NodePlace));
     host.CloseScene();
 }
 
