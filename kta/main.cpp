@@ -80,6 +80,10 @@ std::vector<Command> Describe(CLI::App& app) {
             kta::command::AddDiff(app), kta::command::AddPreview(app), kta::command::AddGlb(app)};
 }
 
+std::string DidYouMean(const std::string& nearest) {
+    return nearest.empty() ? "" : "; did you mean " + nearest + "?";
+}
+
 // CLI11's own text does not tell what stands in the command's place.
 std::string WithoutCommand(const CLI::App& app) {
     std::vector<std::string> names;
@@ -87,8 +91,27 @@ std::string WithoutCommand(const CLI::App& app) {
         names.push_back(command->get_name());
     }
     const std::vector<std::string> rest = app.remaining();
+    const std::string nearest = rest.empty() ? "" : kta::NearestWord(rest.front(), names);
     return (rest.empty() ? "no command given" : "\"" + rest.front() + "\": no such command") +
-           ", expected one of " + kta::Joined(names);
+           ", expected one of " + kta::Joined(names) + DidYouMean(nearest);
+}
+
+// Of the first word that looks like an option and is none of the command's.
+std::string NearestOption(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands()) {
+        for (const CLI::Option* option : command->get_options()) {
+            for (const std::string& name : option->get_lnames()) {
+                names.push_back("--" + name);
+            }
+        }
+    }
+    for (const std::string& word : app.remaining(true)) {
+        if (word.starts_with("--")) {
+            return kta::NearestWord(word.substr(0, word.find('=')), names);
+        }
+    }
+    return {};
 }
 
 Status Run(int argc, char** argv) {
@@ -102,7 +125,9 @@ Status Run(int argc, char** argv) {
             return kta::command::kDone;
         }
         const bool lacksCommand = app.get_subcommands().empty();
-        Complain((lacksCommand ? WithoutCommand(app) : error.what()) + " (see kta --help)");
+        Complain(
+            (lacksCommand ? WithoutCommand(app) : error.what() + DidYouMean(NearestOption(app))) +
+            " (see kta --help)");
         return kta::command::kUnusable;
     }
     for (const Command& command : commands) {

@@ -31,6 +31,12 @@ std::string Joined(const Texts& texts) {
 // Capital letters A to Z count as small; `ending` holds none.
 bool EndsWithIgnoringCase(std::string_view text, std::string_view ending);
 
+// The word that was probably meant: the first of `words` that is fewest letters left out, added,
+// replaced or swapped with their neighbour away (the optimal string alignment distance), at most a
+// third of the letters of `typed`, but one at least. Empty where there is none, and for more than
+// 64 letters.
+std::string NearestWord(std::string_view typed, const std::vector<std::string>& words);
+
 // The lines shown of one file's faults: the first kMostFaultLines, and in a last line, if there
 // are more, "SUBJECT: and N more faults".
 constexpr std::size_t kMostFaultLines = 20;

@@ -49,6 +49,7 @@ Receipt Audit(const Options& options, const ExportFiles& files,
     Receipt receipt;
     receipt.scene = options.scene;
     receipt.inForce = inForce;
+    receipt.origins = report.origins;
     receipt.files = {ReportOf(files.Files()[0]), ReportOf(files.Files()[1])};
     receipt.nodesInScene = scene.nodes.size();
     receipt.nodesExported = tree.Size();

@@ -14,6 +14,7 @@
 #include "host/app/export_files.h"
 #include "host/app/places.h"
 #include "host/app/plugin_loader.h"
+#include "host/app/presets.h"
 #include "host/app/scene_report.h"
 #include "host/app/summary.h"
 #include "host/sdk/host.h"
@@ -113,15 +114,6 @@ DWORD ExportOptionsFor(const Options& options, SceneExport& exporter, const fs::
     return SCENE_EXPORT_SELECTED;
 }
 
-// What can be said of settings that lie in that directory: as the exporter reads them, bytes that
-// the file does not have are the defaults'.
-ExportOptions SettingsIn(const fs::path& configDirectory) {
-    ExportOptions options = DefaultExportOptions();
-    std::ifstream(SettingsFile(configDirectory), std::ios::binary)
-        .read(reinterpret_cast<char*>(&options), sizeof(options));
-    return options;
-}
-
 // The open scene's nodes; an export leaves out those with a reason, which is the first that holds.
 std::vector<NodeToExport> NodesToExport(const Options& options, const ExportOptions& inForce) {
     const Class_ID footprint(0x3011, 0);
@@ -141,6 +133,18 @@ std::vector<NodeToExport> NodesToExport(const Options& options, const ExportOpti
         nodes.push_back({node->GetName(), whyNot ? &scene::KindOf(*whyNot) : nullptr});
     }
     return nodes;
+}
+
+// What of a preset the dialog has no control for is what its exporter starts from.
+void WriteStartingSettings(const ExportOptions& preset, const fs::path& directory) {
+    ExportOptions start = DefaultExportOptions();
+    start.collisionMeshes = preset.collisionMeshes;
+    start.meshes = preset.meshes;
+    start.maxWeightsPerVertex = preset.maxWeightsPerVertex;
+    if (HasUnshown(start)) {
+        std::ofstream(SettingsFile(directory), std::ios::binary)
+            .write(reinterpret_cast<const char*>(&start), sizeof(start));
+    }
 }
 
 // One export, from the open scene to the files in their places.
@@ -171,6 +175,7 @@ class ExportRun {
     int ReportFailure();
     int Check();
     int Place(int status, bool isExport);
+    Origin OriginOfTheRest() const;
     void Report(const std::string& text) { console_.Report(files_.ExportFile().string(), text); }
 
     const Options& options_;
@@ -307,11 +312,19 @@ std::vector<std::string> ExportRun::MakePreview() {
 
 // With the scene; the status that the receipt says.
 int ExportRun::Compare() {
+    report_.origins = OriginsOf(options_, outcome_.inForce, OriginOfTheRest());
     receipt_ = Audit(options_, files_, outcome_.nodes, outcome_.inForce, audit_, report_);
     for (const std::string& line : Objections(*receipt_)) {
         Report(line);
     }
     return receipt_->status;
+}
+
+// Where those of the exporter's options come from that were not given.
+Origin ExportRun::OriginOfTheRest() const {
+    return options_.showDialog         ? Origin::dialog
+           : ConfigDirectory(options_) ? Origin::savedSettings
+                                       : Origin::byDefault;
 }
 
 // How an export ended that no dialog did; `result` is DoExport's.
@@ -369,10 +382,13 @@ int ExportRun::Run(const Exporter& exporter, DWORD exportOptions,
     }
     outcome_ = std::move(outcome);
     const fs::path settings = configDirectory.value_or(files_.SettingsDirectory());
+    if (!configDirectory && options_.presetSettings) {
+        WriteStartingSettings(*options_.presetSettings, settings);
+    }
     readsAlone_ = TakeReadingFromConverter(PlugInDirectories(options_));
     interrupts_.PressCancel();
     const int result = RunPlugIn(exporter, exportOptions, settings, showsProgress);
-    const ExportOptions inForce = SettingsIn(settings);
+    const ExportOptions inForce = ReadSettings(settings);
     outcome_.inForce = inForce;
     outcome_.options = OnCommandLine(inForce);
     outcome_.nodes = NodesToExport(options_, inForce);
@@ -392,6 +408,7 @@ int ExportRun::Run(const Exporter& exporter, DWORD exportOptions,
         }
     }
     if (options_.json) {
+        report_.origins = OriginsOf(options_, outcome_.inForce, OriginOfTheRest());
         report_.exported = ReportOf(files_, std::move(outcome_));
     }
     return status;
@@ -428,6 +445,12 @@ int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files,
                           .warnings = loaded.warnings.size(),
                           .coloredMeshes = loaded.coloredMeshes,
                           .upAxis = loaded.upAxis};
+    if (options.preset) {
+        outcome.optionFiles.push_back("preset: " + *options.preset);
+    }
+    if (options.sidecarFile) {
+        outcome.optionFiles.push_back("sidecar: " + *options.sidecarFile);
+    }
     host.OpenScene(std::move(loaded.scene));
     return ExportRun(options, files, interrupts, console, audit, report)
         .Run(exporter, exportOptions, configDirectory, std::move(outcome), showsProgress);

@@ -26,6 +26,12 @@ bool IsSwitchedOff(const char* name, const ExportOptions& values) {
 
 }  // namespace
 
+const ExporterOption* FindExporterOption(std::string_view name) {
+    const auto* const found = std::ranges::find_if(
+        kExporterOptions, [&](const ExporterOption& option) { return name == option.name; });
+    return found == std::end(kExporterOptions) ? nullptr : found;
+}
+
 bool IsEnabled(const ExporterOption& option, const ExportOptions& values) {
     return !IsSwitchedOff(option.enabledBy, values);
 }

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <iterator>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -44,6 +45,9 @@ inline constexpr ExporterOption kExporterOptions[] = {
      "export a keyframe every N frames, at least 1; asks for --sample-animation",
      "sample-animation"},
 };
+
+// Null where there is none of that name.
+const ExporterOption* FindExporterOption(std::string_view name);
 
 // What the user chooses in the exporter's options dialog; what is not chosen stays as the dialog
 // shows it.

@@ -3,7 +3,6 @@
 #include <array>
 #include <cstdio>
 
-#include "host/app/options.h"
 #include "kta/dump.h"
 
 namespace maxhost::app {
@@ -12,20 +11,22 @@ Json Text(const std::string& text) {
     return kta::ToUtf8(text);
 }
 
+Json SettingOf(const ExporterOption& option, const ExportOptions& values) {
+    if (const auto* const box = std::get_if<0>(&option.setting)) {
+        return values.**box != 0;
+    }
+    if (const auto* const real = std::get_if<1>(&option.setting)) {
+        // The shortest decimal number, not the float's own double.
+        return Json::parse(Shortest(values.**real));
+    }
+    return values.*std::get<2>(option.setting);
+}
+
 Json OptionsOf(const ExportOptions& values) {
     Json options = Json::object();
     for (const ExporterOption& option : kExporterOptions) {
-        if (!IsEnabled(option, values)) {
-            continue;
-        }
-        Json& value = options[option.name];
-        if (const auto* const box = std::get_if<0>(&option.setting)) {
-            value = values.**box != 0;
-        } else if (const auto* const real = std::get_if<1>(&option.setting)) {
-            // The shortest decimal number, not the float's own double.
-            value = Json::parse(Shortest(values.**real));
-        } else {
-            value = values.*std::get<2>(option.setting);
+        if (IsEnabled(option, values)) {
+            options[option.name] = SettingOf(option, values);
         }
     }
     return options;

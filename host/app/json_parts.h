@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "export/export_options.h"
+#include "host/app/exporter_options.h"
 #include "kta/check.h"
 #include "kta/info.h"
 
@@ -15,6 +16,9 @@ using Json = nlohmann::ordered_json;
 
 // Bytes that are no UTF-8 are taken as Latin-1.
 Json Text(const std::string& text);
+
+// The value that the option has.
+Json SettingOf(const ExporterOption& option, const ExportOptions& values);
 
 // By the options' names on the command line, those in force alone.
 Json OptionsOf(const ExportOptions& values);

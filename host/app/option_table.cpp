@@ -19,19 +19,43 @@ void AddScene(CLI::App& app, Options& options) {
                   "export file, which the converter makes (default: SCENE's name with .hdo; "
                   "x.maxscene.json gives x.hdo); FILEtemp1, FILEtemp2, FILE.log\n"
                   "and FILE.glb, a preview, appear beside it");
-    group.Add("--selected", options.selectedOnly,
-              "export the selection only; an empty one is refused (default: the whole scene)");
-    group.Add("--select", "NAME", options.select,
-              "select all nodes of that name and export the selection; repeatable, in order "
-              "(default: the scene's own selection)");
-    group.Add("--allow-empty", options.allowEmpty,
-              "a model without any node, or an empty selection, is no error (default: off)");
-    group.Add(
-        "--strict", options.strict,
-        "a warning about the scene is a failure, exit status 4, and nothing is written; beside "
-        "--receipt, --report or --max-error so is each loss of the export (default: off)");
-    group.Add("--animation", "NAME|N", options.animation,
-              "which animation of a file with several (default: the first)");
+    group
+        .Add("--selected", options.selectedOnly,
+             "export the selection only; an empty one is refused (default: the whole scene)")
+        ->configurable();
+    group
+        .Add("--select", "NAME", options.select,
+             "select all nodes of that name and export the selection; repeatable, in order "
+             "(default: the scene's own selection)")
+        ->configurable();
+    group
+        .Add("--allow-empty", options.allowEmpty,
+             "a model without any node, or an empty selection, is no error (default: off)")
+        ->configurable();
+    group
+        .Add(
+            "--strict", options.strict,
+            "a warning about the scene is a failure, exit status 4, and nothing is written; beside "
+            "--receipt, --report or --max-error so is each loss of the export (default: off)")
+        ->configurable();
+    group
+        .Add("--animation", "NAME|N", options.animation,
+             "which animation of a file with several (default: the first)")
+        ->configurable();
+}
+
+void AddPresets(CLI::App& app, Options& options) {
+    Group group(app, "Presets");
+    group.AddPath("--preset", "FILE", options.preset,
+                  "take options from a settings file of the exporter (KTAExp2.cfg, 24 bytes) or a "
+                  "JSON object of their names, as in {\"sample-rate\": 3} (default: none)");
+    group.AddPath("--save-preset", "FILE", options.savePreset,
+                  "write the options of this run for --preset: a settings file where FILE ends in "
+                  ".cfg, else JSON; needs no SCENE (default: not written)");
+    app.add_flag("!--no-sidecar", options.sidecar,
+                 "leave out the options that stand beside the scene in SCENE's name with .hdo.json "
+                 "(default: they count more than a preset's, less than the command line's)")
+        ->group("Presets");
 }
 
 void AddImport(CLI::App& app, Options& options) {
@@ -40,18 +64,24 @@ void AddImport(CLI::App& app, Options& options) {
         .Add("--scale", "X", options.scale,
              "multiply the scene's lengths (vertices, translations, keys) once, at import "
              "(default: 1, one unit of the file is one unit of the scene)")
-        ->check(Real([](float value) { return value > 0; }, "a finite number above 0"));
-    group.AddAxis("--up", options.up,
-                  "which way is up in a model file that does not say it, x, y or z (default: y); "
-                  "docs/hdo-export.md has the formats that say it");
+        ->check(Real([](float value) { return value > 0; }, "a finite number above 0"))
+        ->configurable();
+    group
+        .AddAxis("--up", options.up,
+                 "which way is up in a model file that does not say it, x, y or z (default: y); "
+                 "docs/hdo-export.md has the formats that say it")
+        ->configurable();
     group
         .Add("--frame-rate", "N", options.frameRate,
              "frames a second; ticks a frame follow, 4800 / N (default: the scene's)")
-        ->check(Whole(1, 4800, "a whole number from 1 to 4800"));
-    group.AddMoment("--start", options.start,
-                    "where the animation range begins: ticks (480), frames (3f) or seconds (0.1s) "
-                    "(default: the scene's)");
-    group.AddMoment("--end", options.end, "where it ends (default: the scene's)");
+        ->check(Whole(1, 4800, "a whole number from 1 to 4800"))
+        ->configurable();
+    group
+        .AddMoment("--start", options.start,
+                   "where the animation range begins: ticks (480), frames (3f) or seconds (0.1s) "
+                   "(default: the scene's)")
+        ->configurable();
+    group.AddMoment("--end", options.end, "where it ends (default: the scene's)")->configurable();
     group.AddPath("--save-scene", "FILE", options.saveScene,
                   "write the loaded scene as a scene description, - to standard output; without -o "
                   "nothing is exported (default: not written)");
@@ -104,7 +134,9 @@ void AddDialogChoices(CLI::App& app, Options& options) {
     DialogChoiceAdder adder(app, options.choices.values);
     for (std::size_t i = 0; i < std::size(kExporterOptions); ++i) {
         bool& isChosen = options.choices.isChosen[i];
-        adder.Add(kExporterOptions[i])->each([&isChosen](const std::string&) { isChosen = true; });
+        adder.Add(kExporterOptions[i])
+            ->each([&isChosen](const std::string&) { isChosen = true; })
+            ->configurable();
     }
 }
 
@@ -189,7 +221,8 @@ void AddBooks(CLI::App& app, Options& options) {
            "turned by more than X degrees, is a failure, exit status 4 (default: it is none)")
         ->type_name("X")
         ->group("Comparing the export with the scene")
-        ->check(Real([](float value) { return value >= 0; }, "a finite number of at least 0"));
+        ->check(Real([](float value) { return value >= 0; }, "a finite number of at least 0"))
+        ->configurable();
     group.AddPath("--accept", "FILE", options.accept,
                   "a former receipt: a loss that it does not have is a failure, exit status 4 "
                   "(default: with --strict and a receipt or a report, any loss)");
@@ -223,7 +256,9 @@ void AddMessages(CLI::App& app, Options& options) {
 }  // namespace
 
 void AddOptions(CLI::App& app, Options& options) {
+    app.option_defaults()->configurable(false);
     AddScene(app, options);
+    AddPresets(app, options);
     AddImport(app, options);
     AddDialogChoices(app, options);
     AddDialogs(app, options);

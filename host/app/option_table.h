@@ -7,7 +7,9 @@
 
 namespace maxhost::app {
 
-// Parsing fills `options`, which outlive `app`.
+// Presets and sidecar files may hold the options that are configurable(): those that say what is
+// exported and how. What names files or says how the program runs is for the command line alone,
+// since a sidecar may come from anywhere. Parsing fills `options`, which outlive `app`.
 void AddOptions(CLI::App& app, Options& options);
 
 }  // namespace maxhost::app

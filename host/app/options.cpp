@@ -1,13 +1,19 @@
 #include "host/app/options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
 
 #include "host/app/exit_status.h"
 #include "host/app/loaded_scene.h"
 #include "host/app/option_table.h"
+#include "host/app/places.h"
+#include "host/app/presets.h"
 #include "kta/completion.h"
 #include "kta/help.h"
 #include "kta/manual_page.h"
+#include "kta/text.h"
 
 namespace maxhost::app {
 namespace {
@@ -51,6 +57,7 @@ const kta::Manual& ManualOfExport() {
            {"FILE", "What the converter library makes of them."},
            {"FILE.log", "The exporter's log."},
            {"FILE.glb", "A preview in glTF."},
+           {"SCENE.hdo.json", "Options of the scene SCENE, which are taken without being named."},
            {"~/.config/hdo-export/KTAExp2.cfg", "The settings of --saved-settings."}}},
          {"EXAMPLES",
           {{"hdo-export figure.maxscene.json",
@@ -69,17 +76,32 @@ const kta::Manual& ManualOfExport() {
 void OfferFileNames(CLI::App& app) {
     kta::OfferFiles(app.get_option("SCENE"), SceneEndings());
     const std::pair<const char*, const char*> endings[] = {
-        {"--output", ".hdo"},  {"--save-scene", ".maxscene.json"},
-        {"--log", ".log"},     {"--receipt", ".json"},
-        {"--accept", ".json"}, {"--report", ".html"}};
+        {"--output", ".hdo"},      {"--save-scene", ".maxscene.json"},
+        {"--log", ".log"},         {"--receipt", ".json"},
+        {"--accept", ".json"},     {"--report", ".html"},
+        {"--save-preset", ".json"}};
+    kta::OfferFiles(app.get_option("--preset"), {".json", ".cfg"});
     for (const auto& [option, ending] : endings) {
         kta::OfferFiles(app.get_option(option), {ending});
     }
 }
 
+// With the file that it stands in.
+std::string FirstChoice(const Options& options) {
+    const std::string name = NamesOf(options.choices).front();
+    const std::string option = name.substr(name.starts_with("--no-") ? 5 : 2);
+    const auto given = std::ranges::find(options.given, option, &GivenOption::name);
+    const bool isOfFile = given != options.given.end() && given->origin != Origin::commandLine;
+    return !isOfFile ? name
+                     : name + " of " +
+                           (given->origin == Origin::preset
+                                ? *options.preset
+                                : *options.sidecarFile + " (--no-sidecar leaves it out)");
+}
+
 // What is wrong with options that are well-formed one by one; empty when nothing is.
 std::string FaultOf(const Options& options) {
-    if (options.scene.empty() && !options.about) {
+    if (options.scene.empty() && !options.about && !options.savePreset) {
         return "SCENE: none given, expected a scene file (hdo-export --help explains all options)";
     }
     if (options.start && options.end && options.start->unit == options.end->unit &&
@@ -88,8 +110,18 @@ std::string FaultOf(const Options& options) {
     }
     if (options.showDialog && (options.cancelDialog || !NamesOf(options.choices).empty())) {
         return "--show-dialog: excludes " +
-               (options.cancelDialog ? "--cancel-dialog" : NamesOf(options.choices).front()) +
+               (options.cancelDialog ? "--cancel-dialog" : FirstChoice(options)) +
                ", which answers the dialog in the person's place";
+    }
+    if (options.presetSettings && HasUnshown(*options.presetSettings) &&
+        (options.savedSettings || options.configDir)) {
+        return "--preset: " + *options.preset +
+               " has choices without a control of the dialog (bytes 0, 2 and 12 to 15), which "
+               "cannot be made in saved settings; expected it without --saved-settings and "
+               "--config-dir";
+    }
+    if (options.savePreset == "-") {
+        return "--save-preset: \"-\", expected the name of a file";
     }
     if (options.bisect && (options.list || options.about || options.showDialog)) {
         return std::string("--bisect: excludes ") + (options.list    ? "--list"
@@ -122,7 +154,36 @@ CommandLine Refusal(std::string error) {
 
 }  // namespace
 
-CommandLine ParseCommandLine(const std::vector<std::string>& arguments, std::size_t columns) {
+namespace {
+
+// Of the options that presets may hold, those that were given.
+std::vector<GivenOption> GivenTo(const CLI::App& app) {
+    std::vector<GivenOption> given;
+    for (const CLI::Option* option : app.get_options()) {
+        if (option->get_configurable() && option->count() > 0) {
+            given.push_back({option->get_lnames().at(0), option->results(), Origin::commandLine});
+        }
+    }
+    return given;
+}
+
+std::string UnexpectedWord(const CLI::App& app) {
+    const std::string word = app.remaining().front();
+    std::vector<std::string> names;
+    for (const CLI::Option* option : app.get_options()) {
+        for (const std::string& name : option->get_lnames()) {
+            names.push_back("--" + name);
+        }
+    }
+    const std::string nearest = word.starts_with("--")
+                                    ? kta::NearestWord(word.substr(0, word.find('=')), names)
+                                    : std::string();
+    return word + ": not expected, expected options and one SCENE" +
+           (nearest.empty() ? "" : "; did you mean " + nearest + "?");
+}
+
+// The command line by itself, checked option by option.
+CommandLine ParseWords(const std::vector<std::string>& arguments, std::size_t columns) {
     Options options;
     CLI::App app(kDescription, "hdo-export");
     app.footer(kFooter);
@@ -144,15 +205,84 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments, std::siz
         result.out = version.what();
         return result;
     } catch (const CLI::ExtrasError&) {
-        return Refusal(app.remaining().front() + ": not expected, expected options and one SCENE");
+        return Refusal(UnexpectedWord(app));
     } catch (const CLI::ParseError& error) {
         return Refusal(error.what());
     }
+    options.given = GivenTo(app);
     options.selectedOnly = options.selectedOnly || !options.select.empty();
-    if (const std::string fault = FaultOf(options); !fault.empty()) {
+    result.options = std::move(options);
+    return result;
+}
+
+// As words of a command line.
+void AddWords(const GivenOption& given, std::vector<std::string>& words) {
+    for (const std::string& text : given.texts) {
+        // An empty text behind = would take the next word.
+        words.push_back("--" + given.name + (text.empty() ? "" : "=" + text));
+        if (text.empty()) {
+            words.emplace_back();
+        }
+    }
+}
+
+// With the options of the preset and the sidecar file, where there are any. Throws Failure.
+CommandLine WithFiles(CommandLine own, std::vector<std::string> arguments, std::size_t columns) {
+    std::vector<std::vector<GivenOption>> layers;
+    std::optional<ExportOptions> settings;
+    if (own.options->preset) {
+        PresetFile preset = ReadPreset(*own.options->preset, Origin::preset);
+        layers.push_back(std::move(preset.options));
+        settings = preset.settings;
+    }
+    const std::string sidecar = SidecarPlace(*own.options).string();
+    std::error_code error;
+    const bool hasSidecar = own.options->sidecar && !own.options->about && !sidecar.empty() &&
+                            std::filesystem::exists(sidecar, error);
+    if (hasSidecar) {
+        layers.push_back(ReadPreset(sidecar, Origin::sidecar).options);
+    }
+    if (layers.empty()) {
+        return own;
+    }
+    layers.push_back(own.options->given);
+    std::vector<GivenOption> given = Merged(layers);
+    std::vector<std::string> words;
+    for (const GivenOption& option : given) {
+        if (option.origin != Origin::commandLine) {
+            AddWords(option, words);
+        }
+    }
+    arguments.insert(arguments.begin(), words.begin(), words.end());
+    CommandLine merged = ParseWords(arguments, columns);
+    if (merged.options) {
+        merged.options->given = std::move(given);
+        merged.options->presetSettings = settings;
+        if (hasSidecar) {
+            merged.options->sidecarFile = sidecar;
+        }
+    }
+    return merged;
+}
+
+}  // namespace
+
+CommandLine ParseCommandLine(const std::vector<std::string>& arguments, std::size_t columns) {
+    CommandLine result = ParseWords(arguments, columns);
+    if (!result.options) {
+        return result;
+    }
+    try {
+        result = WithFiles(std::move(result), arguments, columns);
+    } catch (const Failure& failure) {
+        return Refusal(failure.Subject() + ": " + failure.what());
+    }
+    if (!result.options) {
+        return result;
+    }
+    if (const std::string fault = FaultOf(*result.options); !fault.empty()) {
         return Refusal(fault);
     }
-    result.options = std::move(options);
     return result;
 }
 

@@ -18,8 +18,18 @@ struct Moment {
 
 enum class ProgressMode { automatic, always, never };
 
+// Where an option's value comes from; what comes later counts more.
+enum class Origin { byDefault, savedSettings, preset, sidecar, commandLine, dialog };
+
+// An option that presets may hold, as it was given.
+struct GivenOption {
+    std::string name;                // without dashes
+    std::vector<std::string> texts;  // as the command line has them; of a switch "true" or "false"
+    Origin origin = Origin::commandLine;
+};
+
 struct Options {
-    std::string scene;  // empty only with `about`
+    std::string scene;  // empty only with `about` and `savePreset`
     std::optional<std::string> output;
 
     bool selectedOnly = false;  // also where `select` is not empty
@@ -27,6 +37,9 @@ struct Options {
     bool allowEmpty = false;
     bool strict = false;
     DialogChoices choices;
+    // Where --preset names a settings file: its record, of which only what the dialog does not show
+    // counts beside `choices`.
+    std::optional<ExportOptions> presetSettings;
     bool defaults = false;  // changes nothing
     bool cancelDialog = false;
     int cancelAfter = 0;  // 0: never
@@ -56,6 +69,11 @@ struct Options {
     std::optional<double> maxError;  // percent of the scene's size, and degrees
     bool times = true;               // stand in the receipt
 
+    std::optional<std::string> preset, savePreset;
+    bool sidecar = true;                     // is looked for
+    std::optional<std::string> sidecarFile;  // that is there
+    std::vector<GivenOption> given;          // by the command line, the preset and the sidecar
+
     bool about = false;
     bool showDialog = false;
     ProgressMode progress = ProgressMode::automatic;
@@ -72,7 +90,8 @@ struct CommandLine {
     std::string error;
 };
 
-// `arguments` without the program's name; --help is wrapped to `columns`, at most 100.
+// `arguments` without the program's name. Reads the preset and the sidecar file. --help is wrapped
+// to `columns`, at most 100.
 CommandLine ParseCommandLine(const std::vector<std::string>& arguments, std::size_t columns = 80);
 
 }  // namespace maxhost::app

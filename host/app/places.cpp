@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdlib>
+#include <fstream>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -152,6 +153,25 @@ std::string SuspectFile(const Options& options) {
     return ExportFile(saved).string();
 }
 
+fs::path SidecarPlace(const Options& options) {
+    if (options.scene.empty() || options.scene == "-") {
+        return {};
+    }
+    const fs::path scene(options.scene);
+    return scene.parent_path() / (StemOf(scene) + ".hdo.json");
+}
+
+std::vector<std::string> FilesOfOptions(const Options& options) {
+    std::vector<std::string> files;
+    if (options.preset) {
+        files.push_back(Absolute(*options.preset).string());
+    }
+    if (const fs::path sidecar = SidecarPlace(options); options.sidecar && !sidecar.empty()) {
+        files.push_back(Absolute(sidecar.string()).string());
+    }
+    return files;
+}
+
 namespace {
 
 // The file that an option names beside the export's own.
@@ -170,13 +190,20 @@ std::optional<fs::path> FileBeside(const Options& options, const char* option, c
                       file.string() + " is " + found + ", expected another one");
     };
     const bool isLog = &given == &options.log;
-    if (IsOfExport(file, ExportFile(options), !isLog && !options.log)) {
+    const bool hasScene = !options.scene.empty();
+    if (hasScene && IsOfExport(file, ExportFile(options), !isLog && !options.log)) {
         refuse("a file of the export");
     }
-    if (AreOne(file, Absolute(options.scene))) {
+    if (hasScene && AreOne(file, Absolute(options.scene))) {
         refuse("the scene itself");
     }
+    const bool isPreset = &given == &options.savePreset;
+    if (const fs::path sidecar = SidecarPlace(options);
+        !isPreset && !sidecar.empty() && AreOne(file, Absolute(sidecar.string()))) {
+        refuse("where the scene's own options stand");
+    }
     const std::pair<const char*, const std::optional<std::string>&> others[] = {
+        {"--save-preset", options.savePreset},
         {"--save-scene", options.saveScene},
         {"--log", options.log},
         {"--receipt", options.receipt},
@@ -201,6 +228,10 @@ std::optional<fs::path> ReceiptFile(const Options& options) {
 
 std::optional<fs::path> ReportFile(const Options& options) {
     return FileBeside(options, "--report", "the report", options.report);
+}
+
+std::optional<fs::path> PresetFileToSave(const Options& options) {
+    return FileBeside(options, "--save-preset", "the preset", options.savePreset);
 }
 
 fs::path PlugInFile(const Options& options) {
@@ -236,6 +267,13 @@ std::optional<fs::path> ConfigDirectory(const Options& options) {
 
 fs::path SettingsFile(const fs::path& configDirectory) {
     return configDirectory / "KTAExp2.cfg";
+}
+
+ExportOptions ReadSettings(const fs::path& configDirectory) {
+    ExportOptions options = DefaultExportOptions();
+    std::ifstream(SettingsFile(configDirectory), std::ios::binary)
+        .read(reinterpret_cast<char*>(&options), sizeof(options));
+    return options;
 }
 
 }  // namespace maxhost::app

@@ -37,6 +37,16 @@ std::optional<std::filesystem::path> LogFile(const Options& options);
 std::optional<std::filesystem::path> ReceiptFile(const Options& options);
 std::optional<std::filesystem::path> ReportFile(const Options& options);
 
+// Where the options of the scene stand, if there are any: SCENE's name with .hdo.json, beside it.
+// Empty for standard input and where there is no scene.
+std::filesystem::path SidecarPlace(const Options& options);
+
+// The preset, and the sidecar file's place, whether or not it is there; absolute.
+std::vector<std::string> FilesOfOptions(const Options& options);
+
+// --save-preset's file, absolute.
+std::optional<std::filesystem::path> PresetFileToSave(const Options& options);
+
 std::filesystem::path PlugInFile(const Options& options);
 std::vector<std::string> PlugInDirectories(const Options& options);
 
@@ -48,5 +58,9 @@ std::optional<std::filesystem::path> ConfigDirectory(const Options& options);
 
 // The exporter's settings in that directory.
 std::filesystem::path SettingsFile(const std::filesystem::path& configDirectory);
+
+// What can be said of settings that lie in that directory: as the exporter reads them, bytes that
+// the file does not have are the defaults'.
+ExportOptions ReadSettings(const std::filesystem::path& configDirectory);
 
 }  // namespace maxhost::app

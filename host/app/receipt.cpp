@@ -281,9 +281,10 @@ Json TimesOf(const Receipt& receipt) {
 }  // namespace
 
 std::string JsonOf(const Receipt& receipt, bool withTimes) {
-    Json json = {{"receipt", kReceiptVersion}, {"program", "hdo-export"},
-                 {"version", HDO_VERSION},     {"scene", Text(receipt.scene)},
-                 {"status", receipt.status},   {"options", OptionsOf(receipt.inForce)}};
+    Json json = {{"receipt", kReceiptVersion},      {"program", "hdo-export"},
+                 {"version", HDO_VERSION},          {"scene", Text(receipt.scene)},
+                 {"status", receipt.status},        {"options", OptionsOf(receipt.inForce)},
+                 {"optionOrigins", receipt.origins}};
     Json& files = json["files"] = Json::array();
     for (const FileReport& file : receipt.files) {
         files.push_back({{"name", Text(file.path.filename().string())},

@@ -44,6 +44,7 @@ struct Receipt {
     std::string scene;  // as it was given
     int status = 0;
     ExportOptions inForce = DefaultExportOptions();
+    Json origins = Json::object();  // of the options: see OriginsOf
     std::vector<FileReport> files;  // the actor file and the motion file, without faults
     std::size_t nodesInScene = 0, nodesExported = 0;
     std::vector<NodeCost> costs;     // most bytes first

@@ -14,6 +14,7 @@
 #include "host/app/options.h"
 #include "host/app/places.h"
 #include "host/app/plugin_loader.h"
+#include "host/app/presets.h"
 #include "host/app/run_report.h"
 #include "host/app/scene_report.h"
 #include "host/scene/scramble.h"
@@ -83,6 +84,9 @@ LoadedScene Load(const Options& options, Console& console, bool isTerminal, RunR
         ShowsProgress(options, isTerminal) ? &bar : nullptr);
     report.readingSeconds = watch.Seconds();
     report.inputs = loaded.files;
+    for (std::string& file : FilesOfOptions(options)) {
+        report.inputs.push_back(std::move(file));
+    }
     Warn(options, loaded, console);
     ApplyChoices(options, loaded);
     if (options.bisect) {
@@ -172,8 +176,24 @@ int SearchAndSave(const Options& options, Console& console, RunReport& report, b
     return interrupts.Status();
 }
 
+// Writes the preset that --save-preset asks for.
+void SaveOptions(const Options& options, RunReport& report) {
+    if (const std::optional<std::filesystem::path> file = PresetFileToSave(options)) {
+        const std::optional<std::filesystem::path> saved = ConfigDirectory(options);
+        SavePreset(options, *file,
+                   saved                    ? ReadSettings(*saved)
+                   : options.presetSettings ? *options.presetSettings
+                                            : DefaultExportOptions());
+        report.savedPreset = options.savePreset;
+    }
+}
+
 int Execute(const Options& options, Console& console, RunReport& report, bool isTerminal) {
     Interrupts interrupts;
+    SaveOptions(options, report);
+    if (options.scene.empty() && !options.about) {
+        return kExitDone;
+    }
     if (options.about) {
         return ShowAbout(options);
     }

@@ -129,11 +129,17 @@ std::string JsonOf(const RunReport& report, int status, const std::vector<Notice
     if (report.savedScene) {
         json["savedScene"] = Text(*report.savedScene);
     }
+    if (report.savedPreset) {
+        json["savedPreset"] = Text(*report.savedPreset);
+    }
     if (report.listed) {
         AddList(*report.listed, json);
     }
     if (report.exported) {
         AddExport(*report.exported, json);
+    }
+    if (!report.origins.is_null()) {
+        json["optionOrigins"] = report.origins;
     }
     if (!report.issues.empty()) {
         json["issues"] = IssuesOf(report.issues);

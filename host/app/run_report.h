@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "host/app/console.h"
+#include "host/app/json_parts.h"
 #include "host/app/loaded_scene.h"
 #include "host/app/summary.h"
 #include "host/sdk/calls.h"
@@ -46,9 +47,10 @@ struct RunReport {
     std::string scene;  // as it was given
     // The files that decided on the scene and its export, read or looked for; absolute.
     std::vector<std::string> inputs;
-    std::optional<std::string> savedScene;
+    std::optional<std::string> savedScene, savedPreset;
     std::optional<LoadedScene> listed;     // by --list
     std::optional<ExportReport> exported;  // the exporter ran; whether well, the status says
+    Json origins;                          // of the options: see OriginsOf; null: not known
     std::vector<kta::Issue> issues;        // of both files, where they could be read
     double readingSeconds = 0;
     double exportingSeconds = 0;

@@ -155,6 +155,7 @@ std::vector<std::string> Summarize(const std::vector<OutputFile>& files,
         lines.push_back("up axis: " + outcome.upAxis);
     }
     lines.push_back("options: " + outcome.options);
+    lines.insert(lines.end(), outcome.optionFiles.begin(), outcome.optionFiles.end());
     lines.push_back("exported " + std::to_string(NodesExported(files)) + " of " +
                     kta::Counted(outcome.nodes.size(), "node"));
     AddNodesLeftOut(NodesNotExported(files, outcome.nodes), outcome.namesAll, lines);

@@ -39,6 +39,7 @@ struct ExportOutcome {
     std::string upAxis{};                        // of a model's file: see LoadedScene
     std::string options{};                       // the exporter's, in force, as on the command line
     ExportOptions inForce = DefaultExportOptions();  // the same
+    std::vector<std::string> optionFiles{};          // the preset and the sidecar file, a line each
 };
 
 // The nodes that the files, which were verified, do not hold. Of several with one name, those

@@ -116,6 +116,9 @@ std::vector<std::string> CommandOf(const Options& options) {
     if (options.configDir) {
         command.insert(command.end(), {"--config-dir", Absolute(*options.configDir).string()});
     }
+    if (options.presetSettings) {
+        command.insert(command.end(), {"--preset", Absolute(*options.preset).string()});
+    }
     for (const std::string& directory : options.pluginDirs) {
         command.insert(command.end(), {"--plugin-dir", Absolute(directory).string()});
     }

@@ -57,6 +57,21 @@ TEST(FirstFaults, CountsWhatItLeavesOut) {
     EXPECT_EQ(FirstFaults(lines, "f"), shown);
 }
 
+TEST(NearestWord, IsAThirdOfTheLettersAwayAtMost) {
+    const std::vector<std::string> words = {"sample-rate", "scale", "select", "up"};
+    EXPECT_EQ(NearestWord("sampel-rate", words), "sample-rate");  // two letters swapped: one away
+    EXPECT_EQ(NearestWord("saple-rte", words), "sample-rate");
+    EXPECT_EQ(NearestWord("scal", words), "scale");
+    EXPECT_EQ(NearestWord("u", words), "up");
+    EXPECT_EQ(NearestWord("pu", words), "up");
+    EXPECT_EQ(NearestWord("selects", words), "select");
+    EXPECT_EQ(NearestWord("rotate", words), "");
+    EXPECT_EQ(NearestWord("", words), "");
+    EXPECT_EQ(NearestWord(std::string(65, 'u'), words), "");
+    EXPECT_EQ(NearestWord("scale", {}), "");
+    EXPECT_EQ(NearestWord("b", {"a", "c"}), "a");  // the first of several
+}
+
 TEST(Joined, PutsCommasBetween) {
     EXPECT_EQ(Joined(std::vector<std::string>{}), "");
     EXPECT_EQ(Joined(std::vector<std::string>{"a"}), "a");

@@ -37,7 +37,8 @@ TEST_F(JsonTest, TellsWhatAnExportMade) {
     const json summary =
         RunJson("--select root --select leaf --sample-animation s.maxscene.json", kExitDone);
     EXPECT_EQ(summary["scene"], "s.maxscene.json");
-    EXPECT_EQ(summary["inputs"], json::array({Path("s.maxscene.json").string()}));
+    EXPECT_EQ(summary["inputs"],
+              json::array({Path("s.maxscene.json").string(), Path("s.hdo.json").string()}));
     EXPECT_FALSE(summary.contains("error"));
     EXPECT_EQ(summary["nodes"], (json{{"inScene", 3}, {"exported", 2}}));
     EXPECT_EQ(summary["notExported"],
