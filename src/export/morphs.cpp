@@ -3,6 +3,7 @@
 
 #include <MorpherApi.h>
 
+#include "core/array.h"
 #include "core/format.h"
 #include "export/export_pass.h"
 #include "scene/node.h"
@@ -18,23 +19,36 @@ const Float32 kCoordinateScale = 100.0f;
 const Float32 kMostSteps = 65535.0f;
 
 // The coordinates of a point in the file's order and scale.
-void ScalePoint(const MaxMorphChannel& channel, int point, Float32 scaled[3]) {
-    StoreVector(scaled, channel.GetMorphPoint(point));
-    for (int i = 0; i < 3; ++i) {
-        scaled[i] *= kCoordinateScale;
+struct ScaledPoint {
+    Float32 values[3];
+};
+
+typedef Plinth::Array<ScaledPoint> ScaledPoints;
+
+void ReadPoints(const MaxMorphChannel& channel, ScaledPoints& points) {
+    const Int32 count = channel.NumMorphPoints();
+    points.Resize(0);
+    if (points.Capacity() < count) {
+        points.Reserve(count);
+    }
+    for (Int32 i = 0; i < count; ++i) {
+        ScaledPoint scaled;
+        StoreVector(scaled.values, channel.GetMorphPoint(i));
+        for (int k = 0; k < 3; ++k) {
+            scaled.values[k] *= kCoordinateScale;
+        }
+        points.Add(scaled);
     }
 }
 
-void FindRange(const MaxMorphChannel& channel, Float32& minimum, Float32& maximum) {
+void FindRange(const ScaledPoints& points, Float32& minimum, Float32& maximum) {
     minimum = 1e10f;
     maximum = -1e10f;
-    const int count = channel.NumMorphPoints();
-    for (int i = 0; i < count; ++i) {
-        Float32 scaled[3];
-        ScalePoint(channel, i, scaled);
+    for (Int32 i = 0; i < points.Count(); ++i) {
         for (int k = 0; k < 3; ++k) {
-            minimum = scaled[k] < minimum ? scaled[k] : minimum;
-            maximum = scaled[k] > maximum ? scaled[k] : maximum;
+            const Float32 value = points[i].values[k];
+            minimum = value < minimum ? value : minimum;
+            maximum = value > maximum ? value : maximum;
         }
     }
 }
@@ -83,26 +97,28 @@ void WriteChannelRecord(KTAWriter& writer, const MaxMorphChannel& channel) {
     writer.WriteChunk(record);
 }
 
-void WritePoints(KTAWriter& writer, INode* node, const MaxMorphChannel& channel) {
+// `points` is room that is used again from channel to channel.
+void WritePoints(KTAWriter& writer, INode* node, const MaxMorphChannel& channel,
+                 ScaledPoints& points) {
+    ReadPoints(channel, points);
     KTAMorphPoints header = ZeroedRecord<KTAMorphPoints>();
     Plinth::CopyName(header.nodeName, kNameSize, node->GetName());
-    header.pointCount = channel.NumMorphPoints();
-    FindRange(channel, header.minimum, header.maximum);
+    header.pointCount = points.Count();
+    FindRange(points, header.minimum, header.maximum);
     writer.WriteRecord(header);
 
     const Packing packing(header.minimum, header.maximum);
-    for (Int32 i = 0; i < header.pointCount; ++i) {
-        Float32 scaled[3];
-        ScalePoint(channel, i, scaled);
+    for (Int32 i = 0; i < points.Count(); ++i) {
+        const Float32* const scaled = points[i].values;
         const KTAMorphPoint point = {
             {packing.Pack(scaled[0]), packing.Pack(scaled[1]), packing.Pack(scaled[2])}};
         writer.WriteRecord(point);
     }
     const char zeros[3] = {0, 0, 0};
-    for (Int32 i = 0; i < header.pointCount; ++i) {
+    for (Int32 i = 0; i < points.Count(); ++i) {
         writer.WriteRecord(zeros);
     }
-    for (Int32 i = 0; i < header.pointCount; ++i) {
+    for (Int32 i = 0; i < points.Count(); ++i) {
         writer.WriteRecord(i);
     }
 }
@@ -115,11 +131,12 @@ void ExportMorphTargets(ExportPass& pass, INode* node) {
         return;
     }
     MaxMorphModifier morpher(modifier);
+    ScaledPoints points;
     for (int i = 0; i < morpher.NumMorphChannels(); ++i) {
         const MaxMorphChannel channel = morpher.GetMorphChannel(i);
         if (channel.NumMorphPoints() > 0) {
             WriteChannelRecord(pass.writer, channel);
-            WritePoints(pass.writer, node, channel);
+            WritePoints(pass.writer, node, channel, points);
         }
     }
 }

@@ -22,61 +22,88 @@ void Optimize(BoneWeights& weights, VertexWeightKind kind, const ExportOptions& 
     }
 }
 
-Int32 NumWritten(const BoneWeights& weights) {
-    return weights.Count() < kMostWeights ? weights.Count() : static_cast<Int32>(kMostWeights);
+// Once when the bones are looked for, and once when the weights are written.
+void LogNoBones(const Int32* numbers, Int32 count) {
+    for (Int32 i = 0; i < count; ++i) {
+        Plinth::Log("Help! BoneNr is < 0 (%d)", numbers[i]);
+    }
+}
+
+Int32 NumWritten(Int32 numWeights) {
+    return numWeights < kMostWeights ? numWeights : static_cast<Int32>(kMostWeights);
 }
 
 }  // namespace
 
 // ---------------------------------------------------------------- bones
 
-OpenSkin::OpenSkin(INode* skinned, const SkinModifiers& found)
+OpenSkin::OpenSkin(INode* skinned, const SkinModifiers& modifiers)
     : node(skinned),
-      modifiers(found),
-      reader(MakeWeightReader(skinned, found)),
+      reader(MakeWeightReader(skinned, modifiers)),
+      hasAllBones(false),
       entryBytes(0),
-      nextVertex(0),
-      nextWeight(0),
-      kind(kNoVertex) {
-    if (!reader->BeginBones()) {
-        reader.Reset(NULL);
-    }
+      kind(kNoVertex),
+      nextWeight(0) {
+    hasAllBones = !reader->BeginBones() || !GatherNextVertex();
 }
 
 INode* OpenSkin::NextBone(const Plinth::PointerList<INode>& exported,
                           const ExportOptions& options) {
-    while (reader.Get() != NULL) {
-        while (nextWeight < weights.Count()) {
-            INode* const bone = weights[nextWeight++].bone;
-            if (bone == NULL) {
-                continue;
-            }
-            bones.Add(bone);
-            if (exported.Find(bone) < 0) {
-                return bone;
+    while (!hasAllBones) {
+        while (nextWeight < gathered.weights.Count()) {
+            const Int32 bone = gathered.weights[nextWeight++].bone;
+            if (bone >= 0 && !IsExported(bone, exported)) {
+                return reader->Bones()[bone];
             }
         }
-        if (!GatherNextVertex(options)) {
-            reader.Reset(NULL);
-        }
+        KeepVertex(options);
+        hasAllBones = !GatherNextVertex();
     }
     return NULL;
 }
 
-// Counts the weights that are written of the vertex before.
-bool OpenSkin::GatherNextVertex(const ExportOptions& options) {
-    Optimize(weights, kind, options);
-    entryBytes += sizeof(KTAWeight) * static_cast<UInt64>(NumWritten(weights));
-    weights.Resize(0);
-    nextWeight = 0;
-    if (nextVertex >= reader->NumVertices()) {
+bool OpenSkin::IsExported(Int32 bone, const Plinth::PointerList<INode>& exported) {
+    while (bone >= isExported.Count()) {
+        isExported.AddAmortized(false);
+    }
+    isExported[bone] = isExported[bone] || exported.Find(reader->Bones()[bone]) >= 0;
+    return isExported[bone];
+}
+
+// The bones of a vertex may be met once what is wrong with them has been said.
+bool OpenSkin::GatherNextVertex() {
+    const Int32 vertex = vertices.Count();
+    if (vertex == 0) {
+        vertices.Reserve(reader->NumVertices());
+    }
+    if (vertex >= reader->NumVertices()) {
         return false;
     }
-    kind = reader->Gather(nextVertex++, weights);
+    kind = reader->Gather(vertex, gathered);
+    LogNoBones(gathered.noBones.Data(), gathered.noBones.Count());
+    nextWeight = 0;
     return true;
 }
 
+void OpenSkin::KeepVertex(const ExportOptions& options) {
+    BoneWeights& left = gathered.weights;
+    SkinVertex vertex = {left.Count(), 0, gathered.noBones.Count(), kind != kNoVertex};
+    Optimize(left, kind, options);
+    vertex.numLeft = left.Count();
+    const Int32 count = NumWritten(left.Count());
+    for (Int32 i = 0; i < count; ++i) {
+        const SkinWeight weight = {left[i].bone, left[i].weight};
+        weights.AddAmortized(weight);
+    }
+    for (Int32 i = 0; i < gathered.noBones.Count(); ++i) {
+        noBones.AddAmortized(gathered.noBones[i]);
+    }
+    entryBytes += sizeof(KTAWeight) * static_cast<UInt64>(count);
+    vertices.Add(vertex);
+}
+
 void OpenSkin::LogBones() const {
+    const Plinth::PointerList<INode>& bones = reader->Bones();
     if (bones.Count() == 0) {
         return;
     }
@@ -106,13 +133,14 @@ void SkinStack::Pop() {
 
 namespace {
 
-// Writes vertices' weights.
+// Writes the weights of a skin's vertices.
 class WeightWriter {
   public:
-    WeightWriter(KTAWriter& ktaWriter, const Plinth::PointerList<INode>& nodes)
-        : writer(ktaWriter), exported(nodes), numLost(0) {}
+    WeightWriter(KTAWriter& ktaWriter, const Plinth::PointerList<INode>& nodes,
+                 const Plinth::PointerList<INode>& skinBones);
 
-    void Write(Int32 vertex, const BoneWeights& weights);
+    // Of so many weights those that are given are written.
+    void Write(Int32 vertex, const SkinWeight* weights, Int32 numWeights);
     // How many weights had a bone whose number does not fit.
     Int32 NumLost() const { return numLost; }
 
@@ -120,35 +148,42 @@ class WeightWriter {
     WeightWriter(const WeightWriter&);
     WeightWriter& operator=(const WeightWriter&);
 
-    Plinth::Int16 BoneNumber(INode* bone);
+    Plinth::Int16 BoneNumber(Int32 bone);
 
     KTAWriter& writer;
-    const Plinth::PointerList<INode>& exported;
+    Plinth::Array<Int32> numbers;  // by bone
     Int32 numLost;
 };
 
-void WeightWriter::Write(Int32 vertex, const BoneWeights& weights) {
-    const Int32 count = NumWritten(weights);
-    if (count < weights.Count()) {
-        Plinth::Log("WARNING: Vertex %d has %d weights, of which the first %d are written", vertex,
-                    weights.Count(), count);
-    }
-    KTAWeight records[kMostWeights];
-    const size_t size = static_cast<size_t>(count) * sizeof(KTAWeight);
-    memset(records, 0, size);
-    for (Int32 i = 0; i < count; ++i) {
-        records[i].bone = BoneNumber(weights[i].bone);
-        records[i].weight = weights[i].weight;
-    }
-    const UInt8 countByte = static_cast<UInt8>(count);
-    writer.WriteRecord(countByte);
-    if (count > 0) {
-        writer.WriteRaw(records, size);
+WeightWriter::WeightWriter(KTAWriter& ktaWriter, const Plinth::PointerList<INode>& exported,
+                           const Plinth::PointerList<INode>& bones)
+    : writer(ktaWriter), numLost(0) {
+    numbers.Reserve(bones.Count());
+    for (Int32 i = 0; i < bones.Count(); ++i) {
+        numbers.Add(exported.Find(bones[i]));
     }
 }
 
-Plinth::Int16 WeightWriter::BoneNumber(INode* bone) {
-    const Int32 number = exported.Find(bone);
+void WeightWriter::Write(Int32 vertex, const SkinWeight* weights, Int32 numWeights) {
+    const Int32 count = NumWritten(numWeights);
+    if (count < numWeights) {
+        Plinth::Log("WARNING: Vertex %d has %d weights, of which the first %d are written", vertex,
+                    numWeights, count);
+    }
+    // The count byte, and the records without alignment.
+    UInt8 bytes[1 + kMostWeights * sizeof(KTAWeight)];
+    bytes[0] = static_cast<UInt8>(count);
+    for (Int32 i = 0; i < count; ++i) {
+        KTAWeight record = ZeroedRecord<KTAWeight>();
+        record.bone = BoneNumber(weights[i].bone);
+        record.weight = weights[i].weight;
+        memcpy(bytes + 1 + i * sizeof(record), &record, sizeof(record));
+    }
+    writer.WriteRaw(bytes, 1 + static_cast<size_t>(count) * sizeof(KTAWeight));
+}
+
+Plinth::Int16 WeightWriter::BoneNumber(Int32 bone) {
+    const Int32 number = bone < 0 ? -1 : numbers[bone];
     if (number > kHighestBoneNumber) {
         ++numLost;
         return -1;
@@ -156,20 +191,23 @@ Plinth::Int16 WeightWriter::BoneNumber(INode* bone) {
     return static_cast<Plinth::Int16>(number);
 }
 
-void WriteVertexWeights(ExportPass& pass, WeightReader& reader, BoneWeights& buffer) {
-    WeightWriter writer(pass.writer, pass.exportedNodes);
-    for (Int32 i = 0; i < reader.NumVertices(); ++i) {
-        const VertexWeightKind kind = reader.Gather(i, buffer);
-        if (kind == kNoVertex) {
+void WriteVertexWeights(ExportPass& pass, OpenSkin& skin) {
+    WeightWriter writer(pass.writer, pass.exportedNodes, skin.Reader().Bones());
+    const SkinWeight* weights = skin.Weights().Data();
+    const Int32* noBones = skin.NoBones().Data();
+    for (Int32 i = 0; i < skin.Vertices().Count(); ++i) {
+        const SkinVertex& vertex = skin.Vertices()[i];
+        LogNoBones(noBones, vertex.numNoBones);
+        noBones += vertex.numNoBones;
+        if (!vertex.isThere) {
             continue;
         }
-        const Int32 gathered = buffer.Count();
-        Optimize(buffer, kind, pass.options);
-        if (buffer.Count() != gathered) {
+        if (vertex.numLeft != vertex.numGathered) {
             Plinth::Log("The weights of vertex %d have been optimized from %d into %d weight(s)", i,
-                        gathered, buffer.Count());
+                        vertex.numGathered, vertex.numLeft);
         }
-        writer.Write(i, buffer);
+        writer.Write(i, weights, vertex.numLeft);
+        weights += NumWritten(vertex.numLeft);
     }
     if (writer.NumLost() > 0) {
         Plinth::Log(
@@ -180,22 +218,21 @@ void WriteVertexWeights(ExportPass& pass, WeightReader& reader, BoneWeights& buf
 }
 
 void ExportWeights(ExportPass& pass, OpenSkin& skin) {
-    const Plinth::ObjectHolder<WeightReader> reader(
-        MakeWeightReader(skin.Node(), skin.Modifiers()));
-    if (!reader->MayWriteChunk()) {
+    WeightReader& reader = skin.Reader();
+    if (!reader.MayWriteChunk()) {
         return;
     }
     // Vertices that Physique does not know have no count byte, but are announced as if they had.
     const KTAWeights head = {pass.exportedNodes.Find(skin.Node())};
     const UInt64 size =
-        skin.EntryBytes() + static_cast<UInt64>(reader->NumVertices()) + sizeof(head);
+        skin.EntryBytes() + static_cast<UInt64>(reader.NumVertices()) + sizeof(head);
     if (size > 0xffffffffu) {
         Plinth::Log("WARNING: The weights are too large and are left out");
         return;
     }
     pass.writer.BeginChunk(head, static_cast<UInt32>(size));
-    if (reader->BeginWeights()) {
-        WriteVertexWeights(pass, *reader.Get(), skin.Buffer());
+    if (reader.BeginWeights()) {
+        WriteVertexWeights(pass, skin);
     }
 }
 

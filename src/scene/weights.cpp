@@ -94,7 +94,7 @@ void OptimizeBoneWeights(BoneWeights& weights, Float32 threshold, Int32 most) {
 
 namespace {
 
-void AddWeight(BoneWeights& weights, INode* bone, float weight) {
+void AddWeight(BoneWeights& weights, Int32 bone, float weight) {
     const BoneWeight entry = {bone, weight, 0};
     weights.AddAmortized(entry);
 }
@@ -106,21 +106,32 @@ class SkinWeightReader : public WeightReader {
     virtual bool BeginBones();
     virtual bool BeginWeights();
     virtual bool MayWriteChunk();
-    virtual Int32 NumVertices() const;
-    virtual VertexWeightKind Gather(Int32 vertex, BoneWeights& weights);
+    virtual Int32 NumVertices() const { return numPoints; }
+    virtual VertexWeightKind Gather(Int32 vertex, VertexWeights& gathered);
 
   private:
+    enum { kUnknownBone = -2, kMostKnownSlots = 65536 };
+
     bool ReportMissing() const;
+    Int32 BoneOfSlot(Int32 slot);
 
     INode* node;
     ISkin* skin;
     ISkinContextData* context;
+    Int32 numPoints;
+    Plinth::Array<Int32> boneOfSlot;
 };
 
 SkinWeightReader::SkinWeightReader(INode* skinned, Modifier* modifier)
-    : node(skinned), skin(static_cast<ISkin*>(modifier->GetInterface(I_SKIN))), context(NULL) {
+    : node(skinned),
+      skin(static_cast<ISkin*>(modifier->GetInterface(I_SKIN))),
+      context(NULL),
+      numPoints(0) {
     if (skin != NULL) {
         context = skin->GetContextInterface(node);
+    }
+    if (context != NULL) {
+        numPoints = context->GetNumPoints();
     }
 }
 
@@ -154,22 +165,33 @@ bool SkinWeightReader::MayWriteChunk() {
     return skin != NULL;
 }
 
-Int32 SkinWeightReader::NumVertices() const {
-    return context != NULL ? context->GetNumPoints() : 0;
-}
-
-VertexWeightKind SkinWeightReader::Gather(Int32 vertex, BoneWeights& weights) {
-    weights.Resize(0);
+VertexWeightKind SkinWeightReader::Gather(Int32 vertex, VertexWeights& gathered) {
+    gathered.weights.Resize(0);
+    gathered.noBones.Resize(0);
     const int count = context->GetNumAssignedBones(vertex);
     for (int i = 0; i < count; ++i) {
-        const int bone = context->GetAssignedBone(vertex, i);
-        if (bone < 0) {
-            Plinth::Log("Help! BoneNr is < 0 (%d)", bone);
+        const int slot = context->GetAssignedBone(vertex, i);
+        if (slot < 0) {
+            gathered.noBones.AddAmortized(slot);
         } else {
-            AddWeight(weights, skin->GetBone(bone), context->GetBoneWeight(vertex, i));
+            AddWeight(gathered.weights, BoneOfSlot(slot), context->GetBoneWeight(vertex, i));
         }
     }
     return kWeightedVertex;
+}
+
+// A slot's bone is asked for once, unless its number is out of all proportion.
+Int32 SkinWeightReader::BoneOfSlot(Int32 slot) {
+    if (slot >= kMostKnownSlots) {
+        return BoneOf(skin->GetBone(slot));
+    }
+    while (slot >= boneOfSlot.Count()) {
+        boneOfSlot.AddAmortized(kUnknownBone);
+    }
+    if (boneOfSlot[slot] == kUnknownBone) {
+        boneOfSlot[slot] = BoneOf(skin->GetBone(slot));
+    }
+    return boneOfSlot[slot];
 }
 
 // ---------------------------------------------------------------- Physique
@@ -186,7 +208,7 @@ class PhysiqueWeightReader : public WeightReader {
     virtual bool BeginWeights() { return context != NULL; }
     virtual bool MayWriteChunk() { return true; }
     virtual Int32 NumVertices() const { return numPoints; }
-    virtual VertexWeightKind Gather(Int32 vertex, BoneWeights& weights);
+    virtual VertexWeightKind Gather(Int32 vertex, VertexWeights& gathered);
 
   private:
     Modifier* modifier;
@@ -238,7 +260,8 @@ class PhysiqueVertex {
     IPhyVertexExport* vertex;
 };
 
-VertexWeightKind PhysiqueWeightReader::Gather(Int32 number, BoneWeights& weights) {
+VertexWeightKind PhysiqueWeightReader::Gather(Int32 number, VertexWeights& gathered) {
+    BoneWeights& weights = gathered.weights;
     weights.Resize(0);
     const PhysiqueVertex vertex(context, number);
     if (vertex.Get() == NULL) {
@@ -246,13 +269,13 @@ VertexWeightKind PhysiqueWeightReader::Gather(Int32 number, BoneWeights& weights
     }
     if (!(vertex.Get()->GetVertexType() & BLENDED_TYPE)) {
         IPhyRigidVertex* const rigid = static_cast<IPhyRigidVertex*>(vertex.Get());
-        AddWeight(weights, rigid->GetNode(), 1.0f);
+        AddWeight(weights, BoneOf(rigid->GetNode()), 1.0f);
         return kRigidVertex;
     }
     IPhyBlendedRigidVertex* const blended = static_cast<IPhyBlendedRigidVertex*>(vertex.Get());
     const int count = blended->GetNumberNodes();
     for (int i = 0; i < count; ++i) {
-        AddWeight(weights, blended->GetNode(i), blended->GetWeight(i));
+        AddWeight(weights, BoneOf(blended->GetNode(i)), blended->GetWeight(i));
     }
     return kWeightedVertex;
 }

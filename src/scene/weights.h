@@ -6,10 +6,11 @@
 #include <max.h>
 
 #include "core/array.h"
+#include "core/pointer_list.h"
 #include "core/types.h"
 
 struct BoneWeight {
-    INode* bone;  // null: the modifier names none
+    Plinth::Int32 bone;  // its position among the skin's bones; -1: the modifier names none
     Plinth::Float32 weight;
     Plinth::Int32 order;  // the optimiser's own
 };
@@ -33,6 +34,12 @@ enum VertexWeightKind {
     kWeightedVertex  // follows any number of bones
 };
 
+// What a modifier says of a vertex.
+struct VertexWeights {
+    BoneWeights weights;                   // in the modifier's order
+    Plinth::Array<Plinth::Int32> noBones;  // negative bone numbers, whose weights are left out
+};
+
 // Holds the modifier's interfaces while it lives.
 class WeightReader {
   public:
@@ -46,13 +53,19 @@ class WeightReader {
     virtual bool MayWriteChunk() = 0;
 
     virtual Plinth::Int32 NumVertices() const = 0;
-    // Replaces `weights` by those of a vertex, in the modifier's order.
-    virtual VertexWeightKind Gather(Plinth::Int32 vertex, BoneWeights& weights) = 0;
+    // Replaces `gathered` by what the modifier says of a vertex.
+    virtual VertexWeightKind Gather(Plinth::Int32 vertex, VertexWeights& gathered) = 0;
+    // The bones of the vertices gathered so far, in order of appearance.
+    const Plinth::PointerList<INode>& Bones() const { return bones; }
 
   protected:
     WeightReader() {}
+    // The position of a bone; -1 for null.
+    Plinth::Int32 BoneOf(INode* bone) { return bone == NULL ? -1 : bones.Add(bone); }
 
   private:
+    Plinth::PointerList<INode> bones;
+
     WeightReader(const WeightReader&);
     WeightReader& operator=(const WeightReader&);
 };

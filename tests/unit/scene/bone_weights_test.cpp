@@ -22,17 +22,15 @@ void PrintTo(const Left& left, std::ostream* stream) {
 }
 
 std::vector<Left> Optimized(const std::vector<float>& values, float threshold, int most) {
-    static char nodes[400];
     BoneWeights weights;
     weights.Reserve(static_cast<int>(values.size()));
     for (std::size_t i = 0; i < values.size(); ++i) {
-        weights.Add({reinterpret_cast<INode*>(nodes + i % 400), values[i], 0});
+        weights.Add({static_cast<int>(i), values[i], 0});
     }
     OptimizeBoneWeights(weights, threshold, most);
     std::vector<Left> left;
     for (int i = 0; i < weights.Count(); ++i) {
-        left.push_back({static_cast<int>(reinterpret_cast<char*>(weights[i].bone) - nodes),
-                        weights[i].weight});
+        left.push_back({weights[i].bone, weights[i].weight});
     }
     return left;
 }

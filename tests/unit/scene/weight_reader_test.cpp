@@ -97,7 +97,7 @@ TEST_F(PhysiqueReaderTest, AsksForRigidVerticesWithBlendingAndGivesAllBackInOrde
     RecordingPhysique physique(calls_, true);
     std::unique_ptr<WeightReader> reader = ReaderOf(physique);
     EXPECT_TRUE(reader->BeginWeights());
-    BoneWeights weights;
+    VertexWeights weights;
     EXPECT_EQ(reader->Gather(0, weights), kRigidVertex);
     EXPECT_EQ(reader->Gather(1, weights), kRigidVertex);
     reader.reset();
