@@ -44,7 +44,8 @@ class CornerReader {
     CornerReader(const SkinSpace& space, Mesh& mesh);
 
     Int32 NumPairs() const { return numPairs; }
-    // The corners' texture coordinates stand in this object until the next call.
+    // All but the positions, which have no part in matching. The corners' texture coordinates stand
+    // in this object until the next call.
     void Read(int face, CornerVertex corners[3]);
 
   private:
@@ -82,13 +83,11 @@ CornerReader::CornerReader(const SkinSpace& meshSpace, Mesh& source)
 void CornerReader::Read(int face, CornerVertex corners[3]) {
     for (int i = 0; i < 3; ++i) {
         const int vertex = static_cast<int>(mesh.faces[face].v[i]);
-        const Point3 position = space.positionTransform * mesh.verts[vertex];
         Point3 normal = NormalOf(face, i);
         if (space.isSkinned) {
             normal = Normalize(VectorTransform(space.normalTransform, normal));
         }
         corners[i].record.originalVertex = vertex;
-        StoreVector(corners[i].record.position, position);
         StoreVector(corners[i].record.normal, normal);
         ReadPairs(face, i, uvs[i]);
         corners[i].uvs = uvs[i];
@@ -166,6 +165,10 @@ bool RunVertexPass(const ExportPass& pass, INode* node, const SkinSpace& space, 
         if (!subMeshes.AddFace(materials.Of(mesh->faces[i]), corners)) {
             return false;
         }
+    }
+    for (Int32 i = 0; i < subMeshes.NumVertices(); ++i) {
+        KTAVertex& vertex = subMeshes.VertexAt(i);
+        StoreVector(vertex.position, space.positionTransform * mesh->verts[vertex.originalVertex]);
     }
     LogSubMeshes(subMeshes);
     return true;

@@ -9,6 +9,7 @@
 #include <maxapi.h>
 #include <quat.h>
 
+#include "core/array.h"
 #include "core/format.h"
 #include "core/log.h"
 #include "export/export_pass.h"
@@ -373,6 +374,19 @@ TimeValue EarliestTime(const AxisKeys axes[kNumAxes]) {
     return earliest;
 }
 
+// Appends a record for each time at which an axis has a key.
+void MergeKeys(AxisKeys axes[kNumAxes], Plinth::Array<KeyRecord>& records) {
+    while (!axes[0].AtEnd() || !axes[1].AtEnd() || !axes[2].AtEnd()) {
+        KeyRecord record;
+        record.time = EarliestTime(axes);
+        record.axes = 0;
+        for (int i = 0; i < kNumAxes; ++i) {
+            axes[i].Take(record, i);
+        }
+        records.AddAmortized(record);
+    }
+}
+
 }  // namespace
 
 void WriteKeyframedTrack(ExportPass& pass, INode* node, char track) {
@@ -392,22 +406,16 @@ void WriteKeyframedTrack(ExportPass& pass, INode* node, char track) {
         axes[i].Open(controls[i]);
     }
 
-    // The declared size never covers the records; only their count is known afterwards.
-    KTAKeyTrack header = {0, 'L', track, {0, 0}};
-    const fpos_t position = pass.writer.ChunkPosition();
+    Plinth::Array<KeyRecord> records;
+    MergeKeys(axes, records);
+
+    // The declared size never covers the records.
+    const KTAKeyTrack header = {static_cast<UInt32>(records.Count()), 'L', track, {0, 0}};
     pass.writer.BeginChunk(header, sizeof(header), kKeyTrackKeyframed);
     KeyRecordWriter writer(pass.writer, isRotation ? kDegreesPerRadian : 1.0f);
-    while (!axes[0].AtEnd() || !axes[1].AtEnd() || !axes[2].AtEnd()) {
-        KeyRecord record;
-        record.time = EarliestTime(axes);
-        record.axes = 0;
-        for (int i = 0; i < kNumAxes; ++i) {
-            axes[i].Take(record, i);
-        }
-        writer.Write(record);
-        ++header.keyCount;
+    for (Int32 i = 0; i < records.Count(); ++i) {
+        writer.Write(records[i]);
     }
-    pass.writer.PatchChunk(position, header, sizeof(header), kKeyTrackKeyframed);
 }
 
 void WriteKeyframedScaleTrack(ExportPass& pass, INode* node) {

@@ -1,17 +1,20 @@
 #include "format/kta_writer.h"
 
-#include <string.h>
-
 #include "core/log.h"
 
 bool KTAWriter::Open(const char* path) {
     Close();
+    numGathered = 0;
     file = fopen(path, "wb");
+    if (file != NULL) {
+        setvbuf(file, NULL, _IONBF, 0);
+    }
     return file != NULL;
 }
 
 void KTAWriter::Close() {
     if (file != NULL) {
+        Flush();
         fclose(file);
         file = NULL;
     }
@@ -37,23 +40,19 @@ void KTAWriter::WriteChunk(Plinth::UInt32 id, Plinth::UInt32 size, const void* b
     WriteRaw(body, size);
 }
 
-void KTAWriter::WriteRaw(const void* buffer, size_t length) {
-    if (file != NULL) {
+void KTAWriter::WriteThrough(const void* buffer, size_t length) {
+    Flush();
+    if (length > sizeof(gathered) && file != NULL) {
         fwrite(buffer, length, 1, file);
+    } else if (length <= sizeof(gathered)) {
+        memcpy(gathered, buffer, length);
+        numGathered = length;
     }
 }
 
-fpos_t KTAWriter::ChunkPosition() {
-    fpos_t position;
-    memset(&position, 0, sizeof(position));
-    if (file != NULL) {
-        fgetpos(file, &position);
+void KTAWriter::Flush() {
+    if (file != NULL && numGathered > 0) {
+        fwrite(gathered, numGathered, 1, file);
     }
-    return position;
-}
-
-void KTAWriter::SetPosition(const fpos_t& position) {
-    if (file != NULL) {
-        fsetpos(file, &position);
-    }
+    numGathered = 0;
 }

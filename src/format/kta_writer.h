@@ -3,26 +3,37 @@
 #define FORMAT_KTA_WRITER_H
 
 #include <stdio.h>
+#include <string.h>
 
 #include "core/types.h"
 #include "format/records.h"
 
-// Owns the open file. Every write does nothing when no file is open; write errors are not detected.
+// Owns the open file, and gathers what is written to it into large pieces. Every write does nothing
+// when no file is open; write errors are not detected.
 class KTAWriter {
   public:
-    KTAWriter() : file(NULL) {}
+    KTAWriter() : file(NULL), numGathered(0) {}
     ~KTAWriter() { Close(); }
 
     // Creates the file, or empties a former one. False where that is impossible.
     bool Open(const char* path);
     void Close();
+    // Hands over to the file what has been gathered.
+    void Flush();
 
     // Logs the header's version.
     void WriteFileHeader(KTAFileKind kind);
     void WriteChunkHeader(Plinth::UInt32 id, Plinth::UInt32 size, Plinth::UInt32 version);
     void WriteChunk(Plinth::UInt32 id, Plinth::UInt32 size, const void* body,
                     Plinth::UInt32 version);
-    void WriteRaw(const void* buffer, size_t length);
+    void WriteRaw(const void* buffer, size_t length) {
+        if (length <= sizeof(gathered) - numGathered) {
+            memcpy(gathered + numGathered, buffer, length);
+            numGathered += length;
+        } else {
+            WriteThrough(buffer, length);
+        }
+    }
 
     // A chunk of which the record is all that its size covers.
     template <typename Record>
@@ -44,26 +55,15 @@ class KTAWriter {
         WriteRaw(&record, sizeof(record));
     }
 
-    // A chunk whose beginning is known only when all of it has been written: remember the position,
-    // begin the chunk, go on to its end, and let PatchChunk begin it again. The file stands at its
-    // end afterwards.
-    fpos_t ChunkPosition();
-    template <typename Record>
-    void PatchChunk(const fpos_t& position, const Record& head, Plinth::UInt32 size,
-                    Plinth::UInt32 version = Record::kChunkVersion) {
-        const fpos_t end = ChunkPosition();
-        SetPosition(position);
-        BeginChunk(head, size, version);
-        SetPosition(end);
-    }
-
   private:
     KTAWriter(const KTAWriter&);
     KTAWriter& operator=(const KTAWriter&);
 
-    void SetPosition(const fpos_t& position);
+    void WriteThrough(const void* buffer, size_t length);
 
     FILE* file;  // null: none is open
+    size_t numGathered;
+    Plinth::UInt8 gathered[65536];
 };
 
 #endif

@@ -118,10 +118,6 @@ Int32 SubMeshList::SubMeshOf(Int32 material) {
     return lastSubMesh;
 }
 
-KTAVertex& SubMeshList::VertexAt(Int32 position) {
-    return *reinterpret_cast<KTAVertex*>(vertices.Data() + static_cast<size_t>(position) * stride);
-}
-
 const KTAVertex& SubMeshList::VertexAt(Int32 position) const {
     return *reinterpret_cast<const KTAVertex*>(vertices.Data() +
                                                static_cast<size_t>(position) * stride);

@@ -54,6 +54,13 @@ class SubMeshList {
     // at the end of the list when it is new.
     bool AddFace(Plinth::Int32 material, const CornerVertex corners[3]);
 
+    // The vertices of all sub-meshes in the order in which they were met.
+    Plinth::Int32 NumVertices() const { return links.Count(); }
+    KTAVertex& VertexAt(Plinth::Int32 position) {
+        return *reinterpret_cast<KTAVertex*>(vertices.Data() +
+                                             static_cast<size_t>(position) * stride);
+    }
+
     // Numbers the vertices of each sub-mesh by ascending original vertex, those of the same one in
     // the order in which they were met.
     void NumberVertices();
@@ -110,7 +117,6 @@ class SubMeshList {
     void GrowChains(Plinth::Int32 original);
     bool GrowVertices();
     void SortByOriginalVertex(Plinth::Array<Plinth::Int32>& sorted) const;
-    KTAVertex& VertexAt(Plinth::Int32 position);
     const KTAVertex& VertexAt(Plinth::Int32 position) const;
     const Plinth::Float32* PairsAt(Plinth::Int32 position) const;
 

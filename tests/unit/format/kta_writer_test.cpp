@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <cstring>
 #include <string>
 
 #include "core/log.h"
@@ -102,36 +101,36 @@ TEST(KTAWriter, DoesNothingWithoutAFile) {
     writer.WriteChunk(1, sizeof(track), &track, 3);
     writer.WriteChunk(KTAMotionPart());
     writer.WriteRaw(&track, sizeof(track));
-    const fpos_t position = writer.ChunkPosition();
-    const fpos_t nowhere = {};
-    EXPECT_EQ(std::memcmp(&position, &nowhere, sizeof(position)), 0);
-    writer.PatchChunk(position, track, 8, kKeyTrackKeyframed);
+    const std::string large(100000, 'x');
+    writer.WriteRaw(large.data(), large.size());
+    writer.Flush();
     writer.Close();
     Plinth::GetLogManager().ClearLogCallbacks();
     EXPECT_EQ(lines, 0);
 }
 
-TEST(KTAWriter, PatchingRewritesHeaderAndBeginningAndReturnsToTheEnd) {
+// However the writes fall onto the pieces in which the file gets them.
+TEST(KTAWriter, ManyWritesFollowOneAnother) {
+    for (const std::size_t size : {1u, 7u, 4096u, 65535u, 65536u, 65537u, 200000u}) {
+        OpenWriter writer;
+        std::string expected;
+        for (int i = 0; expected.size() < 300000; ++i) {
+            const std::string piece(size, static_cast<char>('a' + i % 26));
+            writer.WriteRaw(piece.data(), piece.size());
+            writer.WriteRaw("-", 1);
+            expected += piece + "-";
+        }
+        EXPECT_TRUE(writer.Written() == expected) << size;
+    }
+}
+
+TEST(KTAWriter, FlushPutsIntoTheFileWhatWasWritten) {
     OpenWriter writer;
-    writer.WriteRaw("before", 6);
-    const fpos_t position = writer.ChunkPosition();
-    KTAKeyTrack track = {0, 'L', 'P', {0, 0}};
-    writer.BeginChunk(track, sizeof(track), kKeyTrackKeyframed);
-    writer.WriteRaw("keys", 4);
-    track.keyCount = 5;
-    writer.PatchChunk(position, track, sizeof(track), kKeyTrackKeyframed);
-    writer.WriteRaw("after", 5);
-    EXPECT_EQ(writer.Written(), Bytes()
-                                    .Text("before")
-                                    .U32(2)
-                                    .U32(8)  // of a track of five keys, too
-                                    .U32(2)
-                                    .U32(5)
-                                    .Text("LP")
-                                    .U8(0)
-                                    .U8(0)
-                                    .Text("keysafter")
-                                    .Str());
+    writer.WriteRaw("abc", 3);
+    writer.Flush();
+    EXPECT_EQ(support::ReadFile(writer.Path()), "abc");
+    writer.WriteRaw("d", 1);
+    EXPECT_EQ(writer.Written(), "abcd");
 }
 
 TEST(ChunkTypes, IdsAndVersionsAreTheFormats) {
