@@ -128,6 +128,17 @@ void ExportFiles::Prepare() {
     for (OutputFile& file : files_) {
         file.made = MadeDirectory() / file.path.filename();
     }
+    textures_.Make(exportFile_.parent_path(), MadeDirectory());
+}
+
+void ExportFiles::AddTextures(TextureFiles textures) {
+    textures_ = std::move(textures);
+}
+
+std::string ExportFiles::TextureObstacle(const std::vector<fs::path>& others) const {
+    std::vector<fs::path> taken = {exportFile_, files_[0].path, files_[1].path, log_, Preview()};
+    taken.insert(taken.end(), others.begin(), others.end());
+    return textures_.Obstacle(taken);
 }
 
 fs::path ExportFiles::SettingsDirectory() const {
@@ -251,10 +262,11 @@ void ExportFiles::WriteLog() const {
     }
 }
 
-void ExportFiles::PutInPlace() {
-    std::vector<Replacement> files;
+std::vector<Replacement> ExportFiles::Replacements() const {
+    std::vector<Replacement> files = textures_.Replacements();
     for (const fs::directory_entry& entry : fs::directory_iterator(MadeDirectory())) {
-        files.push_back({entry.path(), exportFile_.parent_path() / entry.path().filename()});
+        files.push_back(
+            {entry.path(), exportFile_.parent_path() / entry.path().filename(), room_->Path()});
     }
     if (HasLog() && !logStandsApart_) {
         // The exporter keeps the log of a failed export open, and Windows moves no open file.
@@ -263,13 +275,18 @@ void ExportFiles::PutInPlace() {
         if (!fs::copy_file(writtenLog_, copy, error)) {
             throw fs::filesystem_error("the log cannot be copied", log_, error);
         }
-        files.push_back({copy, log_});
+        files.push_back({copy, log_, room_->Path()});
     }
     std::ranges::sort(files, [this](const Replacement& a, const Replacement& b) {
         return a.target != exportFile_ && (b.target == exportFile_ || a.target < b.target);
     });
-    app::PutInPlace(files, room_->Path());
-    placed_.emplace();
+    return files;
+}
+
+void ExportFiles::PutInPlace() {
+    const std::vector<Replacement> files = Replacements();
+    app::PutInPlace(files);
+    placed_ = textures_.Unchanged();
     for (const Replacement& file : files) {
         placed_->push_back(file.target);
     }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "host/app/texture_files.h"
 #include "kta/check.h"
 #include "kta/reader.h"
 #include "kta/whole_file.h"
@@ -31,6 +32,13 @@ class ExportFiles {
 
     const std::filesystem::path& ExportFile() const { return exportFile_; }
     const std::filesystem::path& Log() const { return log_; }
+
+    // Textures that come to their places with the export. To be called before Prepare().
+    void AddTextures(TextureFiles textures);
+    const TextureFiles& Textures() const { return textures_; }
+    // Why they cannot, in a line: their places are those of other files, or of the run's own, of
+    // which `others` are not the export's. Empty where they can.
+    std::string TextureObstacle(const std::vector<std::filesystem::path>& others) const;
 
     // Why a file cannot be made in its place, as far as that shows; empty where nothing shows.
     std::string Obstacle() const;
@@ -99,12 +107,14 @@ class ExportFiles {
 
   private:
     std::filesystem::path MadeDirectory() const;
+    std::vector<Replacement> Replacements() const;
 
     std::filesystem::path exportFile_;
     std::filesystem::path log_;
     std::filesystem::path writtenLog_;  // empty before Prepare()
     bool logStandsApart_;
     std::vector<OutputFile> files_;
+    TextureFiles textures_;
     std::optional<kta::PrivateDirectory> room_;
     std::optional<std::vector<std::filesystem::path>> placed_;
 };

@@ -104,6 +104,26 @@ void CheckMaterials(const std::string& file, const scene::Scene& scene) {
     }
 }
 
+// Hands the textures that stand in the scene's file to the export, and says what they replace.
+void TakeTextures(const Options& options, std::vector<import::EmbeddedTexture> textures,
+                  ExportFiles& files, Console& console) {
+    std::vector<fs::path> others;
+    for (const std::optional<std::string>* const file :
+         {&options.receipt, &options.report, &options.saveScene}) {
+        if (*file) {
+            others.push_back(Absolute(**file));
+        }
+    }
+    files.AddTextures(TexturesOf(options, std::move(textures)));
+    if (const std::string reason = files.TextureObstacle(others); !reason.empty()) {
+        throw Failure(kExitRefused, SceneName(options.scene), reason);
+    }
+    for (const fs::path& place : files.Textures().Replaced()) {
+        const scene::LossCode code = scene::LossCode::textureReplaced;
+        console.Warn(code, place.string(), scene::KindOf(code).text);
+    }
+}
+
 DWORD ExportOptionsFor(const Options& options, SceneExport& exporter, const fs::path& plugIn) {
     if (!options.selectedOnly) {
         return 0;
@@ -392,6 +412,9 @@ int ExportRun::Run(const Exporter& exporter, DWORD exportOptions,
     outcome_.inForce = inForce;
     outcome_.options = OnCommandLine(inForce);
     outcome_.nodes = NodesToExport(options_, inForce);
+    for (const import::EmbeddedTexture& texture : files_.Textures().Textures()) {
+        outcome_.textures.push_back(files_.Textures().Place(texture));
+    }
     if (files_.HasLog()) {
         outcome_.log = files_.Log();
     } else {
@@ -435,6 +458,7 @@ int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files,
     CheckConverter(plugInDirectories);
     const DWORD exportOptions = ExportOptionsFor(options, *exporter, plugIn);
 
+    TakeTextures(options, std::move(loaded.textures), files, console);
     if (configDirectory) {
         MakeConfigDirectory(*configDirectory, console);
         if (options.verbose) {

@@ -174,6 +174,7 @@ LoadedScene LoadModel(const std::string& path, const LoadChoices& choices, Readi
         loaded.animations.push_back({clip.name, clip.seconds});
     }
     loaded.coloredMeshes = imported.coloredMeshes;
+    loaded.textures = std::move(imported.textures);
     loaded.upAxis = std::move(imported.upAxis);
     loaded.files = std::move(imported.files);
     return loaded;

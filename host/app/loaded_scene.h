@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/app/options.h"
+#include "host/assimp/imported_scene.h"
 #include "host/scene/losses.h"
 #include "host/scene/scene.h"
 #include "host/sdk/host.h"
@@ -26,10 +27,11 @@ struct Warning {
 
 struct LoadedScene {
     scene::Scene scene;
-    std::vector<Warning> warnings;      // what the importer changed or left out
-    std::vector<scene::Loss> losses;    // the same, case by case
-    std::vector<Animation> animations;  // that the file offers to choose from
-    std::size_t coloredMeshes = 0;      // whose vertex colours the importer left out
+    std::vector<Warning> warnings;                  // what the importer changed or left out
+    std::vector<scene::Loss> losses;                // the same, case by case
+    std::vector<Animation> animations;              // that the file offers to choose from
+    std::size_t coloredMeshes = 0;                  // whose vertex colours the importer left out
+    std::vector<import::EmbeddedTexture> textures;  // that stand in the file; maps name them
     // Of a model: which axis is up, what says so, and whether it was turned.
     std::string upAxis;
     // The files that were read or looked for, there or not; absolute. None of standard input.

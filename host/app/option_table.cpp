@@ -200,6 +200,9 @@ void AddPlaces(CLI::App& app, Options& options) {
     group.AddPath("--log", "FILE", options.log,
                   "where the export's log goes, however the run ends (default: <export file>.log, "
                   "put in place with the export)");
+    group.AddPath("--textures", "DIR", options.textures,
+                  "where textures go that stand inside a model's file; files of their names in DIR "
+                  "are replaced (default: beside the export file, where none is)");
     group.AddPath(
         "--plugin-dir", "DIR", options.pluginDirs,
         "plug-in directory searched for the converter; repeatable, in order (default: where "

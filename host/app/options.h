@@ -49,6 +49,7 @@ struct Options {
     bool savedSettings = false;
     std::optional<std::string> configDir;
     std::optional<std::string> log;
+    std::optional<std::string> textures;
     std::vector<std::string> pluginDirs;
     std::optional<std::string> plugin;
 

@@ -234,6 +234,13 @@ std::optional<fs::path> PresetFileToSave(const Options& options) {
     return FileBeside(options, "--save-preset", "the preset", options.savePreset);
 }
 
+TextureFiles TexturesOf(const Options& options, std::vector<import::EmbeddedTexture> textures) {
+    return options.textures
+               ? TextureFiles(std::move(textures), Absolute(*options.textures), ReplacesFiles::yes)
+               : TextureFiles(std::move(textures), ExportFile(options).parent_path(),
+                              ReplacesFiles::no);
+}
+
 fs::path PlugInFile(const Options& options) {
     return options.plugin ? Absolute(*options.plugin) : ProgramDirectory() / kPlugInName;
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/app/options.h"
+#include "host/app/texture_files.h"
 
 namespace maxhost::app {
 
@@ -32,6 +33,9 @@ std::string SuspectFile(const Options& options);
 // --log's file, absolute. Throws Failure(kExitRefused) when that is a directory, a file of the
 // export, the scene itself or another option's file.
 std::optional<std::filesystem::path> LogFile(const Options& options);
+
+// Where the textures that stand in a model go: into --textures' directory, else beside the export.
+TextureFiles TexturesOf(const Options& options, std::vector<import::EmbeddedTexture> textures);
 
 // --receipt's and --report's files alike.
 std::optional<std::filesystem::path> ReceiptFile(const Options& options);

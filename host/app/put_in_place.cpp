@@ -17,8 +17,7 @@ namespace fs = std::filesystem;
 
 class Move {
   public:
-    Move(const std::vector<Replacement>& files, const fs::path& room)
-        : files_(files), room_(room) {}
+    explicit Move(const std::vector<Replacement>& files) : files_(files) {}
 
     // Where it cannot be done: the error, and the number of the file in `failed`.
     std::error_code All(std::size_t& failed) {
@@ -39,7 +38,7 @@ class Move {
     }
 
   private:
-    fs::path Former(std::size_t i) const { return room_ / ("former" + std::to_string(i)); }
+    fs::path Former(std::size_t i) const { return files_[i].room / ("former" + std::to_string(i)); }
 
     // Gives the former file, if there is one, a second name: it stays in its place meanwhile.
     std::error_code Keep(std::size_t i) const {
@@ -71,16 +70,15 @@ class Move {
     }
 
     const std::vector<Replacement>& files_;
-    const fs::path& room_;
 };
 
 [[noreturn]] void Throw(const Replacement& failed, std::error_code error) {
     throw fs::filesystem_error("cannot be put in place", failed.target, error);
 }
 
-void MoveHere(const std::vector<Replacement>& files, const fs::path& room) {
+void MoveHere(const std::vector<Replacement>& files) {
     std::size_t failed = 0;
-    if (const std::error_code error = Move(files, room).All(failed)) {
+    if (const std::error_code error = Move(files).All(failed)) {
         Throw(files[failed], error);
     }
 }
@@ -93,15 +91,16 @@ struct Result {
 
 // The other process: moves, tells what came of it, and ends. Where nobody is left to be told, it
 // tidies up in that one's place.
-[[noreturn]] void MoveAndEnd(const std::vector<Replacement>& files, const fs::path& room,
-                             int toTell) {
+[[noreturn]] void MoveAndEnd(const std::vector<Replacement>& files, int toTell) {
     setsid();  // what is sent to the group of a terminal or a job does not reach it
     std::signal(SIGPIPE, SIG_IGN);
     Result result;
-    result.error = Move(files, room).All(result.failed).value();
+    result.error = Move(files).All(result.failed).value();
     if (write(toTell, &result, sizeof(result)) != static_cast<ssize_t>(sizeof(result))) {
-        std::error_code ignored;
-        fs::remove_all(room, ignored);
+        for (const Replacement& file : files) {
+            std::error_code ignored;
+            fs::remove_all(file.room, ignored);
+        }
     }
     _exit(0);
 }
@@ -109,16 +108,16 @@ struct Result {
 
 }  // namespace
 
-void PutInPlace(const std::vector<Replacement>& files, const fs::path& room) {
+void PutInPlace(const std::vector<Replacement>& files) {
 #ifndef _WIN32
     int ends[2];
     if (pipe(ends) != 0) {
-        return MoveHere(files, room);
+        return MoveHere(files);
     }
     const pid_t child = fork();
     if (child == 0) {
         close(ends[0]);
-        MoveAndEnd(files, room, ends[1]);
+        MoveAndEnd(files, ends[1]);
     }
     close(ends[1]);
     Result result{EIO, 0};
@@ -126,14 +125,14 @@ void PutInPlace(const std::vector<Replacement>& files, const fs::path& room) {
         child > 0 && read(ends[0], &result, sizeof(result)) == static_cast<ssize_t>(sizeof(result));
     close(ends[0]);
     if (child < 0) {
-        return MoveHere(files, room);
+        return MoveHere(files);
     }
     waitpid(child, nullptr, 0);
     if (!isTold || result.error != 0) {
         Throw(files[result.failed], std::error_code(result.error, std::generic_category()));
     }
 #else
-    MoveHere(files, room);
+    MoveHere(files);
 #endif
 }
 

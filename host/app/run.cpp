@@ -47,6 +47,38 @@ bool IsExported(const Options& options) {
     return !options.list && (!options.saveScene || options.output);
 }
 
+// Whether textures that stand in the model's file get files without an export, which takes them out
+// itself.
+bool SavesTextures(const Options& options, const LoadedScene& loaded) {
+    return options.saveScene && !IsExported(options) && !options.bisect && !loaded.textures.empty();
+}
+
+// A scene that is saved alone names textures that stand in the model's file alone.
+void WarnOfTextures(const Options& options, LoadedScene& loaded) {
+    if (SavesTextures(options, loaded) && !options.textures) {
+        const scene::LossCode code = scene::LossCode::textureEmbedded;
+        const std::size_t count = loaded.textures.size();
+        const std::string text = scene::KindOf(code).text;
+        loaded.warnings.push_back(
+            {code, count == 1 ? text : text + " (" + std::to_string(count) + ")"});
+    }
+}
+
+void SaveTextures(const Options& options, LoadedScene& loaded) {
+    if (!SavesTextures(options, loaded) || !options.textures) {
+        return;
+    }
+    TextureFiles files = TexturesOf(options, std::move(loaded.textures));
+    if (const std::string reason = files.Obstacle({}); !reason.empty()) {
+        throw Failure(kExitRefused, "--textures", reason);
+    }
+    try {
+        files.Write();
+    } catch (const std::filesystem::filesystem_error& error) {
+        throw Failure(kExitRefused, error.path1().string(), error.code().message());
+    }
+}
+
 // What loading changed or left out, and what the exported files cannot say. With --strict throws
 // Failure(kExitFaultyOutput) where there is any.
 void Warn(const Options& options, const LoadedScene& loaded, Console& console) {
@@ -87,6 +119,7 @@ LoadedScene Load(const Options& options, Console& console, bool isTerminal, RunR
     for (std::string& file : FilesOfOptions(options)) {
         report.inputs.push_back(std::move(file));
     }
+    WarnOfTextures(options, loaded);
     Warn(options, loaded, console);
     ApplyChoices(options, loaded);
     if (options.bisect) {
@@ -95,6 +128,7 @@ LoadedScene Load(const Options& options, Console& console, bool isTerminal, RunR
     if (options.scramble) {
         scene::Scramble(loaded.scene);
     }
+    SaveTextures(options, loaded);
     if (options.saveScene) {
         Save(loaded.scene, *options.saveScene, console);
         report.savedScene = options.saveScene;

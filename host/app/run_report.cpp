@@ -1,6 +1,7 @@
 #include "host/app/run_report.h"
 
 #include <algorithm>
+#include <set>
 #include <system_error>
 
 #include "host/app/json_parts.h"
@@ -11,8 +12,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
-FileReport ReportOf(const fs::path& place, const ExportFiles& files) {
-    FileReport report{place, place == files.Log() ? "log" : "converter", 0, {}};
+FileReport ReportOf(const fs::path& place, const ExportFiles& files,
+                    const std::set<fs::path>& textures) {
+    const bool isTexture = textures.contains(place);
+    FileReport report{place,
+                      isTexture              ? "texture"
+                      : place == files.Log() ? "log"
+                                             : "converter",
+                      0,
+                      {}};
     std::error_code ignored;
     const std::uintmax_t size = fs::file_size(place, ignored);
     report.bytes = ignored ? 0 : size;
@@ -102,8 +110,9 @@ void AddNotices(const std::vector<Notice>& notices, int status, Json& json) {
 
 ExportReport ReportOf(const ExportFiles& files, ExportOutcome outcome) {
     ExportReport report;
+    const std::set<fs::path> textures(outcome.textures.begin(), outcome.textures.end());
     for (const fs::path& place : files.Placed()) {
-        report.files.push_back(ReportOf(place, files));
+        report.files.push_back(ReportOf(place, files, textures));
     }
     std::ranges::sort(report.files, {}, &FileReport::path);
     if (files.IsInPlace()) {

@@ -90,6 +90,25 @@ void AddNodesLeftOut(const std::vector<const NodeToExport*>& nodes, bool namesAl
     }
 }
 
+// One line for all textures that were taken out of the scene's file.
+void AddTextures(const ExportOutcome& outcome, std::vector<std::string>& lines) {
+    constexpr std::size_t kMostTextures = 5;
+    if (outcome.textures.empty()) {
+        return;
+    }
+    std::vector<std::string> names;
+    for (const std::filesystem::path& texture : outcome.textures) {
+        if (outcome.namesAll || names.size() < kMostTextures) {
+            names.push_back(texture.filename().string());
+        }
+    }
+    const std::size_t others = outcome.textures.size() - names.size();
+    lines.push_back(outcome.textures.front().parent_path().string() + ": " +
+                    kta::Counted(outcome.textures.size(), "texture") +
+                    " of the scene's file: " + kta::Joined(names) +
+                    (others > 0 ? " and " + std::to_string(others) + " more (-v names all)" : ""));
+}
+
 }  // namespace
 
 std::vector<std::string> ErrorLines(const std::vector<OutputFile>& files,
@@ -151,6 +170,7 @@ std::vector<std::string> Summarize(const std::vector<OutputFile>& files,
             lines.push_back(preview + ": " + problem);
         }
     }
+    AddTextures(outcome, lines);
     if (!outcome.upAxis.empty()) {
         lines.push_back("up axis: " + outcome.upAxis);
     }

@@ -32,12 +32,13 @@ struct ExportOutcome {
     std::vector<NodeToExport> nodes{};  // of the scene
     bool namesAll = false;              // all nodes that were not exported, not the first ten
     std::size_t warnings = 0;
-    std::filesystem::path log{};                 // empty: this export wrote none
-    std::filesystem::path preview{};             // empty: this export made none
-    std::vector<std::string> previewProblems{};  // what it does not show, a line each
-    std::size_t coloredMeshes = 0;               // whose vertex colours are lost
-    std::string upAxis{};                        // of a model's file: see LoadedScene
-    std::string options{};                       // the exporter's, in force, as on the command line
+    std::filesystem::path log{};                    // empty: this export wrote none
+    std::filesystem::path preview{};                // empty: this export made none
+    std::vector<std::string> previewProblems{};     // what it does not show, a line each
+    std::vector<std::filesystem::path> textures{};  // taken out of the scene's file
+    std::size_t coloredMeshes = 0;                  // whose vertex colours are lost
+    std::string upAxis{};                           // of a model's file: see LoadedScene
+    std::string options{};  // the exporter's, in force, as on the command line
     ExportOptions inForce = DefaultExportOptions();  // the same
     std::vector<std::string> optionFiles{};          // the preset and the sidecar file, a line each
 };

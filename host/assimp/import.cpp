@@ -17,6 +17,7 @@
 #include <string_view>
 #include <utility>
 
+#include "host/assimp/embedded_textures.h"
 #include "host/assimp/maths.h"
 #include "host/assimp/mesh/material.h"
 #include "host/assimp/mesh/mesh.h"
@@ -263,7 +264,8 @@ class Converter {
           bones_(source, tree_, pose_, warnings_),
           meshes_({source, tree_, format_, pose_, bones_, warnings_,
                    [this](double share) { ReportMesh(share); }}),
-          materials_(source, format_, result_.scene, warnings_) {}
+          textures_(source, format_, path),
+          materials_(source, format_, textures_, result_.scene, warnings_) {}
 
     ImportedScene Convert() {
         const std::vector<Role> roles =
@@ -289,6 +291,7 @@ class Converter {
             result_.codes.push_back(line.code);
         }
         result_.losses = warnings_.Losses();
+        result_.textures = textures_.Take();
         result_.upAxis = DescribeUp(tree_);
         return std::move(result_);
     }
@@ -432,6 +435,7 @@ class Converter {
     const StartPose pose_;
     const BoneNodes bones_;
     MeshFactory meshes_;
+    EmbeddedTextures textures_;
     MaterialFactory materials_;
     std::vector<NodeFrame> frames_;
 };

@@ -27,6 +27,12 @@ struct AnimationClip {
     int channels = 0;  // animated nodes, meshes and morphs together
 };
 
+// A texture that stands inside the model's file, to become a file of its own.
+struct EmbeddedTexture {
+    std::string name;  // a file's name alone, of at most 200 bytes
+    std::string bytes;
+};
+
 // Choices between the things that a file offers.
 struct ImportChoices {
     // The name or number of the animation, as FindAnimation() reads it; the first where there is no
@@ -42,8 +48,9 @@ struct ImportChoices {
 // names what was changed or left out, one line each, of which `codes` has the kinds in the same
 // order and `losses` every case; `coloredMeshes` counts the meshes that the
 // file gives vertex colours, which are left out too; one that several nodes show counts once.
-// `upAxis` says which axis is up in the file, what says so, and whether it was turned: "y, as the
-// file says, turned to z".
+// `textures` stand in the file itself; no two of them have one name, in large or small letters, and
+// maps name them by it. `upAxis` says which axis is up in the file, what says so, and whether it
+// was turned: "y, as the file says, turned to z".
 struct ImportedScene {
     scene::Scene scene;
     std::vector<std::string> warnings;
@@ -51,6 +58,7 @@ struct ImportedScene {
     std::vector<scene::Loss> losses;
     std::vector<AnimationClip> animations;
     std::size_t coloredMeshes = 0;
+    std::vector<EmbeddedTexture> textures;
     std::string upAxis;
     // The files that the reader opened or looked for, there or not; absolute, sorted.
     std::vector<std::string> files{};

@@ -17,6 +17,7 @@
 #include <system_error>
 
 #include "host/assimp/imported_scene.h"
+#include "host/assimp/text.h"
 
 namespace maxhost::import {
 namespace {
@@ -35,10 +36,7 @@ constexpr std::string_view kTextExtensions[] = {
 constexpr std::string_view kMixedExtensions[] = {".cob", ".dxf", ".fbx", ".ply", ".stl", ".x"};
 
 std::string ExtensionOf(const std::string& path) {
-    std::string extension = fs::path(path).extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    return extension;
+    return InSmallLetters(fs::path(path).extension().string());
 }
 
 template <std::size_t count>

@@ -129,8 +129,9 @@ constexpr LossKind kKinds[] = {
      "Move the texture's coordinates into the first set, where it matters."},
     {LossCode::textureEmbedded, "texture-embedded", kImport,
      "textures that stand in the file itself not taken out",
-     "The exported material names a file that is not on the disk.",
-     "Save the textures beside the model before exporting."},
+     "The material names a file that is not on the disk: a scene is saved without its textures, "
+     "or a texture's bytes cannot be read.",
+     "Give --textures DIR beside --save-scene, or save the textures beside the model."},
     {LossCode::texturePathRecoded, "texture-path-recoded", kImport,
      "texture paths were not UTF-8, read as Latin-1",
      "A path has bytes of an older code page, taken as Western European.",
@@ -264,6 +265,10 @@ constexpr LossKind kKinds[] = {
      "cannot be made, so that settings are not kept: ...",
      "The plug-in configuration directory could not be made.",
      "Name another directory with --config-dir."},
+    {LossCode::textureReplaced, "texture-replaced", kRun,
+     "replaced by a texture of the scene's file",
+     "Another file of that name stood in the directory of --textures.",
+     "Nothing where a former export put it there, or name another directory with --textures."},
 };
 
 constexpr bool IsInOrder() {
@@ -276,7 +281,7 @@ constexpr bool IsInOrder() {
 }
 
 static_assert(IsInOrder(), "a row for each code, in the codes' order");
-static_assert(std::size(kKinds) == static_cast<std::size_t>(LossCode::settingsNotKept) + 1);
+static_assert(std::size(kKinds) == static_cast<std::size_t>(LossCode::textureReplaced) + 1);
 
 }  // namespace
 

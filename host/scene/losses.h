@@ -87,6 +87,7 @@ enum class LossCode {
     // run
     logMissing,
     settingsNotKept,
+    textureReplaced,
 };
 
 enum class LossStage { import, names, exporting, run };

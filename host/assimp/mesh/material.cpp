@@ -129,8 +129,9 @@ float Glossiness(float exponent, SourceFormat format) {
 
 class MaterialReader {
   public:
-    MaterialReader(const aiScene& source, const aiMaterial& material, SourceFormat format)
-        : source_(source), properties_(material), format_(format) {}
+    MaterialReader(const aiMaterial& material, SourceFormat format,
+                   const EmbeddedTextures& textures)
+        : properties_(material), format_(format), textures_(textures) {}
 
     scene::Material Read(ImportWarnings& warnings) {
         scene::Material made;
@@ -211,15 +212,15 @@ class MaterialReader {
         return made;
     }
 
-    // "*3" is the fourth of the textures that the file itself holds, which may know its own name.
     std::string FileOf(const aiString& file) {
-        const aiTexture* const texture = source_.GetEmbeddedTexture(file.C_Str());
-        embedded_ += texture ? 1 : 0;
-        const bool hasOwnName = texture && texture->mFilename.length > 0;
+        const aiTexture* const embedded = textures_.Find(file);
+        const bool hasOwnName = embedded && embedded->mFilename.length > 0;
         bool isRecoded = false;
-        const std::string path = TextOf(hasOwnName ? texture->mFilename : file, &isRecoded);
+        std::string path = TextOf(hasOwnName ? embedded->mFilename : file, &isRecoded);
         recodedPaths_ += isRecoded ? 1 : 0;
-        return path;
+        const std::string* const name = embedded ? textures_.NameOf(*embedded) : nullptr;
+        embedded_ += embedded && !name ? 1 : 0;
+        return name ? *name : path;
     }
 
     std::size_t TexturesIn() const {
@@ -234,9 +235,9 @@ class MaterialReader {
         return count - (isTwice ? 1 : 0);
     }
 
-    const aiScene& source_;
     Properties properties_;
     const SourceFormat format_;
+    const EmbeddedTextures& textures_;
     std::size_t used_ = 0;
     std::size_t embedded_ = 0;
     std::size_t recodedPaths_ = 0;
@@ -289,7 +290,7 @@ int MaterialFactory::Standard(unsigned index) {
     }
     used_.insert(index);
     scene_.materials.push_back(std::make_shared<scene::Material>(
-        MaterialReader(source_, *source_.mMaterials[index], format_).Read(warnings_)));
+        MaterialReader(*source_.mMaterials[index], format_, textures_).Read(warnings_)));
     return static_cast<int>(scene_.materials.size()) - 1;
 }
 

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "host/assimp/embedded_textures.h"
 #include "host/assimp/tree/tree.h"
 #include "host/assimp/warnings.h"
 #include "host/scene/scene.h"
@@ -17,9 +18,13 @@ namespace maxhost::import {
 // Makes materials when a node first needs them. Keeps references to what it is made with.
 class MaterialFactory {
   public:
-    MaterialFactory(const aiScene& source, SourceFormat format, scene::Scene& scene,
-                    ImportWarnings& warnings)
-        : source_(source), format_(format), scene_(scene), warnings_(warnings) {}
+    MaterialFactory(const aiScene& source, SourceFormat format, const EmbeddedTextures& textures,
+                    scene::Scene& scene, ImportWarnings& warnings)
+        : source_(source),
+          format_(format),
+          textures_(textures),
+          scene_(scene),
+          warnings_(warnings) {}
 
     // The position in the scene's materials of what stands for these materials of the Assimp
     // scene: kNone for none, the material itself for one, and for several a multi/sub-object
@@ -34,6 +39,7 @@ class MaterialFactory {
 
     const aiScene& source_;
     const SourceFormat format_;
+    const EmbeddedTextures& textures_;
     scene::Scene& scene_;
     ImportWarnings& warnings_;
     std::map<std::vector<unsigned>, int> made_;

@@ -30,6 +30,12 @@ inline constexpr auto kFields<import::AnimationClip> = std::tuple{
 };
 
 template <>
+inline constexpr auto kFields<import::EmbeddedTexture> = std::tuple{
+    Required("name", &import::EmbeddedTexture::name),
+    Required("bytes", &import::EmbeddedTexture::bytes),
+};
+
+template <>
 inline constexpr auto kFields<import::ImportedScene> = std::tuple{
     Required("scene", &import::ImportedScene::scene),
     Required("warnings", &import::ImportedScene::warnings),
@@ -37,6 +43,7 @@ inline constexpr auto kFields<import::ImportedScene> = std::tuple{
     Required("losses", &import::ImportedScene::losses),
     Required("animations", &import::ImportedScene::animations),
     Required("coloredMeshes", &import::ImportedScene::coloredMeshes),
+    Required("textures", &import::ImportedScene::textures),
     Required("upAxis", &import::ImportedScene::upAxis),
     Required("files", &import::ImportedScene::files),
 };

@@ -292,6 +292,7 @@ TEST(OptionsTest, HelpExplainsEveryOptionWithItsDefault) {
                                             "--keep-partial",
                                             "--config-dir DIR",
                                             "--log FILE",
+                                            "--textures DIR",
                                             "--plugin-dir DIR",
                                             "--plugin FILE",
                                             "--save-scene FILE",

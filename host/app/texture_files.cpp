@@ -1,0 +1,110 @@
+#include "host/app/texture_files.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+#include <utility>
+
+namespace maxhost::app {
+namespace {
+
+namespace fs = std::filesystem;
+
+enum class Standing { nothing, same, other, noFile };
+
+Standing WhatStandsAt(const fs::path& place, const std::string& bytes) {
+    std::error_code error;
+    const fs::file_status status = fs::status(place, error);
+    if (!fs::exists(status)) {
+        return Standing::nothing;
+    }
+    if (!fs::is_regular_file(status)) {
+        return Standing::noFile;
+    }
+    if (fs::file_size(place, error) != bytes.size() || error) {
+        return Standing::other;
+    }
+    std::ifstream file(place, std::ios::binary);
+    const std::string there{std::istreambuf_iterator<char>(file), {}};
+    return there == bytes ? Standing::same : Standing::other;
+}
+
+void WriteFile(const fs::path& file, const std::string& bytes, const fs::path& place) {
+    errno = 0;
+    std::ofstream out(file, std::ios::binary);
+    out << bytes << std::flush;
+    if (!out) {
+        throw fs::filesystem_error(
+            "the texture cannot be written", place,
+            std::error_code(errno != 0 ? errno : EIO, std::generic_category()));
+    }
+}
+
+}  // namespace
+
+TextureFiles::TextureFiles(std::vector<import::EmbeddedTexture> textures, fs::path directory,
+                           ReplacesFiles replaces)
+    : textures_(std::move(textures)), directory_(std::move(directory)), replaces_(replaces) {
+}
+
+std::string TextureFiles::Obstacle(const std::vector<fs::path>& taken) const {
+    for (const import::EmbeddedTexture& texture : textures_) {
+        const fs::path place = Place(texture);
+        if (std::ranges::find(taken, place) != taken.end()) {
+            return place.string() +
+                   ": a texture of the scene has the name of one of the export's own files, "
+                   "expected another name for the export (-o), or --textures DIR";
+        }
+        const Standing found = WhatStandsAt(place, texture.bytes);
+        if (found == Standing::noFile ||
+            (found == Standing::other && replaces_ == ReplacesFiles::no)) {
+            return place.string() + ": " +
+                   (found == Standing::noFile ? "is no regular file"
+                                              : "stands there with another content") +
+                   ", expected room for a texture of the scene (--textures DIR puts them into DIR "
+                   "and replaces files there)";
+        }
+    }
+    return {};
+}
+
+std::vector<fs::path> TextureFiles::Replaced() const {
+    std::vector<fs::path> places;
+    for (const import::EmbeddedTexture& texture : textures_) {
+        if (WhatStandsAt(Place(texture), texture.bytes) == Standing::other) {
+            places.push_back(Place(texture));
+        }
+    }
+    return places;
+}
+
+void TextureFiles::Make(const fs::path& home, const fs::path& made) {
+    const bool isAtHome = directory_ == home;
+    if (!isAtHome && !IsEmpty()) {
+        fs::create_directories(directory_);
+        room_ = std::make_unique<kta::PrivateDirectory>(directory_);
+    }
+    for (std::size_t i = 0; i < textures_.size(); ++i) {
+        const import::EmbeddedTexture& texture = textures_[i];
+        const fs::path place = Place(texture);
+        if (WhatStandsAt(place, texture.bytes) == Standing::same) {
+            unchanged_.push_back(place);
+        } else if (isAtHome) {
+            WriteFile(made / texture.name, texture.bytes, place);
+        } else {
+            const fs::path file = room_->Path() / std::to_string(i);
+            WriteFile(file, texture.bytes, place);
+            replacements_.push_back({file, place, room_->Path()});
+        }
+    }
+}
+
+void TextureFiles::Write() {
+    Make({}, {});
+    PutInPlace(replacements_);
+    room_.reset();
+}
+
+}  // namespace maxhost::app

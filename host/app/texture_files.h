@@ -1,0 +1,61 @@
+// The files that become of the textures which stand inside a model.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/app/put_in_place.h"
+#include "host/assimp/imported_scene.h"
+#include "kta/whole_file.h"
+
+namespace maxhost::app {
+
+// Whether an existing file of other content may be replaced by a texture.
+enum class ReplacesFiles { no, yes };
+
+// Textures that come to their places together with an export. A file that has a texture's name and
+// content already is left as it is.
+class TextureFiles {
+  public:
+    TextureFiles() = default;
+    // The directory is absolute and need not exist.
+    TextureFiles(std::vector<import::EmbeddedTexture> textures, std::filesystem::path directory,
+                 ReplacesFiles replaces);
+
+    bool IsEmpty() const { return textures_.empty(); }
+    const std::filesystem::path& Directory() const { return directory_; }
+    std::filesystem::path Place(const import::EmbeddedTexture& texture) const {
+        return directory_ / texture.name;
+    }
+    const std::vector<import::EmbeddedTexture>& Textures() const { return textures_; }
+
+    // One line that says which texture cannot have its place and why; empty where all can. `taken`
+    // are the places of other files.
+    std::string Obstacle(const std::vector<std::filesystem::path>& taken) const;
+    // Places where files of other content stand, which are to be replaced.
+    std::vector<std::filesystem::path> Replaced() const;
+
+    // Makes the files in `made`, from where all that is in it goes to `home`, or in a private
+    // directory in their own where that is another one. Throws std::filesystem::filesystem_error
+    // with a place.
+    void Make(const std::filesystem::path& home, const std::filesystem::path& made);
+    // What is to be done for those that Make() made in their own directory.
+    const std::vector<Replacement>& Replacements() const { return replacements_; }
+    // The places of files that are there already.
+    const std::vector<std::filesystem::path>& Unchanged() const { return unchanged_; }
+
+    // Writes the files without an export. Throws std::filesystem::filesystem_error with a place.
+    void Write();
+
+  private:
+    std::vector<import::EmbeddedTexture> textures_;
+    std::filesystem::path directory_;
+    ReplacesFiles replaces_ = ReplacesFiles::no;
+    std::unique_ptr<kta::PrivateDirectory> room_;
+    std::vector<Replacement> replacements_;
+    std::vector<std::filesystem::path> unchanged_;
+};
+
+}  // namespace maxhost::app
