@@ -99,7 +99,13 @@ class PlantedFaults(unittest.TestCase):
 
     def test_end_of_the_shell(self):
         self.change("docs/page.md", "$ false", "$ exit 0")
-        self.expect("docs/page.md:11: ended the shell")
+        self.expect("docs/page.md:11: exit 0", "ended the shell")
+
+    def test_command_without_an_end(self):
+        self.change("docs/page.md", "$ false", "$ sleep 100")
+        self.addCleanup(setattr, run_docs, "MOST_SECONDS", run_docs.MOST_SECONDS)
+        run_docs.MOST_SECONDS = 1
+        self.expect("docs/page.md:11: sleep 100", "was not done in time")
 
     def test_page_without_commands(self):
         self.change("README.md", README[README.index("```"):], "")

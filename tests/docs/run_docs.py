@@ -122,8 +122,8 @@ def run_session(page, folder):
     environment = {"HOME": str(folder.parent / "home"), "LC_ALL": "C.UTF-8", "TERM": "dumb",
                    "PATH": f"{folder / '.played'}:{programs}:{os.environ['PATH']}"}
     run = subprocess.run(
-        ["bash", "-c", session(page, mark)], env=environment, stdin=subprocess.DEVNULL,
-        stdout=subprocess.PIPE, timeout=MOST_SECONDS, check=False,
+        ["timeout", str(MOST_SECONDS), "bash", "-c", session(page, mark)], env=environment,
+        stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, check=False,
         cwd=folder if page.name == "README.md" else folder / "examples")
     printed = run.stdout.decode("utf-8", "backslashreplace")
     for there, shown in ((folder, FOLDER), (programs.resolve(), FOLDER + "/build/release/bin")):
@@ -162,7 +162,8 @@ def compare(page, results):
     differing, faults = [], []
     commands = [command for command in page.commands if not is_not_run(page, command)]
     if len(results) < len(commands):
-        faults.append(f"{page.name}:{commands[len(results)].line}: ended the shell")
+        faults.append(f"{page.name}:{commands[len(results)].line}: "
+                      f"{commands[len(results)].text}\nended the shell, or was not done in time")
     for position, (command, (found, status)) in enumerate(zip(commands, results)):
         where = f"{page.name}:{command.line}: {command.text}"
         if not is_good(status, commands, position):
