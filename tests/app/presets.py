@@ -58,7 +58,7 @@ def settings(**changes):
 
 
 def shown_preset(page):
-    block = re.search(r"```json\n(.*?)```", page, re.S)
+    block = re.search(r"```json work\.json\n(.*?)```", page, re.S)
     if block is None:
         sys.exit("docs/presets.md shows no preset")
     return json.loads(block.group(1))
@@ -87,7 +87,7 @@ def check_shown_preset(folder, page):
 def check_shown_refusals(folder, page):
     """The lines that the page shows, each from a file that deserves it."""
     files = ['{"sampel-rate": 3}', '{"weight-threshold": 2}', '{\n"sample-rate": 3\n']
-    lines = re.findall(r"^    (hdo-export: work\.json: .*)$", page, re.M)
+    lines = re.findall(r"^(hdo-export: work\.json: .*)$", page, re.M)
     expect("refusals shown", len(lines), len(files))
     for text, line in zip(files, lines):
         folder.write("work.json", text)

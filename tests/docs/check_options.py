@@ -18,7 +18,7 @@ HELP_LINE = re.compile(r"^  +(?:-\w, )?(--\S+)", re.MULTILINE)
 COMMAND = re.compile(r"^  ([a-z]+) {2,}", re.MULTILINE)
 
 # Named on pages, and options of other programs or of the tests' scripts.
-OF_OTHERS = {"case", "component", "exports", "ext-diff", "gtest_filter", "install",
+OF_OTHERS = {"case", "component", "exports", "ext-diff", "gtest_filter", "install", "no",
              "interruptions", "prefix", "preset", "update"}
 
 
