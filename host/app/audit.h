@@ -1,6 +1,8 @@
 // Comparing an export with its scene and keeping books of it, where the command line asks.
 #pragma once
 
+#include <functional>
+#include <string>
 #include <vector>
 
 #include "host/app/export_files.h"
@@ -20,14 +22,18 @@ struct AuditInput {
     StageTimes times;
 };
 
-// Of the scene that is open in the host and of its export, both of whose files were verified and
-// are without faults. `nodes` are the scene's, in its order.
+// Of the scene that is open in the host and of its export, both of whose files were verified; what
+// is wrong with them is in `faults`. Files that cannot be read whole are not compared with the
+// scene. `nodes` are the scene's, in its order.
 Receipt Audit(const Options& options, const ExportFiles& files,
-              const std::vector<NodeToExport>& nodes, const ExportOptions& inForce,
-              const AuditInput& input, const RunReport& report);
+              const std::vector<std::string>& faults, const std::vector<NodeToExport>& nodes,
+              const ExportOptions& inForce, const AuditInput& input, const RunReport& report);
 
-// Writes what --receipt and --report ask for; each file is replaced whole. Throws
-// std::filesystem::filesystem_error with the file that cannot be written.
-void WriteReceipt(const Options& options, const Receipt& receipt);
+// Writes what --receipt and --report ask for, then calls `putInPlace`, then puts each of both in
+// its place, whole. What that throws goes through, and the former receipt and report stay then.
+// Throws std::filesystem::filesystem_error with the file that cannot be written; nothing is put in
+// place.
+void WriteReceipt(const Options& options, const Receipt& receipt,
+                  const std::function<void()>& putInPlace);
 
 }  // namespace maxhost::app

@@ -1,5 +1,6 @@
 // How far what an export's files say is from the scene: where vertices and morph targets stand,
-// how nodes are posed over time, where skins take their vertices, and which textures are named.
+// their normals and texture coordinates, how nodes are posed over time, and where skins take their
+// vertices.
 //
 // The files are evaluated by the toolkit, the scene by the SDK work-alike and from its plain data;
 // neither uses the exporter's code. Takes time in proportion to vertices and weights (times at most
@@ -20,7 +21,7 @@ constexpr std::size_t kMostSkinTimes = 9;
 
 // The worst of its kind, and where it was found.
 struct WorstCase {
-    double value = 0;         // a distance in the scene's units, or degrees
+    double value = 0;         // a distance in the scene's units, degrees, or of texture coordinates
     int node = scene::kNone;  // kNone: everything is equal
     int vertex = -1;          // of the scene's mesh
     int bone = scene::kNone;  // that has most of the vertex
@@ -37,7 +38,8 @@ struct Deviation {
     // thousandth of the box's distance from the origin, as rounding there is no deviation.
     double size = 0;
     std::size_t vertices = 0, poses = 0, times = 0, skinnedVertices = 0, morphPoints = 0;
-    WorstCase vertex, pose, angle, skin, morph;
+    std::size_t normals = 0, coordinatePairs = 0;  // of corners of triangles
+    WorstCase vertex, pose, angle, skin, morph, normal, coordinates;
     // Nodes with what the files' translation, rotation and scale cannot say, at some of the times;
     // their poses do not count. In the scene's order.
     std::vector<int> sheared;
@@ -54,7 +56,7 @@ struct Deviation {
     double Percent(const WorstCase& worst) const {
         return size > 0 ? worst.value / size * 100 : worst.value > 0 ? 100 : 0;
     }
-    // Of all, percents and degrees alike.
+    // Of all distances and turned nodes, percents and degrees alike.
     double Worst() const;
 };
 

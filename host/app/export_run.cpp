@@ -14,6 +14,7 @@
 #include "host/app/export_files.h"
 #include "host/app/places.h"
 #include "host/app/plugin_loader.h"
+#include "host/app/plugin_run.h"
 #include "host/app/presets.h"
 #include "host/app/scene_report.h"
 #include "host/app/summary.h"
@@ -23,68 +24,6 @@ namespace maxhost::app {
 namespace {
 
 namespace fs = std::filesystem;
-
-// The current directory while the object lives.
-class WorkingDirectory {
-  public:
-    explicit WorkingDirectory(const fs::path& directory) : former_(fs::current_path()) {
-        fs::current_path(directory);
-    }
-    ~WorkingDirectory() {
-        std::error_code ignored;
-        fs::current_path(former_, ignored);
-    }
-
-    WorkingDirectory(const WorkingDirectory&) = delete;
-    WorkingDirectory& operator=(const WorkingDirectory&) = delete;
-
-  private:
-    fs::path former_;
-};
-
-// The user, the progress bar and the debugger, in place while one export runs.
-class RunningExport {
-  public:
-    RunningExport(const Options& options, DialogUser& user, ProgressObserver& bar, Console& console,
-                  StageTimes& times, bool showsProgress)
-        : console_(options.verbose ? &console : nullptr), times_(times) {
-        Host& host = Host::Instance();
-        host.SetProgressObserver(showsProgress ? &bar : nullptr);
-        host.CancelAtUpdate(options.cancelAfter);
-        if (!options.showDialog) {
-            win32::SetUser(&user);
-        }
-#ifndef _WIN32
-        if (options.verbose || IsAudited(options)) {
-            win32::SetDebugSink(TakeText, this);
-        }
-#endif
-    }
-    ~RunningExport() {
-        Host::Instance().SetProgressObserver(nullptr);
-        win32::SetUser(nullptr);
-#ifndef _WIN32
-        win32::SetDebugSink(nullptr, nullptr);
-        times_.Stop();
-#endif
-    }
-
-    RunningExport(const RunningExport&) = delete;
-    RunningExport& operator=(const RunningExport&) = delete;
-
-  private:
-    // The debugger's texts are the log's lines. Windows itself takes them.
-    static void TakeText(const char* text, void* context) {
-        auto& running = *static_cast<RunningExport*>(context);
-        running.times_.OnText(text);
-        if (running.console_) {
-            running.console_->Copy(text);
-        }
-    }
-
-    [[maybe_unused]] Console* console_;  // null: it gets no copy
-    StageTimes& times_;
-};
 
 void MakeConfigDirectory(const fs::path& directory, Console& console) {
     std::error_code error;
@@ -124,37 +63,6 @@ void TakeTextures(const Options& options, std::vector<import::EmbeddedTexture> t
     }
 }
 
-DWORD ExportOptionsFor(const Options& options, SceneExport& exporter, const fs::path& plugIn) {
-    if (!options.selectedOnly) {
-        return 0;
-    }
-    if (!exporter.SupportsOptions(0, SCENE_EXPORT_SELECTED)) {
-        throw Failure(kExitRefused, "--selected", plugIn.string() + " does not export selections");
-    }
-    return SCENE_EXPORT_SELECTED;
-}
-
-// The open scene's nodes; an export leaves out those with a reason, which is the first that holds.
-std::vector<NodeToExport> NodesToExport(const Options& options, const ExportOptions& inForce) {
-    const Class_ID footprint(0x3011, 0);
-    const bool isCancelled = Host::Instance().GetInterface()->GetCancel() != FALSE;
-    std::vector<NodeToExport> nodes;
-    for (INode* const node : Host::Instance().Nodes()) {
-        Control* const transform = node->GetTMController();
-        const bool isFootprint = transform != nullptr && transform->ClassID() == footprint;
-        const bool isHidden = node->IsHidden(0, FALSE) && !inForce.exportHidden;
-        using enum scene::LossCode;
-        const std::optional<scene::LossCode> whyNot = options.selectedOnly && !node->Selected()
-                                                          ? std::optional(nodeNotSelected)
-                                                      : isFootprint ? std::optional(nodeFootprint)
-                                                      : isHidden    ? std::optional(nodeHidden)
-                                                      : isCancelled ? std::optional(nodeCancelled)
-                                                                    : std::nullopt;
-        nodes.push_back({node->GetName(), whyNot ? &scene::KindOf(*whyNot) : nullptr});
-    }
-    return nodes;
-}
-
 // What of a preset the dialog has no control for is what its exporter starts from.
 void WriteStartingSettings(const ExportOptions& preset, const fs::path& directory) {
     ExportOptions start = DefaultExportOptions();
@@ -180,16 +88,13 @@ class ExportRun {
           report_(report),
           user_(console, files.ExportFile().string(), options.choices, options.cancelDialog) {}
 
-    int Run(const Exporter& exporter, DWORD exportOptions,
-            const std::optional<fs::path>& configDirectory, ExportOutcome outcome,
-            bool showsProgress);
+    // `run` has the directory of settings, or none for one that goes with the export.
+    int Run(PlugInRun run, ExportOutcome outcome);
 
   private:
     std::vector<std::string> MakePreview();
-    int Compare();
+    int Compare(const std::vector<std::string>& faults);
     std::optional<int> Prepare();
-    int RunPlugIn(const Exporter& exporter, DWORD exportOptions, const fs::path& configDirectory,
-                  bool showsProgress);
     int StatusOf(int result);
     std::optional<int> EndedInDialog(int result);
     int ReportFailure();
@@ -228,23 +133,6 @@ std::optional<int> ExportRun::Prepare() {
     }
     Report("the export failed: " + reason);
     return kExitExportFailed;
-}
-
-// Lets the plug-in export the open scene; the result is DoExport's.
-int ExportRun::RunPlugIn(const Exporter& exporter, DWORD exportOptions,
-                         const fs::path& configDirectory, bool showsProgress) {
-    Host& host = Host::Instance();
-    host.SetDir(APP_PLUGCFG_DIR, configDirectory.string());
-    ExportProgress bar(console_);
-    const RunningExport running(options_, user_, bar, console_, audit_.times, showsProgress);
-    const WorkingDirectory directory(files_.WorkingDirectory());
-    const CallCounts before = CountedCalls();
-    const Stopwatch watch;
-    const int result = exporter->DoExport(files_.PrivateName().c_str(), nullptr,
-                                          host.GetInterface(), FALSE, exportOptions);
-    report_.exportingSeconds = watch.Seconds();
-    report_.calls = CallsSince(before);
-    return result;
 }
 
 int ExportRun::ReportFailure() {
@@ -291,6 +179,7 @@ int ExportRun::Check() {
     const Stopwatch watch;
     files_.Verify();
     std::vector<std::string> faults = files_.WriteErrors();
+    const bool isDiskFull = !faults.empty();
     if (faults.empty()) {
         std::vector<std::string> converterFaults = ConverterFaults(PlugInDirectories(options_));
         for (std::string& line : converterFaults) {
@@ -312,7 +201,10 @@ int ExportRun::Check() {
         files_.DropConverted();
     }
     report_.checkingSeconds = watch.Seconds();
-    return !faults.empty() ? kExitFaultyOutput : IsAudited(options_) ? Compare() : kExitDone;
+    if (IsAudited(options_) && !isDiskFull) {
+        return Compare(faults);
+    }
+    return faults.empty() ? kExitDone : kExitFaultyOutput;
 }
 
 // In the place of the stand-in converter, which makes it where it reads the files. Why it cannot be
@@ -330,12 +222,14 @@ std::vector<std::string> ExportRun::MakePreview() {
     return {};
 }
 
-// With the scene; the status that the receipt says.
-int ExportRun::Compare() {
+// With the scene; the status that the receipt says. Faults, which are told already, stand in it.
+int ExportRun::Compare(const std::vector<std::string>& faults) {
     report_.origins = OriginsOf(options_, outcome_.inForce, OriginOfTheRest());
-    receipt_ = Audit(options_, files_, outcome_.nodes, outcome_.inForce, audit_, report_);
-    for (const std::string& line : Objections(*receipt_)) {
-        Report(line);
+    receipt_ = Audit(options_, files_, faults, outcome_.nodes, outcome_.inForce, audit_, report_);
+    if (faults.empty()) {
+        for (const std::string& line : Objections(*receipt_)) {
+            Report(line);
+        }
     }
     return receipt_->status;
 }
@@ -374,11 +268,15 @@ int ExportRun::Place(int status, bool isExport) {
         status == kExitExportFailed ? files_.Parts() : std::vector<std::string>();
     try {
         files_.WriteLog();
+        const auto putInPlace = [&] {
+            if (isExport && (status == kExitDone || options_.keepPartial)) {
+                files_.PutInPlace();
+            }
+        };
         if (isExport && receipt_ && status == receipt_->status) {
-            WriteReceipt(options_, *receipt_);
-        }
-        if (isExport && (status == kExitDone || options_.keepPartial)) {
-            files_.PutInPlace();
+            WriteReceipt(options_, *receipt_, putInPlace);
+        } else {
+            putInPlace();
         }
     } catch (const fs::filesystem_error& error) {
         console_.Report(error.path1().string(), error.code().message());
@@ -394,21 +292,21 @@ int ExportRun::Place(int status, bool isExport) {
     return status;
 }
 
-int ExportRun::Run(const Exporter& exporter, DWORD exportOptions,
-                   const std::optional<fs::path>& configDirectory, ExportOutcome outcome,
-                   bool showsProgress) {
+int ExportRun::Run(PlugInRun run, ExportOutcome outcome) {
     if (const std::optional<int> status = Prepare()) {
         return *status;
     }
     outcome_ = std::move(outcome);
-    const fs::path settings = configDirectory.value_or(files_.SettingsDirectory());
-    if (!configDirectory && options_.presetSettings) {
-        WriteStartingSettings(*options_.presetSettings, settings);
+    if (run.configDirectory.empty()) {
+        run.configDirectory = files_.SettingsDirectory();
+        if (options_.presetSettings) {
+            WriteStartingSettings(*options_.presetSettings, run.configDirectory);
+        }
     }
     readsAlone_ = TakeReadingFromConverter(PlugInDirectories(options_));
     interrupts_.PressCancel();
-    const int result = RunPlugIn(exporter, exportOptions, settings, showsProgress);
-    const ExportOptions inForce = ReadSettings(settings);
+    const int result = RunPlugIn(run, options_, files_, user_, console_, audit_.times, report_);
+    const ExportOptions inForce = ReadSettings(run.configDirectory);
     outcome_.inForce = inForce;
     outcome_.options = OnCommandLine(inForce);
     outcome_.nodes = NodesToExport(options_, inForce);
@@ -477,7 +375,8 @@ int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files,
     }
     host.OpenScene(std::move(loaded.scene));
     return ExportRun(options, files, interrupts, console, audit, report)
-        .Run(exporter, exportOptions, configDirectory, std::move(outcome), showsProgress);
+        .Run({exporter, exportOptions, configDirectory.value_or(fs::path()), showsProgress},
+             std::move(outcome));
 }
 
 }  // namespace maxhost::app

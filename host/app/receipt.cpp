@@ -146,11 +146,15 @@ NamedDeviation Named(const Deviation& deviation, const scene::Scene& scene) {
             .times = deviation.times,
             .skinnedVertices = deviation.skinnedVertices,
             .morphPoints = deviation.morphPoints,
+            .normals = deviation.normals,
+            .coordinatePairs = deviation.coordinatePairs,
             .vertex = named(deviation.vertex, false),
             .pose = named(deviation.pose, true),
             .angle = named(deviation.angle, true),
             .skin = named(deviation.skin, true),
             .morph = named(deviation.morph, false),
+            .normal = named(deviation.normal, false),
+            .coordinates = named(deviation.coordinates, false),
             .worst = deviation.Worst()};
 }
 
@@ -183,8 +187,8 @@ std::string WorstOf(const NamedDeviation& deviation) {
 std::vector<std::string> Objections(const Receipt& receipt) {
     constexpr std::size_t kMostLosses = 10;
     std::vector<std::string> lines;
-    if (receipt.maxError && !(receipt.deviation.worst <= *receipt.maxError)) {
-        lines.push_back(WorstOf(receipt.deviation) + ", expected at most " +
+    if (receipt.maxError && receipt.deviation && !(receipt.deviation->worst <= *receipt.maxError)) {
+        lines.push_back(WorstOf(*receipt.deviation) + ", expected at most " +
                         Figure(*receipt.maxError));
     }
     std::size_t losses = 0;
@@ -249,7 +253,12 @@ Json JsonOf(const NamedDeviation& deviation) {
         {"skins",
          {{"compared", deviation.skinnedVertices}, {"worst", JsonOf(deviation.skin, "distance")}}},
         {"morphs",
-         {{"compared", deviation.morphPoints}, {"worst", JsonOf(deviation.morph, "distance")}}}};
+         {{"compared", deviation.morphPoints}, {"worst", JsonOf(deviation.morph, "distance")}}},
+        {"normals",
+         {{"compared", deviation.normals}, {"worst", JsonOf(deviation.normal, "degrees")}}},
+        {"textureCoordinates",
+         {{"compared", deviation.coordinatePairs},
+          {"worst", JsonOf(deviation.coordinates, "difference")}}}};
 }
 
 Json JsonOf(const LedgerEntry& loss) {
@@ -293,8 +302,12 @@ std::string JsonOf(const Receipt& receipt, bool withTimes) {
                          {"chunks", ChunksOf(file.chunks)}});
     }
     json["nodes"] = {{"inScene", receipt.nodesInScene}, {"exported", receipt.nodesExported}};
+    Json& faults = json["faults"] = Json::array();
+    for (const std::string& fault : receipt.faults) {
+        faults.push_back(Text(fault));
+    }
     json["issues"] = IssuesOf(receipt.issues);
-    json["deviation"] = JsonOf(receipt.deviation);
+    json["deviation"] = receipt.deviation ? JsonOf(*receipt.deviation) : Json();
     json["maxError"] = receipt.maxError ? Number(*receipt.maxError) : Json();
     json["newLosses"] = NewLosses(receipt);
     Json& losses = json["losses"] = Json::array();

@@ -36,7 +36,8 @@ struct NamedWorst {
 struct NamedDeviation {
     double size = 0;
     std::size_t vertices = 0, poses = 0, times = 0, skinnedVertices = 0, morphPoints = 0;
-    NamedWorst vertex, pose, angle, skin, morph;
+    std::size_t normals = 0, coordinatePairs = 0;
+    NamedWorst vertex, pose, angle, skin, morph, normal, coordinates;
     double worst = 0;  // in percent and degrees
 };
 
@@ -44,14 +45,15 @@ struct Receipt {
     std::string scene;  // as it was given
     int status = 0;
     ExportOptions inForce = DefaultExportOptions();
-    Json origins = Json::object();  // of the options: see OriginsOf
-    std::vector<FileReport> files;  // the actor file and the motion file, without faults
+    Json origins = Json::object();    // of the options: see OriginsOf
+    std::vector<FileReport> files;    // the actor file and the motion file
+    std::vector<std::string> faults;  // of the files, a line each, as they are told
     std::size_t nodesInScene = 0, nodesExported = 0;
-    std::vector<NodeCost> costs;     // most bytes first
-    std::vector<kta::Issue> issues;  // warnings of the check
-    NamedDeviation deviation;
-    std::optional<double> maxError;  // asked for
-    bool failsByLosses = false;      // asked for
+    std::vector<NodeCost> costs;              // most bytes first
+    std::vector<kta::Issue> issues;           // warnings and errors of the check
+    std::optional<NamedDeviation> deviation;  // none: the files cannot be read
+    std::optional<double> maxError;           // asked for
+    bool failsByLosses = false;               // asked for
     std::vector<LedgerEntry> losses;
     double readingSeconds = 0, exportingSeconds = 0, checkingSeconds = 0, comparingSeconds = 0;
     StageTimes times;

@@ -107,8 +107,9 @@ class Page {
   private:
     void AddHead(const std::string& name);
     void AddDeviation();
+    enum class Unit { distance, degrees, coordinates };
     void AddWorst(const char* what, const std::string& compared, const NamedWorst& worst,
-                  bool isAngle);
+                  Unit unit);
     void AddLosses();
     void AddLoss(const scene::LossKind& kind, const std::vector<const LedgerEntry*>& losses);
     void AddIssues();
@@ -152,10 +153,13 @@ class Page {
 void Page::AddHead(const std::string& name) {
     const std::vector<std::string> objections = Objections(receipt_);
     html_ += "<p class=\"soft\">Export receipt</p>\n<h1>" + name + "</h1>\n";
-    html_ += objections.empty() ? "<p class=\"good\"><b>Exported</b></p>\n"
-                                : "<p class=\"bad\"><b>Failed</b>, nothing was put in place</p>\n";
-    for (const std::string& line : objections) {
-        html_ += "<p class=\"bad\">" + Escaped(line) + "</p>\n";
+    html_ += receipt_.status == 0
+                 ? "<p class=\"good\"><b>Exported</b></p>\n"
+                 : "<p class=\"bad\"><b>Failed</b>, nothing was put in place</p>\n";
+    for (const auto* const lines : {&receipt_.faults, &objections}) {
+        for (const std::string& line : *lines) {
+            html_ += "<p class=\"bad\">" + Escaped(line) + "</p>\n";
+        }
     }
     std::uint64_t bytes = 0;
     for (const FileReport& file : receipt_.files) {
@@ -168,16 +172,18 @@ void Page::AddHead(const std::string& name) {
     fact(std::to_string(receipt_.nodesExported) + " of " + std::to_string(receipt_.nodesInScene),
          "nodes exported");
     fact(std::to_string(bytes), "bytes in both files");
-    fact(Short(receipt_.deviation.worst), "worst deviation, percent or degrees");
+    fact(receipt_.deviation ? Short(receipt_.deviation->worst) : "?",
+         "worst deviation, percent or degrees");
     fact(std::to_string(receipt_.losses.size()),
          "losses, " + std::to_string(NewLosses(receipt_)) + " of them not accepted before");
     html_ += "</div>\n";
 }
 
 void Page::AddWorst(const char* what, const std::string& compared, const NamedWorst& worst,
-                    bool isAngle) {
-    const std::string value = isAngle
-                                  ? Short(worst.value) + "&deg;"
+                    Unit unit) {
+    const std::string value = unit == Unit::degrees ? Short(worst.value) + "&deg;"
+                              : unit == Unit::coordinates
+                                  ? Short(worst.value) + " of the image"
                                   : Short(worst.value) + " units (" + Short(worst.percent) + " %)";
     std::string where = worst.path.empty() ? "" : Code(worst.path);
     const auto add = [&](const std::string& more) { where += (where.empty() ? "" : ", ") + more; };
@@ -197,19 +203,28 @@ void Page::AddWorst(const char* what, const std::string& compared, const NamedWo
 }
 
 void Page::AddDeviation() {
-    const NamedDeviation& found = receipt_.deviation;
-    html_ += "<h2>Deviation from the scene</h2>\n<p class=\"soft\">The scene is " +
-             Short(found.size) + " units across; percents are of that.</p>\n";
+    html_ += "<h2>Deviation from the scene</h2>\n";
+    if (!receipt_.deviation) {
+        html_ += "<p>Not known, since the files cannot be read.</p>\n";
+        return;
+    }
+    const NamedDeviation& found = *receipt_.deviation;
+    html_ += "<p class=\"soft\">The scene is " + Short(found.size) +
+             " units across; percents are of that.</p>\n";
     Head({"What", "Compared", "Worst", "Where"});
     AddWorst("Vertices at frame 0", std::to_string(found.vertices) + " vertices", found.vertex,
-             false);
+             Unit::distance);
     const std::string poses =
         std::to_string(found.poses) + " poses at " + kta::Counted(found.times, "time");
-    AddWorst("Where nodes stand", poses, found.pose, false);
-    AddWorst("How nodes are turned", poses, found.angle, true);
+    AddWorst("Where nodes stand", poses, found.pose, Unit::distance);
+    AddWorst("How nodes are turned", poses, found.angle, Unit::degrees);
     AddWorst("Skinned vertices", std::to_string(found.skinnedVertices) + " places", found.skin,
-             false);
-    AddWorst("Morph targets", kta::Counted(found.morphPoints, "point"), found.morph, false);
+             Unit::distance);
+    AddWorst("Morph targets", kta::Counted(found.morphPoints, "point"), found.morph,
+             Unit::distance);
+    AddWorst("Normals", kta::Counted(found.normals, "corner"), found.normal, Unit::degrees);
+    AddWorst("Texture coordinates", kta::Counted(found.coordinatePairs, "pair"), found.coordinates,
+             Unit::coordinates);
     EndTable(0);
 }
 

@@ -30,6 +30,7 @@ class SceneWorlds {
     explicit SceneWorlds(const std::vector<INode*>& nodes);
 
     std::vector<kta::Affine> At(int tick) const;
+    INode& NodeAt(int node) const { return *nodes_[static_cast<std::size_t>(node)]; }
 
   private:
     const std::vector<INode*>& nodes_;

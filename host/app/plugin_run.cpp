@@ -1,0 +1,185 @@
+#include "host/app/plugin_run.h"
+
+#include <impexp.h>
+#include <max.h>
+#include <maxapi.h>
+
+#include <optional>
+#include <system_error>
+
+#include "host/app/audit.h"
+#include "host/app/exit_status.h"
+#include "host/app/places.h"
+#include "host/sdk/host.h"
+
+namespace maxhost::app {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The current directory while the object lives.
+class WorkingDirectory {
+  public:
+    explicit WorkingDirectory(const fs::path& directory) : former_(fs::current_path()) {
+        fs::current_path(directory);
+    }
+    ~WorkingDirectory() {
+        std::error_code ignored;
+        fs::current_path(former_, ignored);
+    }
+
+    WorkingDirectory(const WorkingDirectory&) = delete;
+    WorkingDirectory& operator=(const WorkingDirectory&) = delete;
+
+  private:
+    fs::path former_;
+};
+
+// ---------------------------------------------------------------- the debugger's texts
+
+// Gives what the plug-in writes for a debugger, which are the log's lines, to a function while the
+// object lives; there is one at a time.
+class DebugTexts {
+  public:
+    using Take = void (*)(const char* text, void* context);
+
+#ifdef _WIN32
+    // A text for the debugger is an exception that nobody needs to handle.
+    DebugTexts(Take take, void* context) : handler_(AddVectoredExceptionHandler(1, OnException)) {
+        take_ = take;
+        context_ = context;
+    }
+    ~DebugTexts() {
+        RemoveVectoredExceptionHandler(handler_);
+        take_ = nullptr;
+    }
+#else
+    DebugTexts(Take take, void* context) {
+        win32::SetDebugSink(take, context);
+    }
+    ~DebugTexts() {
+        win32::SetDebugSink(nullptr, nullptr);
+    }
+#endif
+
+    DebugTexts(const DebugTexts&) = delete;
+    DebugTexts& operator=(const DebugTexts&) = delete;
+
+#ifdef _WIN32
+  private:
+    static LONG CALLBACK OnException(EXCEPTION_POINTERS* exception) {
+        constexpr DWORD kText = 0x40010006;  // DBG_PRINTEXCEPTION_C: its length, and where it is
+        const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
+        if (record.ExceptionCode == kText && record.NumberParameters >= 2 && take_ != nullptr) {
+            take_(reinterpret_cast<const char*>(record.ExceptionInformation[1]), context_);
+        }
+        return EXCEPTION_CONTINUE_SEARCH;
+    }
+
+    static inline Take take_ = nullptr;
+    static inline void* context_ = nullptr;
+    void* handler_;
+#endif
+};
+
+// ---------------------------------------------------------------- the run
+
+// The user, the progress bar and the debugger, in place while one export runs.
+class RunningExport {
+  public:
+    RunningExport(const Options& options, DialogUser& user, ProgressObserver& bar, Console& console,
+                  StageTimes& times, bool showsProgress)
+        : console_(CopiesTexts(options) ? &console : nullptr), times_(times) {
+        Host& host = Host::Instance();
+        host.SetProgressObserver(showsProgress ? &bar : nullptr);
+        host.CancelAtUpdate(options.cancelAfter);
+        if (!options.showDialog) {
+            win32::SetUser(&user);
+        }
+        if (console_ || IsAudited(options)) {
+            texts_.emplace(TakeText, this);
+        }
+    }
+    ~RunningExport() {
+        Host::Instance().SetProgressObserver(nullptr);
+        win32::SetUser(nullptr);
+        texts_.reset();
+        times_.Stop();
+    }
+
+    RunningExport(const RunningExport&) = delete;
+    RunningExport& operator=(const RunningExport&) = delete;
+
+  private:
+    // Windows itself has a debugger for them.
+    static bool CopiesTexts([[maybe_unused]] const Options& options) {
+#ifdef _WIN32
+        return false;
+#else
+        return options.verbose;
+#endif
+    }
+    static void TakeText(const char* text, void* context) {
+        auto& running = *static_cast<RunningExport*>(context);
+        running.times_.OnText(text);
+        if (running.console_) {
+            running.console_->Copy(text);
+        }
+    }
+
+    Console* console_;  // null: it gets no copy
+    StageTimes& times_;
+    std::optional<DebugTexts> texts_;
+};
+
+}  // namespace
+
+int RunPlugIn(const PlugInRun& run, const Options& options, const ExportFiles& files,
+              DialogUser& user, Console& console, StageTimes& times, RunReport& report) {
+    Host& host = Host::Instance();
+    host.SetDir(APP_PLUGCFG_DIR, run.configDirectory.string());
+    ExportProgress bar(console);
+    const RunningExport running(options, user, bar, console, times, run.showsProgress);
+    const WorkingDirectory directory(files.WorkingDirectory());
+    const CallCounts before = CountedCalls();
+    const Stopwatch watch;
+    const int result = run.exporter->DoExport(files.PrivateName().c_str(), nullptr,
+                                              host.GetInterface(), FALSE, run.exportOptions);
+    report.exportingSeconds = watch.Seconds();
+    report.calls = CallsSince(before);
+    return result;
+}
+
+// ---------------------------------------------------------------- before it and afterwards
+
+DWORD ExportOptionsFor(const Options& options, SceneExport& exporter, const fs::path& plugIn) {
+    if (!options.selectedOnly) {
+        return 0;
+    }
+    if (!exporter.SupportsOptions(0, SCENE_EXPORT_SELECTED)) {
+        throw Failure(kExitRefused, "--selected", plugIn.string() + " does not export selections");
+    }
+    return SCENE_EXPORT_SELECTED;
+}
+
+std::vector<NodeToExport> NodesToExport(const Options& options, const ExportOptions& inForce) {
+    const Class_ID footprint(0x3011, 0);
+    const bool isCancelled = Host::Instance().GetInterface()->GetCancel() != FALSE;
+    std::vector<NodeToExport> nodes;
+    for (INode* const node : Host::Instance().Nodes()) {
+        Control* const transform = node->GetTMController();
+        const bool isFootprint = transform != nullptr && transform->ClassID() == footprint;
+        const bool isHidden = node->IsHidden(0, FALSE) && !inForce.exportHidden;
+        using enum scene::LossCode;
+        const std::optional<scene::LossCode> whyNot = options.selectedOnly && !node->Selected()
+                                                          ? std::optional(nodeNotSelected)
+                                                      : isFootprint ? std::optional(nodeFootprint)
+                                                      : isHidden    ? std::optional(nodeHidden)
+                                                      : isCancelled ? std::optional(nodeCancelled)
+                                                                    : std::nullopt;
+        nodes.push_back({node->GetName(), whyNot ? &scene::KindOf(*whyNot) : nullptr});
+    }
+    return nodes;
+}
+
+}  // namespace maxhost::app
