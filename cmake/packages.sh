@@ -58,15 +58,30 @@ install_node_packages() {
     rm -f "$log"
 }
 
+# keep_in LOG: puts what it reads into LOG; on a terminal it shows how far a build is.
+keep_in() {
+    local line shown=
+    while IFS= read -r line; do
+        printf '%s\n' "$line" >&3
+        if [[ -t 1 && $line =~ ^\[[0-9]+/[0-9]+\] ]]; then
+            printf '\r%s' "${BASH_REMATCH[0]}"
+            shown=1
+        fi
+    done 3>"$1"
+    [ -z "$shown" ] || printf '\r\033[K'
+}
+
 # build PRESET TARGET [CMAKE-ARGUMENT...]: configures and builds; the compiler's words are shown when
 # it fails.
 build() {
-    local preset=$1 target=$2 began=$SECONDS log
+    local preset=$1 target=$2 began=$SECONDS log status
     shift 2
     step "building $preset"
     log=$(mktemp)
-    if ! { cmake --preset "$preset" "$@" &&
-        cmake --build --preset "$preset" --target "$target"; } >"$log" 2>&1; then
+    { cmake --preset "$preset" "$@" && cmake --build --preset "$preset" --target "$target"; } 2>&1 |
+        keep_in "$log"
+    status=${PIPESTATUS[0]}
+    if [ "$status" -ne 0 ]; then
         cat "$log" >&2
         rm -f "$log"
         fail "building $preset failed"
