@@ -49,3 +49,4 @@ function(hdo_plugin_target target)
 endfunction()
 
 add_subdirectory(src)
+add_subdirectory(packaging)

@@ -19,6 +19,7 @@ foreach(library libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
     execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${library}
                     OUTPUT_VARIABLE path OUTPUT_STRIP_TRAILING_WHITESPACE)
     file(COPY_FILE ${path} ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${library} ONLY_IF_DIFFERENT)
+    list(APPEND HDO_COMPILER_LIBRARIES ${path})
 endforeach()
 
 add_library(nlohmann_json::nlohmann_json INTERFACE IMPORTED)

@@ -42,6 +42,8 @@ NOT_RUN = (
      "the test kta_reader_install does so with the library installed"),
     ("docs/packages.md", "cmake --install build/release --prefix ~/hdo-exporter --strip",
      "the test installed does so"),
+    ("docs/packages.md", "cmake --preset windows && cmake --build --preset windows --target package",
+     "the test packed_zip packs what ./test builds"),
     ("docs/packages.md", "packaging/test_packages",
      "takes minutes and downloads a Debian"),
     ("docs/packages.md", "cmake --build --preset release --target package",

@@ -11,6 +11,7 @@ import pathlib
 import shutil
 import subprocess
 import sys
+import zipfile
 
 import export_table
 
@@ -63,6 +64,13 @@ def builds(arguments, sdk, build):
            "the module imports nothing from the SDK's libraries")
     made = sorted(path.name for path in (build / "bin").iterdir() if path.suffix != ".a")
     expect(made == ["hdoexport.dle"], f"built beside the plug-in: {made}")
+    status, text = run([arguments.cmake, "--build", build, "--target", "package"])
+    expect(status == 0, text)
+    (package,) = build.glob("hdoexport-*-3dsmax2012.zip")
+    with zipfile.ZipFile(package) as archive:
+        names = sorted(name.partition("/")[2] for name in archive.namelist())
+    package.unlink()
+    expect(names == ["INSTALL.txt", "LICENSE.txt", "hdoexport.dle"], f"packed: {names}")
 
 
 def refuses(arguments, sdk, work, missing):
