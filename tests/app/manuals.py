@@ -81,12 +81,13 @@ class Program:
         program, terminal = pty.fork()
         if program == 0:
             os.chdir(self.folder)
-            os.environ.update({"PS1": "", "INPUTRC": "/dev/null", "TERM": "dumb"})
+            os.environ.update({"PS1": "next: ", "INPUTRC": "/dev/null", "TERM": "dumb"})
             os.execlp("bash", "bash", "--norc", "--noprofile", "-i")
         shown = b""
         try:
+            # The prompt shows when readline listens; before that the terminal itself echoes.
             os.write(terminal, f". {self.script}; echo re''ady\n".encode())
-            while b"ready\r\n" not in shown:
+            while b"ready\r\nnext: " not in shown:
                 shown += os.read(terminal, 4096)
             os.write(terminal, typed.encode() + b"\t :end\n")
             shown = b""
