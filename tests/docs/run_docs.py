@@ -36,8 +36,6 @@ MOST_SECONDS = 120
 # What is not run here: page, command, why.
 NOT_RUN = (
     ("README.md", "./test", "builds three presets and takes minutes; CI runs it"),
-    ("README.md", "cmake --preset windows && cmake --build --preset windows --target hdoexport",
-     "./test builds all of that preset"),
     ("docs/kta-reader.md", "c++ -std=c++20 program.cpp $(pkg-config --cflags --libs kta_reader)",
      "the test kta_reader_install does so with the library installed"),
     ("docs/packages.md", "cmake --install build/release --prefix ~/hdo-exporter --strip",
