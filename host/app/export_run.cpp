@@ -366,6 +366,7 @@ int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files,
     ExportOutcome outcome{.namesAll = options.verbose,
                           .warnings = loaded.warnings.size(),
                           .coloredMeshes = loaded.coloredMeshes,
+                          .unit = loaded.unit,
                           .upAxis = loaded.upAxis};
     if (options.preset) {
         outcome.optionFiles.push_back("preset: " + *options.preset);

@@ -152,8 +152,8 @@ bool PromisesFaces(const std::string& path) {
 
 LoadedScene LoadModel(const std::string& path, const LoadChoices& choices, Reading& reading) {
     const auto report = [&reading](int percent) { reading.Show(percent); };
-    import::ImportedScene imported =
-        import::ImportWithAssimp(path, {choices.animation, choices.frameRate, choices.up}, report);
+    import::ImportedScene imported = import::ImportWithAssimp(
+        path, {choices.animation, choices.frameRate, choices.up, choices.convertsUnit}, report);
     LoadedScene loaded;
     loaded.scene = std::move(imported.scene);
     if (loaded.scene.nodes.empty() && !choices.allowEmpty) {
@@ -175,6 +175,8 @@ LoadedScene LoadModel(const std::string& path, const LoadChoices& choices, Readi
     }
     loaded.coloredMeshes = imported.coloredMeshes;
     loaded.textures = std::move(imported.textures);
+    loaded.textureFiles = std::move(imported.textureFiles);
+    loaded.unit = SceneUnit{imported.unit, std::move(imported.unitSource), std::nullopt};
     loaded.upAxis = std::move(imported.upAxis);
     loaded.files = std::move(imported.files);
     return loaded;
@@ -273,12 +275,23 @@ void CheckAnimation(const std::string& wanted, const std::vector<Animation>& ani
                        kta::Counted(names.size(), "animation") + ": " + NumberedNames(animations)));
 }
 
-void Scale(float factor, scene::Scene& scene) {
+void Scale(const char* option, double factor, scene::Scene& scene) {
     try {
-        scene::ScaleLengths(scene, factor);
+        scene::ScaleLengths(scene, static_cast<float>(factor));
     } catch (const scene::SceneError& error) {
-        throw Failure(kExitRefused, "--scale", std::string("in the scaled scene, ") + error.what());
+        throw Failure(kExitRefused, option, std::string("in the scaled scene, ") + error.what());
     }
+}
+
+void ConvertUnit(double unit, const std::string& scene, LoadedScene& loaded) {
+    if (!loaded.unit || loaded.unit->metres == 0) {
+        throw Failure(kExitRefused, "--unit",
+                      scene + " does not say its unit, expected --scale in its place");
+    }
+    if (const double factor = loaded.unit->metres / unit; factor != 1) {
+        Scale("--unit", factor, loaded.scene);
+    }
+    loaded.unit->convertedTo = unit;
 }
 
 int TicksOf(const Moment& moment, const scene::Time& time, const char* option) {
@@ -338,8 +351,11 @@ void ApplyChoices(const Options& options, LoadedScene& loaded) {
     if (options.animation) {
         CheckAnimation(*options.animation, loaded.animations);
     }
+    if (options.unit) {
+        ConvertUnit(*options.unit, SceneName(options.scene), loaded);
+    }
     if (options.scale != 1) {
-        Scale(options.scale, loaded.scene);
+        Scale("--scale", options.scale, loaded.scene);
     }
     ApplyTime(options, loaded.scene.time);
     if (!options.select.empty()) {

@@ -25,6 +25,13 @@ struct Warning {
     std::string text;  // one line, without the file's name
 };
 
+// The unit of length of a model's file.
+struct SceneUnit {
+    double metres = 0;                  // 0: nothing says it
+    std::string source;                 // what says it: "as the file says"
+    std::optional<double> convertedTo;  // the scene's unit where --unit changed it, in metres
+};
+
 struct LoadedScene {
     scene::Scene scene;
     std::vector<Warning> warnings;                  // what the importer changed or left out
@@ -32,8 +39,10 @@ struct LoadedScene {
     std::vector<Animation> animations;              // that the file offers to choose from
     std::size_t coloredMeshes = 0;                  // whose vertex colours the importer left out
     std::vector<import::EmbeddedTexture> textures;  // that stand in the file; maps name them
+    std::vector<import::TextureFile> textureFiles;  // that maps of a model name; not `textures`
     // Of a model: which axis is up, what says so, and whether it was turned.
     std::string upAxis;
+    std::optional<SceneUnit> unit;  // of a model
     // The files that were read or looked for, there or not; absolute. None of standard input.
     std::vector<std::string> files;
 };
@@ -57,6 +66,7 @@ struct LoadChoices {
     std::optional<int> frameRate;
     bool allowEmpty = false;  // a model without any node
     std::optional<int> up;    // the axis that is up in a model that does not say it: 0 x, 1 y, 2 z
+    bool convertsUnit = false;  // ApplyChoices() is to convert lengths to another unit
 };
 
 // Standard input is a scene description. `progress` is shown the reading. Throws
@@ -65,10 +75,11 @@ struct LoadChoices {
 LoadedScene LoadScene(const std::string& path, const LoadChoices& choices = {},
                       ProgressObserver* progress = nullptr);
 
-// Applies --scale, --frame-rate, --start, --end and --select, and checks that there is what
+// Applies --unit, --scale, --frame-rate, --start, --end and --select, and checks that there is what
 // --animation names, which loading has chosen, and a selection where --selected asks for it. Throws
-// Failure(kExitRefused) for a node or an animation that is not there, for an empty selection that
-// nothing allows, and for a range that ends before it starts.
+// Failure(kExitRefused) for a node or an animation that is not there, for --unit where nothing says
+// the file's, for an empty selection that nothing allows, and for a range that ends before it
+// starts.
 void ApplyChoices(const Options& options, LoadedScene& loaded);
 
 // Writes the scene as a scene description. A file of that name is replaced as a whole, or, when

@@ -67,6 +67,11 @@ void AddImport(CLI::App& app, Options& options) {
         ->check(Real([](float value) { return value > 0; }, "a finite number above 0"))
         ->configurable();
     group
+        .AddChoice("--unit", "UNIT", options.unit, kUnits, "mm, cm, m, in or ft",
+                   "convert lengths so that one unit of the scene is a mm, cm, m, in or ft; a "
+                   "model that does not say its unit is refused (default: the file's unit stays)")
+        ->configurable();
+    group
         .AddAxis("--up", options.up,
                  "which way is up in a model file that does not say it, x, y or z (default: y); "
                  "docs/hdo-export.md has the formats that say it")

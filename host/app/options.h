@@ -1,6 +1,7 @@
 // The command line of hdo-export.
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -62,7 +63,8 @@ struct Options {
     bool json = false;
     std::optional<std::string> animation;
     float scale = 1;
-    std::optional<int> up;  // 0 x, 1 y, 2 z
+    std::optional<double> unit;  // metres
+    std::optional<int> up;       // 0 x, 1 y, 2 z
     std::optional<int> frameRate;
     std::optional<Moment> start, end;
 
@@ -81,6 +83,10 @@ struct Options {
     bool quiet = false;
     bool verbose = false;
 };
+
+// The units of --unit, in metres.
+inline const std::map<std::string, std::optional<double>> kUnits = {
+    {"mm", 0.001}, {"cm", 0.01}, {"m", 1}, {"in", 0.0254}, {"ft", 0.3048}};
 
 // Either options to run with, or the texts and the exit status to end with: --help and --version
 // fill `out`, bad usage one line of `error` (without the program's name). No last line end.

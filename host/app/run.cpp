@@ -16,6 +16,7 @@
 #include "host/app/plugin_loader.h"
 #include "host/app/presets.h"
 #include "host/app/run_report.h"
+#include "host/app/scene_contents.h"
 #include "host/app/scene_report.h"
 #include "host/scene/scramble.h"
 #include "host/sdk/host.h"
@@ -39,6 +40,9 @@ bool ShowsProgress(const Options& options, bool isTerminal) {
 
 void PrintList(const LoadedScene& loaded, Console& console) {
     for (const std::string& line : ListScene(loaded)) {
+        console.Print(line);
+    }
+    for (const std::string& line : ListContents(loaded)) {
         console.Print(line);
     }
 }
@@ -111,9 +115,10 @@ void Save(const scene::Scene& scene, const std::string& path, Console& console) 
 LoadedScene Load(const Options& options, Console& console, bool isTerminal, RunReport& report) {
     const Stopwatch watch;
     ProgressBar bar(console);
-    LoadedScene loaded = LoadScene(
-        options.scene, {options.animation, options.frameRate, options.allowEmpty, options.up},
-        ShowsProgress(options, isTerminal) ? &bar : nullptr);
+    LoadedScene loaded = LoadScene(options.scene,
+                                   {options.animation, options.frameRate, options.allowEmpty,
+                                    options.up, options.unit.has_value()},
+                                   ShowsProgress(options, isTerminal) ? &bar : nullptr);
     report.readingSeconds = watch.Seconds();
     report.inputs = loaded.files;
     for (std::string& file : FilesOfOptions(options)) {

@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "host/app/json_parts.h"
+#include "host/app/scene_contents.h"
 #include "host/app/scene_report.h"
 
 namespace maxhost::app {
@@ -43,6 +44,12 @@ Json JsonOf(const FileReport& file) {
     return json;
 }
 
+Json JsonOf(const SceneUnit& unit) {
+    return {{"metres", unit.metres == 0 ? Json() : Json(unit.metres)},
+            {"convertedTo", unit.convertedTo ? Json(*unit.convertedTo) : Json()},
+            {"text", Describe(unit)}};
+}
+
 void AddExport(const ExportReport& exported, Json& json) {
     Json& files = json["files"] = Json::array();
     for (const FileReport& file : exported.files) {
@@ -66,7 +73,40 @@ void AddExport(const ExportReport& exported, Json& json) {
     if (!exported.outcome.upAxis.empty()) {
         json["upAxis"] = Text(exported.outcome.upAxis);
     }
+    if (exported.outcome.unit) {
+        json["unit"] = JsonOf(*exported.outcome.unit);
+    }
     json["options"] = OptionsOf(exported.outcome.inForce);
+}
+
+// Cameras, lights, skins and morphers by the positions of their nodes.
+void AddObjects(const scene::Scene& scene, Json& json) {
+    for (const char* const member : {"cameras", "lights", "skins", "morphers"}) {
+        json[member] = Json::array();
+    }
+    for (std::size_t i = 0; i < scene.nodes.size(); ++i) {
+        const scene::Node& node = scene.nodes[i];
+        if (std::string_view(KindOf(node)) == "camera") {
+            json["cameras"].push_back({{"node", i}, {"name", Text(node.name)}});
+        } else if (const char* const kind = KindOfLight(node)) {
+            json["lights"].push_back({{"node", i}, {"name", Text(node.name)}, {"kind", kind}});
+        }
+    }
+    for (const ListedSkin& skin : SkinsOf(scene)) {
+        json["skins"].push_back({{"node", skin.node},
+                                 {"name", Text(scene.nodes[skin.node].name)},
+                                 {"bones", skin.bones},
+                                 {"vertices", skin.vertices}});
+    }
+    for (const ListedMorpher& morpher : MorphersOf(scene)) {
+        Json channels = Json::array();
+        for (const std::string& name : morpher.channels) {
+            channels.push_back(Text(name));
+        }
+        json["morphers"].push_back({{"node", morpher.node},
+                                    {"name", Text(scene.nodes[morpher.node].name)},
+                                    {"channels", std::move(channels)}});
+    }
 }
 
 void AddList(const LoadedScene& listed, Json& json) {
@@ -82,11 +122,29 @@ void AddList(const LoadedScene& listed, Json& json) {
     }
     Json& materials = json["materials"] = Json::array();
     for (const auto& material : scene.materials) {
-        materials.push_back({{"name", Text(material->name)}, {"kind", KindOf(material->kind)}});
+        materials.push_back({{"name", Text(material->name)},
+                             {"kind", KindOf(material->kind)},
+                             {"textures", Json::array()}});
+    }
+    for (const ListedTexture& texture : TexturesOf(listed)) {
+        Json entry = {{"slot", texture.slot},
+                      {"name", Text(texture.name)},
+                      {"standing", NameOf(texture.standing)}};
+        if (!texture.file.empty()) {
+            entry["file"] = Text(texture.file);
+        }
+        materials.at(texture.material)["textures"].push_back(std::move(entry));
     }
     Json& animations = json["animations"] = Json::array();
     for (const Animation& animation : listed.animations) {
-        animations.push_back({{"name", Text(animation.name)}, {"seconds", animation.seconds}});
+        animations.push_back({{"name", Text(animation.name)},
+                              {"seconds", animation.seconds},
+                              {"frames", FramesOf(animation, scene)}});
+    }
+    AddObjects(scene, json);
+    if (listed.unit) {
+        json["upAxis"] = Text(listed.upAxis);
+        json["unit"] = JsonOf(*listed.unit);
     }
 }
 

@@ -5,6 +5,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "host/app/scene_contents.h"
 #include "kta/info.h"
 #include "kta/text.h"
 
@@ -173,6 +174,9 @@ std::vector<std::string> Summarize(const std::vector<OutputFile>& files,
     AddTextures(outcome, lines);
     if (!outcome.upAxis.empty()) {
         lines.push_back("up axis: " + outcome.upAxis);
+    }
+    if (outcome.unit && outcome.unit->convertedTo) {
+        lines.push_back("unit: " + Describe(*outcome.unit));
     }
     lines.push_back("options: " + outcome.options);
     lines.insert(lines.end(), outcome.optionFiles.begin(), outcome.optionFiles.end());

@@ -8,6 +8,7 @@
 
 #include "export/export_options.h"
 #include "host/app/export_files.h"
+#include "host/app/loaded_scene.h"
 #include "host/scene/losses.h"
 
 namespace maxhost::app {
@@ -37,6 +38,7 @@ struct ExportOutcome {
     std::vector<std::string> previewProblems{};     // what it does not show, a line each
     std::vector<std::filesystem::path> textures{};  // taken out of the scene's file
     std::size_t coloredMeshes = 0;                  // whose vertex colours are lost
+    std::optional<SceneUnit> unit{};                // the same
     std::string upAxis{};                           // of a model's file: see LoadedScene
     std::string options{};  // the exporter's, in force, as on the command line
     ExportOptions inForce = DefaultExportOptions();  // the same

@@ -29,6 +29,7 @@
 #include "host/assimp/process/scene_blob.h"
 #include "host/assimp/source_file.h"
 #include "host/assimp/text.h"
+#include "host/assimp/texture_search.h"
 #include "host/assimp/tree/roles.h"
 #include "host/assimp/tree/tree.h"
 #include "host/assimp/warnings.h"
@@ -177,6 +178,11 @@ double OwnUnit(SourceFormat format) {
     return format == SourceFormat::fbx ? 0.01 : 1;
 }
 
+// The unit, in metres, of all files of the format; 0: files differ, or the reader does not tell.
+double FormatsUnit(SourceFormat format) {
+    return format == SourceFormat::gltf ? 1 : format == SourceFormat::fbx ? 0.01 : 0;
+}
+
 // ---------------------------------------------------------------- the up axis
 
 std::string HowTurned(const SourceTree& tree) {
@@ -265,7 +271,8 @@ class Converter {
           meshes_({source, tree_, format_, pose_, bones_, warnings_,
                    [this](double share) { ReportMesh(share); }}),
           textures_(source, format_, path),
-          materials_(source, format_, textures_, result_.scene, warnings_) {}
+          search_(path),
+          materials_(source, format_, textures_, search_, result_.scene, warnings_) {}
 
     ImportedScene Convert() {
         const std::vector<Role> roles =
@@ -285,6 +292,7 @@ class Converter {
                      warnings_);
         warnings_.SetNode(scene::kNone);
         materials_.WarnOfUnused();
+        materials_.WarnOfMissingTextures();
         WarnOfFile();
         for (ImportWarnings::Line& line : warnings_.Lines()) {
             result_.warnings.push_back(std::move(line.text));
@@ -292,6 +300,11 @@ class Converter {
         }
         result_.losses = warnings_.Losses();
         result_.textures = textures_.Take();
+        result_.textureFiles = search_.Files();
+        result_.unit = tree_.unit > 0 ? tree_.unit : FormatsUnit(format_);
+        result_.unitSource = tree_.unit > 0     ? "as the file says"
+                             : result_.unit > 0 ? "as in all files of the format"
+                                                : "";
         result_.upAxis = DescribeUp(tree_);
         return std::move(result_);
     }
@@ -344,7 +357,8 @@ class Converter {
 
     void WarnOfFile() {
         warnings_.Add(LossCode::nodeOutsideScene, "", tree_.nodesOutside);
-        if (tree_.unit > 0 && std::abs(tree_.unit - OwnUnit(format_)) > 1e-6 * tree_.unit) {
+        if (!choices_.convertsUnit && tree_.unit > 0 &&
+            std::abs(tree_.unit - OwnUnit(format_)) > 1e-6 * tree_.unit) {
             warnings_.Add({LossCode::unitKept,
                            "the file's unit is " + NumberText(tree_.unit) + " m and its up axis " +
                                UpAxisOf(tree_.fileTurn) + ", " + HowTurned(tree_) +
@@ -436,6 +450,7 @@ class Converter {
     const BoneNodes bones_;
     MeshFactory meshes_;
     EmbeddedTextures textures_;
+    TextureSearch search_;
     MaterialFactory materials_;
     std::vector<NodeFrame> frames_;
 };
@@ -481,7 +496,12 @@ ImportedScene ReadHere(const std::string& path, const ImportChoices& choices,
         const aiScene& scene = LoadScene(importer, path, show);
         ImportedScene imported = ConvertScene(
             scene, path, choices, [&](double share) { show(ShareOf(share, kCut, kConverted)); });
-        const auto& files = dynamic_cast<const SourceFiles&>(*importer.GetIOHandler()).Asked();
+        auto files = dynamic_cast<const SourceFiles&>(*importer.GetIOHandler()).Asked();
+        for (const TextureFile& texture : imported.textureFiles) {
+            if (!texture.file.empty()) {
+                files.insert(texture.file);
+            }
+        }
         imported.files.assign(files.begin(), files.end());
         return imported;
     } catch (const ImportError&) {

@@ -33,6 +33,12 @@ struct EmbeddedTexture {
     std::string bytes;
 };
 
+// A texture that stands beside the model, or should.
+struct TextureFile {
+    std::string name;  // as maps have it
+    std::string file;  // absolute; empty: not found
+};
+
 // Choices between the things that a file offers.
 struct ImportChoices {
     // The name or number of the animation, as FindAnimation() reads it; the first where there is no
@@ -42,6 +48,8 @@ struct ImportChoices {
     std::optional<int> frameRate;
     // The axis that is up (0 x, 1 y, 2 z) in a file that does not say it; y where none is chosen.
     std::optional<int> up{};
+    // Lengths are not left in the file's unit.
+    bool convertsUnit = false;
 };
 
 // A scene with z up, in the file's own units. Nodes stand in depth-first child order. `warnings`
@@ -50,7 +58,8 @@ struct ImportChoices {
 // file gives vertex colours, which are left out too; one that several nodes show counts once.
 // `textures` stand in the file itself; no two of them have one name, in large or small letters, and
 // maps name them by it. `upAxis` says which axis is up in the file, what says so, and whether it
-// was turned: "y, as the file says, turned to z".
+// was turned: "y, as the file says, turned to z". `unit` is the size of one of the scene's units in
+// metres, 0 where neither the file nor its format says it; `unitSource` says which of them does.
 struct ImportedScene {
     scene::Scene scene;
     std::vector<std::string> warnings;
@@ -59,7 +68,10 @@ struct ImportedScene {
     std::vector<AnimationClip> animations;
     std::size_t coloredMeshes = 0;
     std::vector<EmbeddedTexture> textures;
+    std::vector<TextureFile> textureFiles;  // that maps name, but for `textures`
     std::string upAxis;
+    double unit = 0;
+    std::string unitSource;
     // The files that the reader opened or looked for, there or not; absolute, sorted.
     std::vector<std::string> files{};
 };

@@ -139,6 +139,18 @@ void CheckText(const std::string& path) {
     }
 }
 
+// Assimp's reader looks for a header's end forever.
+void CheckPlyHeader(const std::string& path) {
+    constexpr std::size_t kMostBytes = 1 << 20;
+    std::string beginning(kMostBytes, '\0');
+    std::ifstream file(path, std::ios::binary);
+    file.read(beginning.data(), static_cast<std::streamsize>(beginning.size()));
+    beginning.resize(static_cast<std::size_t>(file.gcount()));
+    if (beginning.starts_with("ply") && beginning.find("end_header") == std::string::npos) {
+        throw ImportError("cut off in its header, which has no end_header");
+    }
+}
+
 // Another stream whose reading is told.
 class CountedStream : public Assimp::IOStream {
   public:
@@ -186,6 +198,9 @@ void CheckSourceFile(const std::string& path) {
     }
     if (IsNamed(path, kTextExtensions)) {
         CheckText(path);
+    }
+    if (ExtensionOf(path) == ".ply") {
+        CheckPlyHeader(path);
     }
 }
 

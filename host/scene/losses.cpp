@@ -132,10 +132,24 @@ constexpr LossKind kKinds[] = {
      "The material names a file that is not on the disk: a scene is saved without its textures, "
      "or a texture's bytes cannot be read.",
      "Give --textures DIR beside --save-scene, or save the textures beside the model."},
+    {LossCode::textureNormalAsBump, "texture-normal-as-bump", kImport,
+     "normal maps put into the bump slot",
+     "Materials have no slot for normal maps; the bump slot takes the brightness of its map for "
+     "height.",
+     "Read the layer as a normal map in the application, or bake a height map."},
+    {LossCode::textureNotFound, "texture-not-found", kImport, "not found ...",
+     "No file of that name is where the model says or where such files usually stand; the exported "
+     "material names it all the same.",
+     "Put the texture beside the model, where the line says."},
     {LossCode::texturePathRecoded, "texture-path-recoded", kImport,
      "texture paths were not UTF-8, read as Latin-1",
      "A path has bytes of an older code page, taken as Western European.",
      "Rename the texture with plain letters, or save the file as UTF-8."},
+    {LossCode::textureRoughnessAsGlossiness, "texture-roughness-as-glossiness", kImport,
+     "roughness maps put into the glossiness slot",
+     "The glossiness slot takes bright for glossy, which roughness maps have dark; in glTF files "
+     "roughness is the green channel alone.",
+     "Invert the map, of glTF its green channel, in the application."},
     {LossCode::textureThirdCoordinate, "texture-third-coordinate", kImport,
      "third texture coordinates left out", "Texture coordinates have two numbers here.",
      "Nothing, unless a volume texture is meant."},

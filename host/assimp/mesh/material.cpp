@@ -107,10 +107,10 @@ struct SlotSources {
     std::array<aiTextureType, 3> types;
 };
 constexpr SlotSources kSlots[] = {
-    {0, {aiTextureType_AMBIENT}},
+    {0, {aiTextureType_AMBIENT, aiTextureType_AMBIENT_OCCLUSION, aiTextureType_LIGHTMAP}},
     {1, {aiTextureType_DIFFUSE, aiTextureType_BASE_COLOR}},
     {2, {aiTextureType_SPECULAR}},
-    {3, {aiTextureType_SHININESS}},
+    {3, {aiTextureType_SHININESS, aiTextureType_DIFFUSE_ROUGHNESS}},
     {5, {aiTextureType_EMISSIVE, aiTextureType_EMISSION_COLOR}},
     {6, {aiTextureType_OPACITY}},
     {8, {aiTextureType_HEIGHT, aiTextureType_NORMALS, aiTextureType_NORMAL_CAMERA}},
@@ -130,8 +130,8 @@ float Glossiness(float exponent, SourceFormat format) {
 class MaterialReader {
   public:
     MaterialReader(const aiMaterial& material, SourceFormat format,
-                   const EmbeddedTextures& textures)
-        : properties_(material), format_(format), textures_(textures) {}
+                   const EmbeddedTextures& textures, TextureSearch& search)
+        : properties_(material), format_(format), textures_(textures), search_(search) {}
 
     scene::Material Read(ImportWarnings& warnings) {
         scene::Material made;
@@ -150,6 +150,8 @@ class MaterialReader {
         const std::string subject = "material " + Quoted(made.name);
         warnings.Add(LossCode::numberNotFinite, subject, properties_.NotFinite());
         warnings.Add(LossCode::textureWithoutSlot, subject, TexturesIn() - used_);
+        warnings.Add(LossCode::textureNormalAsBump, subject, normals_);
+        warnings.Add(LossCode::textureRoughnessAsGlossiness, subject, roughnesses_);
         warnings.Add(LossCode::textureEmbedded, subject, embedded_);
         warnings.Add(LossCode::textureCoordinateSet, subject, otherSets_);
         return made;
@@ -170,6 +172,10 @@ class MaterialReader {
     void ReadShine(scene::Material& made) {
         if (const auto exponent = properties_.Number(AI_MATKEY_SHININESS)) {
             made.shininess = Glossiness(*exponent, format_);
+        } else if (const auto roughness = properties_.Number(AI_MATKEY_ROUGHNESS_FACTOR)) {
+            // The exponent that readers of glTF take for it.
+            const float smoothness = 1 - std::clamp(*roughness, 0.0f, 1.0f);
+            made.shininess = Glossiness(1000 * smoothness * smoothness, SourceFormat::gltf);
         }
         const bool hasStrength = format_ == SourceFormat::ase || format_ == SourceFormat::threeDs;
         const bool isShiny = !hasStrength && properties_.Numbers<3>(AI_MATKEY_COLOR_SPECULAR) &&
@@ -181,15 +187,21 @@ class MaterialReader {
     void ReadMaps(scene::Material& made) {
         for (const SlotSources& sources : kSlots) {
             for (const aiTextureType type : sources.types) {
-                const auto file = type == aiTextureType_NONE
-                                      ? std::nullopt
-                                      : properties_.String(AI_MATKEY_TEXTURE(type, 0));
+                const auto file =
+                    IsOfSlot(type) ? properties_.String(AI_MATKEY_TEXTURE(type, 0)) : std::nullopt;
                 if (file) {
                     made.maps.push_back(MapOf(sources.slot, type, *file));
                     break;
                 }
             }
         }
+    }
+
+    // Elsewhere than in glTF, where it is occlusion, light that is baked into a texture says
+    // nothing of the ambient colour.
+    bool IsOfSlot(aiTextureType type) const {
+        return type != aiTextureType_NONE &&
+               (type != aiTextureType_LIGHTMAP || format_ == SourceFormat::gltf);
     }
 
     scene::MapSlot MapOf(int slot, aiTextureType type, const aiString& file) {
@@ -209,6 +221,8 @@ class MaterialReader {
         otherSets_ += properties_.Number(AI_MATKEY_UVWSRC(type, 0)).value_or(0) != 0 ? 1 : 0;
         made.map = std::make_shared<scene::Map>(scene::Map{bitmap, {}});
         ++used_;
+        normals_ += type == aiTextureType_NORMALS || type == aiTextureType_NORMAL_CAMERA ? 1 : 0;
+        roughnesses_ += type == aiTextureType_DIFFUSE_ROUGHNESS ? 1 : 0;
         return made;
     }
 
@@ -220,7 +234,7 @@ class MaterialReader {
         recodedPaths_ += isRecoded ? 1 : 0;
         const std::string* const name = embedded ? textures_.NameOf(*embedded) : nullptr;
         embedded_ += embedded && !name ? 1 : 0;
-        return name ? *name : path;
+        return name ? *name : embedded ? path : search_.NameOf(path);
     }
 
     std::size_t TexturesIn() const {
@@ -228,17 +242,25 @@ class MaterialReader {
         for (int type = aiTextureType_DIFFUSE; type <= AI_TEXTURE_TYPE_MAX; ++type) {
             count += properties_.TextureCount(static_cast<aiTextureType>(type));
         }
-        // glTF's base colour comes twice.
-        const bool isTwice = properties_.String(AI_MATKEY_TEXTURE(aiTextureType_DIFFUSE, 0)) &&
-                             properties_.String(AI_MATKEY_TEXTURE(aiTextureType_DIFFUSE, 0)) ==
-                                 properties_.String(AI_MATKEY_TEXTURE(aiTextureType_BASE_COLOR, 0));
-        return count - (isTwice ? 1 : 0);
+        // glTF's base colour comes twice, and its roughness and metalness once more together.
+        const bool isTwice = AreOne(aiTextureType_DIFFUSE, aiTextureType_BASE_COLOR);
+        const bool isThrice = format_ == SourceFormat::gltf &&
+                              AreOne(aiTextureType_UNKNOWN, aiTextureType_DIFFUSE_ROUGHNESS);
+        return count - (isTwice ? 1 : 0) - (isThrice ? 1 : 0);
+    }
+
+    bool AreOne(aiTextureType type, aiTextureType other) const {
+        const auto file = properties_.String(AI_MATKEY_TEXTURE(type, 0));
+        return file && file == properties_.String(AI_MATKEY_TEXTURE(other, 0));
     }
 
     Properties properties_;
     const SourceFormat format_;
     const EmbeddedTextures& textures_;
+    TextureSearch& search_;
     std::size_t used_ = 0;
+    std::size_t normals_ = 0;
+    std::size_t roughnesses_ = 0;
     std::size_t embedded_ = 0;
     std::size_t recodedPaths_ = 0;
     std::size_t otherSets_ = 0;
@@ -284,13 +306,22 @@ void MaterialFactory::WarnOfUnused() {
     }
 }
 
+void MaterialFactory::WarnOfMissingTextures() {
+    for (const TextureFile& texture : search_.Files()) {
+        if (texture.file.empty()) {
+            warnings_.AddOf({LossCode::textureNotFound, "not found " + search_.Places()}, "texture",
+                            Quoted(texture.name));
+        }
+    }
+}
+
 int MaterialFactory::Standard(unsigned index) {
     if (index >= source_.mNumMaterials || !source_.mMaterials[index]) {
         return scene::kNone;
     }
     used_.insert(index);
     scene_.materials.push_back(std::make_shared<scene::Material>(
-        MaterialReader(*source_.mMaterials[index], format_, textures_).Read(warnings_)));
+        MaterialReader(*source_.mMaterials[index], format_, textures_, search_).Read(warnings_)));
     return static_cast<int>(scene_.materials.size()) - 1;
 }
 

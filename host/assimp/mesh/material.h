@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/assimp/embedded_textures.h"
+#include "host/assimp/texture_search.h"
 #include "host/assimp/tree/tree.h"
 #include "host/assimp/warnings.h"
 #include "host/scene/scene.h"
@@ -19,10 +20,11 @@ namespace maxhost::import {
 class MaterialFactory {
   public:
     MaterialFactory(const aiScene& source, SourceFormat format, const EmbeddedTextures& textures,
-                    scene::Scene& scene, ImportWarnings& warnings)
+                    TextureSearch& search, scene::Scene& scene, ImportWarnings& warnings)
         : source_(source),
           format_(format),
           textures_(textures),
+          search_(search),
           scene_(scene),
           warnings_(warnings) {}
 
@@ -33,6 +35,7 @@ class MaterialFactory {
 
     // To be called when all nodes have theirs.
     void WarnOfUnused();
+    void WarnOfMissingTextures();
 
   private:
     int Standard(unsigned index);
@@ -40,6 +43,7 @@ class MaterialFactory {
     const aiScene& source_;
     const SourceFormat format_;
     const EmbeddedTextures& textures_;
+    TextureSearch& search_;
     scene::Scene& scene_;
     ImportWarnings& warnings_;
     std::map<std::vector<unsigned>, int> made_;

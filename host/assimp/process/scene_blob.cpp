@@ -36,6 +36,12 @@ inline constexpr auto kFields<import::EmbeddedTexture> = std::tuple{
 };
 
 template <>
+inline constexpr auto kFields<import::TextureFile> = std::tuple{
+    Required("name", &import::TextureFile::name),
+    Required("file", &import::TextureFile::file),
+};
+
+template <>
 inline constexpr auto kFields<import::ImportedScene> = std::tuple{
     Required("scene", &import::ImportedScene::scene),
     Required("warnings", &import::ImportedScene::warnings),
@@ -44,7 +50,10 @@ inline constexpr auto kFields<import::ImportedScene> = std::tuple{
     Required("animations", &import::ImportedScene::animations),
     Required("coloredMeshes", &import::ImportedScene::coloredMeshes),
     Required("textures", &import::ImportedScene::textures),
+    Required("textureFiles", &import::ImportedScene::textureFiles),
     Required("upAxis", &import::ImportedScene::upAxis),
+    Required("unit", &import::ImportedScene::unit),
+    Required("unitSource", &import::ImportedScene::unitSource),
     Required("files", &import::ImportedScene::files),
 };
 
