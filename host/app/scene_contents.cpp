@@ -71,8 +71,9 @@ class TextureLister {
                                              : !isKnown              ? TextureStanding::unknown
                                              : known->second.empty() ? TextureStanding::missing
                                                                      : TextureStanding::found;
-            textures_.push_back({material_, slot_, bitmap->file, standing,
-                                 standing == TextureStanding::found ? known->second : ""});
+            textures_.push_back(
+                {material_, slot_, bitmap->file, standing,
+                 std::string(standing == TextureStanding::found ? known->second : "")});
         }
         for (const auto& subMap : map.subMaps) {
             if (subMap) {

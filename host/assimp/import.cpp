@@ -301,7 +301,8 @@ class Converter {
         result_.losses = warnings_.Losses();
         result_.textures = textures_.Take();
         result_.textureFiles = search_.Files();
-        result_.unit = tree_.unit > 0 ? tree_.unit : FormatsUnit(format_);
+        // Readers that keep it in a float have 0.01 as 0.0099999998.
+        result_.unit = tree_.unit > 0 ? std::stod(NumberText(tree_.unit, 7)) : FormatsUnit(format_);
         result_.unitSource = tree_.unit > 0     ? "as the file says"
                              : result_.unit > 0 ? "as in all files of the format"
                                                 : "";

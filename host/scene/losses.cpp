@@ -160,7 +160,7 @@ constexpr LossKind kKinds[] = {
     {LossCode::unitKept, "unit-kept", kImport,
      "the file's unit is ...; lengths are left in that unit (--scale changes them)",
      "The file counts lengths in a unit of its own, and one of them is one unit of the scene.",
-     "Give --scale where the application counts in another unit."},
+     "Give --unit, or --scale, where the application counts in another unit."},
     {LossCode::upAxisKnown, "up-axis-known", kImport, "--up has no effect: the up axis is ...",
      "--up turns files that do not say which axis is up; this one, or its format, says it.",
      "Leave --up out, or turn the model in the program that wrote the file."},

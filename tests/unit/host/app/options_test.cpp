@@ -299,6 +299,7 @@ TEST(OptionsTest, HelpExplainsEveryOptionWithItsDefault) {
                                             "--list",
                                             "--animation NAME|N",
                                             "--scale X",
+                                            "--unit UNIT",
                                             "--up AXIS",
                                             "--frame-rate N",
                                             "--start T",

@@ -165,7 +165,9 @@ TEST(Recoded, EveryTextOfTheFile) {
               (Lines{"animation 'l\xc3\xa4uft': name was not UTF-8, read as Latin-1",
                      "node 'Root': user properties were not UTF-8, read as Latin-1",
                      "material 'st\xc3\xa4hl': name was not UTF-8, read as Latin-1",
-                     "material 'st\xc3\xa4hl': texture paths were not UTF-8, read as Latin-1"}));
+                     "material 'st\xc3\xa4hl': texture paths were not UTF-8, read as Latin-1",
+                     "texture 'h\xc3\xb6lz.png': not found beside the model and in its folders "
+                     "file.fbm, textures, maps, images and ../textures"}));
 }
 
 TEST(Recoded, ValuesOfUserPropertiesAndTheNamesOfTexturesInTheFile) {

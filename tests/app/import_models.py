@@ -1,0 +1,134 @@
+#!/usr/bin/env python3
+"""What is told of models, and how they are fitted: textures beside them, units, --list.
+
+usage: import_models.py HDO_EXPORT KTA MODELS
+"""
+
+import json
+import pathlib
+import sys
+import tempfile
+
+from import_textures import GREEN, RED, Place, gltf, same
+
+
+def warnings(run):
+    return [line.partition(": warning: ")[2] for line in run.stderr.splitlines()
+            if ": warning: " in line]
+
+
+def check_search(place):
+    """Each texture stands somewhere else than the model says, or in other letters."""
+    stands = {"as/it/says.png": "as/it/says.png", "Up.PNG": "up.png",
+              "in\\folder\\back.png": "in/Folder/BACK.png", "C:\\else\\beside.png": "beside.png",
+              "/no/such/dir/t.png": "Textures/t.png", "m.png": "maps/m.png",
+              "f.png": "robot.fbm/f.png", "a%20b.png": "a b.png", "../textures/s.png": None,
+              "x/y/shared.png": "../textures/shared.png", "..\\..\\deep\\d.png": "images/d.png"}
+    model = place.folder / "model"
+    for name in filter(None, stands.values()):
+        place.write(f"model/{name}", RED)
+    place.write("model/robot.gltf", gltf([(None, name) for name in stands]))
+    run = place.export("model/robot.gltf")
+    same("layers", place.layers("model/robot.hdotemp1"),
+         [pathlib.PurePosixPath(found or "s.png").name for found in stands.values()])
+    same("warnings", warnings(run),
+         ["texture '../textures/s.png': not found beside the model and in its folders robot.fbm, "
+          "textures, maps, images and ../textures"])
+    listed = json.loads(place.export("model/robot.gltf", "--list", "--json").stdout)
+    same("textures", [texture for material in listed["materials"]
+                      for texture in material["textures"]],
+         [{"slot": "diffuse", "name": name, "standing": "missing"} if found is None else
+          {"slot": "diffuse",
+           "name": name if name == found else found,
+           "standing": "found", "file": str((model / found).resolve())}
+          for name, found in stands.items()])
+    same("inputs", sorted(set(listed["inputs"]) &
+                          {str((model / found).resolve()) for found in stands.values() if found}),
+         sorted(str((model / found).resolve()) for found in stands.values() if found))
+
+
+def first_vertex(place, *options):
+    return json.loads(place.export(*options, "-q", "--save-scene", "-").stdout)["nodes"][0][
+        "object"]["vertices"][1]
+
+
+def check_units(place, models):
+    """Metres of glTF, centimetres of FBX and Collada, and a file that does not say its unit."""
+    place.write("robot.gltf", gltf([(None, RED)]))
+    same("in metres", first_vertex(place, "robot.gltf")[0], 1)
+    for unit, size in [("mm", 1000), ("cm", 100), ("m", 1), ("in", 39.37008), ("ft", 3.28084)]:
+        same(unit, first_vertex(place, "robot.gltf", "--unit", unit)[0], size)
+    same("with --scale", first_vertex(place, "robot.gltf", "--unit", "cm", "--scale", "2")[0], 200)
+    run = place.export("robot.gltf", "--unit", "in", "-o", "a.hdo")
+    if "unit: m, as in all files of the format, converted to in\n" not in run.stdout:
+        sys.exit(run.stdout)
+    if "\nunit: " in place.export("robot.gltf", "-o", "a.hdo").stdout:
+        sys.exit("the summary has a new line without --unit")
+    for model, metres in [("FBX/spider.fbx", 0.01), ("Collada/duck.dae", 0.01)]:
+        listed = json.loads(place.export(str(models / model), "--list", "--json").stdout)
+        same(model, listed["unit"], {"metres": metres, "convertedTo": None,
+                                     "text": "cm, as the file says"})
+        report = json.loads(place.export(str(models / model), "--unit", "m", "-o", "a.hdo",
+                                         "--json").stdout)
+        same(model, report["unit"], {"metres": metres, "convertedTo": 1.0,
+                                     "text": "cm, as the file says, converted to m"})
+        if any(warning["code"] == "unit-kept" for warning in report["warnings"]):
+            sys.exit(f"{model}: told that its unit is kept")
+    for silent in ["STL/Spider_ascii.stl", "OBJ/spider.obj", "3DS/cubes_with_alpha.3DS"]:
+        run = place.export(str(models / silent), "--unit", "m", "-o", "b.hdo", status=2)
+        same(silent, run.stderr.splitlines()[-1],
+             f"hdo-export: --unit: {models / silent} does not say its unit, expected --scale in "
+             "its place")
+    if any(name.startswith("b.") for name in place.files()):
+        sys.exit("a refused export left files")
+    place.write("s.maxscene.json", {"maxscene": 1, "nodes": [{"name": "a"}]})
+    place.export("s.maxscene.json", "--unit", "m", "-o", "b.hdo", status=2)
+
+
+def check_list(place, models):
+    """Lines and JSON of a model with a skin, a camera and a light, and of one with morph targets."""
+    model = str(models / "FBX/huesitos.fbx")
+    lines = place.export(model, "--list").stdout.splitlines()
+    for line in ["camera\t14\tCamera", "light\t13\tomni\tLamp", "skin\t12\t9\t62\tCylinder",
+                 "animation\t0\t1.56\tArmature|Action", "clip\t0\t1.56\t39\tArmature|Action",
+                 "unit\t0.01\tcm, as the file says",
+                 "up\ty, as the file says, turned to z"]:
+        same(line, lines.count(line), 1)
+    listed = json.loads(place.export(model, "--list", "--json").stdout)
+    same("skins", listed["skins"], [{"node": 12, "name": "Cylinder", "bones": 9, "vertices": 62}])
+    same("cameras", listed["cameras"], [{"node": 14, "name": "Camera"}])
+    same("lights", listed["lights"], [{"node": 13, "name": "Lamp", "kind": "omni"}])
+    same("clips", listed["animations"],
+         [{"name": "Armature|Action", "seconds": 1.56, "frames": 39.0}])
+    morphs = models / "glTF2/glTF-Sample-Models/AnimatedMorphCube-glTF/AnimatedMorphCube.gltf"
+    listed = json.loads(place.export(str(morphs), "--list", "--json").stdout)
+    same("morph channels", [len(morpher["channels"]) for morpher in listed["morphers"]], [2])
+    same("lines", sum(line.startswith("morph\t") for line in
+                      place.export(str(morphs), "--list").stdout.splitlines()), 2)
+    place.write("robot.gltf", gltf([("in.png", GREEN), (None, "gone.png")]))
+    lines = place.export("robot.gltf", "--list").stdout.splitlines()
+    same("textures", [line for line in lines if line.startswith("texture")],
+         ["texture\t0\tdiffuse\tinside\tin.png", "texture\t1\tdiffuse\tmissing\tgone.png"])
+
+
+def check_cut_header(place):
+    """Which the reader would look for until its time is over."""
+    place.write("cut.ply", b"ply\nformat ascii 1.0\nelement vertex 3\n")
+    run = place.export("cut.ply", status=2)
+    same("refusal", run.stderr,
+         "hdo-export: cut.ply: cut off in its header, which has no end_header\n")
+
+
+def main():
+    programs = [str(pathlib.Path(program).resolve()) for program in sys.argv[1:3]]
+    models = pathlib.Path(sys.argv[3])
+    checks = [check_search, lambda place: check_units(place, models),
+              lambda place: check_list(place, models), check_cut_header]
+    for check in checks:
+        with tempfile.TemporaryDirectory() as folder:
+            check(Place(programs, pathlib.Path(folder).resolve()))
+    print(f"{len(checks)} checks")
+
+
+if __name__ == "__main__":
+    main()
