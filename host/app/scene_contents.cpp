@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cmath>
-#include <cstdio>
 #include <map>
 #include <set>
 #include <string_view>
@@ -10,6 +9,7 @@
 #include <utility>
 #include <variant>
 
+#include "host/app/json_parts.h"
 #include "host/app/scene_report.h"
 #include "kta/text.h"
 
@@ -120,12 +120,6 @@ void ForEachModifier(const scene::Scene& scene, Visitor visit) {
     }
 }
 
-std::string Number(double number) {
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%.6g", number);
-    return text.data();
-}
-
 // "cm", or "0.123 m" where no unit of --unit has that size.
 std::string NameOfUnit(double metres) {
     for (const auto& [name, size] : kUnits) {
@@ -133,10 +127,10 @@ std::string NameOfUnit(double metres) {
             return name;
         }
     }
-    return Number(metres) + " m";
+    return Figure(metres) + " m";
 }
 
-std::string Line(const std::vector<std::string>& fields) {
+std::string Tabbed(const std::vector<std::string>& fields) {
     std::string line;
     for (const std::string& field : fields) {
         line += (line.empty() ? "" : "\t") + kta::Escaped(field);
@@ -147,21 +141,21 @@ std::string Line(const std::vector<std::string>& fields) {
 void ListObjects(const scene::Scene& scene, std::vector<std::string>& lines) {
     for (std::size_t i = 0; i < scene.nodes.size(); ++i) {
         if (std::string_view(KindOf(scene.nodes[i])) == "camera") {
-            lines.push_back(Line({"camera", std::to_string(i), scene.nodes[i].name}));
+            lines.push_back(Tabbed({"camera", std::to_string(i), scene.nodes[i].name}));
         }
     }
     for (std::size_t i = 0; i < scene.nodes.size(); ++i) {
         if (const char* const kind = KindOfLight(scene.nodes[i])) {
-            lines.push_back(Line({"light", std::to_string(i), kind, scene.nodes[i].name}));
+            lines.push_back(Tabbed({"light", std::to_string(i), kind, scene.nodes[i].name}));
         }
     }
     for (const ListedSkin& skin : SkinsOf(scene)) {
-        lines.push_back(Line({"skin", std::to_string(skin.node), std::to_string(skin.bones),
-                              std::to_string(skin.vertices), scene.nodes[skin.node].name}));
+        lines.push_back(Tabbed({"skin", std::to_string(skin.node), std::to_string(skin.bones),
+                                std::to_string(skin.vertices), scene.nodes[skin.node].name}));
     }
     for (const ListedMorpher& morpher : MorphersOf(scene)) {
         for (std::size_t i = 0; i < morpher.channels.size(); ++i) {
-            lines.push_back(Line(
+            lines.push_back(Tabbed(
                 {"morph", std::to_string(morpher.node), std::to_string(i), morpher.channels[i]}));
         }
     }
@@ -240,17 +234,17 @@ std::vector<std::string> ListContents(const LoadedScene& loaded) {
     std::vector<std::string> lines;
     ListObjects(loaded.scene, lines);
     for (const ListedTexture& texture : TexturesOf(loaded)) {
-        lines.push_back(Line({"texture", std::to_string(texture.material), texture.slot,
-                              NameOf(texture.standing), texture.name}));
+        lines.push_back(Tabbed({"texture", std::to_string(texture.material), texture.slot,
+                                NameOf(texture.standing), texture.name}));
     }
     for (std::size_t i = 0; i < loaded.animations.size(); ++i) {
         const Animation& animation = loaded.animations[i];
-        lines.push_back(Line({"clip", std::to_string(i), Number(animation.seconds),
-                              Number(FramesOf(animation, loaded.scene)), animation.name}));
+        lines.push_back(Tabbed({"clip", std::to_string(i), Figure(animation.seconds),
+                                Figure(FramesOf(animation, loaded.scene)), animation.name}));
     }
     if (loaded.unit) {
-        lines.push_back(Line({"unit", Number(loaded.unit->metres), Describe(*loaded.unit)}));
-        lines.push_back(Line({"up", loaded.upAxis}));
+        lines.push_back(Tabbed({"unit", Figure(loaded.unit->metres), Describe(*loaded.unit)}));
+        lines.push_back(Tabbed({"up", loaded.upAxis}));
     }
     return lines;
 }
