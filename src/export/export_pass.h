@@ -101,12 +101,15 @@ class MaterialNumbers {
   public:
     MaterialNumbers(const ExportPass& pass, INode* node);
     // 0 where there is none.
-    Plinth::Int32 Of(Face& face) const;
+    Plinth::Int32 Of(Face& face) const {
+        return hasSubMaterials ? table.NumberOf(listIndex, face.getMatID()) : number;
+    }
 
   private:
     const MaterialTable& table;
-    Plinth::Int32 listIndex;  // of the node's material; -1: it is not in the list
+    Plinth::Int32 listIndex;  // of a material with sub-materials
     bool hasSubMaterials;
+    Plinth::Int32 number;  // of all faces otherwise
 };
 
 // ------------------------------------------------ motion

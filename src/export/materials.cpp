@@ -283,20 +283,17 @@ void ExportLayer(ExportPass& pass, Texmap* map, const Class_ID& parent, int slot
 }
 
 MaterialNumbers::MaterialNumbers(const ExportPass& pass, INode* node)
-    : table(pass.materialTable), listIndex(-1), hasSubMaterials(false) {
+    : table(pass.materialTable), listIndex(-1), hasSubMaterials(false), number(0) {
     Mtl* material = node->GetMtl();
     if (material == NULL) {
         material = pass.defaultMaterials.Find(node);
     }
-    if (material != NULL) {
-        listIndex = pass.sceneMaterials.Find(material);
-        hasSubMaterials = material->NumSubMtls() != 0;
+    if (material == NULL) {
+        return;
     }
-}
-
-Plinth::Int32 MaterialNumbers::Of(Face& face) const {
-    if (listIndex < 0) {
-        return 0;
+    listIndex = pass.sceneMaterials.Find(material);
+    hasSubMaterials = listIndex >= 0 && material->NumSubMtls() != 0;
+    if (listIndex >= 0 && !hasSubMaterials) {
+        number = table.NumberOf(listIndex);
     }
-    return hasSubMaterials ? table.NumberOf(listIndex, face.getMatID()) : table.NumberOf(listIndex);
 }
