@@ -67,6 +67,7 @@ WITHOUT_COMMANDS = {
     "docs/kta-check.md": "a table that kta check writes; the test kta_check compares it",
     "docs/kta-format.md": "tables; docs/kta-example.md shows them at work",
     "docs/options.md": "a table; docs/guide.md shows it at work, options_page_test compares it",
+    "docs/performance.md": "bench/report writes it",
     "docs/warnings.md": "a table; warnings_page_test compares it",
 }
 
@@ -75,6 +76,8 @@ OTHER_PICTURES = {
     "docs/about-box.png": "the test dialogs_test, on Windows",
     "docs/architecture.svg": "drawn by hand",
     "docs/options-dialog.png": "the test dialogs_test, on Windows",
+    "docs/performance-growth.svg": "bench/report",
+    "docs/performance-ratios.svg": "bench/report",
 }
 
 # ./run is itself run, but for what it installs and builds: these take the place of the machine's.
