@@ -236,7 +236,7 @@ std::vector<std::string> ExportFiles::MakePreview() const {
                          motion ? &*motion : nullptr);
 }
 
-void ExportFiles::WriteLog() const {
+void ExportFiles::WriteLog() {
     if (!logStandsApart_ || !HasLog()) {
         return;
     }
@@ -253,6 +253,7 @@ void ExportFiles::WriteLog() const {
         try {
             kta::ReplaceWholeFile(log_, [&](std::ostream& out) { out << text; });
             error.clear();
+            hasOwnLog_ = true;
         } catch (const std::system_error& thrown) {
             error = thrown.code();
         }

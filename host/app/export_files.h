@@ -94,7 +94,9 @@ class ExportFiles {
 
     // Writes the log to its own place, where it was given one. Throws
     // std::filesystem::filesystem_error with that place.
-    void WriteLog() const;
+    void WriteLog();
+    // Whether it stands in that place, as a file.
+    bool HasOwnLog() const { return hasOwnLog_; }
     // Puts everything that the export has made in its place, the log included unless it has a place
     // of its own; what bears the export file's very name comes last. Throws
     // std::filesystem::filesystem_error, with a place, when nothing was put in place.
@@ -113,6 +115,7 @@ class ExportFiles {
     std::filesystem::path log_;
     std::filesystem::path writtenLog_;  // empty before Prepare()
     bool logStandsApart_;
+    bool hasOwnLog_ = false;
     std::vector<OutputFile> files_;
     TextureFiles textures_;
     std::optional<kta::PrivateDirectory> room_;

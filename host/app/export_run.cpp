@@ -95,6 +95,7 @@ class ExportRun {
     std::vector<std::string> MakePreview();
     int Compare(const std::vector<std::string>& faults);
     std::optional<int> Prepare();
+    void TakeLog();
     int StatusOf(int result);
     std::optional<int> EndedInDialog(int result);
     int ReportFailure();
@@ -292,6 +293,15 @@ int ExportRun::Place(int status, bool isExport) {
     return status;
 }
 
+void ExportRun::TakeLog() {
+    if (files_.HasLog()) {
+        outcome_.log = files_.Log();
+    } else {
+        const scene::LossCode code = scene::LossCode::logMissing;
+        console_.Warn(code, files_.Log().string(), scene::KindOf(code).text);
+    }
+}
+
 int ExportRun::Run(PlugInRun run, ExportOutcome outcome) {
     if (const std::optional<int> status = Prepare()) {
         return *status;
@@ -313,12 +323,7 @@ int ExportRun::Run(PlugInRun run, ExportOutcome outcome) {
     for (const import::EmbeddedTexture& texture : files_.Textures().Textures()) {
         outcome_.textures.push_back(files_.Textures().Place(texture));
     }
-    if (files_.HasLog()) {
-        outcome_.log = files_.Log();
-    } else {
-        const scene::LossCode code = scene::LossCode::logMissing;
-        console_.Warn(code, files_.Log().string(), scene::KindOf(code).text);
-    }
+    TakeLog();
     if (const std::optional<int> status = EndedInDialog(result)) {
         return Place(*status, false);
     }

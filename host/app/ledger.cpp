@@ -98,6 +98,7 @@ class ExportLosses {
     void FindAt(const scene::Node& node);
     LossCode WhyNoMesh(const scene::Node& node) const;
     void CompareMesh(const scene::Node& node, const kta::ActorMesh& mesh);
+    double MostChanged(const SceneSkin& own, const kta::Skin& skin, std::size_t vertex) const;
     void CompareSkin(const scene::Node& node, const kta::ActorMesh& mesh);
     void CompareMorphs(const scene::Node& node, const kta::ActorMesh& mesh);
     void AddMotions();
@@ -189,6 +190,31 @@ void ExportLosses::CompareMesh(const scene::Node& node, const kta::ActorMesh& me
     }
 }
 
+// Of the shares that bones have of a vertex, the most that one is off; 0 where the scene has none.
+double ExportLosses::MostChanged(const SceneSkin& own, const kta::Skin& skin,
+                                 std::size_t vertex) const {
+    const std::vector<scene::NodeWeight> weights = own.Of(vertex);
+    if (weights.empty()) {
+        return 0;
+    }
+    std::unordered_map<std::size_t, double> shares;
+    double sum = 0;
+    for (const scene::NodeWeight& weight : weights) {
+        sum += weight.weight;
+    }
+    for (const scene::NodeWeight& weight : weights) {
+        shares[exported_.match.FileNodeOf(weight.node)] += weight.weight / sum;
+    }
+    for (const kta::Influence& influence : skin.Of(static_cast<std::int32_t>(vertex))) {
+        shares[influence.node] -= influence.share;
+    }
+    double most = 0;
+    for (const auto& [bone, difference] : shares) {
+        most = std::max(most, std::abs(difference));
+    }
+    return most;
+}
+
 // Of each vertex that the file has, the bones' shares.
 void ExportLosses::CompareSkin(const scene::Node& node, const kta::ActorMesh& mesh) {
     constexpr double kSame = 1e-4;
@@ -203,25 +229,7 @@ void ExportLosses::CompareSkin(const scene::Node& node, const kta::ActorMesh& me
     std::size_t changed = 0;
     double worst = 0;
     for (std::size_t vertex = 0; vertex < node.object->mesh->vertices.size(); ++vertex) {
-        std::unordered_map<std::size_t, double> shares;
-        double sum = 0;
-        const std::vector<scene::NodeWeight> weights = own.Of(vertex);
-        for (const scene::NodeWeight& weight : weights) {
-            sum += weight.weight;
-        }
-        for (const scene::NodeWeight& weight : weights) {
-            shares[exported_.match.FileNodeOf(weight.node)] += weight.weight / sum;
-        }
-        if (weights.empty()) {
-            continue;
-        }
-        for (const kta::Influence& influence : skin.Of(static_cast<std::int32_t>(vertex))) {
-            shares[influence.node] -= influence.share;
-        }
-        double most = 0;
-        for (const auto& [bone, difference] : shares) {
-            most = std::max(most, std::abs(difference));
-        }
+        const double most = MostChanged(own, skin, vertex);
         changed += most > kSame ? 1 : 0;
         worst = std::max(worst, most);
     }

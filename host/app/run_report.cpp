@@ -17,9 +17,10 @@ FileReport ReportOf(const fs::path& place, const ExportFiles& files,
                     const std::set<fs::path>& textures) {
     const bool isTexture = textures.contains(place);
     FileReport report{place,
-                      isTexture              ? "texture"
-                      : place == files.Log() ? "log"
-                                             : "converter",
+                      isTexture                  ? "texture"
+                      : place == files.Log()     ? "log"
+                      : place == files.Preview() ? "preview"
+                                                 : "converter",
                       0,
                       {}};
     std::error_code ignored;
@@ -171,6 +172,9 @@ ExportReport ReportOf(const ExportFiles& files, ExportOutcome outcome) {
     const std::set<fs::path> textures(outcome.textures.begin(), outcome.textures.end());
     for (const fs::path& place : files.Placed()) {
         report.files.push_back(ReportOf(place, files, textures));
+    }
+    if (files.HasOwnLog()) {
+        report.files.push_back(ReportOf(files.Log(), files, textures));
     }
     std::ranges::sort(report.files, {}, &FileReport::path);
     if (files.IsInPlace()) {

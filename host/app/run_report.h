@@ -31,7 +31,8 @@ class Stopwatch {
 
 struct FileReport {
     std::filesystem::path path;
-    std::string kind;  // actor, motion, log, texture, or converter: what the converter made
+    std::string
+        kind;  // actor, motion, log, texture, preview, or converter: what the converter made
     std::uint64_t bytes = 0;
     std::vector<kta::ChunkTotal> chunks;  // of an actor and a motion file
 };

@@ -113,28 +113,38 @@ class MeshCheck {
         return VertexOffset(subMesh, subMesh.vertices.size()) + face * 3 * sizeof(Plinth::UInt32);
     }
 
-    // Vertices of one original vertex stand one behind the other.
     void CheckVertices(const SubMesh& subMesh) {
-        const KTAVertex* before = nullptr;
         for (std::size_t i = 0; i < subMesh.vertices.size(); ++i) {
             const KTAVertex& vertex = subMesh.vertices[i];
-            if (before != nullptr && before->originalVertex == vertex.originalVertex &&
-                !std::equal(std::begin(vertex.position), std::end(vertex.position),
-                            before->position) &&
-                AreFinite(vertex.position) && AreFinite(before->position)) {
-                positions_.Note(VertexOffset(subMesh, i) + offsetof(KTAVertex, position), [&] {
-                    return Words{"position", Listed(vertex.position),
-                                 Listed(before->position) +
-                                     ", that of the vertex before it, of the "
-                                     "same original vertex"};
-                });
-            }
+            CheckPosition(subMesh, i);
             if (!IsUnit(vertex.normal)) {
                 normals_.Note(VertexOffset(subMesh, i) + offsetof(KTAVertex, normal), [&] {
                     return Words{"normal", Listed(vertex.normal), "one of length 1"};
                 });
             }
-            before = &vertex;
+        }
+    }
+
+    // Within a sub-mesh vertices of one original vertex stand one behind the other.
+    void CheckPosition(const SubMesh& subMesh, std::size_t i) {
+        const KTAVertex& vertex = subMesh.vertices[i];
+        const KTAVertex* before = i > 0 ? &subMesh.vertices[i - 1] : nullptr;
+        const bool isBeside = before != nullptr && before->originalVertex == vertex.originalVertex;
+        if (!isBeside) {
+            before = mesh_.subMeshes.size() > 1
+                         ? firsts_.try_emplace(vertex.originalVertex, &vertex).first->second
+                         : &vertex;
+        }
+        if (!std::equal(std::begin(vertex.position), std::end(vertex.position), before->position) &&
+            AreFinite(vertex.position) && AreFinite(before->position)) {
+            positions_.Note(VertexOffset(subMesh, i) + offsetof(KTAVertex, position), [&] {
+                return Words{"position", Listed(vertex.position),
+                             Listed(before->position) +
+                                 (isBeside ? ", that of the vertex before it, of the same original "
+                                             "vertex"
+                                           : ", that of the same original vertex in a sub-mesh "
+                                             "before it")};
+            });
         }
     }
 
@@ -183,6 +193,8 @@ class MeshCheck {
     const Mesh& mesh_;
     std::string_view node_;
     std::vector<std::uint8_t> isUsed_;  // of a sub-mesh's vertices
+    // Of each original vertex, where there are several sub-meshes.
+    std::unordered_map<std::int32_t, const KTAVertex*> firsts_;
     Alike positions_{IssueCode::vertexPosition, "mesh"};
     Alike normals_{IssueCode::normalNotUnit, "mesh"};
     Alike degenerate_{IssueCode::triangleDegenerate, "mesh"};

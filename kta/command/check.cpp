@@ -249,6 +249,49 @@ void AddInsteadFlag(CLI::App& check, const std::shared_ptr<CheckArguments>& argu
         name, [arguments, instead] { arguments->instead = instead; }, help);
 }
 
+// What is checked, and what is told of it.
+void AddChoices(CLI::App& check, CheckArguments& arguments) {
+    check
+        .add_option("ACTOR", arguments.paths,
+                    "An actor file and, if wanted, its motion file; or a single file of either\n"
+                    "kind; or directories, of which every FILEtemp1 and FILEtemp2 is checked")
+        ->option_text("[MOTION] | DIRECTORY...");
+    check.add_flag("--notes", arguments.report.notes,
+                   "Tell also what is rightly so and yet worth knowing");
+    check.add_flag("--strict", arguments.strict, "Status 1 for warnings too");
+    check
+        .add_option("--ignore", arguments.ignored,
+                    "Leave out what has this code, as in weight-sum (repeatable)")
+        ->type_name("CODE,...")
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->option_text("CODE,...");
+    check.add_option("--rules", arguments.rulesFile, "A studio's rules, a JSON file")
+        ->type_name("FILE");
+    check
+        .add_option("--max-issues", arguments.report.maxIssues,
+                    "Show so many of each actor and motion file; 0 shows all")
+        ->type_name("N")
+        ->check(CLI::NonNegativeNumber)
+        ->capture_default_str();
+}
+
+// Other forms, and what is done instead of checking.
+void AddForms(CLI::App& check, const std::shared_ptr<CheckArguments>& arguments) {
+    check.add_flag("--json", arguments->json, "One JSON object; --json-schema describes it");
+    AddInsteadFlag(check, arguments, "--json-schema", Instead::schema,
+                   "Print the JSON Schema of --json");
+    AddInsteadFlag(check, arguments, "--list-codes", Instead::codes, "Print the table of codes");
+    check.add_flag("--markdown", arguments->markdown, "With --list-codes: as a page");
+    AddInsteadFlag(check, arguments, "--self-test", Instead::selfTest,
+                   "Plant each fault into good files made in memory and see that it is found,\n"
+                   "and nothing else");
+    check
+        .add_option("--fixtures", arguments->fixtures,
+                    "With --self-test: write the faulty files into this directory")
+        ->type_name("DIR");
+}
+
 }  // namespace
 
 Command AddCheck(CLI::App& kta) {
@@ -258,41 +301,8 @@ Command AddCheck(CLI::App& kta) {
                            "Every rule that readers of the files rely on, and a studio's own: one "
                            "line for each thing\n"
                            "wrong, with its place and code. Status 1 when there is an error.");
-    check
-        ->add_option("ACTOR", arguments->paths,
-                     "An actor file and, if wanted, its motion file; or a single file of either\n"
-                     "kind; or directories, of which every FILEtemp1 and FILEtemp2 is checked")
-        ->option_text("[MOTION] | DIRECTORY...");
-    check->add_flag("--notes", arguments->report.notes,
-                    "Tell also what is rightly so and yet worth knowing");
-    check->add_flag("--strict", arguments->strict, "Status 1 for warnings too");
-    check
-        ->add_option("--ignore", arguments->ignored,
-                     "Leave out what has this code, as in weight-sum (repeatable)")
-        ->type_name("CODE,...")
-        ->delimiter(',')
-        ->allow_extra_args(false)
-        ->option_text("CODE,...");
-    check->add_option("--rules", arguments->rulesFile, "A studio's rules, a JSON file")
-        ->type_name("FILE");
-    check
-        ->add_option("--max-issues", arguments->report.maxIssues,
-                     "Show so many of each actor and motion file; 0 shows all")
-        ->type_name("N")
-        ->check(CLI::NonNegativeNumber)
-        ->capture_default_str();
-    check->add_flag("--json", arguments->json, "One JSON object; --json-schema describes it");
-    AddInsteadFlag(*check, arguments, "--json-schema", Instead::schema,
-                   "Print the JSON Schema of --json");
-    AddInsteadFlag(*check, arguments, "--list-codes", Instead::codes, "Print the table of codes");
-    check->add_flag("--markdown", arguments->markdown, "With --list-codes: as a page");
-    AddInsteadFlag(*check, arguments, "--self-test", Instead::selfTest,
-                   "Plant each fault into good files made in memory and see that it is found,\n"
-                   "and nothing else");
-    check
-        ->add_option("--fixtures", arguments->fixtures,
-                     "With --self-test: write the faulty files into this directory")
-        ->type_name("DIR");
+    AddChoices(*check, *arguments);
+    AddForms(*check, arguments);
     return {check, [arguments] { return Run(*arguments); }};
 }
 

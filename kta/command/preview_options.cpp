@@ -321,11 +321,9 @@ class Planner {
     PreviewPlan plan_;
 };
 
-}  // namespace
+// ---------------------------------------------------------------- options
 
-// ---------------------------------------------------------------- command line
-
-std::vector<CLI::Option*> DescribePreview(CLI::App& preview, PreviewOptions& options) {
+void AddInputs(CLI::App& preview, PreviewOptions& options) {
     preview.add_option("ACTOR", options.actor, "Actor file; - is standard input")->required();
     preview.add_option("MOTION", options.motion, "Motion file");
     preview
@@ -346,6 +344,10 @@ std::vector<CLI::Option*> DescribePreview(CLI::App& preview, PreviewOptions& opt
     preview.add_flag_callback(
         "--no-textures", [&options] { options.withTextures = false; }, "Show colours alone");
     preview.add_flag("--collision", options.withCollision, "Show collision meshes as well");
+}
+
+// Of pictures; pages have none of these.
+std::vector<CLI::Option*> AddViews(CLI::App& preview, PreviewOptions& options) {
     const auto size =
         Wants([](const std::string& text) { return ParsePair(text, kGreatestPictureSide); },
               "size, expected WIDTHxHEIGHT, each 1 to " + std::to_string(kGreatestPictureSide));
@@ -392,22 +394,38 @@ std::vector<CLI::Option*> DescribePreview(CLI::App& preview, PreviewOptions& opt
                         "the motion, or without one the model from all sides")
             ->type_name("CxR")
             ->check(Wants([](const std::string& text) { return ParsePair(text, 1000); },
-                          "sheet, expected COLUMNSxROWS as in 4x2")),
-        preview.add_option("--frames", options.frames, "Pictures of an animation, up to 1000")
-            ->type_name("N")
-            ->check(Number(1, kMostFrames, "frames")),
-        preview
-            .add_option("--fps", options.fps,
-                        "Pictures of an animation a second [12], and frames of --time")
-            ->type_name("N")
-            ->check(Number(1, kMostFps, "frames a second")),
-        preview
-            .add_option("--morph", options.morphs,
-                        "A morph channel's weight, 100 for full (repeatable)")
-            ->type_name("CHANNEL=PERCENT")
-            ->allow_extra_args(false)
-            ->check(Wants(ParseMorph, "morph, expected CHANNEL=PERCENT as in Smile=50")),
-        preview.add_flag("--bones", options.withBones, "Show the skeleton, before all else")};
+                          "sheet, expected COLUMNSxROWS as in 4x2"))};
+}
+
+std::vector<CLI::Option*> AddMotion(CLI::App& preview, PreviewOptions& options) {
+    return {preview.add_option("--frames", options.frames, "Pictures of an animation, up to 1000")
+                ->type_name("N")
+                ->check(Number(1, kMostFrames, "frames")),
+            preview
+                .add_option("--fps", options.fps,
+                            "Pictures of an animation a second [12], and frames of --time")
+                ->type_name("N")
+                ->check(Number(1, kMostFps, "frames a second")),
+            preview
+                .add_option("--morph", options.morphs,
+                            "A morph channel's weight, 100 for full (repeatable)")
+                ->type_name("CHANNEL=PERCENT")
+                ->allow_extra_args(false)
+                ->check(Wants(ParseMorph, "morph, expected CHANNEL=PERCENT as in Smile=50")),
+            preview.add_flag("--bones", options.withBones, "Show the skeleton, before all else")};
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------- command line
+
+std::vector<CLI::Option*> DescribePreview(CLI::App& preview, PreviewOptions& options) {
+    AddInputs(preview, options);
+    std::vector<CLI::Option*> ofPictures = AddViews(preview, options);
+    for (CLI::Option* const option : AddMotion(preview, options)) {
+        ofPictures.push_back(option);
+    }
+    return ofPictures;
 }
 
 PreviewForm FormOf(const PreviewOptions& options) {

@@ -186,10 +186,12 @@ void Materials::AddTextures(const Source& source, Json& material) {
     if (isOwnAlpha) {
         material["alphaMode"] = "BLEND";
     }
+    CountLeftOut(source, {diffuse, glow, specular, isOwnAlpha ? opacity : nullptr});
+}
+
+void Materials::CountLeftOut(const Source& source, const std::set<const KTAMaterialLayer*>& shown) {
     for (const KTAMaterialLayer* layer : source.layers) {
-        const bool isShown = layer == diffuse || layer == glow || layer == specular ||
-                             (layer == opacity && isOwnAlpha);
-        if (!isShown) {
+        if (!shown.contains(layer)) {
             ++layersLeftOut_[layer->layerType];
         }
     }

@@ -29,6 +29,7 @@ class Materials {
 
     Json MaterialJson(const Source& source, bool hasCoordinates);
     void AddTextures(const Source& source, Json& material);
+    void CountLeftOut(const Source& source, const std::set<const KTAMaterialLayer*>& shown);
     // The reference to a layer's texture; null where it cannot be shown.
     Json TextureJson(const KTAMaterialLayer& layer);
     std::optional<std::size_t> ImageOf(const std::string& name);

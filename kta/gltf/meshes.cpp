@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "kta/dump.h"
-#include "kta/gltf/primitive.h"
 #include "kta/text.h"
 
 namespace kta::gltf {
@@ -43,7 +42,7 @@ std::string Meshes::NameOf(const ActorMesh& mesh) const {
                                 : ToUtf8(TextOf(tree_.Record(mesh.node).nodeName));
 }
 
-void Meshes::Add(const ActorMesh& mesh) {
+PrimitiveSource Meshes::SourceOf(const ActorMesh& mesh) {
     PrimitiveSource source{mesh, tree_,        {}, Affine(),
                            {},   std::nullopt, {}, options_.mostInfluences};
     if (mesh.weights != nullptr && mesh.node != kNoNode) {
@@ -62,6 +61,11 @@ void Meshes::Add(const ActorMesh& mesh) {
     for (const Morph* morph : mesh.morphs) {
         source.targets.emplace_back(tree_, mesh, *morph);
     }
+    return source;
+}
+
+void Meshes::Add(const ActorMesh& mesh) {
+    const PrimitiveSource source = SourceOf(mesh);
     Json primitives = Json::array();
     for (const SubMesh& subMesh : mesh.mesh->subMeshes) {
         Primitive primitive = MakePrimitive(source, subMesh);

@@ -5,6 +5,7 @@
 #include "kta/glb.h"
 #include "kta/gltf/materials.h"
 #include "kta/gltf/nodes.h"
+#include "kta/gltf/primitive.h"
 
 namespace kta::gltf {
 
@@ -32,6 +33,7 @@ class Meshes {
 
   private:
     std::string NameOf(const ActorMesh& mesh) const;
+    PrimitiveSource SourceOf(const ActorMesh& mesh);
     std::size_t AddSkin(const Joints& joints);
 
     const NodeTree& tree_;

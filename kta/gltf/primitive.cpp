@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <map>
+#include <tuple>
 
 namespace kta::gltf {
 namespace {
@@ -167,14 +169,94 @@ void AddInfluences(const PrimitiveSource& source, const SubMesh& subMesh, Primit
     }
 }
 
+// ---------------------------------------------------------------- morph targets
+
+// Turns the vector as the shorter way from the one direction to the other turns (Rodrigues'
+// rotation formula). Directions of length 1.
+Vector3 Turned(const Vector3& v, const Vector3& from, const Vector3& to) {
+    const Vector3 axis = Cross(from, to);
+    const Vector3 across = Cross(axis, v);
+    return v + across + Cross(axis, across) * (1 / (1 + Dot(from, to)));
+}
+
+// What targets do to normals, which the files do not say. Vertices of one original vertex and one
+// normal have it of the triangles that they share, and it turns as these do together.
+class NormalChanges {
+  public:
+    NormalChanges(const SubMesh& subMesh, const Primitive& primitive) : primitive_(primitive) {
+        std::map<std::tuple<std::int32_t, float, float, float>, std::size_t> groups;
+        for (const KTAVertex& vertex : subMesh.vertices) {
+            groups_.push_back(groups
+                                  .try_emplace({vertex.originalVertex, vertex.normal[0],
+                                                vertex.normal[1], vertex.normal[2]},
+                                               groups.size())
+                                  .first->second);
+        }
+        count_ = groups.size();
+        before_ = Directions(primitive.positions);
+    }
+
+    // Of each vertex what is to be added to its normal. Zero where the triangles have no direction,
+    // or turn right over.
+    std::vector<float> Of(const std::vector<float>& displacements) const {
+        std::vector<float> positions = primitive_.positions;
+        for (std::size_t i = 0; i < positions.size(); ++i) {
+            positions[i] += displacements[i];
+        }
+        const std::vector<Vector3> after = Directions(positions);
+        std::vector<float> changes;
+        changes.reserve(positions.size());
+        for (std::size_t i = 0; i < groups_.size(); ++i) {
+            const Vector3 &from = before_[groups_[i]], &to = after[groups_[i]];
+            const bool isTold =
+                from != to && from != Vector3{} && to != Vector3{} && Dot(from, to) > kRightOver;
+            const Vector3 normal = At(primitive_.normals, i);
+            Append(changes, isTold ? Normalized(Turned(normal, from, to)) - normal : Vector3{});
+        }
+        return changes;
+    }
+
+  private:
+    static constexpr double kRightOver = -0.9999;  // cosine
+
+    // Of each group's triangles together.
+    std::vector<Vector3> Directions(const std::vector<float>& positions) const {
+        std::vector<Vector3> sums(count_);
+        for (std::size_t i = 0; i < primitive_.indices.size(); i += 3) {
+            const std::uint32_t* const corners = &primitive_.indices[i];
+            const Vector3 first = At(positions, corners[0]);
+            const Vector3 area =
+                Cross(At(positions, corners[1]) - first, At(positions, corners[2]) - first);
+            for (std::size_t corner = 0; corner < 3; ++corner) {
+                Vector3& sum = sums[groups_[corners[corner]]];
+                sum = sum + area;
+            }
+        }
+        for (Vector3& sum : sums) {
+            sum = Normalized(sum);
+        }
+        return sums;
+    }
+
+    const Primitive& primitive_;
+    std::vector<std::size_t> groups_;  // by vertex
+    std::size_t count_ = 0;
+    std::vector<Vector3> before_;  // of each group, length 1 or 0
+};
+
 void AddTargets(const PrimitiveSource& source, const SubMesh& subMesh, Primitive& primitive) {
+    if (source.targets.empty()) {
+        return;
+    }
+    const NormalChanges normals(subMesh, primitive);
     for (const MorphTarget& target : source.targets) {
-        std::vector<float>& displacements = primitive.targets.emplace_back();
-        displacements.reserve(3 * subMesh.vertices.size());
+        PrimitiveTarget& added = primitive.targets.emplace_back();
+        added.positions.reserve(3 * subMesh.vertices.size());
         for (const KTAVertex& vertex : subMesh.vertices) {
             const Vector3 way = target.Displacement(vertex);
-            Append(displacements, Exchanged(source.offset ? source.offset->Direction(way) : way));
+            Append(added.positions, Exchanged(source.offset ? source.offset->Direction(way) : way));
         }
+        added.normals = normals.Of(added.positions);
     }
 }
 
@@ -241,8 +323,10 @@ Json PrimitiveJson(const Primitive& primitive, std::size_t material, Document& d
     Json object = {{"attributes", std::move(attributes)}};
     object["indices"] = AddIndices(primitive, document);
     object["material"] = material;
-    for (const std::vector<float>& target : primitive.targets) {
-        object["targets"].push_back({{"POSITION", AddVertexData(target, "VEC3", document, true)}});
+    for (const PrimitiveTarget& target : primitive.targets) {
+        object["targets"].push_back(
+            {{"POSITION", AddVertexData(target.positions, "VEC3", document, true)},
+             {"NORMAL", AddVertexData(target.normals, "VEC3", document)}});
     }
     return object;
 }

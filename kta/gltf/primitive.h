@@ -24,6 +24,12 @@ struct PrimitiveSource {
     std::size_t mostInfluences = 255;
 };
 
+// What a morph target adds, at full weight.
+struct PrimitiveTarget {
+    std::vector<float> positions;
+    std::vector<float> normals;
+};
+
 // In glTF's axes.
 struct Primitive {
     std::vector<float> positions;
@@ -33,7 +39,7 @@ struct Primitive {
     // Of each vertex four a set, which together sum to 1.
     std::vector<std::vector<std::uint16_t>> joints;
     std::vector<std::vector<float>> weights;
-    std::vector<std::vector<float>> targets;  // displacements
+    std::vector<PrimitiveTarget> targets;
 
     std::size_t trianglesLeftOut = 0;  // with a corner that is not finite
     std::size_t normalsMade = 0;       // which had no direction

@@ -312,24 +312,12 @@ class Subjects {
 
   private:
     void FindInActor(const File& actor) {
-        std::unordered_map<std::string_view, std::size_t> byName;
-        std::size_t nodes = 0;
-        std::size_t materials = 0;
         for (const Chunk& chunk : actor.chunks) {
             if (const auto* node = chunk.As<KTANode>()) {
-                byName.emplace(TextOf(node->nodeName), nodes++);
+                byName_.emplace(TextOf(node->nodeName), nodes_++);
             }
         }
-        const std::size_t count = nodes;
-        const auto numbered = [count](std::int32_t number) {
-            const auto node = static_cast<std::size_t>(number);
-            return Subject{number >= 0 && node < count ? node : kNoNode};
-        };
-        const auto named = [&byName](std::string_view name) {
-            const auto found = byName.find(name);
-            return Subject{found == byName.end() ? kNoNode : found->second};
-        };
-        nodes = 0;
+        std::size_t nodes = 0, materials = 0;
         for (const Chunk& chunk : actor.chunks) {
             Subject subject;
             if (chunk.As<KTANode>() != nullptr) {
@@ -338,23 +326,41 @@ class Subjects {
                 subject.material = materials++;
             } else if (chunk.As<KTAMaterialLayer>() != nullptr && materials > 0) {
                 subject.material = materials - 1;
-            } else if (const auto* mesh = chunk.As<Mesh>()) {
-                subject = numbered(mesh->head.nodeNumber);
-            } else if (const auto* weights = chunk.As<Weights>()) {
-                subject = numbered(weights->head.nodeNumber);
-            } else if (const auto* limits = chunk.As<KTAJointLimits>()) {
-                subject = numbered(limits->nodeNumber);
-            } else if (const auto* morph = chunk.As<Morph>()) {
-                subject = named(TextOf(morph->head.nodeName));
-            } else if (const auto* wire = chunk.As<KTAWire>()) {
-                subject = named(TextOf(wire->firstNodeName));
-            } else if (const auto* chain = chunk.As<KTAIKChain>()) {
-                subject = named(TextOf(chain->nodeName));
+            } else {
+                subject.node = NodeOf(chunk);
             }
             inActor_.push_back(subject);
         }
     }
 
+    // That the chunk names or numbers; none where it does neither.
+    std::size_t NodeOf(const Chunk& chunk) const {
+        if (const auto* mesh = chunk.As<Mesh>()) {
+            return Numbered(mesh->head.nodeNumber);
+        } else if (const auto* weights = chunk.As<Weights>()) {
+            return Numbered(weights->head.nodeNumber);
+        } else if (const auto* limits = chunk.As<KTAJointLimits>()) {
+            return Numbered(limits->nodeNumber);
+        } else if (const auto* morph = chunk.As<Morph>()) {
+            return Named(TextOf(morph->head.nodeName));
+        } else if (const auto* wire = chunk.As<KTAWire>()) {
+            return Named(TextOf(wire->firstNodeName));
+        } else if (const auto* chain = chunk.As<KTAIKChain>()) {
+            return Named(TextOf(chain->nodeName));
+        }
+        return kNoNode;
+    }
+    std::size_t Numbered(std::int32_t number) const {
+        const auto node = static_cast<std::size_t>(number);
+        return number >= 0 && node < nodes_ ? node : kNoNode;
+    }
+    std::size_t Named(std::string_view name) const {
+        const auto found = byName_.find(name);
+        return found == byName_.end() ? kNoNode : found->second;
+    }
+
+    std::unordered_map<std::string_view, std::size_t> byName_;
+    std::size_t nodes_ = 0;
     std::vector<Subject> inActor_;  // of each chunk
     std::vector<Subject> inMotion_;
 };

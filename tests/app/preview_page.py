@@ -165,6 +165,19 @@ def use_lists(page, keep):
     keep("issue")
 
 
+def slide_morph(page, keep):
+    page.choose("morphs", "Tall")
+    expect("Skull" in page.details(), "the morph's details are", page.details())
+    page.changed()
+    weigh = ("(() => { const s = document.querySelector('#details input'); s.value = %d;"
+             " s.dispatchEvent(new Event('input', { bubbles: true })); })()")
+    page.run(weigh % 100)
+    page.expect_change("a morph at full weight")
+    keep("morph")
+    page.run(weigh % 0)
+    page.expect_change("the morph taken back")
+
+
 def filter_names(page):
     page.press("#tab-nodes")
     page.run("(() => { const f = document.getElementById('filter'); f.value = 'forearm';"
@@ -242,6 +255,7 @@ def main():
         play(page)
         turn(page)
         use_lists(page, keep)
+        slide_morph(page, keep)
         filter_names(page)
         show_tricky_name(page)
         use_phone(page, keep)

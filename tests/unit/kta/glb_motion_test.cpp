@@ -88,6 +88,11 @@ TEST(GlbMotionTest, MorphTargets) {
     EXPECT_EQ(glb.root["meshes"][0]["weights"], json({0.0}));
     ExpectFloats(glb.Values(glb.Primitive()["targets"][0]["POSITION"]),
                  {0, 0, 0, 0, 0, -10, 0, 5, 0});
+    // The triangle's edges become (1, 0, -10) and (0, 7, 0), so that it faces (10, 0, 1) and no
+    // more (0, 0, 1); its normals, (0, 0, -1), turn as much.
+    const float length = std::sqrt(101.0f);
+    const float x = -10 / length, z = 1 - 1 / length;
+    ExpectFloats(glb.Values(glb.Primitive()["targets"][0]["NORMAL"]), {x, 0, z, x, 0, z, x, 0, z});
 }
 
 // ---------------------------------------------------------------- motion

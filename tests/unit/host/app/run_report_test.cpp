@@ -45,7 +45,7 @@ TEST_F(JsonTest, TellsWhatAnExportMade) {
               (json::array(
                   {{{"name", "hidden"}, {"code", "node-not-selected"}, {"why", "not selected"}}})));
     ASSERT_EQ(summary["files"].size(), 5u);
-    const char* const kinds[] = {"converter", "converter", "log", "actor", "motion"};
+    const char* const kinds[] = {"converter", "preview", "log", "actor", "motion"};
     for (const int i : {0, 1, 2, 3, 4}) {
         const json& file = summary["files"][static_cast<std::size_t>(i)];
         EXPECT_EQ(file["kind"], kinds[i]);
@@ -69,6 +69,22 @@ TEST_F(JsonTest, TellsTheFilesThatWereReadAndThoseThatAreMissing) {
     }
 }
 #endif
+
+TEST_F(JsonTest, ALogOfItsOwnStandsThereHoweverTheRunEnds) {
+    for (const int status : {kExitDone, kExitCancelled}) {
+        const json files = RunJson(std::string(status == kExitDone ? "" : "--cancel-after 1 ") +
+                                       "--log own.txt s.maxscene.json",
+                                   status)["files"];
+        std::vector<std::string> logs;
+        for (const json& file : files) {
+            if (file["kind"] == "log") {
+                logs.push_back(file["path"]);
+                EXPECT_EQ(file["bytes"], Read("own.txt").size());
+            }
+        }
+        EXPECT_EQ(logs, std::vector<std::string>{Path("own.txt").string()});
+    }
+}
 
 TEST_F(JsonTest, OptionsThatTheirSwitchDisablesAreNotInForce) {
     const json options = RunJson("--no-optimize-skin s.maxscene.json", kExitDone)["options"];
