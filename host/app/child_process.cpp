@@ -150,7 +150,8 @@ std::uint64_t MemoryOf(HANDLE process) {
     counters.cb = sizeof(counters);
     return K32GetProcessMemoryInfo(process, reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&counters),
                                    sizeof(counters))
-               ? counters.PrivateUsage
+               // Either can be 0, by the system's version.
+               ? std::max(counters.PrivateUsage, counters.PagefileUsage)
                : 0;
 }
 
