@@ -9,6 +9,9 @@
 namespace maxhost::app {
 namespace {
 
+constexpr const char* kMessageGroup = "Messages";
+constexpr const char* kBatchGroup = "Many scenes";
+
 constexpr float kGreatestThreshold = 0.9999f;  // of the dialog's spinner
 
 void AddScene(CLI::App& app, Options& options) {
@@ -240,8 +243,46 @@ void AddBooks(CLI::App& app, Options& options) {
         ->group("Comparing the export with the scene");
 }
 
+void AddBatch(CLI::App& app, Options& options) {
+    Group group(app, kBatchGroup);
+    BatchOptions& batch = options.batch;
+    const auto whole = [&](const char* names, const char* valueName, std::optional<int>& value,
+                           const char* meaning) {
+        group.Add(names, valueName, value, meaning)
+            ->check(Whole(1, INT_MAX, "a whole number of at least 1"));
+    };
+    group
+        .AddPath("--batch", "LIST|DIR|PATTERN", batch.items,
+                 "export many scenes, each in a process of its own: those that a list names, one a "
+                 "line (- is a list on standard input), those in a directory and below, those that "
+                 "a quoted pattern matches (** for any directories), in any mixture. -o then names "
+                 "a directory, in which subdirectories are kept (default: beside each scene); "
+                 "--list lists the scenes; --json reports each")
+        ->allow_extra_args(true)
+        ->expected(1, INT_MAX);
+    whole("-j,--jobs", "N", batch.jobs, "as many exports at once (default: the number of cores)");
+    app.add_option_function<float>(
+           "--timeout", [&batch](float seconds) { batch.timeout = seconds; },
+           "end an export that takes longer, which has failed then (default: no limit)")
+        ->type_name("SECONDS")
+        ->group(kBatchGroup)
+        ->check(Real([](float value) { return value > 0; }, "a finite number above 0"));
+    whole("--memory", "MB", batch.memory,
+          "end an export that takes more memory, which has failed then (default: no limit)");
+    group.Add("--force", batch.force,
+              "export also what nothing has changed for (default: a scene is left as it is when "
+              "the files it is read from, options, program and what was exported are the same)");
+    group.Add("--count", batch.count,
+              "print the number of scenes; nothing is exported (default: off)");
+    whole("--array-index", "I", batch.arrayIndex,
+          "export the I-th scene alone, counted from 1: for a job array (default: all)");
+    whole("--array-size", "N", batch.arraySize,
+          "beside --array-index, for fewer jobs than scenes: every N-th scene from the I-th on "
+          "(default: the number of scenes)");
+}
+
 void AddMessages(CLI::App& app, Options& options) {
-    Group group(app, "Messages");
+    Group group(app, kMessageGroup);
     group.AddChoice("--progress", "MODE", options.progress,
                     {{"auto", ProgressMode::automatic},
                      {"always", ProgressMode::always},
@@ -257,8 +298,8 @@ void AddMessages(CLI::App& app, Options& options) {
               "name the settings file, and copy the log to standard error, on Windows to a "
               "debugger (default: off)");
     app.set_version_flag("--version", "hdo-export " HDO_VERSION, "print the version and end")
-        ->group("Messages");
-    app.set_help_flag("-h,--help", "print this help and end")->group("Messages");
+        ->group(kMessageGroup);
+    app.set_help_flag("-h,--help", "print this help and end")->group(kMessageGroup);
 }
 
 }  // namespace
@@ -272,9 +313,46 @@ void AddOptions(CLI::App& app, Options& options) {
     AddDialogs(app, options);
     AddPlaces(app, options);
     AddBooks(app, options);
+    AddBatch(app, options);
     AddMessages(app, options);
     AddSearch(app, options);
     AddTestOptions(app, options);
+}
+
+namespace {
+
+// Of a switch: --name, --no-name, or --name=false where it has no such name.
+std::string WordOf(const CLI::Option& option, bool isOn) {
+    if (!isOn && !option.get_fnames().empty()) {
+        return "--" + option.get_fnames().front();
+    }
+    return "--" + option.get_lnames().front() + (isOn ? "" : "=false");
+}
+
+}  // namespace
+
+std::vector<std::string> PassedOn(const CLI::App& app) {
+    std::vector<std::string> words;
+    for (const CLI::Option* const option : app.get_options()) {
+        const std::string group = option->get_group();
+        if (option->get_positional() || group == kBatchGroup || group == kMessageGroup ||
+            option->check_lname("output") || option->check_lname("list")) {
+            continue;
+        }
+        for (const std::string& text : option->results()) {
+            if (option->get_items_expected_max() > 0) {
+                words.push_back("--" + option->get_lnames().front() +
+                                (text.empty() ? "" : "=" + text));
+                // An empty text behind = would take the next word.
+                if (text.empty()) {
+                    words.emplace_back();
+                }
+            } else {
+                words.push_back(WordOf(*option, CLI::detail::to_flag_value(text) > 0));
+            }
+        }
+    }
+    return words;
 }
 
 }  // namespace maxhost::app

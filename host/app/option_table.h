@@ -2,6 +2,8 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
 
 #include "host/app/options.h"
 
@@ -11,5 +13,8 @@ namespace maxhost::app {
 // exported and how. What names files or says how the program runs is for the command line alone,
 // since a sidecar may come from anywhere. Parsing fills `options`, which outlive `app`.
 void AddOptions(CLI::App& app, Options& options);
+
+// Options::passedOn of what was parsed.
+std::vector<std::string> PassedOn(const CLI::App& app);
 
 }  // namespace maxhost::app

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "host/app/batch.h"
 #include "host/app/exit_status.h"
 #include "host/app/loaded_scene.h"
 #include "host/app/option_table.h"
@@ -101,7 +102,8 @@ std::string FirstChoice(const Options& options) {
 
 // What is wrong with options that are well-formed one by one; empty when nothing is.
 std::string FaultOf(const Options& options) {
-    if (options.scene.empty() && !options.about && !options.savePreset) {
+    if (options.scene.empty() && !options.about && !options.savePreset &&
+        options.batch.items.empty()) {
         return "SCENE: none given, expected a scene file (hdo-export --help explains all options)";
     }
     if (options.start && options.end && options.start->unit == options.end->unit &&
@@ -132,7 +134,7 @@ std::string FaultOf(const Options& options) {
         return "--scramble: changes the scene that is saved, expected --save-scene or --bisect "
                "beside it";
     }
-    if (options.list && options.output) {
+    if (options.list && options.output && options.batch.items.empty()) {
         return "--list: excludes --output, expected one of them";
     }
     if (options.scene == "-" && !options.output && !options.list && !options.saveScene) {
@@ -142,7 +144,7 @@ std::string FaultOf(const Options& options) {
         return "--save-scene: to standard output excludes " +
                std::string(options.list ? "--list" : "--json") + ", which writes there too";
     }
-    return {};
+    return FaultOfBatch(options);
 }
 
 CommandLine Refusal(std::string error) {
@@ -211,6 +213,7 @@ CommandLine ParseWords(const std::vector<std::string>& arguments, std::size_t co
     }
     options.given = GivenTo(app);
     options.selectedOnly = options.selectedOnly || !options.select.empty();
+    options.passedOn = PassedOn(app);
     result.options = std::move(options);
     return result;
 }
@@ -257,6 +260,7 @@ CommandLine WithFiles(CommandLine own, std::vector<std::string> arguments, std::
     CommandLine merged = ParseWords(arguments, columns);
     if (merged.options) {
         merged.options->given = std::move(given);
+        merged.options->passedOn = std::move(own.options->passedOn);
         merged.options->presetSettings = settings;
         if (hasSidecar) {
             merged.options->sidecarFile = sidecar;

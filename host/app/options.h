@@ -29,8 +29,19 @@ struct GivenOption {
     Origin origin = Origin::commandLine;
 };
 
+// Exports of many scenes.
+struct BatchOptions {
+    std::vector<std::string> items;  // see FindBatchScenes; empty: there is no batch
+    std::optional<int> jobs;         // at once
+    std::optional<float> timeout;    // seconds a scene
+    std::optional<int> memory;       // MB a scene
+    bool force = false;
+    bool count = false;
+    std::optional<int> arrayIndex, arraySize;  // from 1
+};
+
 struct Options {
-    std::string scene;  // empty only with `about` and `savePreset`
+    std::string scene;  // empty only with `about` and `savePreset`, and in a batch
     std::optional<std::string> output;
 
     bool selectedOnly = false;  // also where `select` is not empty
@@ -82,6 +93,11 @@ struct Options {
     ProgressMode progress = ProgressMode::automatic;
     bool quiet = false;
     bool verbose = false;
+
+    BatchOptions batch;
+    // The options that were given, as a command line for an export of another scene has them:
+    // without those of the output, of the batch and of messages.
+    std::vector<std::string> passedOn;
 };
 
 // The units of --unit, in metres.

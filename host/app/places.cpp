@@ -84,6 +84,14 @@ fs::path ProgramDirectory() {
 #endif
 }
 
+fs::path ProgramFile() {
+#ifdef _WIN32
+    return ProgramDirectory() / "hdo-export.exe";
+#else
+    return ProgramDirectory() / "hdo-export";
+#endif
+}
+
 namespace {
 
 // Several names may be one file's.
@@ -125,10 +133,14 @@ void CheckReplaceable(const Options& options, const fs::path& exportFile) {
 
 }  // namespace
 
+std::string ExportName(const fs::path& scene) {
+    return StemOf(scene) + ".hdo";
+}
+
 fs::path ExportFile(const Options& options) {
     const fs::path scene = Absolute(options.scene);
     const fs::path file =
-        options.output ? fs::path(*options.output) : scene.parent_path() / (StemOf(scene) + ".hdo");
+        options.output ? fs::path(*options.output) : scene.parent_path() / ExportName(scene);
     CheckReplaceable(options, file);
     const fs::path absolute = Absolute(file.string());
     if (options.saveScene && IsOfExport(Absolute(*options.saveScene), absolute, !options.log)) {

@@ -14,11 +14,15 @@ namespace maxhost::app {
 // Absolute, without a separator at the end.
 std::filesystem::path Absolute(const std::string& path);
 
-// The directory of the running program.
+// The directory of the running program, and hdo-export in it.
 std::filesystem::path ProgramDirectory();
+std::filesystem::path ProgramFile();
 
 // Whether a file's name ends in .maxscene.json, in large or small letters.
 bool IsNamedAsDescription(const std::string& name);
+
+// The scene's name with .hdo, without directories.
+std::string ExportName(const std::filesystem::path& scene);
 
 // The file to export to: absolute; SCENE's name with .hdo where none is given. Throws
 // Failure(kExitRefused) when something else than a file stands there, and when the scene, or the

@@ -67,14 +67,8 @@ std::string Hexadecimal(ULONG value) {
     return text;
 }
 
-bool HoldsConverter(const fs::path& directory) {
-    for (const char* const name : kConverterNames) {
-        std::error_code ignored;
-        if (fs::exists(directory / name, ignored)) {
-            return true;
-        }
-    }
-    return false;
+bool HoldsConverter(const std::string& directory) {
+    return ConverterFile({directory}).has_value();
 }
 
 // Why the plug-in cannot bind the converter that the directory holds; empty when it can.
@@ -223,6 +217,18 @@ std::vector<std::string> ConverterFaults(const std::vector<std::string>& plugInD
         }
     }
     return faults;
+}
+
+std::optional<fs::path> ConverterFile(const std::vector<std::string>& plugInDirectories) {
+    for (const std::string& directory : plugInDirectories) {
+        for (const char* const name : kConverterNames) {
+            std::error_code ignored;
+            if (fs::exists(fs::path(directory) / name, ignored)) {
+                return fs::path(directory) / name;
+            }
+        }
+    }
+    return std::nullopt;
 }
 
 }  // namespace maxhost::app

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,10 @@ Exporter LoadExporter(const std::filesystem::path& plugIn,
 // Throws Failure(kExitNoPlugIn) when the converter library of the first of these directories that
 // holds one lacks an entry point: the plug-in calls them unseen.
 void CheckConverter(const std::vector<std::string>& plugInDirectories);
+
+// The converter library's file in the first of these directories that holds one.
+std::optional<std::filesystem::path> ConverterFile(
+    const std::vector<std::string>& plugInDirectories);
 
 // Tells the converter library of the first of these directories that holds one that the host reads
 // the exported files itself, so that they are read once; false for one that cannot be told, as only

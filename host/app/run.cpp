@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <exception>
 
+#include "host/app/batch.h"
 #include "host/app/bisect.h"
 #include "host/app/exit_status.h"
 #include "host/app/export_run.h"
@@ -229,6 +230,9 @@ void SaveOptions(const Options& options, RunReport& report) {
 
 int Execute(const Options& options, Console& console, RunReport& report, bool isTerminal) {
     Interrupts interrupts;
+    if (!options.batch.items.empty()) {
+        return RunBatch(options, interrupts, console, report, ShowsProgress(options, isTerminal));
+    }
     SaveOptions(options, report);
     if (options.scene.empty() && !options.about) {
         return kExitDone;

@@ -191,8 +191,16 @@ ExportReport ReportOf(const ExportFiles& files, ExportOutcome outcome) {
 
 std::string JsonOf(const RunReport& report, int status, const std::vector<Notice>& notices) {
     Json json = {{"program", "hdo-export"}, {"version", HDO_VERSION}};
-    json["scene"] = Text(report.scene);
+    if (!report.batch) {
+        json["scene"] = Text(report.scene);
+    }
     json["status"] = status;
+    if (report.batch) {
+        AddNotices(notices, status, json);
+        json.update(*report.batch);
+        json["seconds"] = report.sinceStart.Seconds();
+        return json.dump(2);
+    }
     for (const std::string& file : report.inputs) {
         json["inputs"].push_back(Text(file));
     }

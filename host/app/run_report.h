@@ -48,6 +48,7 @@ struct RunReport {
     std::string scene;  // as it was given
     // The files that decided on the scene and its export, read or looked for; absolute.
     std::vector<std::string> inputs;
+    std::optional<Json> batch;  // what a batch did, in the place of all that is of one scene
     std::optional<std::string> savedScene, savedPreset;
     std::optional<LoadedScene> listed;     // by --list
     std::optional<ExportReport> exported;  // the exporter ran; whether well, the status says

@@ -90,16 +90,8 @@ void AddChoices(const DialogChoices& choices, std::vector<std::string>& command)
     }
 }
 
-fs::path Program() {
-#ifdef _WIN32
-    return ProgramDirectory() / "hdo-export.exe";
-#else
-    return ProgramDirectory() / "hdo-export";
-#endif
-}
-
 std::vector<std::string> CommandOf(const Options& options) {
-    std::vector<std::string> command = {Program().string(), "-q", "--progress", "never",
+    std::vector<std::string> command = {ProgramFile().string(), "-q", "--progress", "never",
                                         "--allow-empty"};
     AddChoices(options.choices, command);
     const auto add = [&](bool isGiven, const char* name) {

@@ -512,8 +512,9 @@ ImportedScene ReadHere(const std::string& path, const ImportChoices& choices,
     }
 }
 
-ImportedScene ImportWithAssimp(const std::string& path, const ImportChoices& choices,
+ImportedScene ImportWithAssimp(const std::string& given, const ImportChoices& choices,
                                const ReportPercent& report) {
+    const std::string path = PathWithoutDots(given);
     CheckSourceFile(path);
     return DecodeScene(RunInReaderProcess(
         [&](const ReportPercent& reportFromThere) {

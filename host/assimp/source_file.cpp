@@ -179,6 +179,16 @@ class CountedStream : public Assimp::IOStream {
 
 }  // namespace
 
+std::string PathWithoutDots(const std::string& path) {
+    const fs::path given(path);
+    if (std::find(given.begin(), given.end(), "..") == given.end()) {
+        return path;
+    }
+    std::error_code error;
+    const fs::path folder = fs::canonical(given.parent_path(), error);
+    return error ? path : (folder / given.filename()).string();
+}
+
 void CheckSourceFile(const std::string& path) {
     std::error_code error;
     const fs::file_status status = fs::status(path, error);

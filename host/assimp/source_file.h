@@ -12,6 +12,9 @@
 
 namespace maxhost::import {
 
+// The same file by a path without "..", with which some readers do not find the files beside it.
+std::string PathWithoutDots(const std::string& path);
+
 // Throws ImportError for what is no file with bytes in it, and for a file whose name says that it
 // is text (.obj, .ase, .dae, ...) and that holds control characters which no text has. Text may be
 // UTF-16, with or without a byte order mark.

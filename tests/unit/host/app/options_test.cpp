@@ -400,5 +400,40 @@ TEST(OptionsTest, TimesAreTicksFramesOrSeconds) {
     EXPECT_TRUE(Parse({"--start", "4800", "--end", "31f"}).end) << "compared in the scene's time";
 }
 
+TEST(OptionsTest, EachExportOfABatchGetsTheOptionsOfTheSceneAlone) {
+    const CommandLine commandLine = ParseCommandLine({"-j",
+                                                      "2",
+                                                      "-q",
+                                                      "--json",
+                                                      "--no-morphers",
+                                                      "--select",
+                                                      "a b",
+                                                      "--select",
+                                                      "",
+                                                      "--strict",
+                                                      "--allow-empty=false",
+                                                      "--sample-rate",
+                                                      "3",
+                                                      "-o",
+                                                      "out",
+                                                      "--no-times",
+                                                      "--timeout",
+                                                      "2",
+                                                      "--memory",
+                                                      "7",
+                                                      "--batch",
+                                                      "list",
+                                                      "dir"});
+    ASSERT_TRUE(commandLine.options) << commandLine.error;
+    const Options& options = *commandLine.options;
+    EXPECT_THAT(options.batch.items, testing::ElementsAre("list", "dir"));
+    EXPECT_EQ(options.batch.jobs, 2);
+    EXPECT_EQ(options.batch.timeout, 2);
+    EXPECT_EQ(options.batch.memory, 7);
+    EXPECT_THAT(options.passedOn, testing::UnorderedElementsAre(
+                                      "--no-morphers", "--select=a b", "--select", "", "--strict",
+                                      "--allow-empty=false", "--sample-rate=3", "--no-times"));
+}
+
 }  // namespace
 }  // namespace maxhost::app

@@ -63,9 +63,12 @@ TEST_F(JsonTest, TellsWhatAnExportMade) {
 TEST_F(JsonTest, TellsTheFilesThatWereReadAndThoseThatAreMissing) {
     Write("m.obj", "mtllib m.mtl\nmtllib none.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
     Write("m.mtl", "newmtl a\n");
-    const std::vector<std::string> inputs = RunJson("m.obj", kExitDone)["inputs"];
-    for (const char* const name : {"m.obj", "m.mtl", "none.mtl"}) {
-        EXPECT_THAT(inputs, testing::Contains(Path(name).string()));
+    std::filesystem::create_directory(Path("d"));
+    for (const char* const words : {"m.obj", "-o x.hdo d/../m.obj"}) {
+        const std::vector<std::string> inputs = RunJson(words, kExitDone)["inputs"];
+        for (const char* const name : {"m.obj", "m.mtl", "none.mtl"}) {
+            EXPECT_THAT(inputs, testing::Contains(Path(name).string())) << words;
+        }
     }
 }
 #endif
