@@ -75,7 +75,7 @@ class Totals {
                                 NameOf(static_cast<JobStatus>(i)));
             }
         }
-        return kta::Joined(parts);
+        return parts.empty() ? "nothing to do" : kta::Joined(parts);
     }
 
   private:

@@ -292,7 +292,7 @@ void SceneFinder::AddItem(const std::string& item) {
     const fs::file_status status = fs::status(path, error);
     if (fs::is_directory(status)) {
         Visited visited;
-        AddDirectory(path, path, visited);
+        AddDirectory(path == "." ? fs::path() : path, path, visited);
     } else if (fs::exists(status)) {
         if (IsScene(path)) {
             return Add(path, path.parent_path().empty() ? fs::path(".") : path.parent_path());

@@ -165,9 +165,9 @@ def check_statuses(root, program, crashing):
     words = ["--plugin-dir", crashing, "--batch", ".", "--timeout", "1.5"]
     whole, statuses = room.report(*words, status=1)
     expect("each has its status, in order", list(statuses.items()),
-           [("./1 good.maxscene.json", "exported"), ("./2 warns.ply", "exported"),
-            ("./3 bad.obj", "failed"), ("./4 crashes.maxscene.json", "crashed"),
-            ("./5 hangs.maxscene.json", "timeout"), ("./6\nline.obj", "failed")])
+           [("1 good.maxscene.json", "exported"), ("2 warns.ply", "exported"),
+            ("3 bad.obj", "failed"), ("4 crashes.maxscene.json", "crashed"),
+            ("5 hangs.maxscene.json", "timeout"), ("6\nline.obj", "failed")])
     good, warns, bad, crashes, hangs, line = whole["exports"]
     expect("no warning", (good["warnings"], good["exitStatus"]), ([], 0))
     expect("the warnings of one scene", len(warns["warnings"]), warns["warningCount"])
@@ -201,10 +201,10 @@ def check_terminal(root, program, crashing):
     room.write("b.obj", "")
     run = room.run("--batch", ".", "-j", "1")
     expect("a pipe gets lines alone", [line.split(" (")[0] for line in run.stderr.splitlines()],
-           ["hdo-export: ./a.obj: exported", "hdo-export: ./b.obj: failed"])
+           ["hdo-export: a.obj: exported", "hdo-export: b.obj: failed"])
     expect("and no bar", "\r" in run.stderr, False)
     expect("the table", [line.split()[:2] for line in run.stdout.splitlines()],
-           [["exported", "./a.obj"], ["failed", "./b.obj"], ["2", "exports:"]])
+           [["exported", "a.obj"], ["failed", "b.obj"], ["2", "exports:"]])
     room.write("c.maxscene.json", node("hang-me"))
     run = subprocess.run([program, "--plugin-dir", crashing, "--batch", ".", "--progress",
                           "always", "-j", "1", "--timeout", "0.5"], cwd=room.path,
@@ -227,7 +227,7 @@ def check_unchanged(root, program, crashing):
     _, statuses = room.report("--batch", ".")
     expect("nothing changed", list(statuses.values()), ["unchanged", "unchanged"])
     expect("no byte changes", room.files(), made)
-    name = "./a.obj"
+    name = "a.obj"
     expect("by force", room.why(name, "--batch", ".", "--force"), "--force")
     expect("to the same bytes", room.files(), made)
 

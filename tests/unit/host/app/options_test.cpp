@@ -319,6 +319,14 @@ TEST(OptionsTest, HelpExplainsEveryOptionWithItsDefault) {
                                             "--scramble",
                                             "--tries N",
                                             "--try-seconds N",
+                                            "--batch LIST|DIR|PATTERN",
+                                            "-j, --jobs N",
+                                            "--timeout SECONDS",
+                                            "--memory MB",
+                                            "--force",
+                                            "--count",
+                                            "--array-index I",
+                                            "--array-size N",
                                             "--cancel-dialog",
                                             "--cancel-after N"};
     for (const std::string& name : names) {
