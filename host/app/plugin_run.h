@@ -2,6 +2,8 @@
 // afterwards.
 #pragma once
 
+#include <max.h>
+
 #include <filesystem>
 #include <vector>
 
