@@ -155,6 +155,21 @@ class SmoothingGroups {
                PointsTo(Stated(face, 2), products_[face]);
     }
 
+    // Those of faces that state normals.
+    template <class Visit>
+    void ForEachSide(Visit visit) const {
+        for (std::uint32_t i = 0; i < mesh_.faces.size(); ++i) {
+            const scene::Face& face = mesh_.faces[i];
+            for (std::uint8_t k = 0; k < 3 && StatesNormals(i); ++k) {
+                const auto next = static_cast<std::uint8_t>((k + 1) % 3);
+                if (face.v[k] < face.v[next]) {
+                    visit(Side{face.v[k], face.v[next], i, face.material, k, next});
+                } else if (face.v[k] > face.v[next]) {
+                    visit(Side{face.v[next], face.v[k], i, face.material, next, k});
+                }
+            }
+        }
+    }
     std::vector<Side> SortedSides() const;
     void UniteFaces();
     void UniteSides(std::span<const Side> sides);
@@ -174,24 +189,23 @@ class SmoothingGroups {
     std::vector<std::uint32_t> usedAt_;   // the groups of the patches at each vertex
 };
 
+// By edges: first into the places of their low vertices, then the few of each among themselves.
 std::vector<Side> SmoothingGroups::SortedSides() const {
-    std::vector<Side> sides;
-    sides.reserve(3 * mesh_.faces.size());
-    for (std::uint32_t i = 0; i < mesh_.faces.size(); ++i) {
-        const scene::Face& face = mesh_.faces[i];
-        for (std::uint8_t k = 0; k < 3 && StatesNormals(i); ++k) {
-            const auto next = static_cast<std::uint8_t>((k + 1) % 3);
-            if (face.v[k] < face.v[next]) {
-                sides.push_back({face.v[k], face.v[next], i, face.material, k, next});
-            } else if (face.v[k] > face.v[next]) {
-                sides.push_back({face.v[next], face.v[k], i, face.material, next, k});
-            }
-        }
+    std::vector<std::size_t> ends(mesh_.vertices.size() + 1);
+    ForEachSide([&](const Side& side) { ++ends[side.low + 1]; });
+    std::inclusive_scan(ends.begin(), ends.end(), ends.begin());
+    std::vector<Side> sides(ends.back());
+    // Filling moves each vertex's beginning to its end, which is the next one's beginning.
+    ForEachSide([&](const Side& side) { sides[ends[side.low]++] = side; });
+    auto begin = sides.begin();
+    for (std::size_t vertex = 0; vertex < mesh_.vertices.size(); ++vertex) {
+        const auto end = sides.begin() + static_cast<std::ptrdiff_t>(ends[vertex]);
+        std::sort(begin, end, [](const Side& a, const Side& b) {
+            return std::tie(a.high, a.material, a.face, a.lowCorner) <
+                   std::tie(b.high, b.material, b.face, b.lowCorner);
+        });
+        begin = end;
     }
-    std::sort(sides.begin(), sides.end(), [](const Side& a, const Side& b) {
-        return std::tie(a.low, a.high, a.material, a.face, a.lowCorner) <
-               std::tie(b.low, b.high, b.material, b.face, b.lowCorner);
-    });
     return sides;
 }
 
