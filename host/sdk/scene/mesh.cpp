@@ -362,7 +362,7 @@ void MeshReading::Restart() {
 }
 
 void MeshReading::Begin(std::size_t corners) {
-    constexpr std::int64_t kFewest = 4096;
+    constexpr std::int64_t kFewest = 2048;
     constexpr std::int64_t kTellings = 64;
     read_ = begun_;
     begun_ += static_cast<double>(corners);
