@@ -36,6 +36,9 @@ MOST_SECONDS = 120
 # What is not run here: page, command, why.
 NOT_RUN = (
     ("README.md", "./test", "builds three presets and takes minutes; CI runs it"),
+    ("docs/farm.md", "sbatch --array=1-$(hdo-export --batch scenes.txt --count) --wait "
+     "farm/export.sbatch scenes.txt -o out",
+     "needs a cluster; tests/farm/slurm.py runs it on request"),
     ("docs/kta-reader.md", "c++ -std=c++20 program.cpp $(pkg-config --cflags --libs kta_reader)",
      "the test kta_reader_install does so with the library installed"),
     ("docs/packages.md", "cmake --install build/release --prefix ~/hdo-exporter --strip",
