@@ -212,9 +212,10 @@ bool IsWriteProtected(const fs::path& file) {
     return fs::exists(file, error) && !std::ofstream(file, std::ios::app);
 }
 
-namespace {
-
-void CheckReplaceable(const fs::path& target, const fs::file_status& former) {
+void CheckReplaceable(const fs::path& file) {
+    const fs::path target = BehindLinks(file);
+    std::error_code error;
+    const fs::file_status former = fs::status(target, error);
     if (fs::is_directory(former)) {
         throw std::system_error(std::make_error_code(std::errc::is_a_directory));
     }
@@ -225,6 +226,8 @@ void CheckReplaceable(const fs::path& target, const fs::file_status& former) {
         throw std::system_error(std::make_error_code(std::errc::permission_denied));
     }
 }
+
+namespace {
 
 void Write(const fs::path& file, const std::function<void(std::ostream& out)>& write) {
     std::ofstream out;
@@ -245,7 +248,7 @@ void ReplaceWholeFile(const fs::path& file, const std::function<void(std::ostrea
     const fs::path target = BehindLinks(file);
     std::error_code error;
     const fs::file_status former = fs::status(target, error);
-    CheckReplaceable(target, former);
+    CheckReplaceable(target);
     const PrivateDirectory room(target.has_parent_path() ? target.parent_path() : ".");
     const fs::path made = room.Path() / "file";
     Write(made, write);

@@ -34,6 +34,9 @@ std::filesystem::path BehindLinks(const std::filesystem::path& file);
 // Whether there is a file that may not be written to.
 bool IsWriteProtected(const std::filesystem::path& file);
 
+// Throws the std::system_error of ReplaceWholeFile where something stands that is not replaced.
+void CheckReplaceable(const std::filesystem::path& file);
+
 // Makes a file, or replaces it as a whole, by what `write` writes. When that cannot be, the former
 // file stays and a std::system_error is thrown whose code says why (no space left on the device);
 // so it is when anything but a regular file stands there, or one that is write-protected. What

@@ -7,6 +7,7 @@
 #include <system_error>
 #include <utility>
 
+#include "host/app/dry_run.h"
 #include "host/app/exit_status.h"
 #include "host/app/places.h"
 #include "host/app/report_page.h"
@@ -38,7 +39,7 @@ struct ExportedFiles {
 
 // Writes each file, and puts the export in place when all are written, before the first of them
 // takes its own place.
-void WriteAll(std::span<const std::pair<fs::path, std::string>> files,
+void WriteAll(std::span<const std::pair<fs::path, std::string>> files, DryRun* dryRun,
               const std::function<void()>& putInPlace) {
     if (files.empty()) {
         putInPlace();
@@ -47,10 +48,10 @@ void WriteAll(std::span<const std::pair<fs::path, std::string>> files,
     const auto& [file, text] = files.front();
     bool isWritten = false;
     try {
-        kta::ReplaceWholeFile(file, [&](std::ostream& out) {
+        kta::ReplaceWholeFile(PlaceToWrite(dryRun, file), [&](std::ostream& out) {
             out << text << std::flush;
             isWritten = true;
-            WriteAll(files.subspan(1), putInPlace);
+            WriteAll(files.subspan(1), dryRun, putInPlace);
         });
     } catch (const std::system_error& error) {
         if (isWritten) {
@@ -120,7 +121,7 @@ Receipt Audit(const Options& options, const ExportFiles& files,
     return receipt;
 }
 
-void WriteReceipt(const Options& options, const Receipt& receipt,
+void WriteReceipt(const Options& options, const Receipt& receipt, DryRun* dryRun,
                   const std::function<void()>& putInPlace) {
     std::vector<std::pair<fs::path, std::string>> files;
     if (const std::optional<fs::path> file = ReceiptFile(options)) {
@@ -129,7 +130,7 @@ void WriteReceipt(const Options& options, const Receipt& receipt,
     if (const std::optional<fs::path> file = ReportFile(options)) {
         files.emplace_back(*file, PageOf(receipt, options.times));
     }
-    WriteAll(files, putInPlace);
+    WriteAll(files, dryRun, putInPlace);
 }
 
 }  // namespace maxhost::app

@@ -29,11 +29,11 @@ Receipt Audit(const Options& options, const ExportFiles& files,
               const std::vector<std::string>& faults, const std::vector<NodeToExport>& nodes,
               const ExportOptions& inForce, const AuditInput& input, const RunReport& report);
 
-// Writes what --receipt and --report ask for, then calls `putInPlace`, then puts each of both in
-// its place, whole. What that throws goes through, and the former receipt and report stay then.
-// Throws std::filesystem::filesystem_error with the file that cannot be written; nothing is put in
-// place.
-void WriteReceipt(const Options& options, const Receipt& receipt,
+// Writes what --receipt and --report ask for, in a dry run to its own place, then calls
+// `putInPlace`, then puts each of both in its place, whole. What that throws goes through, and the
+// former receipt and report stay then. Throws std::filesystem::filesystem_error with the file that
+// cannot be written; nothing is put in place.
+void WriteReceipt(const Options& options, const Receipt& receipt, DryRun* dryRun,
                   const std::function<void()>& putInPlace);
 
 }  // namespace maxhost::app

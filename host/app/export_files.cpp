@@ -7,7 +7,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "host/app/put_in_place.h"
+#include "host/app/dry_run.h"
 #include "kta/glb.h"
 #include "kta/text.h"
 #include "kta/whole_file.h"
@@ -92,8 +92,10 @@ std::error_code ErrorOfAppending(const fs::path& file) {
 
 // ---------------------------------------------------------------- the export's files
 
-ExportFiles::ExportFiles(const fs::path& exportFile, const std::optional<fs::path>& log)
-    : exportFile_(exportFile),
+ExportFiles::ExportFiles(const fs::path& exportFile, const std::optional<fs::path>& log,
+                         DryRun* dryRun)
+    : dryRun_(dryRun),
+      exportFile_(exportFile),
       log_(log ? *log : With(exportFile, ".log")),
       logStandsApart_(log.has_value()) {
     files_.push_back({With(exportFile, kFirstSuffix), {}, kFileKindActor, {}, {}});
@@ -121,14 +123,19 @@ std::string ExportFiles::EarlierFiles() const {
 }
 
 void ExportFiles::Prepare() {
-    room_.emplace(exportFile_.parent_path());
+    if (dryRun_ != nullptr) {
+        if (const std::error_code error = WhyNotWritable(exportFile_.parent_path())) {
+            throw fs::filesystem_error("nothing can be made", exportFile_.parent_path(), error);
+        }
+    }
+    room_.emplace(dryRun_ != nullptr ? dryRun_->Room() : exportFile_.parent_path());
     writtenLog_ = room_->Path() / kLogName;
     fs::create_directory(MadeDirectory());
     fs::create_directory(SettingsDirectory());
     for (OutputFile& file : files_) {
         file.made = MadeDirectory() / file.path.filename();
     }
-    textures_.Make(exportFile_.parent_path(), MadeDirectory());
+    textures_.Make(exportFile_.parent_path(), MadeDirectory(), dryRun_);
 }
 
 void ExportFiles::AddTextures(TextureFiles textures) {
@@ -243,7 +250,10 @@ void ExportFiles::WriteLog() {
     std::ifstream file(writtenLog_, std::ios::binary);
     const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     std::error_code error;
-    if (fs::exists(log_, error) && !fs::is_regular_file(log_, error)) {
+    const bool isDevice = fs::exists(log_, error) && !fs::is_regular_file(log_, error);
+    if (isDevice && dryRun_ != nullptr) {
+        error.clear();
+    } else if (isDevice) {
         // A terminal, a pipe or /dev/null takes the text as it comes.
         errno = 0;
         std::ofstream out(log_, std::ios::binary);
@@ -251,7 +261,8 @@ void ExportFiles::WriteLog() {
         error.assign(!out ? (errno != 0 ? errno : EIO) : 0, std::generic_category());
     } else {
         try {
-            kta::ReplaceWholeFile(log_, [&](std::ostream& out) { out << text; });
+            kta::ReplaceWholeFile(PlaceToWrite(dryRun_, log_),
+                                  [&](std::ostream& out) { out << text; });
             error.clear();
             hasOwnLog_ = true;
         } catch (const std::system_error& thrown) {
@@ -285,12 +296,32 @@ std::vector<Replacement> ExportFiles::Replacements() const {
 }
 
 void ExportFiles::PutInPlace() {
-    const std::vector<Replacement> files = Replacements();
-    app::PutInPlace(files);
-    placed_ = textures_.Unchanged();
-    for (const Replacement& file : files) {
-        placed_->push_back(file.target);
+    std::vector<Replacement> files = Replacements();
+    if (dryRun_ != nullptr) {
+        dryRun_->Add(files);
+    } else {
+        app::PutInPlace(files);
     }
+    for (const fs::path& texture : textures_.Unchanged()) {
+        files.push_back({texture, texture, {}});
+    }
+    placed_ = std::move(files);
+}
+
+std::vector<fs::path> ExportFiles::Placed() const {
+    std::vector<fs::path> places;
+    for (const Replacement& file : placed_.value_or(std::vector<Replacement>())) {
+        places.push_back(file.target);
+    }
+    return places;
+}
+
+fs::path ExportFiles::At(const fs::path& place) const {
+    if (dryRun_ != nullptr && placed_) {
+        const auto found = std::ranges::find(*placed_, place, &Replacement::target);
+        return found == placed_->end() ? place : found->made;
+    }
+    return place;
 }
 
 }  // namespace maxhost::app

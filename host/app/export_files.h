@@ -6,12 +6,15 @@
 #include <string>
 #include <vector>
 
+#include "host/app/put_in_place.h"
 #include "host/app/texture_files.h"
 #include "kta/check.h"
 #include "kta/reader.h"
 #include "kta/whole_file.h"
 
 namespace maxhost::app {
+
+class DryRun;
 
 struct OutputFile {
     std::filesystem::path path;  // where it is to stand
@@ -27,8 +30,10 @@ class ExportFiles {
   public:
     // `log` is where the export's log goes; beside the export file, as <export file>.log, when
     // absent. Both paths are absolute.
+    // With a dry run, which outlives the object, nothing is put in place: it is told what would be.
     explicit ExportFiles(const std::filesystem::path& exportFile,
-                         const std::optional<std::filesystem::path>& log = std::nullopt);
+                         const std::optional<std::filesystem::path>& log = std::nullopt,
+                         DryRun* dryRun = nullptr);
 
     const std::filesystem::path& ExportFile() const { return exportFile_; }
     const std::filesystem::path& Log() const { return log_; }
@@ -103,14 +108,15 @@ class ExportFiles {
     void PutInPlace();
     bool IsInPlace() const { return placed_.has_value(); }
     // The files that were put in place.
-    std::vector<std::filesystem::path> Placed() const {
-        return placed_.value_or(std::vector<std::filesystem::path>());
-    }
+    std::vector<std::filesystem::path> Placed() const;
+    // Where such a file can be looked at: in its place, or in a dry run where it was made.
+    std::filesystem::path At(const std::filesystem::path& place) const;
 
   private:
     std::filesystem::path MadeDirectory() const;
     std::vector<Replacement> Replacements() const;
 
+    DryRun* dryRun_;
     std::filesystem::path exportFile_;
     std::filesystem::path log_;
     std::filesystem::path writtenLog_;  // empty before Prepare()
@@ -119,7 +125,7 @@ class ExportFiles {
     std::vector<OutputFile> files_;
     TextureFiles textures_;
     std::optional<kta::PrivateDirectory> room_;
-    std::optional<std::vector<std::filesystem::path>> placed_;
+    std::optional<std::vector<Replacement>> placed_;
 };
 
 }  // namespace maxhost::app

@@ -4,12 +4,14 @@
 #include <max.h>
 #include <maxapi.h>
 
+#include <chrono>
 #include <fstream>
 #include <optional>
 #include <system_error>
 
 #include "host/app/audit.h"
 #include "host/app/dialog_user.h"
+#include "host/app/dry_run.h"
 #include "host/app/exit_status.h"
 #include "host/app/export_files.h"
 #include "host/app/places.h"
@@ -32,6 +34,41 @@ void MakeConfigDirectory(const fs::path& directory, Console& console) {
         console.Warn(scene::LossCode::settingsNotKept, directory.string(),
                      "cannot be made, so that settings are not kept: " + error.message());
     }
+}
+
+// What MakeConfigDirectory would warn of.
+void CheckConfigDirectory(const fs::path& directory, Console& console) {
+    std::error_code ignored;
+    if (fs::exists(directory, ignored)) {
+        return;
+    }
+    if (const std::error_code reason = WhyNotMade(directory)) {
+        console.Warn(scene::LossCode::settingsNotKept, directory.string(),
+                     "cannot be made, so that settings are not kept: " + reason.message());
+    }
+}
+
+// The least where there is no file.
+fs::file_time_type TimeOf(const fs::path& file) {
+    std::error_code ignored;
+    return fs::last_write_time(file, ignored);
+}
+
+// For a dry run: the exporter reads and saves a copy. It is made old, so that it shows whether it
+// was saved. Its time.
+fs::file_time_type CopySettings(const fs::path& from, const fs::path& to) {
+    const fs::path copy = SettingsFile(to);
+    std::error_code ignored;
+    fs::copy_file(SettingsFile(from), copy, ignored);
+    fs::last_write_time(copy, fs::file_time_type::clock::now() - std::chrono::hours(1), ignored);
+    return TimeOf(copy);
+}
+
+// Where the exporter was to save its settings in earnest.
+bool CanSave(const fs::path& directory) {
+    std::error_code ignored;
+    return !fs::exists(directory, ignored) ||
+           (!WhyNotWritable(directory) && !kta::IsWriteProtected(SettingsFile(directory)));
 }
 
 void CheckMaterials(const std::string& file, const scene::Scene& scene) {
@@ -202,7 +239,8 @@ int ExportRun::Check() {
         files_.DropConverted();
     }
     report_.checkingSeconds = watch.Seconds();
-    if (IsAudited(options_) && !isDiskFull) {
+    const bool tellsLosses = report_.dryRun != nullptr && faults.empty();
+    if ((IsAudited(options_) || tellsLosses) && !isDiskFull) {
         return Compare(faults);
     }
     return faults.empty() ? kExitDone : kExitFaultyOutput;
@@ -227,10 +265,17 @@ std::vector<std::string> ExportRun::MakePreview() {
 int ExportRun::Compare(const std::vector<std::string>& faults) {
     report_.origins = OriginsOf(options_, outcome_.inForce, OriginOfTheRest());
     receipt_ = Audit(options_, files_, faults, outcome_.nodes, outcome_.inForce, audit_, report_);
+    if (report_.dryRun) {
+        report_.dryRun->SetLosses(receipt_->losses);
+    }
+    if (!IsAudited(options_)) {
+        return kExitDone;
+    }
     if (faults.empty()) {
         for (const std::string& line : Objections(*receipt_)) {
             Report(line);
         }
+        report_.isObjected = receipt_->status != kExitDone;
     }
     return receipt_->status;
 }
@@ -275,7 +320,7 @@ int ExportRun::Place(int status, bool isExport) {
             }
         };
         if (isExport && receipt_ && status == receipt_->status) {
-            WriteReceipt(options_, *receipt_, putInPlace);
+            WriteReceipt(options_, *receipt_, report_.dryRun.get(), putInPlace);
         } else {
             putInPlace();
         }
@@ -307,15 +352,24 @@ int ExportRun::Run(PlugInRun run, ExportOutcome outcome) {
         return *status;
     }
     outcome_ = std::move(outcome);
-    if (run.configDirectory.empty()) {
+    DryRun* const dryRun = report_.dryRun.get();
+    const fs::path savedSettings = run.configDirectory;
+    if (savedSettings.empty() || dryRun != nullptr) {
         run.configDirectory = files_.SettingsDirectory();
-        if (options_.presetSettings) {
-            WriteStartingSettings(*options_.presetSettings, run.configDirectory);
-        }
     }
+    if (savedSettings.empty() && options_.presetSettings) {
+        WriteStartingSettings(*options_.presetSettings, run.configDirectory);
+    }
+    const bool isCopied = !savedSettings.empty() && dryRun != nullptr;
+    const fs::file_time_type before =
+        isCopied ? CopySettings(savedSettings, run.configDirectory) : fs::file_time_type::min();
     readsAlone_ = TakeReadingFromConverter(PlugInDirectories(options_));
     interrupts_.PressCancel();
     const int result = RunPlugIn(run, options_, files_, user_, console_, audit_.times, report_);
+    report_.hasExported = true;
+    if (isCopied && TimeOf(SettingsFile(run.configDirectory)) != before && CanSave(savedSettings)) {
+        dryRun->Add(SettingsFile(savedSettings), SettingsFile(run.configDirectory));
+    }
     const ExportOptions inForce = ReadSettings(run.configDirectory);
     outcome_.inForce = inForce;
     outcome_.options = OnCommandLine(inForce);
@@ -328,6 +382,9 @@ int ExportRun::Run(PlugInRun run, ExportOutcome outcome) {
         return Place(*status, false);
     }
     const int status = Place(StatusOf(result), true);
+    for (const NodeToExport* const node : NodesNotExported(files_.Files(), outcome_.nodes)) {
+        report_.leftOut.push_back(&WhyNotExported(*node));
+    }
     if (files_.IsInPlace() && result != IMPEXP_FAIL && !options_.quiet && !options_.json) {
         for (const std::string& line : Summarize(files_.Files(), outcome_)) {
             console_.Print(line);
@@ -363,7 +420,7 @@ int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files,
 
     TakeTextures(options, std::move(loaded.textures), files, console);
     if (configDirectory) {
-        MakeConfigDirectory(*configDirectory, console);
+        (report.dryRun ? CheckConfigDirectory : MakeConfigDirectory)(*configDirectory, console);
         if (options.verbose) {
             console.Note(SettingsFile(*configDirectory).string(), "settings file");
         }

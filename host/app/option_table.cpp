@@ -41,6 +41,9 @@ void AddScene(CLI::App& app, Options& options) {
             "a warning about the scene is a failure, exit status 4, and nothing is written; beside "
             "--receipt, --report or --max-error so is each loss of the export (default: off)")
         ->configurable();
+    group.Add("--dry-run", options.dryRun,
+              "write nothing: tell what the run would write, with sizes, its warnings and its "
+              "losses; the exit status is the run's (default: off)");
     group
         .Add("--animation", "NAME|N", options.animation,
              "which animation of a file with several (default: the first)")

@@ -130,6 +130,14 @@ std::string FaultOf(const Options& options) {
                                                      : options.about ? "--about"
                                                                      : "--show-dialog");
     }
+    const bool isBatch = !options.batch.items.empty();
+    if (options.dryRun &&
+        (isBatch || options.bisect || options.about || options.saveScene == "-")) {
+        return std::string("--dry-run: excludes ") + (isBatch          ? "--batch"
+                                                      : options.bisect ? "--bisect"
+                                                      : options.about  ? "--about"
+                                                                       : "--save-scene -");
+    }
     if (options.scramble && !options.bisect && !options.saveScene) {
         return "--scramble: changes the scene that is saved, expected --save-scene or --bisect "
                "beside it";

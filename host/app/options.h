@@ -48,6 +48,7 @@ struct Options {
     std::vector<std::string> select;
     bool allowEmpty = false;
     bool strict = false;
+    bool dryRun = false;
     DialogChoices choices;
     // Where --preset names a settings file: its record, of which only what the dialog does not show
     // counts beside `choices`.

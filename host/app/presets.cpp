@@ -13,6 +13,7 @@
 #include <system_error>
 #include <utility>
 
+#include "host/app/dry_run.h"
 #include "host/app/exit_status.h"
 #include "host/app/json_parts.h"
 #include "host/app/option_group.h"
@@ -410,7 +411,8 @@ void WriteJson(const Options& options, const ExportOptions& exporters, std::ostr
 
 }  // namespace
 
-void SavePreset(const Options& options, const fs::path& file, const ExportOptions& start) {
+void SavePreset(const Options& options, const fs::path& file, const ExportOptions& start,
+                DryRun* dryRun) {
     ExportOptions exporters = start;
     for (std::size_t i = 0; i < options.choices.isChosen.size(); ++i) {
         if (options.choices.isChosen[i]) {
@@ -420,7 +422,7 @@ void SavePreset(const Options& options, const fs::path& file, const ExportOption
     }
     const bool isSettings = kta::EndsWithIgnoringCase(file.string(), kSettingsEnding);
     try {
-        kta::ReplaceWholeFile(file, [&](std::ostream& out) {
+        kta::ReplaceWholeFile(PlaceToWrite(dryRun, file), [&](std::ostream& out) {
             (isSettings ? WriteSettings : WriteJson)(options, exporters, out);
         });
     } catch (const std::system_error& error) {

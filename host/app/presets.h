@@ -15,6 +15,8 @@ namespace maxhost::app {
 // "default", "saved settings", "preset", "sidecar", "command line" or "dialog".
 const char* NameOf(Origin origin);
 
+class DryRun;
+
 // Whether choices without a control, which only a settings file can hold, differ from the defaults.
 bool HasUnshown(const ExportOptions& settings);
 
@@ -32,10 +34,10 @@ PresetFile ReadPreset(const std::string& path, Origin origin);
 std::vector<GivenOption> Merged(const std::vector<std::vector<GivenOption>>& given);
 
 // What --save-preset asks for: a settings file where the name ends in .cfg, else JSON. `start` is
-// what the exporter's options are that were not given. Throws Failure(kExitRefused) when the form
-// cannot hold them, or the file cannot be written.
+// what the exporter's options are that were not given. A dry run has it in its own place. Throws
+// Failure(kExitRefused) when the form cannot hold them, or the file cannot be written.
 void SavePreset(const Options& options, const std::filesystem::path& file,
-                const ExportOptions& start);
+                const ExportOptions& start, DryRun* dryRun = nullptr);
 
 // For a run's JSON: the files that options came from, and of each option of the exporter in force
 // and each other one that was given its value and where it comes from. `ofTheRest` is where those

@@ -261,6 +261,8 @@ Json JsonOf(const NamedDeviation& deviation) {
           {"worst", JsonOf(deviation.coordinates, "difference")}}}};
 }
 
+}  // namespace
+
 Json JsonOf(const LedgerEntry& loss) {
     const scene::LossKind& kind = scene::KindOf(loss.code);
     return {{"code", kind.code},       {"stage", NameOf(kind.stage)},
@@ -268,6 +270,8 @@ Json JsonOf(const LedgerEntry& loss) {
             {"count", loss.count},     {"reason", Text(loss.text)},
             {"remedy", kind.remedy},   {"accepted", loss.isAccepted}};
 }
+
+namespace {
 
 Json TimesOf(const std::vector<SpentTime>& times, std::size_t most) {
     Json list = Json::array();

@@ -69,6 +69,9 @@ NamedDeviation Named(const Deviation& deviation, const scene::Scene& scene);
 // Losses that were not accepted.
 std::size_t NewLosses(const Receipt& receipt);
 
+// As the receipt has it.
+Json JsonOf(const LedgerEntry& loss);
+
 // One line each: why the receipt is one of a failure; empty: it is none.
 std::vector<std::string> Objections(const Receipt& receipt);
 

@@ -6,9 +6,12 @@
 
 #include <algorithm>
 #include <exception>
+#include <memory>
+#include <system_error>
 
 #include "host/app/batch.h"
 #include "host/app/bisect.h"
+#include "host/app/dry_run.h"
 #include "host/app/exit_status.h"
 #include "host/app/export_run.h"
 #include "host/app/loaded_scene.h"
@@ -69,7 +72,7 @@ void WarnOfTextures(const Options& options, LoadedScene& loaded) {
     }
 }
 
-void SaveTextures(const Options& options, LoadedScene& loaded) {
+void SaveTextures(const Options& options, LoadedScene& loaded, DryRun* dryRun) {
     if (!SavesTextures(options, loaded) || !options.textures) {
         return;
     }
@@ -78,7 +81,7 @@ void SaveTextures(const Options& options, LoadedScene& loaded) {
         throw Failure(kExitRefused, "--textures", reason);
     }
     try {
-        files.Write();
+        files.Write(dryRun);
     } catch (const std::filesystem::filesystem_error& error) {
         throw Failure(kExitRefused, error.path1().string(), error.code().message());
     }
@@ -105,12 +108,18 @@ void Warn(const Options& options, const LoadedScene& loaded, Console& console) {
     }
 }
 
-void Save(const scene::Scene& scene, const std::string& path, Console& console) {
+void Save(const scene::Scene& scene, const std::string& path, Console& console, DryRun* dryRun) {
     if (IsStandardStream(path)) {
         SaveScene(scene, console.TakeOut());
-    } else {
-        SaveScene(scene, path);
+        return;
     }
+    std::string place = path;
+    try {
+        place = PlaceToWrite(dryRun, Absolute(path)).string();
+    } catch (const std::system_error& error) {
+        throw Failure(kExitRefused, path, "the scene cannot be saved: " + error.code().message());
+    }
+    SaveScene(scene, dryRun != nullptr ? place : path);
 }
 
 LoadedScene Load(const Options& options, Console& console, bool isTerminal, RunReport& report) {
@@ -134,9 +143,9 @@ LoadedScene Load(const Options& options, Console& console, bool isTerminal, RunR
     if (options.scramble) {
         scene::Scramble(loaded.scene);
     }
-    SaveTextures(options, loaded);
+    SaveTextures(options, loaded, report.dryRun.get());
     if (options.saveScene) {
-        Save(loaded.scene, *options.saveScene, console);
+        Save(loaded.scene, *options.saveScene, console, report.dryRun.get());
         report.savedScene = options.saveScene;
     }
     return loaded;
@@ -184,7 +193,7 @@ int ReportException(Console& console) {
 
 int LoadAndExport(const Options& options, Console& console, RunReport& report, bool isTerminal,
                   Interrupts& interrupts) {
-    ExportFiles files(ExportFile(options), LogFile(options));
+    ExportFiles files(ExportFile(options), LogFile(options), report.dryRun.get());
     // Places that are refused are told before anything is done.
     ReceiptFile(options);
     ReportFile(options);
@@ -208,7 +217,7 @@ int SearchAndSave(const Options& options, Console& console, RunReport& report, b
                   Interrupts& interrupts) {
     const std::string file = SuspectFile(options);
     const scene::Scene whole = Load(options, console, isTerminal, report).scene;
-    Save(Bisect(options, whole, interrupts, console), file, console);
+    Save(Bisect(options, whole, interrupts, console), file, console, nullptr);
     report.savedScene = file;
     if (!options.quiet && !options.json) {
         console.Print(file + ": the smallest scene found");
@@ -223,7 +232,8 @@ void SaveOptions(const Options& options, RunReport& report) {
         SavePreset(options, *file,
                    saved                    ? ReadSettings(*saved)
                    : options.presetSettings ? *options.presetSettings
-                                            : DefaultExportOptions());
+                                            : DefaultExportOptions(),
+                   report.dryRun.get());
         report.savedPreset = options.savePreset;
     }
 }
@@ -265,8 +275,25 @@ int RunParsed(const CommandLine& commandLine, Console& console, RunReport& repor
         console.Print(commandLine.out);
         return commandLine.exitStatus;
     }
-    report.scene = commandLine.options->scene;
-    return Execute(*commandLine.options, console, report, isTerminal);
+    const Options& options = *commandLine.options;
+    report.scene = options.scene;
+    if (!options.dryRun) {
+        return Execute(options, console, report, isTerminal);
+    }
+    report.dryRun = std::make_shared<DryRun>();
+    int status = kExitDone;
+    try {
+        status = Execute(options, console, report, isTerminal);
+    } catch (...) {
+        status = ReportException(console);
+    }
+    report.dryRun->Measure();
+    if (!options.quiet && !options.json) {
+        for (const std::string& line : report.dryRun->Lines(options.verbose)) {
+            console.Print(line);
+        }
+    }
+    return status;
 }
 
 // Of a refused command line, by its words: the parser stops at what it refuses.

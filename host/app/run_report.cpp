@@ -4,6 +4,7 @@
 #include <set>
 #include <system_error>
 
+#include "host/app/dry_run.h"
 #include "host/app/json_parts.h"
 #include "host/app/scene_contents.h"
 #include "host/app/scene_report.h"
@@ -24,7 +25,7 @@ FileReport ReportOf(const fs::path& place, const ExportFiles& files,
                       0,
                       {}};
     std::error_code ignored;
-    const std::uintmax_t size = fs::file_size(place, ignored);
+    const std::uintmax_t size = fs::file_size(files.At(place), ignored);
     report.bytes = ignored ? 0 : size;
     for (const OutputFile& file : files.Files()) {
         if (file.path == place) {
@@ -205,6 +206,11 @@ std::string JsonOf(const RunReport& report, int status, const std::vector<Notice
         json["inputs"].push_back(Text(file));
     }
     AddNotices(notices, status, json);
+    if (report.dryRun) {
+        json["dryRun"] = true;
+        json["wouldWrite"] = report.dryRun->WouldWrite();
+        json["losses"] = report.dryRun->Losses();
+    }
     if (report.savedScene) {
         json["savedScene"] = Text(*report.savedScene);
     }

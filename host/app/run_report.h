@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -44,16 +45,22 @@ struct ExportReport {
     ExportOutcome outcome;
 };
 
+class DryRun;
+
 struct RunReport {
-    std::string scene;  // as it was given
+    std::shared_ptr<DryRun> dryRun;  // null: the run writes
+    std::string scene;               // as it was given
     // The files that decided on the scene and its export, read or looked for; absolute.
     std::vector<std::string> inputs;
     std::optional<Json> batch;  // what a batch did, in the place of all that is of one scene
     std::optional<std::string> savedScene, savedPreset;
-    std::optional<LoadedScene> listed;     // by --list
-    std::optional<ExportReport> exported;  // the exporter ran; whether well, the status says
-    Json origins;                          // of the options: see OriginsOf; null: not known
-    std::vector<kta::Issue> issues;        // of both files, where they could be read
+    std::optional<LoadedScene> listed;            // by --list
+    std::optional<ExportReport> exported;         // the exporter ran; whether well, the status says
+    Json origins;                                 // of the options: see OriginsOf; null: not known
+    std::vector<const scene::LossKind*> leftOut;  // why nodes were, one each
+    bool hasExported = false;                     // the exporter ran
+    bool isObjected = false;                      // a receipt's deviation or losses are a failure
+    std::vector<kta::Issue> issues;               // of both files, where they could be read
     double readingSeconds = 0;
     double exportingSeconds = 0;
     double checkingSeconds = 0;

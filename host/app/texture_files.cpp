@@ -7,6 +7,8 @@
 #include <system_error>
 #include <utility>
 
+#include "host/app/dry_run.h"
+
 namespace maxhost::app {
 namespace {
 
@@ -80,11 +82,20 @@ std::vector<fs::path> TextureFiles::Replaced() const {
     return places;
 }
 
-void TextureFiles::Make(const fs::path& home, const fs::path& made) {
+void TextureFiles::MakeRoom(DryRun* dryRun) {
+    if (dryRun == nullptr) {
+        fs::create_directories(directory_);
+    } else if (const std::error_code error = WhyNotMade(directory_)) {
+        throw fs::filesystem_error("nothing can be made", directory_, error);
+    }
+    room_ =
+        std::make_unique<kta::PrivateDirectory>(dryRun == nullptr ? directory_ : dryRun->Room());
+}
+
+void TextureFiles::Make(const fs::path& home, const fs::path& made, DryRun* dryRun) {
     const bool isAtHome = directory_ == home;
     if (!isAtHome && !IsEmpty()) {
-        fs::create_directories(directory_);
-        room_ = std::make_unique<kta::PrivateDirectory>(directory_);
+        MakeRoom(dryRun);
     }
     for (std::size_t i = 0; i < textures_.size(); ++i) {
         const import::EmbeddedTexture& texture = textures_[i];
@@ -101,9 +112,13 @@ void TextureFiles::Make(const fs::path& home, const fs::path& made) {
     }
 }
 
-void TextureFiles::Write() {
-    Make({}, {});
-    PutInPlace(replacements_);
+void TextureFiles::Write(DryRun* dryRun) {
+    Make({}, {}, dryRun);
+    if (dryRun != nullptr) {
+        dryRun->Add(replacements_);
+    } else {
+        PutInPlace(replacements_);
+    }
     room_.reset();
 }
 

@@ -12,6 +12,8 @@
 
 namespace maxhost::app {
 
+class DryRun;
+
 // Whether an existing file of other content may be replaced by a texture.
 enum class ReplacesFiles { no, yes };
 
@@ -38,18 +40,22 @@ class TextureFiles {
     std::vector<std::filesystem::path> Replaced() const;
 
     // Makes the files in `made`, from where all that is in it goes to `home`, or in a private
-    // directory in their own where that is another one. Throws std::filesystem::filesystem_error
-    // with a place.
-    void Make(const std::filesystem::path& home, const std::filesystem::path& made);
+    // directory in their own where that is another one; a dry run, if there is one, has that.
+    // Throws std::filesystem::filesystem_error with a place.
+    void Make(const std::filesystem::path& home, const std::filesystem::path& made,
+              DryRun* dryRun = nullptr);
     // What is to be done for those that Make() made in their own directory.
     const std::vector<Replacement>& Replacements() const { return replacements_; }
     // The places of files that are there already.
     const std::vector<std::filesystem::path>& Unchanged() const { return unchanged_; }
 
-    // Writes the files without an export. Throws std::filesystem::filesystem_error with a place.
-    void Write();
+    // Writes the files without an export, or tells the dry run of them. Throws
+    // std::filesystem::filesystem_error with a place.
+    void Write(DryRun* dryRun = nullptr);
 
   private:
+    void MakeRoom(DryRun* dryRun);
+
     std::vector<import::EmbeddedTexture> textures_;
     std::filesystem::path directory_;
     ReplacesFiles replaces_ = ReplacesFiles::no;

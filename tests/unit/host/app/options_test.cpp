@@ -284,6 +284,7 @@ TEST(OptionsTest, HelpExplainsEveryOptionWithItsDefault) {
                                             "--[no-]motions-for-hidden",
                                             "--[no-]sample-animation",
                                             "--sample-rate N",
+                                            "--dry-run",
                                             "--preset FILE",
                                             "--save-preset FILE",
                                             "--no-sidecar",
