@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <map>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -160,6 +161,23 @@ std::size_t TerminalColumns() {
 void WrapHelp(CLI::App& app, std::size_t columns) {
     app.formatter(
         std::make_shared<HelpFormatter>(std::clamp(columns, kFewestColumns, kMostColumns)));
+}
+
+CLI::Option* AddColorOption(CLI::App& app, ColorMode& mode) {
+    static const std::map<std::string, ColorMode> kModes = {
+        {"auto", ColorMode::automatic}, {"always", ColorMode::always}, {"never", ColorMode::never}};
+    return app
+        .add_option_function<std::string>(
+            "--color", [&mode](const std::string& text) { mode = kModes.at(text); },
+            "colours: auto, always or never (default: auto, on a terminal, unless NO_COLOR is set "
+            "or TERM is dumb)")
+        ->type_name("MODE")
+        ->check(CLI::Validator(
+            [](std::string& text) {
+                return kModes.contains(text) ? std::string()
+                                             : "\"" + text + "\", expected auto, always or never";
+            },
+            ""));
 }
 
 }  // namespace kta

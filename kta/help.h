@@ -3,8 +3,10 @@
 
 #include <CLI/CLI.hpp>
 #include <cstddef>
+
 #include <string>
 #include <vector>
+#include "kta/terminal.h"
 
 namespace kta {
 
@@ -32,5 +34,8 @@ std::vector<std::string> ParagraphsOf(const std::string& text);
 
 // The words of a paragraph that begins at column `indent`, in lines that end before `columns`.
 std::string Wrapped(const std::string& text, std::size_t indent, std::size_t columns);
+
+// Adds --color MODE: auto, always or never.
+CLI::Option* AddColorOption(CLI::App& app, ColorMode& mode);
 
 }  // namespace kta

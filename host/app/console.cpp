@@ -14,32 +14,57 @@
 namespace maxhost::app {
 
 void Console::Report(std::string_view subject, std::string_view text) {
-    Report(std::string(subject) + ": " + std::string(text));
+    const std::string start = std::string(subject) + ": ";
+    notices_.push_back({nullptr, kta::OneLine(start + std::string(text))});
+    Say(start, text, kta::Style::bad);
 }
 
 void Console::Report(std::string_view text) {
     notices_.push_back({nullptr, kta::OneLine(text)});
-    Say(text);
+    Say("", text, kta::Style::bad);
 }
 
 void Console::Warn(scene::LossCode code, std::string_view subject, std::string_view text) {
     const std::string start = std::string(subject) + ": ";
     notices_.push_back({&scene::KindOf(code), kta::OneLine(start + std::string(text))});
-    Say(start + "warning: " + std::string(text));
+    Say(start, "warning: " + std::string(text), kta::Style::caution);
 }
 
 void Console::Note(std::string_view subject, std::string_view text) {
-    Say(std::string(subject) + ": " + std::string(text));
+    Say(std::string(subject) + ": ", text, kta::Style::plain);
 }
 
-void Console::Say(std::string_view line) {
+// The text has the style, the start has none.
+void Console::Say(std::string_view start, std::string_view text, kta::Style style) {
     HideBar();
-    error_ << "hdo-export: " << kta::OneLine(line) << '\n' << std::flush;
+    const std::string line = kta::OneLine(std::string(start) + std::string(text));
+    const std::string plain = kta::OneLine(start);
+    const std::size_t begin = line.starts_with(plain) ? plain.size() : 0;
+    error_ << kta::Styled(kta::Style::bold, "hdo-export:", colorsError_) << ' '
+           << line.substr(0, begin) << kta::Styled(style, line.substr(begin), colorsError_) << '\n'
+           << std::flush;
 }
 
-void Console::Print(std::string_view line) {
+void Console::SetColors(kta::ColorMode mode) {
+    colorsError_ = kta::ShowsColors(mode, kta::StandardStream::error, isTerminal_);
+    colorsOut_ = kta::ShowsColors(mode, kta::StandardStream::out, isOutTerminal_);
+}
+
+void Console::Print(std::string_view line, kta::Style style) {
     HideBar();
-    (isOutTaken_ ? error_ : out_) << line << '\n';
+    (isOutTaken_ ? error_ : out_) << kta::Styled(style, line,
+                                                 isOutTaken_ ? colorsError_ : colorsOut_)
+                                  << '\n';
+}
+
+void Console::Hint(std::string_view text) {
+    if (isTerminal_ && !text.empty()) {
+        HideBar();
+        out_.flush();  // what the hint is about stands above it
+        error_ << kta::Styled(kta::Style::hint, "next:", colorsError_) << ' ' << kta::OneLine(text)
+               << '\n'
+               << std::flush;
+    }
 }
 
 std::ostream& Console::TakeOut() {
@@ -77,9 +102,10 @@ void Console::Copy(std::string_view text) {
     error_ << (isTerminal_ ? ForTerminal(text) : std::string(text)) << std::flush;
 }
 
-void Console::ShowBar(const std::string& line) {
+void Console::ShowBar(const std::string& line, std::size_t done) {
     const std::size_t rest = line.size() < barWidth_ ? barWidth_ - line.size() : 0;
-    error_ << '\r' << line << std::string(rest, ' ') << std::flush;
+    error_ << '\r' << kta::Styled(kta::Style::good, line.substr(0, done), colorsError_)
+           << line.substr(std::min(done, line.size())) << std::string(rest, ' ') << std::flush;
     barWidth_ = line.size();
 }
 
@@ -128,14 +154,33 @@ void ProgressBar::OnEnd() {
     console_.HideBar();
 }
 
+namespace {
+
+constexpr std::int64_t kFewSeconds = 100;
+
+// What the work so far lets expect; empty while that says little.
+std::string TimeLeft(std::int64_t seconds, int percent) {
+    constexpr std::int64_t kEnoughSeconds = 2;
+    if (seconds < kEnoughSeconds || percent <= 0 || percent >= 100) {
+        return {};
+    }
+    const std::int64_t left = (seconds * (100 - percent) + percent - 1) / percent;
+    return left <= kFewSeconds ? ", " + std::to_string(left) + " s left"
+                               : ", " + std::to_string((left + 59) / 60) + " min left";
+}
+
+}  // namespace
+
 void ProgressBar::Show() {
     const auto done = static_cast<std::size_t>(percent_ * kBarCells / 100);
     const std::string number = std::to_string(percent_);
     std::string line = "[";
     line.append(done, '#').append(kBarCells - done, '.').append("] ");
     line.append(3 - number.size(), ' ').append(number).append("% ");
-    const std::string time = seconds_ > 0 ? ", " + std::to_string(seconds_) + " s" : "";
-    console_.ShowBar(line + title_.substr(0, kTitleColumns - time.size()) + time);
+    const std::string time =
+        seconds_ > 0 ? ", " + std::to_string(seconds_) + " s" + TimeLeft(seconds_, percent_) : "";
+    const std::size_t columns = kTitleColumns - std::min(time.size(), kTitleColumns);
+    console_.ShowBar(line + title_.substr(0, columns) + time, 1 + done);
 }
 
 void ExportProgress::OnStart(const std::string& title) {

@@ -11,6 +11,7 @@
 
 #include "host/scene/losses.h"
 #include "host/sdk/host.h"
+#include "kta/terminal.h"
 
 namespace maxhost::app {
 
@@ -22,10 +23,14 @@ struct Notice {
 
 class Console {
   public:
-    // Both streams must outlive the object. `isTerminal`: whether `error` is shown on one.
-    Console(std::ostream& out, std::ostream& error, bool isTerminal = false)
-        : out_(out), error_(error), isTerminal_(isTerminal) {}
+    // Both streams must outlive the object. Whether each is shown on a terminal. Nothing is
+    // coloured before SetColors().
+    Console(std::ostream& out, std::ostream& error, bool isTerminal = false,
+            bool isOutTerminal = false)
+        : out_(out), error_(error), isTerminal_(isTerminal), isOutTerminal_(isOutTerminal) {}
     ~Console() { HideBar(); }
+
+    void SetColors(kta::ColorMode mode);
 
     // The line "hdo-export: SUBJECT: TEXT"; control characters in either become blanks.
     void Report(std::string_view subject, std::string_view text);
@@ -39,15 +44,18 @@ class Console {
     const std::vector<Notice>& Notices() const { return notices_; }
 
     // One line of a result, as it stands.
-    void Print(std::string_view line);
+    void Print(std::string_view line, kta::Style style = kta::Style::plain);
+    // The line "next: TEXT" on standard error, where that is a terminal.
+    void Hint(std::string_view text);
     // From here on standard output is another's: lines of results go to standard error.
     std::ostream& TakeOut();
     // Text for standard error that brings its own line ends. On a terminal all other control
     // characters but tabs become \xNN, so that a scene's names cannot steer it.
     void Copy(std::string_view text);
 
-    // One line that the next one replaces; at most 79 columns of ASCII.
-    void ShowBar(const std::string& line);
+    // One line that the next one replaces; at most 79 columns of ASCII. Its beginning is what is
+    // done, and coloured so.
+    void ShowBar(const std::string& line, std::size_t done = 0);
     void HideBar();
 
     // Whether all results reached standard output so far.
@@ -57,11 +65,12 @@ class Console {
     Console& operator=(const Console&) = delete;
 
   private:
-    void Say(std::string_view line);
+    void Say(std::string_view start, std::string_view text, kta::Style style);
 
     std::ostream& out_;
     std::ostream& error_;
-    const bool isTerminal_;
+    const bool isTerminal_, isOutTerminal_;
+    bool colorsError_ = false, colorsOut_ = false;
     bool isOutTaken_ = false;
     std::size_t barWidth_ = 0;
     std::vector<Notice> notices_;

@@ -317,11 +317,15 @@ std::vector<fs::path> ExportFiles::Placed() const {
 }
 
 fs::path ExportFiles::At(const fs::path& place) const {
-    if (dryRun_ != nullptr && placed_) {
-        const auto found = std::ranges::find(*placed_, place, &Replacement::target);
-        return found == placed_->end() ? place : found->made;
+    if (dryRun_ == nullptr) {
+        return place;
     }
-    return place;
+    if (logStandsApart_ && place == log_) {
+        return writtenLog_;
+    }
+    const std::vector<Replacement> placed = placed_.value_or(std::vector<Replacement>());
+    const auto found = std::ranges::find(placed, place, &Replacement::target);
+    return found == placed.end() ? place : found->made;
 }
 
 }  // namespace maxhost::app

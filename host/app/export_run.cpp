@@ -116,13 +116,14 @@ void WriteStartingSettings(const ExportOptions& preset, const fs::path& director
 class ExportRun {
   public:
     ExportRun(const Options& options, ExportFiles& files, Interrupts& interrupts, Console& console,
-              AuditInput& audit, RunReport& report)
+              AuditInput& audit, RunReport& report, bool showsProgress)
         : options_(options),
           files_(files),
           interrupts_(interrupts),
           console_(console),
           audit_(audit),
           report_(report),
+          showsProgress_(showsProgress),
           user_(console, files.ExportFile().string(), options.choices, options.cancelDialog) {}
 
     // `run` has the directory of settings, or none for one that goes with the export.
@@ -133,6 +134,7 @@ class ExportRun {
     int Compare(const std::vector<std::string>& faults);
     std::optional<int> Prepare();
     void TakeLog();
+    void ShowStage(const std::string& name);
     int StatusOf(int result);
     std::optional<int> EndedInDialog(int result);
     int ReportFailure();
@@ -147,6 +149,7 @@ class ExportRun {
     Console& console_;
     AuditInput& audit_;
     RunReport& report_;
+    const bool showsProgress_;
     ExportOutcome outcome_;
     std::optional<Receipt> receipt_;
     DialogUser user_;
@@ -212,9 +215,17 @@ std::optional<int> ExportRun::EndedInDialog(int result) {
     return std::nullopt;
 }
 
+// In the bar's place, of what the plug-in does not do.
+void ExportRun::ShowStage(const std::string& name) {
+    if (showsProgress_) {
+        console_.ShowBar(name);
+    }
+}
+
 // Whether what was written is whole and sound.
 int ExportRun::Check() {
     const Stopwatch watch;
+    ShowStage("Checking what was written");
     files_.Verify();
     std::vector<std::string> faults = files_.WriteErrors();
     const bool isDiskFull = !faults.empty();
@@ -263,6 +274,7 @@ std::vector<std::string> ExportRun::MakePreview() {
 
 // With the scene; the status that the receipt says. Faults, which are told already, stand in it.
 int ExportRun::Compare(const std::vector<std::string>& faults) {
+    ShowStage("Comparing it with the scene");
     report_.origins = OriginsOf(options_, outcome_.inForce, OriginOfTheRest());
     receipt_ = Audit(options_, files_, faults, outcome_.nodes, outcome_.inForce, audit_, report_);
     if (report_.dryRun) {
@@ -387,7 +399,7 @@ int ExportRun::Run(PlugInRun run, ExportOutcome outcome) {
     }
     if (files_.IsInPlace() && result != IMPEXP_FAIL && !options_.quiet && !options_.json) {
         for (const std::string& line : Summarize(files_.Files(), outcome_)) {
-            console_.Print(line);
+            console_.Print(line, StyleOf(line));
         }
     }
     if (options_.json) {
@@ -437,7 +449,7 @@ int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files,
         outcome.optionFiles.push_back("sidecar: " + *options.sidecarFile);
     }
     host.OpenScene(std::move(loaded.scene));
-    return ExportRun(options, files, interrupts, console, audit, report)
+    return ExportRun(options, files, interrupts, console, audit, report, showsProgress)
         .Run({exporter, exportOptions, configDirectory.value_or(fs::path()), showsProgress},
              std::move(outcome));
 }

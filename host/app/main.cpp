@@ -3,27 +3,11 @@
 #include <vector>
 
 #include "host/app/run.h"
+#include "kta/terminal.h"
 
-#ifdef _WIN32
-#include <io.h>
-#else
-#include <unistd.h>
-
+#ifndef _WIN32
 #include <csignal>
 #endif
-
-namespace {
-
-bool IsErrorATerminal() {
-    constexpr int kStandardError = 2;
-#ifdef _WIN32
-    return _isatty(kStandardError) != 0;
-#else
-    return isatty(kStandardError) != 0;
-#endif
-}
-
-}  // namespace
 
 int main(int argc, char** argv) {
 #ifndef _WIN32
@@ -31,7 +15,9 @@ int main(int argc, char** argv) {
     std::signal(SIGXFSZ, SIG_IGN);
 #endif
     maxhost::app::CatchInterrupts();
-    maxhost::app::Console console(std::cout, std::cerr, IsErrorATerminal());
+    const bool isTerminal = kta::IsTerminal(kta::StandardStream::error);
+    maxhost::app::Console console(std::cout, std::cerr, isTerminal,
+                                  kta::IsTerminal(kta::StandardStream::out));
     return maxhost::app::Run(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc),
-                             console, IsErrorATerminal());
+                             console, isTerminal);
 }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "host/app/option_group.h"
+#include "kta/help.h"
 
 namespace maxhost::app {
 namespace {
@@ -293,6 +294,7 @@ void AddMessages(CLI::App& app, Options& options) {
                     "auto, always or never",
                     "progress bar: auto, always or never (default: auto, when standard error is a "
                     "terminal)");
+    kta::AddColorOption(app, options.color)->group("Messages");
     group.Add("--json", options.json,
               "print the summary, or what --list lists, as one JSON object, also of a run that "
               "fails (default: off, as text)");

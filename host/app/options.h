@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/app/exporter_options.h"
+#include "kta/terminal.h"
 
 namespace maxhost::app {
 
@@ -92,6 +93,7 @@ struct Options {
     bool about = false;
     bool showDialog = false;
     ProgressMode progress = ProgressMode::automatic;
+    kta::ColorMode color = kta::ColorMode::automatic;
     bool quiet = false;
     bool verbose = false;
 

@@ -15,6 +15,7 @@
 #include "host/app/exit_status.h"
 #include "host/app/export_run.h"
 #include "host/app/loaded_scene.h"
+#include "host/app/next_step.h"
 #include "host/app/options.h"
 #include "host/app/places.h"
 #include "host/app/plugin_loader.h"
@@ -290,7 +291,7 @@ int RunParsed(const CommandLine& commandLine, Console& console, RunReport& repor
     report.dryRun->Measure();
     if (!options.quiet && !options.json) {
         for (const std::string& line : report.dryRun->Lines(options.verbose)) {
-            console.Print(line);
+            console.Print(line, StyleOf(line));
         }
     }
     return status;
@@ -303,14 +304,42 @@ bool WantsJson(const CommandLine& commandLine, const std::vector<std::string>& a
                                      std::ranges::find(arguments, "--json") != arguments.end();
 }
 
+// Of a command line that may be refused, by its words.
+kta::ColorMode ColorModeIn(const std::vector<std::string>& arguments) {
+    kta::ColorMode mode = kta::ColorMode::automatic;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string& word = arguments[i];
+        const bool isApart = word == "--color" && i + 1 < arguments.size();
+        const std::string value = isApart                        ? arguments[i + 1]
+                                  : word.starts_with("--color=") ? word.substr(8)
+                                                                 : std::string();
+        mode = value == "always"  ? kta::ColorMode::always
+               : value == "never" ? kta::ColorMode::never
+                                  : mode;
+    }
+    return mode;
+}
+
+// On a terminal, where nothing keeps messages back.
+void SayNextStep(const CommandLine& commandLine, int status, const RunReport& report,
+                 Console& console) {
+    const Options* const options = commandLine.options ? &*commandLine.options : nullptr;
+    const bool isHelp = options == nullptr && commandLine.error.empty();
+    if (!isHelp && (options == nullptr || (!options->quiet && !options->json))) {
+        console.Hint(NextStep(options, status, report, console.Notices()));
+    }
+}
+
 }  // namespace
 
 int Run(const std::vector<std::string>& arguments, Console& console, bool isTerminal) {
     int status = kExitRefused;
     RunReport report;
     bool wantsJson = false;
+    CommandLine commandLine;
+    console.SetColors(ColorModeIn(arguments));
     try {
-        const CommandLine commandLine = ParseCommandLine(arguments, kta::TerminalColumns());
+        commandLine = ParseCommandLine(arguments, kta::TerminalColumns());
         wantsJson = WantsJson(commandLine, arguments);
         status = RunParsed(commandLine, console, report, isTerminal);
     } catch (...) {
@@ -319,6 +348,7 @@ int Run(const std::vector<std::string>& arguments, Console& console, bool isTerm
     if (wantsJson) {
         console.Print(JsonOf(report, status, console.Notices()));
     }
+    SayNextStep(commandLine, status, report, console);
     if (!console.Flush() && status == kExitDone) {
         console.Report("standard output", "cannot be written");
         status = kExitRefused;

@@ -152,6 +152,15 @@ const scene::LossKind& WhyNotExported(const NodeToExport& node) {
     return node.whyNot ? *node.whyNot : scene::KindOf(scene::LossCode::nodeLeftOut);
 }
 
+kta::Style StyleOf(std::string_view line) {
+    const bool isLoss = line.starts_with("not exported: ") || line.starts_with("loss: ") ||
+                        line.ends_with(" from reading the scene");
+    return isLoss                          ? kta::Style::caution
+           : line.starts_with("exported ") ? kta::Style::good
+           : line.starts_with("dry run: ") ? kta::Style::bold
+                                           : kta::Style::plain;
+}
+
 std::vector<std::string> Summarize(const std::vector<OutputFile>& files,
                                    const ExportOutcome& outcome) {
     std::vector<std::string> lines;

@@ -4,12 +4,14 @@
 #include <cstddef>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "export/export_options.h"
 #include "host/app/export_files.h"
 #include "host/app/loaded_scene.h"
 #include "host/scene/losses.h"
+#include "kta/terminal.h"
 
 namespace maxhost::app {
 
@@ -52,6 +54,9 @@ std::vector<const NodeToExport*> NodesNotExported(const std::vector<OutputFile>&
 // How many nodes the files hold.
 std::size_t NodesExported(const std::vector<OutputFile>& files);
 const scene::LossKind& WhyNotExported(const NodeToExport& node);
+
+// How a terminal shows a line of the summary, or of a dry run.
+kta::Style StyleOf(std::string_view line);
 
 // The lines of the summary of files that were verified.
 std::vector<std::string> Summarize(const std::vector<OutputFile>& files,

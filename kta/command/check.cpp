@@ -13,6 +13,7 @@
 #include "kta/check/report.h"
 #include "kta/check/self_test.h"
 #include "kta/command/command.h"
+#include "kta/help.h"
 #include "kta/text.h"
 
 namespace kta::command {
@@ -32,6 +33,7 @@ struct CheckArguments {
     bool strict = false;
     bool json = false;
     bool markdown = false;
+    ColorMode color = ColorMode::automatic;
     Instead instead = Instead::nothing;
 };
 
@@ -130,10 +132,18 @@ CheckedFiles CheckPair(const Pair& pair, const CheckOptions& options) {
     return checked;
 }
 
-void ShowLines(const CheckedFiles& files, const ReportOptions& options) {
+Style StyleOf(Severity severity) {
+    return severity == Severity::error     ? Style::bad
+           : severity == Severity::warning ? Style::caution
+                                           : Style::plain;
+}
+
+void ShowLines(const CheckedFiles& files, const ReportOptions& options, bool isColored) {
     const std::vector<const Issue*> shown = ShownIssues(files, options);
     for (const Issue* issue : shown) {
-        std::cout << OneLine(IssueLine(PathOf(files, *issue), *issue)) << '\n';
+        std::cout << Styled(StyleOf(issue->severity),
+                            OneLine(IssueLine(PathOf(files, *issue), *issue)), isColored)
+                  << '\n';
     }
     const IssueCounts counts = CountIssues(files.issues);
     const std::size_t all = counts.errors + counts.warnings + (options.notes ? counts.notes : 0);
@@ -143,7 +153,8 @@ void ShowLines(const CheckedFiles& files, const ReportOptions& options) {
     }
 }
 
-void ShowSummary(const std::vector<CheckedFiles>& checks, const ReportOptions& options) {
+void ShowSummary(const std::vector<CheckedFiles>& checks, const ReportOptions& options,
+                 bool isColored) {
     std::size_t files = 0;
     IssueCounts counts;
     for (const CheckedFiles& check : checks) {
@@ -151,9 +162,16 @@ void ShowSummary(const std::vector<CheckedFiles>& checks, const ReportOptions& o
                  check.unreadable.size();
         counts.Add(CountIssues(check.issues));
     }
-    std::cout << Counted(files, "file") << " checked: " << Counted(counts.errors, "error") << ", "
-              << Counted(counts.warnings, "warning") << ", " << Counted(counts.notes, "note")
-              << (counts.notes > 0 && !options.notes ? " (--notes shows them)" : "") << '\n';
+    const Style style = counts.errors > 0     ? Style::bad
+                        : counts.warnings > 0 ? Style::caution
+                                              : Style::good;
+    std::cout << Styled(style,
+                        Counted(files, "file") + " checked: " + Counted(counts.errors, "error") +
+                            ", " + Counted(counts.warnings, "warning") + ", " +
+                            Counted(counts.notes, "note") +
+                            (counts.notes > 0 && !options.notes ? " (--notes shows them)" : ""),
+                        isColored)
+              << '\n';
 }
 
 // Of all checks; complains of what could not be read.
@@ -212,17 +230,19 @@ Status CheckAll(const CheckArguments& arguments) {
     if (pairs.empty()) {
         return kUnusable;
     }
+    const bool isColored =
+        ShowsColors(arguments.color, StandardStream::out, IsTerminal(StandardStream::out));
     std::vector<CheckedFiles> checks;
     for (const Pair& pair : pairs) {
         checks.push_back(CheckPair(pair, options));
         if (!arguments.json) {
-            ShowLines(checks.back(), arguments.report);
+            ShowLines(checks.back(), arguments.report, isColored);
         }
     }
     if (arguments.json) {
         WriteCheckJson(checks, arguments.report, std::cout);
     } else {
-        ShowSummary(checks, arguments.report);
+        ShowSummary(checks, arguments.report, isColored);
     }
     return StatusOf(checks, arguments.strict);
 }
@@ -303,6 +323,7 @@ Command AddCheck(CLI::App& kta) {
                            "wrong, with its place and code. Status 1 when there is an error.");
     AddChoices(*check, *arguments);
     AddForms(*check, arguments);
+    AddColorOption(*check, arguments->color);
     return {check, [arguments] { return Run(*arguments); }};
 }
 

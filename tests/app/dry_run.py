@@ -121,10 +121,11 @@ def check_statuses(folder):
 def check_read_only(folder):
     """A folder that cannot be written: told as by the run, with its status."""
     user = NOBODY if os.geteuid() == 0 else None
+    arguments = ["scene.maxscene.json", "-o", "new.hdo"]
     folder.path.chmod(0o555)
     try:
-        dry, told = folder.dry_run("scene.maxscene.json", user=user)
-        run = folder.run("--json", "scene.maxscene.json", user=user)
+        dry, told = folder.dry_run(*arguments, user=user)
+        run = folder.run("--json", *arguments, user=user)
     finally:
         folder.path.chmod(0o755)
     expect("exit status in a read-only folder", (dry.returncode, run.returncode), (1, 1))

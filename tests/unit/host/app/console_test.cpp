@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <maxapi.h>
+#include <chrono>
 #include <sstream>
+#include <thread>
 
 #include "host/sdk/host.h"
 
@@ -68,6 +70,42 @@ TEST(CopyTest, OnATerminalControlCharactersAreEscaped) {
     EXPECT_EQ(shown.str(), "\ta\\x1b[31m\r\n\\x07 \\x9b \\x7f \xc3\xa9 \\\n");
 }
 
+TEST(ColorTest, ErrorsAreRedAndWarningsYellowWhereAsked) {
+    std::ostringstream out, error;
+    Console console(out, error);
+    console.SetColors(kta::ColorMode::always);
+    console.Report("a", "b");
+    console.Report("a: b");
+    console.Warn(scene::LossCode::nameCut, "a", "b");
+    console.Note("a", "b");
+    console.Print("c");
+    console.Print("c", kta::Style::good);
+    console.Hint("nothing, without a terminal");
+    const std::string name = "\x1b[1mhdo-export:\x1b[0m ";
+    EXPECT_EQ(error.str(), name + "a:\x1b[31m b\x1b[0m\n" + name + "\x1b[31ma: b\x1b[0m\n" + name +
+                               "a:\x1b[33m warning: b\x1b[0m\n" + name + "a: b\n");
+    EXPECT_EQ(out.str(), "c\n\x1b[32mc\x1b[0m\n");
+}
+
+TEST(ColorTest, WithoutATerminalNothingIsColored) {
+    std::ostringstream out, error;
+    Console console(out, error);
+    console.SetColors(kta::ColorMode::automatic);
+    console.Report("a", "b");
+    console.Print("c", kta::Style::bad);
+    EXPECT_EQ(error.str(), "hdo-export: a: b\n");
+    EXPECT_EQ(out.str(), "c\n");
+}
+
+TEST(ColorTest, ATerminalIsToldWhatToDoNext) {
+    std::ostringstream out, error;
+    Console console(out, error, true);
+    console.SetColors(kta::ColorMode::never);
+    console.Hint("this\nand that");
+    console.Hint("");
+    EXPECT_EQ(error.str(), "next: this and that\n");
+}
+
 TEST(ConsoleEnd, ClearsTheBar) {
     std::ostringstream out, error;
     { Console(out, error).ShowBar("###"); }
@@ -99,6 +137,20 @@ TEST_F(ProgressTest, ShowsTitleAndShare) {
     EXPECT_EQ(Written(), "\r[##############################] 100% Exporting object...");
     bar_.OnEnd();
     EXPECT_EQ(Written(), "\r" + std::string(57, ' ') + "\r");
+}
+
+TEST_F(ProgressTest, TellsTheSecondsAndThoseThatAreLeft) {
+    bar_.OnStart("Exporting object...");
+    bar_.OnUpdate(40);
+    Written();
+    std::this_thread::sleep_for(std::chrono::milliseconds(2100));
+    bar_.OnUpdate(50);
+    const std::string half = Written();
+    EXPECT_NE(half.find("]  50% Exporting object..., 2 s, 2 s left"), std::string::npos) << half;
+    bar_.OnUpdate(1);
+    EXPECT_NE(Written().find(" min left"), std::string::npos) << "198 s";
+    bar_.OnUpdate(100);
+    EXPECT_EQ(Written().find("left"), std::string::npos);
 }
 
 TEST_F(ProgressTest, RedrawsOnlyWhatChanges) {

@@ -308,6 +308,7 @@ TEST(OptionsTest, HelpExplainsEveryOptionWithItsDefault) {
                                             "--about",
                                             "--show-dialog",
                                             "--progress MODE",
+                                            "--color MODE",
                                             "--json",
                                             "--receipt FILE",
                                             "--report FILE",
