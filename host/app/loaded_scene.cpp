@@ -153,7 +153,9 @@ bool PromisesFaces(const std::string& path) {
 LoadedScene LoadModel(const std::string& path, const LoadChoices& choices, Reading& reading) {
     const auto report = [&reading](int percent) { reading.Show(percent); };
     import::ImportedScene imported = import::ImportWithAssimp(
-        path, {choices.animation, choices.frameRate, choices.up, choices.convertsUnit}, report);
+        path,
+        {choices.animation, choices.frameRate, choices.up, choices.convertsUnit, choices.clip},
+        report);
     LoadedScene loaded;
     loaded.scene = std::move(imported.scene);
     if (loaded.scene.nodes.empty() && !choices.allowEmpty) {

@@ -66,7 +66,8 @@ struct LoadChoices {
     std::optional<int> frameRate;
     bool allowEmpty = false;  // a model without any node
     std::optional<int> up;    // the axis that is up in a model that does not say it: 0 x, 1 y, 2 z
-    bool convertsUnit = false;  // ApplyChoices() is to convert lengths to another unit
+    bool convertsUnit = false;          // ApplyChoices() is to convert lengths to another unit
+    std::optional<std::size_t> clip{};  // by its position, in the place of `animation`
 };
 
 // Standard input is a scene description. `progress` is shown the reading. Throws

@@ -49,6 +49,10 @@ void AddScene(CLI::App& app, Options& options) {
         .Add("--animation", "NAME|N", options.animation,
              "which animation of a file with several (default: the first)")
         ->configurable();
+    group.Add(
+        "--all-animations", options.allAnimations,
+        "export each of the model's animations, to FILE's name with -NAME behind it "
+        "(robot-Walk.hdo); the exit status is 1 when one of the exports failed (default: off)");
 }
 
 void AddPresets(CLI::App& app, Options& options) {

@@ -122,6 +122,17 @@ std::string FaultOf(const Options& options) {
                "cannot be made in saved settings; expected it without --saved-settings and "
                "--config-dir";
     }
+    if (options.allAnimations) {
+        const char* const other = options.animation   ? "--animation"
+                                  : options.list      ? "--list"
+                                  : options.bisect    ? "--bisect"
+                                  : options.about     ? "--about"
+                                  : options.saveScene ? "--save-scene"
+                                                      : nullptr;
+        if (other != nullptr) {
+            return std::string("--all-animations: excludes ") + other;
+        }
+    }
     if (options.savePreset == "-") {
         return "--save-preset: \"-\", expected the name of a file";
     }

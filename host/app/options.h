@@ -75,6 +75,8 @@ struct Options {
     bool list = false;
     bool json = false;
     std::optional<std::string> animation;
+    bool allAnimations = false;
+    std::optional<std::size_t> clip;  // one of all animations, by its position
     float scale = 1;
     std::optional<double> unit;  // metres
     std::optional<int> up;       // 0 x, 1 y, 2 z

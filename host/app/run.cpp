@@ -9,6 +9,7 @@
 #include <memory>
 #include <system_error>
 
+#include "host/app/all_animations.h"
 #include "host/app/batch.h"
 #include "host/app/bisect.h"
 #include "host/app/dry_run.h"
@@ -128,7 +129,7 @@ LoadedScene Load(const Options& options, Console& console, bool isTerminal, RunR
     ProgressBar bar(console);
     LoadedScene loaded = LoadScene(options.scene,
                                    {options.animation, options.frameRate, options.allowEmpty,
-                                    options.up, options.unit.has_value()},
+                                    options.up, options.unit.has_value(), options.clip},
                                    ShowsProgress(options, isTerminal) ? &bar : nullptr);
     report.readingSeconds = watch.Seconds();
     report.inputs = loaded.files;
@@ -213,6 +214,39 @@ int LoadAndExport(const Options& options, Console& console, RunReport& report, b
     return status;
 }
 
+// Exports each of the model's animations. The status of an interrupt, or 1 when an export failed.
+int ExportAnimations(const Options& options, Console& console, RunReport& report, bool isTerminal,
+                     Interrupts& interrupts) {
+    const std::vector<Animation> animations =
+        LoadScene(options.scene, {{}, options.frameRate, options.allowEmpty}).animations;
+    if (animations.empty()) {
+        throw Failure(kExitRefused, "--all-animations",
+                      SceneName(options.scene) + " has no animations, expected at least one");
+    }
+    const std::vector<std::string> names = NamesOfExports(animations);
+    int status = kExitDone;
+    for (std::size_t i = 0; i < names.size() && interrupts.Status() == 0; ++i) {
+        const auto noticesBefore = static_cast<std::ptrdiff_t>(console.Notices().size());
+        RunReport one;
+        one.scene = report.scene;
+        one.origins = report.origins;
+        int statusOfOne = kExitDone;
+        try {
+            statusOfOne = LoadAndExport(ForAnimation(options, i, names[i]), console, one,
+                                        isTerminal, interrupts);
+        } catch (...) {
+            statusOfOne = ReportException(console);
+        }
+        report.inputs = one.inputs;
+        report.exports.push_back(
+            ObjectOf(one, statusOfOne,
+                     {console.Notices().begin() + noticesBefore, console.Notices().end()}));
+        report.exports.back()["animation"] = Text(animations[i].name);
+        status = statusOfOne == kExitDone ? status : kExitExportFailed;
+    }
+    return interrupts.Status() != 0 ? interrupts.Status() : status;
+}
+
 // Searches for the smallest scene that fails, and saves it.
 int SearchAndSave(const Options& options, Console& console, RunReport& report, bool isTerminal,
                   Interrupts& interrupts) {
@@ -263,7 +297,9 @@ int Execute(const Options& options, Console& console, RunReport& report, bool is
         }
         return kExitDone;
     }
-    return LoadAndExport(options, console, report, isTerminal, interrupts);
+    return options.allAnimations
+               ? ExportAnimations(options, console, report, isTerminal, interrupts)
+               : LoadAndExport(options, console, report, isTerminal, interrupts);
 }
 
 int RunParsed(const CommandLine& commandLine, Console& console, RunReport& report,

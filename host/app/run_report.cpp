@@ -190,7 +190,7 @@ ExportReport ReportOf(const ExportFiles& files, ExportOutcome outcome) {
     return report;
 }
 
-std::string JsonOf(const RunReport& report, int status, const std::vector<Notice>& notices) {
+Json ObjectOf(const RunReport& report, int status, const std::vector<Notice>& notices) {
     Json json = {{"program", "hdo-export"}, {"version", HDO_VERSION}};
     if (!report.batch) {
         json["scene"] = Text(report.scene);
@@ -226,6 +226,9 @@ std::string JsonOf(const RunReport& report, int status, const std::vector<Notice
     if (!report.origins.is_null()) {
         json["optionOrigins"] = report.origins;
     }
+    if (!report.exports.empty()) {
+        json["exports"] = report.exports;
+    }
     if (!report.issues.empty()) {
         json["issues"] = IssuesOf(report.issues);
     }
@@ -238,7 +241,11 @@ std::string JsonOf(const RunReport& report, int status, const std::vector<Notice
                        {"exporting", report.exportingSeconds},
                        {"checking", report.checkingSeconds},
                        {"all", report.sinceStart.Seconds()}};
-    return json.dump(2);
+    return json;
+}
+
+std::string JsonOf(const RunReport& report, int status, const std::vector<Notice>& notices) {
+    return ObjectOf(report, status, notices).dump(2);
 }
 
 }  // namespace maxhost::app

@@ -57,6 +57,7 @@ struct RunReport {
     std::optional<LoadedScene> listed;            // by --list
     std::optional<ExportReport> exported;         // the exporter ran; whether well, the status says
     Json origins;                                 // of the options: see OriginsOf; null: not known
+    std::vector<Json> exports;                    // of --all-animations, an object each
     std::vector<const scene::LossKind*> leftOut;  // why nodes were, one each
     bool hasExported = false;                     // the exporter ran
     bool isObjected = false;                      // a receipt's deviation or losses are a failure
@@ -71,8 +72,11 @@ struct RunReport {
 // What of an export stands in its places.
 ExportReport ReportOf(const ExportFiles& files, ExportOutcome outcome);
 
-// One JSON object, without a last line end; docs/hdo-export.md has its members. Bytes of names that
-// are no UTF-8 are taken as Latin-1.
+// docs/hdo-export.md has its members.
+Json ObjectOf(const RunReport& report, int status, const std::vector<Notice>& notices);
+
+// The same as text: one JSON object, without a last line end; docs/hdo-export.md has its members.
+// Bytes of names that are no UTF-8 are taken as Latin-1.
 std::string JsonOf(const RunReport& report, int status, const std::vector<Notice>& notices);
 
 }  // namespace maxhost::app

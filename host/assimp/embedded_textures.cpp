@@ -13,6 +13,7 @@
 
 #include "host/assimp/text.h"
 #include "host/cut_text.h"
+#include "host/file_name.h"
 
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #define STB_IMAGE_WRITE_STATIC
@@ -107,33 +108,12 @@ std::string BytesOf(const aiTexture& texture) {
 
 // ---------------------------------------------------------------- names
 
-// Devices of Windows, whatever stands behind the first dot.
-bool IsReserved(const std::string& name) {
-    const std::string base = InSmallLetters(name.substr(0, name.find('.')));
-    if (base.size() == 4 && (base.starts_with("com") || base.starts_with("lpt"))) {
-        return base[3] >= '0' && base[3] <= '9';
-    }
-    return base == "con" || base == "prn" || base == "aux" || base == "nul";
-}
-
 std::string_view PartBehindSeparators(std::string_view path) {
     return path.substr(path.find_last_of("/\\") + 1);
 }
 
-// What stands behind the last separator, without what a file system or a shell would take for
-// something else.
 std::string FileNameOf(std::string_view path) {
-    std::string name(PartBehindSeparators(path));
-    std::replace_if(
-        name.begin(), name.end(),
-        [](char c) {
-            const auto byte = static_cast<unsigned char>(c);
-            return byte < 0x20 || byte == 0x7f || std::strchr("<>:\"|?*", c) != nullptr;
-        },
-        '_');
-    name.erase(name.find_last_not_of(" .") + 1);
-    name.erase(0, name.find_first_not_of(" ."));
-    return IsReserved(name) ? "_" + name : name;
+    return FittingFileName(std::string(PartBehindSeparators(path)));
 }
 
 struct FileName {

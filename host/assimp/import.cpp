@@ -339,8 +339,10 @@ class Converter {
         for (const AnimationClip& clip : result_.animations) {
             names.push_back(clip.name);
         }
-        const std::size_t chosen =
-            choices_.animation ? FindAnimation(*choices_.animation, names).value_or(0) : 0;
+        const std::size_t chosen = choices_.clip ? *choices_.clip
+                                   : choices_.animation
+                                       ? FindAnimation(*choices_.animation, names).value_or(0)
+                                       : 0;
         const bool hasClip = chosen < names.size();
         scene::Time& time = result_.scene.time;
         time = TimeOf(source_, format_, hasClip ? &result_.animations[chosen] : nullptr,
@@ -352,7 +354,7 @@ class Converter {
             source_.mAnimations[chosen],
             ReadChannels(source_, chosen, format_, path_,
                          static_cast<double>(time.frameRate) * time.ticksPerFrame, warnings_)};
-        warnings_.Add(LossCode::otherAnimations, "", names.size() - 1);
+        warnings_.Add(LossCode::otherAnimations, "", choices_.clip ? 0 : names.size() - 1);
         return clip;
     }
 

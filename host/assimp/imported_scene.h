@@ -50,6 +50,8 @@ struct ImportChoices {
     std::optional<int> up{};
     // Lengths are not left in the file's unit.
     bool convertsUnit = false;
+    // By its position, in the place of `animation`; the others are no loss then.
+    std::optional<std::size_t> clip{};
 };
 
 // A scene with z up, in the file's own units. Nodes stand in depth-first child order. `warnings`

@@ -18,6 +18,7 @@
 
 #include "host/assimp/imported_scene.h"
 #include "host/assimp/text.h"
+#include "host/file_name.h"
 
 namespace maxhost::import {
 namespace {

@@ -200,13 +200,6 @@ std::string TextOf(const aiString& text, bool* recoded) {
     return ToUtf8(raw, recoded);
 }
 
-std::string InSmallLetters(std::string text) {
-    std::ranges::transform(text, text.begin(), [](char c) {
-        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    });
-    return text;
-}
-
 std::string NumberText(double number, int digits) {
     std::array<char, 64> buffer;
     std::snprintf(buffer.data(), buffer.size(), "%.*g", digits, number);

@@ -16,9 +16,6 @@ std::string ToUtf8(std::string_view text, bool* recoded = nullptr);
 // Up to its first NUL, in UTF-8 as ToUtf8() makes it.
 std::string TextOf(const aiString& text, bool* recoded = nullptr);
 
-// Capital letters A to Z become small.
-std::string InSmallLetters(std::string text);
-
 // At most `digits` significant digits, without zeros behind the point, for a message.
 std::string NumberText(double number, int digits = 6);
 

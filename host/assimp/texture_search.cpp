@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "host/assimp/text.h"
+#include "host/file_name.h"
 
 namespace maxhost::import {
 namespace {

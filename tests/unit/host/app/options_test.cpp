@@ -299,6 +299,7 @@ TEST(OptionsTest, HelpExplainsEveryOptionWithItsDefault) {
                                             "--save-scene FILE",
                                             "--list",
                                             "--animation NAME|N",
+                                            "--all-animations",
                                             "--scale X",
                                             "--unit UNIT",
                                             "--up AXIS",

@@ -1,0 +1,59 @@
+#include "host/app/all_animations.h"
+
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <set>
+#include <utility>
+
+#include "host/app/places.h"
+#include "host/cut_text.h"
+#include "host/file_name.h"
+
+namespace maxhost::app {
+namespace {
+
+namespace fs = std::filesystem;
+
+// robot.hdo with "Walk": robot-Walk.hdo.
+std::string WithName(const fs::path& file, const std::string& name) {
+    return (file.parent_path() / (file.stem().string() + "-" + name + file.extension().string()))
+        .string();
+}
+
+}  // namespace
+
+std::vector<std::string> NamesOfExports(const std::vector<Animation>& animations) {
+    constexpr std::size_t kMostBytes = 80;  // the exporter has room for 259 in a path
+    std::vector<std::string> names;
+    std::set<std::string> taken;
+    std::map<std::string, std::size_t> numbers;
+    for (std::size_t i = 0; i < animations.size(); ++i) {
+        const std::string own =
+            FittingFileName(std::string(CutUtf8(FittingFileName(animations[i].name), kMostBytes)));
+        const std::string wanted = own.empty() ? std::to_string(i) : own;
+        std::string name = wanted;
+        while (!taken.insert(InSmallLetters(name)).second) {
+            std::size_t& number = numbers[InSmallLetters(wanted)];
+            number = std::max<std::size_t>(number + 1, 2);
+            name = wanted + "-" + std::to_string(number);
+        }
+        names.push_back(std::move(name));
+    }
+    return names;
+}
+
+Options ForAnimation(const Options& options, std::size_t position, const std::string& name) {
+    Options one = options;
+    one.allAnimations = false;
+    one.clip = position;
+    one.output = WithName(ExportFile(options), name);
+    for (std::optional<std::string>* const file : {&one.log, &one.receipt, &one.report}) {
+        if (*file) {
+            *file = WithName(**file, name);
+        }
+    }
+    return one;
+}
+
+}  // namespace maxhost::app
