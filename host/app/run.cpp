@@ -217,8 +217,9 @@ int LoadAndExport(const Options& options, Console& console, RunReport& report, b
 // Exports each of the model's animations. The status of an interrupt, or 1 when an export failed.
 int ExportAnimations(const Options& options, Console& console, RunReport& report, bool isTerminal,
                      Interrupts& interrupts) {
-    const std::vector<Animation> animations =
-        LoadScene(options.scene, {{}, options.frameRate, options.allowEmpty}).animations;
+    LoadChoices choices;
+    choices.allowEmpty = options.allowEmpty;
+    const std::vector<Animation> animations = LoadScene(options.scene, choices).animations;
     if (animations.empty()) {
         throw Failure(kExitRefused, "--all-animations",
                       SceneName(options.scene) + " has no animations, expected at least one");

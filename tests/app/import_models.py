@@ -4,12 +4,14 @@
 usage: import_models.py HDO_EXPORT KTA MODELS
 """
 
+import base64
 import json
 import pathlib
+import struct
 import sys
 import tempfile
 
-from import_textures import GREEN, RED, Place, gltf, same
+from import_textures import DATA, EXPORT, GREEN, RED, Place, gltf, same
 
 
 def warnings(run):
@@ -111,6 +113,70 @@ def check_list(place, models):
          ["texture\t0\tdiffuse\tinside\tin.png", "texture\t1\tdiffuse\tmissing\tgone.png"])
 
 
+def animated(names):
+    """A model of a texture inside, with animations of those names and of different length."""
+    model = gltf([("in.png", GREEN)])
+    for i, name in enumerate(names):
+        data = struct.pack("<8f", 0, 0.5 * (i + 1), 0, 0, 0, 1 + i, 0, 0)
+        first = len(model["accessors"])
+        model["buffers"].append({"byteLength": len(data), "uri": DATA +
+                                 base64.b64encode(data).decode()})
+        model["bufferViews"].append({"buffer": i + 1, "byteLength": len(data)})
+        model["accessors"] += [{"bufferView": i + 1, "componentType": 5126, "count": 2,
+                                "type": "SCALAR", "min": [0], "max": [0.5 * (i + 1)]},
+                               {"bufferView": i + 1, "byteOffset": 8, "componentType": 5126,
+                                "count": 2, "type": "VEC3"}]
+        model.setdefault("animations", []).append(
+            ({} if name is None else {"name": name}) |
+            {"samplers": [{"input": first, "output": first + 1}],
+             "channels": [{"sampler": 0, "target": {"node": 0, "path": "translation"}}]})
+    return model
+
+
+def check_all_animations(place):
+    """One export each, with the same bytes as an export of that animation alone."""
+    names = ["Walk", "walk", "Rig|../Run", "1", "Walk-2"]
+    places = ["Walk", "walk-2", "Rig_.._Run", "1", "Walk-2-2"]
+    place.write("robot.gltf", animated(names))
+    run = place.export("robot.gltf", "--all-animations", "--receipt", "r.json", "--json")
+    same("warnings", run.stderr, "")
+    files = [name.replace("robot", f"robot-{clip}") for clip in places for name in EXPORT]
+    same("files", place.files(), sorted([*files, *[f"r-{clip}.json" for clip in places], "in.png",
+                                         "robot.gltf"]))
+    report = json.loads(run.stdout)
+    same("exports", [(export["animation"], export["status"],
+                      [file["kind"] for file in export["files"]].count("motion"))
+                     for export in report["exports"]], [(name, 0, 1) for name in names])
+    (place.folder / "one").mkdir()
+    for number, clip in enumerate(places):
+        chosen = names[number] if names.index(names[number]) == number else str(number)
+        place.export("robot.gltf", "-q", "--animation", chosen, "-o", "one/robot.hdo")
+        for end in ["temp1", "temp2"]:
+            place.expect(f"robot-{clip}.hdo{end}",
+                         (place.folder / f"one/robot.hdo{end}").read_bytes())
+
+
+def check_failing_animation(place):
+    """One that fails leaves the others; the status is 1."""
+    place.write("robot.gltf", animated(["Walk", "Run", "Jump"]))
+    (place.folder / "out").mkdir()
+    (place.folder / "out/r-Run.hdotemp2").mkdir()
+    run = place.export("robot.gltf", "--all-animations", "-o", "out/r.hdo", status=1)
+    same("messages", len(run.stderr.splitlines()), 1)
+    same("files", place.files(), sorted(
+        ["robot.gltf", "out/in.png"] + [f"out/{name.replace('robot', f'r-{clip}')}"
+                                        for clip in ["Walk", "Jump"] for name in EXPORT]))
+    for options, text in [(["--animation", "1"], "--all-animations: excludes --animation"),
+                          (["--list"], "--all-animations: excludes --list"),
+                          (["--save-scene", "a"], "--all-animations: excludes --save-scene")]:
+        run = place.export("robot.gltf", "--all-animations", *options, status=2)
+        same("refusal", run.stderr, f"hdo-export: {text}\n")
+    place.write("still.gltf", gltf([(None, RED)]))
+    run = place.export("still.gltf", "--all-animations", status=2)
+    same("refusal", run.stderr, "hdo-export: --all-animations: still.gltf has no animations, "
+                                "expected at least one\n")
+
+
 def check_cut_header(place):
     """Which the reader would look for until its time is over."""
     place.write("cut.ply", b"ply\nformat ascii 1.0\nelement vertex 3\n")
@@ -123,7 +189,8 @@ def main():
     programs = [str(pathlib.Path(program).resolve()) for program in sys.argv[1:3]]
     models = pathlib.Path(sys.argv[3])
     checks = [check_search, lambda place: check_units(place, models),
-              lambda place: check_list(place, models), check_cut_header]
+              lambda place: check_list(place, models), check_all_animations,
+              check_failing_animation, check_cut_header]
     for check in checks:
         with tempfile.TemporaryDirectory() as folder:
             check(Place(programs, pathlib.Path(folder).resolve()))
