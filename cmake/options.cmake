@@ -34,7 +34,7 @@ if(WIN32)
     target_compile_definitions(hdo_options INTERFACE __USE_MINGW_ANSI_STDIO=1 NOMINMAX
                                                      WIN32_LEAN_AND_MEAN)
     target_compile_options(hdo_options INTERFACE
-        "$<$<COMPILE_LANGUAGE:CXX>:SHELL:-include ${PROJECT_SOURCE_DIR}/cmake/windows/utf8_paths.h>")
+        "$<$<AND:$<COMPILE_LANGUAGE:CXX>,$<NOT:$<BOOL:$<TARGET_PROPERTY:HDO_HAS_TEST_HEADERS>>>>:SHELL:-include ${PROJECT_SOURCE_DIR}/cmake/windows/utf8_paths.h>")
 endif()
 
 # What src/ and the headers it includes are compiled with: the dialect of Visual C++ 2008.

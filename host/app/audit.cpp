@@ -45,7 +45,8 @@ void WriteAll(std::span<const std::pair<fs::path, std::string>> files, DryRun* d
         putInPlace();
         return;
     }
-    const auto& [file, text] = files.front();
+    const fs::path& file = files.front().first;
+    const std::string& text = files.front().second;
     bool isWritten = false;
     try {
         kta::ReplaceWholeFile(PlaceToWrite(dryRun, file), [&](std::ostream& out) {

@@ -151,7 +151,7 @@ LossCode ExportLosses::WhyNoMesh(const scene::Node& node) const {
 // Of a triangle by its original vertices, whichever corner comes first: mixed well, so that the sum
 // over a mesh, in which order does not count, tells two meshes apart.
 std::uint64_t Mixed(std::array<std::uint64_t, 3> corners) {
-    std::ranges::rotate(corners, std::ranges::min_element(corners));
+    std::rotate(corners.begin(), std::ranges::min_element(corners), corners.end());
     std::uint64_t value = 0;
     for (const std::uint64_t corner : corners) {
         // The finaliser of SplitMix64 (Steele, Lea, Flood, 2014).

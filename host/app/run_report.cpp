@@ -200,7 +200,7 @@ Json ObjectOf(const RunReport& report, int status, const std::vector<Notice>& no
         AddNotices(notices, status, json);
         json.update(*report.batch);
         json["seconds"] = report.sinceStart.Seconds();
-        return json.dump(2);
+        return json;
     }
     for (const std::string& file : report.inputs) {
         json["inputs"].push_back(Text(file));

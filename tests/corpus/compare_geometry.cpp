@@ -9,11 +9,14 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cmath>
 #include <cstdint>
+#include <filesystem>
 #include <iostream>
 #include <map>
 #include <string>
+#include <system_error>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -45,8 +48,12 @@ double Degrees(const Vector& a, const Vector& b) {
 
 class Comparison {
   public:
-    Comparison(const aiScene& scene, const Actor& actor)
-        : scene_(scene), actor_(InOrder(scene, actor)), view_(ViewOf(scene)), skin_(scene, 0) {}
+    Comparison(const std::string& model, const aiScene& scene, const Actor& actor)
+        : modelFile_(model),
+          scene_(scene),
+          actor_(InOrder(scene, actor)),
+          view_(ViewOf(scene)),
+          skin_(scene, 0) {}
 
     void Run() {
         const std::vector<MeshNode> nodes = NodesWithTriangles(scene_);
@@ -309,21 +316,70 @@ class Comparison {
         return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c < 127; });
     }
 
-    static void CompareTexture(const std::string& what, const aiMaterial& expected,
-                               const ActorMaterial& found) {
+    // Of the entries of the folder the one of that name, if need be in other letters; "" for none.
+    static std::string EntryOf(const std::filesystem::path& folder, const std::string& name) {
+        const auto small = [](std::string text) {
+            std::transform(text.begin(), text.end(), text.begin(),
+                           [](unsigned char c) { return std::tolower(c); });
+            return text;
+        };
+        if (name == ".." || std::filesystem::exists(folder / name)) {
+            return name;
+        }
+        std::error_code none;
+        for (const auto& entry : std::filesystem::directory_iterator(folder, none)) {
+            const std::string there = entry.path().filename().string();
+            if (small(there) == small(name)) {
+                return there;
+            }
+        }
+        return "";
+    }
+
+    // The name of the file where the model says, or beside the model, in the letters that it has
+    // there; else the name that the model says.
+    std::string OnDisk(std::string path, const std::string& name) const {
+        namespace fs = std::filesystem;
+        std::replace(path.begin(), path.end(), '\\', '/');
+        const fs::path folder = fs::path(modelFile_).parent_path();
+        fs::path place = folder;
+        std::string there;
+        for (const fs::path& part : fs::path(path).relative_path()) {
+            there = EntryOf(place, part.string());
+            if (there.empty()) {
+                break;
+            }
+            place /= there;
+        }
+        for (const fs::path& other : {folder, folder / "textures", folder / "maps"}) {
+            there = there.empty() ? EntryOf(other, name) : there;
+        }
+        return there.empty() ? name : there;
+    }
+
+    void CompareTexture(const std::string& what, const aiMaterial& expected,
+                        const ActorMaterial& found) const {
         aiString path;
         if (expected.GetTexture(aiTextureType_DIFFUSE, 0, &path) != AI_SUCCESS ||
             path.length == 0 || path.C_Str()[0] == '*' || !IsPlain(path.C_Str())) {
             return;
         }
         const std::string file(path.C_Str());
-        const std::string last = file.substr(file.find_last_of("/\\") + 1);
+        std::string last = file.substr(file.find_last_of("/\\") + 1);
+        if (const aiTexture* const inside = scene_.GetEmbeddedTexture(path.C_Str())) {
+            if (inside->mHeight > 0) {  // texels: written as PNG
+                last = last.substr(0, last.find_last_of('.')) + ".png";
+            }
+        } else {
+            last = OnDisk(file, last);
+        }
         const auto layer = std::find_if(found.layers.begin(), found.layers.end(),
                                         [](const auto& each) { return each.first == 1; });
         ExpectEqual(what + "the diffuse texture",
                     layer == found.layers.end() ? "none" : layer->second, last);
     }
 
+    const std::string modelFile_;
     const aiScene& scene_;
     const Actor actor_;
     const View view_;
@@ -353,7 +409,7 @@ int main(int argc, char** argv) {
     try {
         Assimp::Importer importer;
         const Actor actor = ReadActor(argv[2]);
-        Comparison comparison(maxhost::import::LoadScene(importer, argv[1]), actor);
+        Comparison comparison(argv[1], maxhost::import::LoadScene(importer, argv[1]), actor);
         comparison.Run();
         comparison.Print();
         return 0;

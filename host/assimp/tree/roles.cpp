@@ -16,7 +16,7 @@ namespace {
 class RoleFinder {
   public:
     RoleFinder(const SourceTree& tree, ImportWarnings& warnings)
-        : tree_(tree), warnings_(warnings), roles_(tree.nodes.size()) {
+        : warnings_(warnings), roles_(tree.nodes.size()) {
         for (std::size_t i = 0; i < tree.nodes.size(); ++i) {
             byName_[tree.nodes[i].node->mName.C_Str()].push_back(i);
         }
@@ -53,7 +53,6 @@ class RoleFinder {
         warnings_.Add(LossCode::objectWithoutNode, what + " " + Quoted(TextOf(item->mName)));
     }
 
-    const SourceTree& tree_;
     ImportWarnings& warnings_;
     std::vector<Role> roles_;
     std::unordered_map<std::string_view, std::vector<std::size_t>> byName_;

@@ -71,7 +71,7 @@ TEST(GlbMotionTest, WeightsOfWhichRecordsAreMissing) {
     const TakenGlb glb =
         GlbOf(ActorOf({RootAt("Mesh", {}), RootAt("A", {})},
                       MeshChunk(FacingTriangleOf(0)) + WeightsChunk(0, {{{1, 1}}, {{1, 1}}}, 1)));
-    EXPECT_EQ(glb.root["skins"][0]["joints"], json({0}));
+    EXPECT_EQ(glb.root["skins"][0]["joints"], json::array({0}));
     EXPECT_EQ(glb.warnings,
               (std::vector<std::string>{"\"Mesh\": 1 vertex without weights, it is not known "
                                         "which: moves with its node only"}));
@@ -176,7 +176,7 @@ TEST(GlbMotionTest, CarrierOfAMovingNode) {
                                MotionOf("Child", {.translation = {1, 0, 0}},
                                         SampledTrack('P', {{0, {1, 0, 0}}, {1, {2, 0, 0}}})));
     EXPECT_EQ(Floats(glb.Node("Child carrier")["translation"]), (std::vector<float>{100, 0, 0}));
-    EXPECT_EQ(glb.Node("Child carrier")["children"], json({0}));
+    EXPECT_EQ(glb.Node("Child carrier")["children"], json::array({0}));
     EXPECT_EQ(Floats(glb.Node("Child")["translation"]), (std::vector<float>{1, 0, 0}));
     EXPECT_EQ(glb.root["scenes"][0]["nodes"], json({1}));
 }

@@ -49,7 +49,7 @@ TEST(GlbTest, HierarchyAndTransforms) {
                     0.5f, 0, 0,      0, -1.5f, -2 / 3.0f, 11 / 4.0f, 0};
     const TakenGlb glb = GlbOf(ActorOf({child, RootAt("Parent", {10, 0, 0})}));
     EXPECT_EQ(glb.root["scenes"][0]["nodes"], json({1}));
-    EXPECT_EQ(glb.Node("Parent")["children"], json({0}));
+    EXPECT_EQ(glb.Node("Parent")["children"], json::array({0}));
     EXPECT_EQ(Floats(glb.Node("Parent")["translation"]), (std::vector<float>{10, 0, 0}));
     EXPECT_EQ(Floats(glb.Node("Child")["translation"]), (std::vector<float>{1, 2, -3}));
     EXPECT_EQ(Floats(glb.Node("Child")["rotation"]),
