@@ -1,7 +1,7 @@
 // A list of exports, each by hdo-export in a process of its own, several at once.
 //
 //     std::vector<Job> jobs = {{.name = "walk", .scene = "a.fbx", .arguments = {"--animation=0"},
-//                               .output = "/work/a.walk.hdo"}, ...};
+//                               .output = "/scenes/a.walk.hdo"}, ...};
 //     JobRun run(settings, jobs);
 //     while (const std::optional<std::size_t> ended = run.Wait(0.1)) { ... }
 #pragma once
