@@ -15,17 +15,7 @@ import sys
 import tempfile
 import time
 
-
-def expect(what, found, expected):
-    if found != expected:
-        sys.exit(f"{what}: found {found!r}, expected {expected!r}")
-    print(f"{what}: good")
-
-
-def expect_in(what, found, expected):
-    if expected not in found:
-        sys.exit(f"{what}: found {found!r}, expected {expected!r} in it")
-    print(f"{what}: good")
+from checks import expect, expect_in
 
 
 class Runner:

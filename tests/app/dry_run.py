@@ -12,15 +12,12 @@ import subprocess
 import sys
 import tempfile
 
+from checks import expect
+
 NOBODY = 65534
 EVERY_FILE = ["-o", "out.hdo", "--save-preset", "saved.json", "--save-scene", "saved.maxscene.json",
               "--receipt", "receipt.json", "--report", "report.html", "--no-times", "--log",
               "log.txt", "--config-dir", "config"]
-
-
-def expect(what, found, expected):
-    if found != expected:
-        sys.exit(f"{what}: found {found}, expected {expected}")
 
 
 def standing(folder):

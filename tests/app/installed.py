@@ -12,21 +12,9 @@ import subprocess
 import sys
 import tempfile
 
+from checks import expect, output
+
 DEPENDED_ON = {"libassimp5", "libc6", "libgcrypt20", "libstdc++6", "zlib1g"}
-
-
-def run(*command, **options):
-    done = subprocess.run([str(part) for part in command], capture_output=True, timeout=300,
-                          check=False, **options)
-    if done.returncode != 0:
-        sys.exit(f"{command}: exit status {done.returncode}\n"
-                 f"{(done.stdout + done.stderr).decode(errors='replace')}")
-    return done.stdout.decode()
-
-
-def expect(what, found, expected):
-    if found != expected:
-        sys.exit(f"{what}: found {found!r}, expected {expected!r}")
 
 
 def files_below(folder):
@@ -52,7 +40,7 @@ class Installation:
         self.hide = hide
 
     def run(self, program, *arguments, cwd):
-        return run(*self.hide, self.prefix / "bin" / program, *arguments, cwd=cwd)
+        return output(*self.hide, self.prefix / "bin" / program, *arguments, cwd=cwd)
 
     def export(self, scene, folder):
         """The bytes of the export's files by name; the toolkit finds nothing wrong in them."""
@@ -79,10 +67,10 @@ def check_paths(prefix, *folders):
 
 def check_pages(prefix):
     for program in ("hdo-export", "kta"):
-        page = run("man", "-w", "-M", prefix / "share/man", program).strip()
+        page = output("man", "-w", "-M", prefix / "share/man", program).strip()
         expect(f"page of {program}", page, str(prefix / f"share/man/man1/{program}.1.gz"))
-        completed = run("bash", "-c", f'. "$1/{program}" && complete -p {program}', "bash",
-                        prefix / "share/bash-completion/completions")
+        completed = output("bash", "-c", f'. "$1/{program}" && complete -p {program}', "bash",
+                           prefix / "share/bash-completion/completions")
         expect(f"completion of {program}", completed.split()[::3], ["complete", program])
 
 
@@ -92,16 +80,16 @@ def check_packages(folder, prefix, version):
     root = folder / "root"
     dependencies = {}
     for name, section in (("hdo-export", "graphics"), ("libkta-dev", "libdevel")):
-        architecture = run("dpkg", "--print-architecture").strip()
+        architecture = output("dpkg", "--print-architecture").strip()
         package = folder / f"{name}_{version}_{architecture}.deb"
-        fields = dict(line.split(": ", 1) for line in
-                      run("dpkg-deb", "-f", package, "Package", "Version", "Section", "Maintainer",
-                          "Depends").splitlines())
+        said = output("dpkg-deb", "-f", package, "Package", "Version", "Section", "Maintainer",
+                      "Depends")
+        fields = dict(line.split(": ", 1) for line in said.splitlines())
         expect("fields", [fields[field] for field in ("Package", "Version", "Section")],
                [name, version, section])
         expect("maintainer", fields["Maintainer"].startswith("Kestrel Works <"), True)
         dependencies[name] = {part.split()[0] for part in fields["Depends"].split(", ")}
-        run("dpkg-deb", "-x", package, root)
+        output("dpkg-deb", "-x", package, root)
         for document in ("copyright", "changelog.gz"):
             if not (root / "usr/share/doc" / name / document).is_file():
                 sys.exit(f"{package.name} has no {document}")
@@ -109,29 +97,29 @@ def check_packages(folder, prefix, version):
         sys.exit(f"hdo-export depends on {dependencies['hdo-export']}, expected {DEPENDED_ON}")
     expect("what the packages hold", sorted(files_below(root / "usr") ^ files_below(prefix)), [])
     for program in (root / "usr/bin/kta", root / "usr/bin/hdo-export"):
-        if ".symtab" in run("readelf", "-SW", program.resolve()):
+        if ".symtab" in output("readelf", "-SW", program.resolve()):
             sys.exit(f"{program} is not stripped")
     return root
 
 
 def main():
     cmake, cpack, source, build, scene = (pathlib.Path(argument) for argument in sys.argv[1:])
-    version = run(build / "bin/kta", "--version").split()[-1]
+    version = output(build / "bin/kta", "--version").split()[-1]
     with tempfile.TemporaryDirectory(prefix="installed_") as scratch:
         folder = pathlib.Path(scratch)
         hide = hiding(source)
         copy = shutil.copy(scene, folder)
         expected = Installation(build, []).export(copy, folder / "built")
 
-        run(cmake, "--install", build, "--prefix", folder / "first")
+        output(cmake, "--install", build, "--prefix", folder / "first")
         prefix = (folder / "first").rename(folder / "moved prefix")
         check_paths(prefix, build, source, folder / "first")
         expect("export of what was installed",
                Installation(prefix, hide).export(copy, folder / "one"), expected)
         check_pages(prefix)
 
-        run(cpack, "--config", build / "CPackConfig.cmake", "-B", folder / "packages",
-            "-D", "CPACK_DEBIAN_COMPRESSION_TYPE=gzip")
+        output(cpack, "--config", build / "CPackConfig.cmake", "-B", folder / "packages",
+               "-D", "CPACK_DEBIAN_COMPRESSION_TYPE=gzip")
         root = check_packages(folder / "packages", prefix, version)
         expect("export of what was packed",
                Installation(root / "usr", hide).export(copy, folder / "two"), expected)

@@ -13,17 +13,13 @@ import subprocess
 import sys
 import tempfile
 
+from checks import expect
+
 MAKEFILE = """%.hdo: %.maxscene.json
 \t@echo exporting $<
 \t@"$(HDO_EXPORT)" -q -o $@ $<
 """
 MADE = ("figure.hdo", "figure.hdo.glb", "figure.hdo.log", "figure.hdotemp1", "figure.hdotemp2")
-
-
-def expect(what, found, expected):
-    if found != expected:
-        sys.exit(f"{what}: found {found!r}, expected {expected!r}")
-    print(f"{what}: good")
 
 
 class Build:

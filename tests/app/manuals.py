@@ -14,6 +14,8 @@ import subprocess
 import sys
 import tempfile
 
+from checks import expect
+
 # Readline's part: what is typed, one word an argument, and what bash offers then, one a line.
 COMPLETE = r"""
 . "$1"
@@ -36,11 +38,6 @@ def output(*command, **options):
     if done.returncode != 0:
         sys.exit(f"{command}: exit status {done.returncode}\n{done.stderr}")
     return done.stdout
-
-
-def expect(what, found, expected):
-    if found != expected:
-        sys.exit(f"{what}: found {found!r}, expected {expected!r}")
 
 
 def options_of(text):

@@ -12,6 +12,8 @@ import subprocess
 import sys
 import tempfile
 
+from checks import expect
+
 # By the table of docs/options.md: the record of a settings file.
 RECORD = "<6B2xfi2B2xi"
 DEFAULTS = (0, 0, 1, 0, 1, 1, 0.075, 4, 0, 0, 2)
@@ -43,11 +45,6 @@ class Folder:
 
     def files(self):
         return [(self.path / ("robot.hdo" + end)).read_bytes() for end in ("temp1", "temp2")]
-
-
-def expect(what, found, expected):
-    if found != expected:
-        sys.exit(f"{what}: found {found}, expected {expected}")
 
 
 def settings(**changes):

@@ -7,9 +7,10 @@ LIST_MESHES is the example as the project built it; all three must say the same 
 
 import os
 import pathlib
-import subprocess
 import sys
 import tempfile
+
+from checks import output
 
 PROJECT = """cmake_minimum_required(VERSION 3.25)
 project(stranger LANGUAGES CXX)
@@ -19,21 +20,12 @@ target_link_libraries(stranger PRIVATE kta::reader)
 """
 
 
-def run(*command, **options):
-    done = subprocess.run([str(part) for part in command], capture_output=True, timeout=300,
-                          check=False, **options)
-    if done.returncode != 0:
-        sys.exit(f"{command}: exit status {done.returncode}\n"
-                 f"{(done.stdout + done.stderr).decode(errors='replace')}")
-    return done.stdout.decode()
-
-
 def with_pkg_config(compiler, example, prefix, folder):
     paths = [str(path.parent) for path in prefix.rglob("kta_reader.pc")]
-    flags = run("pkg-config", "--cflags", "--libs", "kta_reader",
-                env=os.environ | {"PKG_CONFIG_PATH": ":".join(paths)}).split()
+    flags = output("pkg-config", "--cflags", "--libs", "kta_reader",
+                   env=os.environ | {"PKG_CONFIG_PATH": ":".join(paths)}).split()
     program = folder / "with_pkg_config"
-    run(compiler, "-std=c++20", "-Wall", "-Wextra", "-Werror", example, *flags, "-o", program)
+    output(compiler, "-std=c++20", "-Wall", "-Wextra", "-Werror", example, *flags, "-o", program)
     return program
 
 
@@ -42,25 +34,25 @@ def with_cmake(cmake, compiler, example, prefix, folder):
     source.mkdir()
     (source / "CMakeLists.txt").write_text(PROJECT.format(example=example))
     build = folder / "build"
-    run(cmake, "-S", source, "-B", build, f"-DCMAKE_PREFIX_PATH={prefix}",
-        f"-DCMAKE_CXX_COMPILER={compiler}")
-    run(cmake, "--build", build)
+    output(cmake, "-S", source, "-B", build, f"-DCMAKE_PREFIX_PATH={prefix}",
+           f"-DCMAKE_CXX_COMPILER={compiler}")
+    output(cmake, "--build", build)
     return build / "stranger"
 
 
 def main():
     cmake, build, compiler, example, actor, built = sys.argv[1:]
-    expected = run(built, actor)
+    expected = output(built, actor)
     if expected.count("\n") != 6 or "Cube: 24 vertices, 12 triangles, 1 materials\n" not in expected:
         sys.exit(f"list_meshes {actor}:\n{expected}")
     with tempfile.TemporaryDirectory(prefix="reader_install_") as scratch:
         folder = pathlib.Path(scratch)
-        run(cmake, "--install", build, "--component", "kta_reader", "--prefix", folder / "first")
+        output(cmake, "--install", build, "--component", "kta_reader", "--prefix", folder / "first")
         prefix = (folder / "first").rename(folder / "moved")
         for program in (with_pkg_config(compiler, example, prefix, folder),
                         with_cmake(cmake, compiler, example, prefix, folder)):
-            if run(program, actor) != expected:
-                sys.exit(f"{program} says:\n{run(program, actor)}expected:\n{expected}")
+            if output(program, actor) != expected:
+                sys.exit(f"{program} says:\n{output(program, actor)}expected:\n{expected}")
 
 
 if __name__ == "__main__":

@@ -13,12 +13,9 @@ import subprocess
 import sys
 import tempfile
 
+from checks import expect
+
 COLOR = re.compile(r"\x1b\[[0-9;]*m")
-
-
-def expect(what, found, expected):
-    if found != expected:
-        sys.exit(f"{what}: found {found!r}, expected {expected!r}")
 
 
 def environment(changes):
