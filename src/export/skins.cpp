@@ -16,6 +16,9 @@ namespace {
 // The greatest values of a vertex's count (u8) and a weight's bone number (i16).
 enum { kMostWeights = 255, kHighestBoneNumber = 32767 };
 
+// The greatest value of a chunk's size.
+const UInt64 kMostChunkBytes = 0xffffffffu;
+
 void Optimize(BoneWeights& weights, VertexWeightKind kind, const ExportOptions& options) {
     if (options.optimizeSkin && kind == kWeightedVertex) {
         OptimizeBoneWeights(weights, options.weightThreshold, options.maxWeightsPerVertex);
@@ -91,14 +94,15 @@ void OpenSkin::KeepVertex(const ExportOptions& options) {
     Optimize(left, kind, options);
     vertex.numLeft = left.Count();
     const Int32 count = NumWritten(left.Count());
-    for (Int32 i = 0; i < count; ++i) {
+    entryBytes += sizeof(KTAWeight) * static_cast<UInt64>(count);
+    // Beyond what a chunk holds no weight is written.
+    for (Int32 i = 0; i < count && entryBytes <= kMostChunkBytes; ++i) {
         const SkinWeight weight = {left[i].bone, left[i].weight};
         weights.AddAmortized(weight);
     }
     for (Int32 i = 0; i < gathered.noBones.Count(); ++i) {
         noBones.AddAmortized(gathered.noBones[i]);
     }
-    entryBytes += sizeof(KTAWeight) * static_cast<UInt64>(count);
     vertices.Add(vertex);
 }
 
@@ -226,7 +230,7 @@ void ExportWeights(ExportPass& pass, OpenSkin& skin) {
     const KTAWeights head = {pass.exportedNodes.Find(skin.Node())};
     const UInt64 size =
         skin.EntryBytes() + static_cast<UInt64>(reader.NumVertices()) + sizeof(head);
-    if (size > 0xffffffffu) {
+    if (size > kMostChunkBytes) {
         Plinth::Log("WARNING: The weights are too large and are left out");
         return;
     }

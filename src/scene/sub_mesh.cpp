@@ -127,7 +127,8 @@ const Float32* SubMeshList::PairsAt(Int32 position) const {
     return vertices.Data() + static_cast<size_t>(position) * stride + kVertexWords;
 }
 
-// The position of the vertex that the corner matches or makes; -1 where nothing will match it.
+// Puts into `position` the vertex that the corner matches or makes, -1 where nothing will match it.
+// False where there is no room for it.
 bool SubMeshList::FindOrAdd(Int32 subMesh, const CornerVertex& corner, Int32& position) {
     const Int32 original = corner.record.originalVertex;
     if (original >= chains.Count()) {

@@ -95,7 +95,8 @@ class SubMeshList {
         Plinth::Int32 other;
     };
 
-    // The vertices of an original one: how many there are, and which was met last.
+    // The vertices of an original one: how many can be found again, and, while they are few, which
+    // was met last.
     struct Chain {
         Plinth::Int32 count;
         Plinth::Int32 last;

@@ -19,7 +19,7 @@ TransformSamples::TransformSamples(Interface* maxInterface, Int32 most)
       mostKept(most),
       start(0),
       end(0),
-      step(1),
+      step(0),
       gridCount(0),
       numChosen(0),
       blockEnd(0),
@@ -54,7 +54,8 @@ void TransformSamples::Choose(INode* node, const Interval& range, Int64 newStep)
         FillBlock(announced.Data() + numChosen, count);
         blockEnd = numChosen + count;
     }
-    row = numChosen++ + places.Count() - blockEnd;
+    row = numChosen - (blockEnd - places.Count());
+    ++numChosen;
 }
 
 void TransformSamples::Release() {

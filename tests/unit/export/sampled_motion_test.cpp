@@ -93,6 +93,10 @@ TEST(SampledMotion, ARangeOfOneTickIsThatTickTwice) {
     EXPECT_EQ(Track(still, 'P').bytes,
               SampledHead(40, 2, 'P') + Key(0.03f, {30, 0, 0}) + Key(0.03f, {30, 0, 0}));
     EXPECT_EQ(WriteMotion(still, 1).bytes, "");
+    const scene::Scene first = NodeScene(Runner(), EvenTime(0, 0));
+    EXPECT_EQ(Track(first, 'P', 0).bytes,
+              SampledHead(40, 2, 'P') + Key(0, {0, 0, 0}) + Key(0, {0, 0, 0}))
+        << "at tick 0 with a step of one tick";
 }
 
 TEST(SampledMotion, StepIsSoManyFrames) {
