@@ -53,7 +53,7 @@ std::string MachinePrefix() {
 
 // Short, since Windows bounds whole paths.
 std::string RandomName() {
-    static std::random_device random;
+    thread_local std::random_device random;
     std::string name = MachinePrefix();
     for (std::size_t i = 0; i < kRandomDigits; ++i) {
         name += kDigits[random() & 15];

@@ -4,6 +4,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <system_error>
 #include <utility>
 
 #include "host/app/places.h"
@@ -15,8 +16,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// robot.hdo with "Walk": robot-Walk.hdo.
+// robot.hdo with "Walk": robot-Walk.hdo. What is no file, such as a device, stays as it is.
 std::string WithName(const fs::path& file, const std::string& name) {
+    std::error_code ignored;
+    if (fs::exists(file, ignored) && !fs::is_regular_file(file, ignored)) {
+        return file.string();
+    }
     return (file.parent_path() / (file.stem().string() + "-" + name + file.extension().string()))
         .string();
 }
@@ -48,7 +53,8 @@ Options ForAnimation(const Options& options, std::size_t position, const std::st
     one.allAnimations = false;
     one.clip = position;
     one.output = WithName(ExportFile(options), name);
-    for (std::optional<std::string>* const file : {&one.log, &one.receipt, &one.report}) {
+    for (std::optional<std::string>* const file :
+         {&one.log, &one.receipt, &one.report, &one.accept}) {
         if (*file) {
             *file = WithName(**file, name);
         }

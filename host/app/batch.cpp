@@ -282,6 +282,7 @@ std::string FaultOfBatch(const Options& options) {
         {options.savePreset.has_value(), "--save-preset"},
         {options.savedSettings, "--saved-settings"},
         {options.configDir.has_value(), "--config-dir"},
+        {options.allAnimations, "--all-animations"},
         {options.bisect, "--bisect"},
         {options.about, "--about"},
         {options.showDialog, "--show-dialog"}};

@@ -164,7 +164,14 @@ JobRun::JobRun(JobSettings settings, std::vector<Job> jobs)
     }
     const std::size_t workers = std::min<std::size_t>(std::max(1u, settings_.atOnce), jobs_.size());
     for (unsigned worker = 0; worker < workers; ++worker) {
-        workers_.emplace_back([this, worker] { Work(worker); });
+        try {
+            workers_.emplace_back([this, worker] { Work(worker); });
+        } catch (const std::system_error&) {
+            if (worker == 0) {
+                throw;
+            }
+            break;  // those that the system has room for do all jobs
+        }
     }
 }
 
@@ -200,6 +207,10 @@ void JobRun::Work(unsigned worker) {
         try {
             if (!job.refusal.empty()) {
                 Finish(*number, Failed(job.refusal));
+                continue;
+            }
+            if (!fs::exists(Absolute(job.scene))) {
+                Finish(*number, Failed("does not exist, expected a scene file"));
                 continue;
             }
             fs::create_directories(job.output.parent_path());

@@ -11,6 +11,7 @@
 #include "host/app/exit_status.h"
 #include "host/app/loaded_scene.h"
 #include "host/app/places.h"
+#include "host/file_name.h"
 #include "kta/text.h"
 
 namespace maxhost::app {
@@ -81,12 +82,21 @@ bool HasWildcards(std::string_view text) {
     return text.find_first_of("*?[") != text.npos;
 }
 
+[[noreturn]] void Refuse(const std::string& item, const std::string& text) {
+    throw Failure(kExitRefused, item, text);
+}
+
+// None of what is no directory; one that cannot be read may hide scenes.
 std::vector<fs::path> Entries(const fs::path& directory) {
-    std::error_code ignored;
+    const fs::path place = directory.empty() ? fs::path(".") : directory;
+    std::error_code error;
     std::vector<fs::path> entries;
-    for (const fs::directory_entry& entry :
-         fs::directory_iterator(directory.empty() ? fs::path(".") : directory, ignored)) {
-        entries.push_back(directory / entry.path().filename());
+    for (fs::directory_iterator entry(place, error), end; !error && entry != end;
+         entry.increment(error)) {
+        entries.push_back(directory / entry->path().filename());
+    }
+    if (error && fs::is_directory(place)) {
+        Refuse(place.string(), "cannot be read: " + error.message());
     }
     std::ranges::sort(entries, {}, [](const fs::path& path) { return path.filename().string(); });
     return entries;
@@ -130,19 +140,13 @@ class SceneFinder {
     std::unordered_map<std::string, std::size_t> byOutput_;
 };
 
-[[noreturn]] void Refuse(const std::string& item, const std::string& text) {
-    throw Failure(kExitRefused, item, text);
-}
-
 // One file's several names give one key.
 std::string KeyOf(const fs::path& file) {
     std::error_code error;
     const fs::path canonical = fs::weakly_canonical(file, error);
     std::string key = (error ? file : canonical).string();
 #ifdef _WIN32
-    std::ranges::transform(key, key.begin(), [](char c) {
-        return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
-    });
+    key = InSmallLetters(std::move(key));
 #endif
     return key;
 }

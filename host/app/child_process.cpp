@@ -200,6 +200,8 @@ struct Start {
     if (getppid() != start.parent) {
         _exit(127);
     }
+    // Not in the terminal's group: Ctrl-C is for the parent, which ends its processes itself.
+    setpgid(0, 0);
     const rlimit none{0, 0};
     setrlimit(RLIMIT_CORE, &none);
     dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
@@ -232,7 +234,8 @@ bool EndsWithin(std::chrono::milliseconds time, pid_t process, int handle, int& 
         constexpr std::chrono::milliseconds kShort(2);
         std::this_thread::sleep_for(std::min(time, kShort));
     }
-    return waitpid(process, &status, WNOHANG) > 0;
+    const pid_t ended = waitpid(process, &status, WNOHANG);
+    return ended > 0 || (ended < 0 && errno != EINTR);
 }
 
 }  // namespace

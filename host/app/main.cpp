@@ -13,6 +13,8 @@ int main(int argc, char** argv) {
 #ifndef _WIN32
     // Where a file may grow no further, writing fails and the program says so.
     std::signal(SIGXFSZ, SIG_IGN);
+    // Where it is ignored, which schedulers may hand down, nobody can wait for a process's end.
+    std::signal(SIGCHLD, SIG_DFL);
 #endif
     maxhost::app::CatchInterrupts();
     const bool isTerminal = kta::IsTerminal(kta::StandardStream::error);

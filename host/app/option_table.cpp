@@ -102,7 +102,8 @@ void AddImport(CLI::App& app, Options& options) {
                   "write the loaded scene as a scene description, - to standard output; without -o "
                   "nothing is exported (default: not written)");
     group.Add("--list", options.list,
-              "list the scene's nodes, materials and animations; nothing is exported (default: "
+              "list what is in the scene: nodes, materials, animations, cameras, lights, skins and "
+              "morphs; nothing is exported (default: "
               "off)");
 }
 

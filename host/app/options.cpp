@@ -31,11 +31,11 @@ constexpr const char* kFooter =
     "the end, both files and the log, is put in place together when the run ended well (exit\n"
     "status 0); otherwise former files stay as they are.\n"
     "\n"
-    "Exit status: 0 done, also when a dialog was cancelled; 1 the exporter failed; 2 bad usage,\n"
-    "a scene that cannot be read or holds nothing, or a choice that is refused; 3 the plug-in did\n"
-    "not load; 4 the export ran, but a check of what was written found a fault, or the disk was\n"
-    "full, or with --strict there was a warning, or what --max-error or --accept allow was "
-    "passed;\n"
+    "Exit status: 0 done, also when a dialog was cancelled; 1 the exporter failed, or one of\n"
+    "several exports; 2 bad usage, a scene that cannot be read or holds nothing, or a choice that\n"
+    "is refused; 3 the plug-in did not load; 4 the export ran, but a check of what was written\n"
+    "found a fault, or the disk was full, or with --strict there was a warning, or what\n"
+    "--max-error or --accept allow was passed;\n"
     "5 cancelled in the progress bar; 130 and 143 interrupted (Ctrl-C, SIGTERM).\n"
     "\n"
     "During the export an interrupt presses Cancel in the progress bar; a second one ends the\n"
@@ -48,6 +48,8 @@ const kta::Manual& ManualOfExport() {
           {{"COLUMNS",
             "The width that the help is wrapped to, where it is set; else the "
             "terminal's."},
+           {"NO_COLOR, TERM", "No colours where NO_COLOR is set and not empty, or TERM is dumb."},
+           {"TMPDIR", "Where batches, dry runs and searches keep what they need meanwhile."},
            {"XDG_CONFIG_HOME",
             "The user's configuration directory, where --saved-settings keeps what it saves; "
             "~/.config where it is not set."}}},
@@ -58,6 +60,7 @@ const kta::Manual& ManualOfExport() {
            {"FILE", "What the converter library makes of them."},
            {"FILE.log", "The exporter's log."},
            {"FILE.glb", "A preview in glTF."},
+           {"FILE.index.json", "What a batch compares to leave an export as it is."},
            {"SCENE.hdo.json", "Options of the scene SCENE, which are taken without being named."},
            {"~/.config/hdo-export/KTAExp2.cfg", "The settings of --saved-settings."}}},
          {"EXAMPLES",
@@ -65,7 +68,7 @@ const kta::Manual& ManualOfExport() {
             "Exports the scene to figure.hdotemp1 and figure.hdotemp2 beside it."},
            {"hdo-export --sample-animation --sample-rate 1 -o out/walk.hdo walk.fbx",
             "Exports a model with a key in every frame."},
-           {"hdo-export --list walk.fbx", "Lists nodes, materials and animations."},
+           {"hdo-export --list walk.fbx", "Lists what is in the model."},
            {"hdo-export --strict --receipt walk.receipt.json --max-error 0.1 walk.fbx",
             "Exports for a build, which fails where anything is lost or off by more than a "
             "thousandth of the scene's size."}}},
@@ -88,8 +91,7 @@ void OfferFileNames(CLI::App& app) {
 }
 
 // With the file that it stands in.
-std::string FirstChoice(const Options& options) {
-    const std::string name = NamesOf(options.choices).front();
+std::string WithOrigin(const Options& options, const std::string& name) {
     const std::string option = name.substr(name.starts_with("--no-") ? 5 : 2);
     const auto given = std::ranges::find(options.given, option, &GivenOption::name);
     const bool isOfFile = given != options.given.end() && given->origin != Origin::commandLine;
@@ -98,6 +100,21 @@ std::string FirstChoice(const Options& options) {
                            (given->origin == Origin::preset
                                 ? *options.preset
                                 : *options.sidecarFile + " (--no-sidecar leaves it out)");
+}
+
+std::string FaultOfAllAnimations(const Options& options) {
+    const std::pair<bool, const char*> others[] = {{options.animation.has_value(), "--animation"},
+                                                   {options.list, "--list"},
+                                                   {options.bisect, "--bisect"},
+                                                   {options.about, "--about"},
+                                                   {options.saveScene.has_value(), "--save-scene"},
+                                                   {options.dryRun, "--dry-run"}};
+    for (const auto& [isGiven, name] : others) {
+        if (options.allAnimations && isGiven) {
+            return "--all-animations: excludes " + WithOrigin(options, name);
+        }
+    }
+    return {};
 }
 
 // What is wrong with options that are well-formed one by one; empty when nothing is.
@@ -112,7 +129,8 @@ std::string FaultOf(const Options& options) {
     }
     if (options.showDialog && (options.cancelDialog || !NamesOf(options.choices).empty())) {
         return "--show-dialog: excludes " +
-               (options.cancelDialog ? "--cancel-dialog" : FirstChoice(options)) +
+               (options.cancelDialog ? "--cancel-dialog"
+                                     : WithOrigin(options, NamesOf(options.choices).front())) +
                ", which answers the dialog in the person's place";
     }
     if (options.presetSettings && HasUnshown(*options.presetSettings) &&
@@ -122,16 +140,8 @@ std::string FaultOf(const Options& options) {
                "cannot be made in saved settings; expected it without --saved-settings and "
                "--config-dir";
     }
-    if (options.allAnimations) {
-        const char* const other = options.animation   ? "--animation"
-                                  : options.list      ? "--list"
-                                  : options.bisect    ? "--bisect"
-                                  : options.about     ? "--about"
-                                  : options.saveScene ? "--save-scene"
-                                                      : nullptr;
-        if (other != nullptr) {
-            return std::string("--all-animations: excludes ") + other;
-        }
+    if (std::string fault = FaultOfAllAnimations(options); !fault.empty()) {
+        return fault;
     }
     if (options.savePreset == "-") {
         return "--save-preset: \"-\", expected the name of a file";

@@ -202,10 +202,7 @@ std::vector<GivenOption> OptionsIn(const JsonTree& tree, Origin origin) {
             }
             throw scene::SceneError(value.Pointer() + ": " + fault);
         }
-        // An empty list is none given.
-        if (!given.texts.empty()) {
-            options.push_back(std::move(given));
-        }
+        options.push_back(std::move(given));
     }
     return options;
 }

@@ -217,6 +217,10 @@ int LoadAndExport(const Options& options, Console& console, RunReport& report, b
 // Exports each of the model's animations. The status of an interrupt, or 1 when an export failed.
 int ExportAnimations(const Options& options, Console& console, RunReport& report, bool isTerminal,
                      Interrupts& interrupts) {
+    // Places that are refused are told before anything is done.
+    LogFile(options);
+    ReceiptFile(options);
+    ReportFile(options);
     LoadChoices choices;
     choices.allowEmpty = options.allowEmpty;
     const std::vector<Animation> animations = LoadScene(options.scene, choices).animations;

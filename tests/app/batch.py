@@ -15,24 +15,14 @@ import sys
 import tempfile
 import time
 
+from checks import expect, expect_in
+
 DEADLINE = 60
 OBJ = "mtllib {0}.mtl\no {0}\nv 0 0 0\nv 1 0 0\nv 0 1 0\nusemtl a\nf 1 2 3\n"
 PLY = ("ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
        "property float z\nproperty uchar red\nproperty uchar green\nproperty uchar blue\n"
        "element face 1\nproperty list uchar int vertex_indices\nend_header\n"
        "0 0 0 255 0 0\n1 0 0 0 255 0\n0 1 0 0 0 255\n3 0 1 2\n")
-
-
-def expect(what, found, expected):
-    if found != expected:
-        sys.exit(f"{what}: found {found!r}, expected {expected!r}")
-    print(f"{what}: good")
-
-
-def expect_in(what, found, expected):
-    if expected not in found:
-        sys.exit(f"{what}: found {found!r}, expected {expected!r} in it")
-    print(f"{what}: good")
 
 
 def node(name):
@@ -308,6 +298,19 @@ def check_array(root, program):
     room.refusal("--batch", "list", "--array-index", "0")
 
 
+def check_surroundings(root, program):
+    room = Room(root, "surroundings", program)
+    room.write("a.obj", OBJ.format("a"))
+    room.write("list.txt", "nowhere/deep/x.obj\n")
+    failed = room.run("--batch", "list.txt")
+    expect("a scene that is not there fails", failed.returncode, 1)
+    expect_in("it is named", failed.stderr, "x.obj: failed")
+    expect("no directory is made for it", (room.path / "nowhere").exists(), False)
+    ignoring = subprocess.run(["env", "--ignore-signal=CHLD", program, "-q", "--batch", "a.obj"],
+                              cwd=room.path, timeout=DEADLINE, check=False)
+    expect("where ended processes are not waited for", ignoring.returncode, 0)
+
+
 def check_two_at_once(root, program, figure):
     """Two batches in one directory; and two of which one is killed."""
     names = [f"f{i}.maxscene.json" for i in range(6)]
@@ -354,14 +357,16 @@ def check_interruption(root, program, crashing, figure):
         shutil.copy(figure, room.path / "a.maxscene.json")
         for i in range(3):
             room.write(f"hangs{i}.maxscene.json", node("hang-me"))
-        run = room.start("--json", "--plugin-dir", crashing, "--batch", ".", "-j", "2")
+        # As a terminal does it, the signal goes to the whole group of processes.
+        run = room.start("--json", "--plugin-dir", crashing, "--batch", ".", "-j", "2",
+                         start_new_session=True)
         for _ in range(1000):
             children = processes_below(run.pid)
             if (room.path / "a.hdo.index.json").exists() and len(children) >= 2:
                 break
             time.sleep(0.02)
         expect(f"{number.name}: two exports run", len(children), 2)
-        run.send_signal(number)
+        os.killpg(run.pid, number)
         out, _ = run.communicate(timeout=DEADLINE)
         expect("the status", run.returncode, status)
         time.sleep(0.1)
@@ -387,6 +392,7 @@ def main():
         check_unchanged(root, program, crashing)
         check_determinism(root, program)
         check_array(root, program)
+        check_surroundings(root, program)
         check_two_at_once(root, program, figure)
         check_interruption(root, program, crashing, figure)
 

@@ -147,6 +147,10 @@ def check_all_animations(place):
     same("exports", [(export["animation"], export["status"],
                       [file["kind"] for file in export["files"]].count("motion"))
                      for export in report["exports"]], [(name, 0, 1) for name in names])
+    # Each has a baseline of its own; a device is no name to put anything behind.
+    place.export("robot.gltf", "-q", "--all-animations", "--strict", "--accept", "r.json",
+                 "--receipt", "r.json", "--log", "/dev/null")
+    same("devices", list(pathlib.Path("/dev").glob("null-*")), [])
     (place.folder / "one").mkdir()
     for number, clip in enumerate(places):
         chosen = names[number] if names.index(names[number]) == number else str(number)
@@ -171,6 +175,9 @@ def check_failing_animation(place):
                           (["--save-scene", "a"], "--all-animations: excludes --save-scene")]:
         run = place.export("robot.gltf", "--all-animations", *options, status=2)
         same("refusal", run.stderr, f"hdo-export: {text}\n")
+    place.write("robot.hdo.json", b'{"animation": "Run"}')
+    run = place.export("robot.gltf", "--all-animations", status=2)
+    same("refusal of what the scene's options say", "robot.hdo.json" in run.stderr, True)
     place.write("still.gltf", gltf([(None, RED)]))
     run = place.export("still.gltf", "--all-animations", status=2)
     same("refusal", run.stderr, "hdo-export: --all-animations: still.gltf has no animations, "

@@ -187,6 +187,10 @@ TEST(OptionsTest, BadNumbersAreRefused) {
     EXPECT_EQ(ErrorOf({"x", "--tries", "0"}),
               "--tries: \"0\", expected a whole number of at least 1");
     EXPECT_EQ(ErrorOf({"x", "--bisect", "--list"}), "--bisect: excludes --list");
+    EXPECT_EQ(ErrorOf({"x", "--all-animations", "--dry-run"}),
+              "--all-animations: excludes --dry-run");
+    EXPECT_EQ(ErrorOf({"--batch", "x", "--all-animations"}),
+              "--all-animations: is of one scene alone, expected no --batch beside it");
     EXPECT_EQ(ErrorOf({"x", "--scramble"}),
               "--scramble: changes the scene that is saved, expected --save-scene or --bisect "
               "beside it");
