@@ -107,7 +107,7 @@ struct SlotSources {
     std::array<aiTextureType, 3> types;
 };
 constexpr SlotSources kSlots[] = {
-    {0, {aiTextureType_AMBIENT, aiTextureType_AMBIENT_OCCLUSION, aiTextureType_LIGHTMAP}},
+    {0, {aiTextureType_AMBIENT}},
     {1, {aiTextureType_DIFFUSE, aiTextureType_BASE_COLOR}},
     {2, {aiTextureType_SPECULAR}},
     {3, {aiTextureType_SHININESS, aiTextureType_DIFFUSE_ROUGHNESS}},
@@ -187,21 +187,15 @@ class MaterialReader {
     void ReadMaps(scene::Material& made) {
         for (const SlotSources& sources : kSlots) {
             for (const aiTextureType type : sources.types) {
-                const auto file =
-                    IsOfSlot(type) ? properties_.String(AI_MATKEY_TEXTURE(type, 0)) : std::nullopt;
+                const auto file = type != aiTextureType_NONE
+                                      ? properties_.String(AI_MATKEY_TEXTURE(type, 0))
+                                      : std::nullopt;
                 if (file) {
                     made.maps.push_back(MapOf(sources.slot, type, *file));
                     break;
                 }
             }
         }
-    }
-
-    // Elsewhere than in glTF, where it is occlusion, light that is baked into a texture says
-    // nothing of the ambient colour.
-    bool IsOfSlot(aiTextureType type) const {
-        return type != aiTextureType_NONE &&
-               (type != aiTextureType_LIGHTMAP || format_ == SourceFormat::gltf);
     }
 
     scene::MapSlot MapOf(int slot, aiTextureType type, const aiString& file) {

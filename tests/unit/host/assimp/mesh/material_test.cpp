@@ -241,25 +241,29 @@ TEST(Materials, RoughnessOcclusionAndMetalnessOfGltf) {
         material.AddTexture(type, "r.png");
     }
     const Material& made = material.Convert();
-    ASSERT_EQ(made.maps.size(), 3u);
-    EXPECT_EQ(made.maps[0].slot, 0);
-    EXPECT_EQ(Bitmap(made.maps[0]).file, "o.png");
-    EXPECT_EQ(made.maps[1].slot, 3);
-    EXPECT_EQ(Bitmap(made.maps[1]).file, "r.png");
-    EXPECT_EQ(made.maps[2].slot, 8);
+    ASSERT_EQ(made.maps.size(), 2u);
+    EXPECT_EQ(made.maps[0].slot, 3);
+    EXPECT_EQ(Bitmap(made.maps[0]).file, "r.png");
+    EXPECT_EQ(made.maps[1].slot, 8);
     EXPECT_EQ(material.Warnings(),
               (std::vector<std::string>{
-                  "material 'steel': textures without a map slot left out",
+                  "material 'steel': textures without a map slot left out (2)",
                   "material 'steel': normal maps put into the bump slot",
                   "material 'steel': roughness maps put into the glossiness slot"}));
 }
 
-TEST(Materials, LightmapsOfOtherFormatsHaveNoSlot) {
-    OneMaterial material(kFbx);
-    material.AddTexture(aiTextureType_LIGHTMAP, "l.png");
-    EXPECT_TRUE(material.Convert().maps.empty());
-    EXPECT_EQ(material.Warnings(),
-              std::vector<std::string>{"material 'steel': textures without a map slot left out"});
+// Shadows and light that are baked into a texture say nothing of the ambient colour.
+TEST(Materials, OcclusionAndLightmapsHaveNoSlot) {
+    for (const char* const format : {kGltf, kFbx}) {
+        for (const aiTextureType type : {aiTextureType_AMBIENT_OCCLUSION, aiTextureType_LIGHTMAP}) {
+            OneMaterial material(format);
+            material.AddTexture(type, "l.png");
+            EXPECT_TRUE(material.Convert().maps.empty());
+            EXPECT_EQ(
+                material.Warnings(),
+                std::vector<std::string>{"material 'steel': textures without a map slot left out"});
+        }
+    }
 }
 
 // 2 to the power of ten times the glossiness is the exponent, 1000 (1 - roughness)^2.
