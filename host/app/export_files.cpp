@@ -276,9 +276,10 @@ void ExportFiles::WriteLog() {
 
 std::vector<Replacement> ExportFiles::Replacements() const {
     std::vector<Replacement> files = textures_.Replacements();
+    const std::set<fs::path> notToReplace = textures_.NotToReplace();
     for (const fs::directory_entry& entry : fs::directory_iterator(MadeDirectory())) {
-        files.push_back(
-            {entry.path(), exportFile_.parent_path() / entry.path().filename(), room_->Path()});
+        const fs::path target = exportFile_.parent_path() / entry.path().filename();
+        files.push_back({entry.path(), target, room_->Path(), !notToReplace.contains(target)});
     }
     if (HasLog() && !logStandsApart_) {
         // The exporter keeps the log of a failed export open, and Windows moves no open file.

@@ -337,8 +337,13 @@ int ExportRun::Place(int status, bool isExport) {
             putInPlace();
         }
     } catch (const fs::filesystem_error& error) {
-        console_.Report(error.path1().string(), error.code().message());
-        status = status == kExitDone ? kExitFaultyOutput : status;
+        // Another program may have put a file in a texture's place since that was looked at.
+        const std::string texture =
+            error.code() == std::errc::file_exists ? files_.TextureObstacle({}) : std::string();
+        console_.Report(texture.empty() ? error.path1().string() : SceneName(options_.scene),
+                        texture.empty() ? error.code().message() : texture);
+        const int failure = texture.empty() ? kExitFaultyOutput : kExitRefused;
+        status = status == kExitDone ? failure : status;
     }
     if (files_.IsInPlace()) {
         for (const std::string& line : parts) {

@@ -1,19 +1,76 @@
 #include "host/app/put_in_place.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <system_error>
 
-#ifndef _WIN32
+#ifdef _WIN32
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#include <windows.h>
+#else
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdio>
 #endif
 
 namespace maxhost::app {
 namespace {
 
 namespace fs = std::filesystem;
+
+bool HaveSameContent(const fs::path& one, const fs::path& other) {
+    using Bytes = std::istreambuf_iterator<char>;
+    std::error_code error;
+    if (!fs::is_regular_file(other, error) ||
+        fs::file_size(one, error) != fs::file_size(other, error) || error) {
+        return false;
+    }
+    std::ifstream a(one, std::ios::binary), b(other, std::ios::binary);
+    return a && b && std::equal(Bytes(a), {}, Bytes(b), {});
+}
+
+// Fails with file_exists where something stands at the target, even if it came there just now.
+std::error_code MoveToNewPlace(const fs::path& made, const fs::path& target) {
+#ifdef _WIN32
+    if (MoveFileExW(made.c_str(), target.c_str(), 0) != 0) {
+        return {};
+    }
+    const DWORD error = GetLastError();
+    return error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS
+               ? std::make_error_code(std::errc::file_exists)
+               : std::error_code(static_cast<int>(error), std::system_category());
+#else
+#ifdef RENAME_NOREPLACE
+    if (renameat2(AT_FDCWD, made.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) {
+        return {};
+    }
+    if (errno == EEXIST) {
+        return std::make_error_code(std::errc::file_exists);
+    }
+#endif
+    // Not every file system has that, and not every one hard links; making a new file is left.
+    std::error_code error, ignored;
+    fs::create_hard_link(made, target, error);
+    if (error && error != std::errc::file_exists) {
+        fs::copy_file(made, target, fs::copy_options::none, error);
+        if (error && error != std::errc::file_exists) {
+            fs::remove(target, ignored);  // what there is of it
+        }
+    }
+    if (!error) {
+        fs::remove(made, ignored);
+    }
+    return error;
+#endif
+}
 
 class Move {
   public:
@@ -27,7 +84,7 @@ class Move {
         }
         if (!error) {
             for (failed = 0; failed < files_.size() && !error; ++failed) {
-                fs::rename(files_[failed].made, files_[failed].target, error);
+                error = Place(files_[failed]);
             }
             for (std::size_t i = failed; error && i-- > 0;) {
                 GiveBack(i);
@@ -45,7 +102,7 @@ class Move {
         const fs::path& target = files_[i].target;
         std::error_code error;
         const fs::file_status status = fs::symlink_status(target, error);
-        if (!fs::exists(status)) {
+        if (!files_[i].replaces || !fs::exists(status)) {
             return {};
         }
         if (fs::is_directory(status)) {
@@ -58,6 +115,17 @@ class Move {
             fs::copy(target, Former(i), fs::copy_options::copy_symlinks, error);
         }
         return error;
+    }
+
+    static std::error_code Place(const Replacement& file) {
+        std::error_code error;
+        if (file.replaces) {
+            fs::rename(file.made, file.target, error);
+        } else {
+            error = MoveToNewPlace(file.made, file.target);
+        }
+        const bool isThere = error == std::errc::file_exists && !file.replaces;
+        return isThere && HaveSameContent(file.made, file.target) ? std::error_code() : error;
     }
 
     void GiveBack(std::size_t i) const {

@@ -18,11 +18,10 @@ enum class Standing { nothing, same, other, noFile };
 
 Standing WhatStandsAt(const fs::path& place, const std::string& bytes) {
     std::error_code error;
-    const fs::file_status status = fs::status(place, error);
-    if (!fs::exists(status)) {
+    if (!fs::exists(fs::symlink_status(place, error))) {
         return Standing::nothing;
     }
-    if (!fs::is_regular_file(status)) {
+    if (!fs::is_regular_file(place, error)) {  // nor a link to one
         return Standing::noFile;
     }
     if (fs::file_size(place, error) != bytes.size() || error) {
@@ -77,6 +76,16 @@ std::vector<fs::path> TextureFiles::Replaced() const {
     for (const import::EmbeddedTexture& texture : textures_) {
         if (WhatStandsAt(Place(texture), texture.bytes) == Standing::other) {
             places.push_back(Place(texture));
+        }
+    }
+    return places;
+}
+
+std::set<fs::path> TextureFiles::NotToReplace() const {
+    std::set<fs::path> places;
+    for (const import::EmbeddedTexture& texture : textures_) {
+        if (replaces_ == ReplacesFiles::no) {
+            places.insert(Place(texture));
         }
     }
     return places;

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -38,6 +39,8 @@ class TextureFiles {
     std::string Obstacle(const std::vector<std::filesystem::path>& taken) const;
     // Places where files of other content stand, which are to be replaced.
     std::vector<std::filesystem::path> Replaced() const;
+    // Places where a file that comes there meanwhile may not be replaced.
+    std::set<std::filesystem::path> NotToReplace() const;
 
     // Makes the files in `made`, from where all that is in it goes to `home`, or in a private
     // directory in their own where that is another one; a dry run, if there is one, has that.

@@ -6,12 +6,14 @@ usage: import_textures.py HDO_EXPORT KTA MODELS
 
 import base64
 import json
+import os
 import pathlib
 import shutil
 import struct
 import subprocess
 import sys
 import tempfile
+import time
 import zlib
 
 
@@ -95,7 +97,7 @@ class Place:
 
     def export(self, scene, *options, status=0):
         run = subprocess.run([self.program, *options, scene], cwd=self.folder, timeout=60,
-                             capture_output=True, text=True)
+                             capture_output=True, text=True, errors="surrogateescape")
         if run.returncode != status:
             sys.exit(f"{scene} {options}: status {run.returncode}, expected {status}\n{run.stderr}")
         return run
@@ -192,6 +194,38 @@ def check_refused(place):
     place.expect("robot-texture-2.png", RED)
 
 
+def check_other_texture_meanwhile(place):
+    """A file that comes to a texture's place during the export is not replaced."""
+    place.write("robot.glb", glb(gltf([("paint.png", GREEN)])))
+    for meanwhile, status in [(GREEN, 0), (BLUE, 2)]:
+        log = place.folder / "log"
+        os.mkfifo(log)
+        with subprocess.Popen([place.program, "robot.glb", "--log", log, "-o", "out.hdo"],
+                              cwd=place.folder, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE,
+                              text=True) as run:
+            # It is made in a private directory, and then waits for the log's reader.
+            until = time.monotonic() + 60
+            while not any(path.parent != place.folder and path.stat().st_size == len(GREEN)
+                          for path in place.folder.rglob("paint.png")):
+                if time.monotonic() > until or run.poll() is not None:
+                    sys.exit(f"no texture is made\n{run.communicate()[1]}")
+                time.sleep(0.01)
+            place.write("paint.png", meanwhile)
+            log.read_bytes()
+            said = run.communicate(timeout=60)[1]
+        log.unlink()
+        same("status", (run.returncode, said), (status, said))
+        place.expect("paint.png", meanwhile)
+        made = ["out.hdo", "out.hdo.glb", "out.hdotemp1", "out.hdotemp2"] if status == 0 else []
+        same("files", place.files(), sorted(["paint.png", "robot.glb", *made]))
+        for name in ("paint.png", *made):
+            (place.folder / name).unlink()
+    same("refusal", said.splitlines()[0],
+         f"hdo-export: robot.glb: {place.folder}/paint.png: stands there with another content, "
+         "expected room for a texture of the scene (--textures DIR puts them into DIR and replaces "
+         "files there)")
+
+
 def check_directory(place):
     """--textures makes its directory, replaces files there and says so."""
     place.write("robot.glb", glb(gltf([("paint.png", GREEN), (None, RED)])))
@@ -246,7 +280,8 @@ def check_models(place, models):
 def main():
     programs = [str(pathlib.Path(program).resolve()) for program in sys.argv[1:3]]
     models = pathlib.Path(sys.argv[3])
-    checks = [check_names, check_glb, check_refused, check_directory, check_saved]
+    checks = [check_names, check_glb, check_refused, check_other_texture_meanwhile,
+              check_directory, check_saved]
     for check in checks:
         with tempfile.TemporaryDirectory() as folder:
             check(Place(programs, pathlib.Path(folder).resolve()))

@@ -80,6 +80,66 @@ TEST_F(ExportFilesTest, WhatCannotComeToItsPlaceLeavesAllFormerFiles) {
     EXPECT_EQ(Read(First()), "earlier");
 }
 
+// As a batch makes them: both were looked at before either came to its place.
+class TwoExports : public ExportFilesTest {
+  protected:
+    void SetUp() override {
+        for (ExportFiles* const files : {&first_, &second_}) {
+            files->AddTextures(TextureFiles({{"t.png", files == &first_ ? "red" : other_}},
+                                            directory_, ReplacesFiles::no));
+            EXPECT_EQ(files->TextureObstacle({}), "");
+            files->Prepare();
+            Write(files->PrivateName() + "temp1", "actor");
+        }
+        first_.PutInPlace();
+    }
+
+    std::string other_ = "red";
+    ExportFiles first_{Path("a.hdo")};
+    ExportFiles second_{Path("b.hdo")};
+};
+
+TEST_F(TwoExports, HaveOneTextureOfOneContent) {
+    second_.PutInPlace();
+    EXPECT_EQ(Read("t.png"), "red");
+    EXPECT_EQ(Read("a.hdotemp1"), "actor");
+    EXPECT_EQ(Read("b.hdotemp1"), "actor");
+}
+
+class TwoOtherExports : public TwoExports {
+  protected:
+    TwoOtherExports() { other_ = "blu"; }
+};
+
+TEST_F(TwoOtherExports, DoNotReplaceEachOthersTexture) {
+    try {
+        second_.PutInPlace();
+        ADD_FAILURE();
+    } catch (const fs::filesystem_error& error) {
+        EXPECT_EQ(error.path1(), Path("t.png"));
+        EXPECT_EQ(error.code(), std::errc::file_exists);
+    }
+    EXPECT_FALSE(second_.IsInPlace());
+    EXPECT_EQ(Read("t.png"), "red");
+    EXPECT_FALSE(fs::exists("b.hdotemp1"));
+    EXPECT_EQ(second_.TextureObstacle({}),
+              Path("t.png").string() +
+                  ": stands there with another content, expected room for a texture of the scene "
+                  "(--textures DIR puts them into DIR and replaces files there)");
+}
+
+TEST_F(ExportFilesTest, TexturesDoNotTakeThePlaceOfALinkThatLeadsNowhere) {
+    std::error_code error;
+    fs::create_symlink("gone.png", "t.png", error);
+    if (error) {
+        GTEST_SKIP() << "no symbolic links: " << error.message();
+    }
+    for (const ReplacesFiles replaces : {ReplacesFiles::no, ReplacesFiles::yes}) {
+        const TextureFiles textures({{"t.png", "red"}}, directory_, replaces);
+        EXPECT_EQ(textures.Obstacle({}).find(Path("t.png").string() + ": is no regular file"), 0u);
+    }
+}
+
 TEST_F(ExportFilesTest, WhatIsNotPutInPlaceIsGone) {
     {
         ExportFiles files(Export());
