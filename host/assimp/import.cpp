@@ -301,6 +301,7 @@ class Converter {
         result_.losses = warnings_.Losses();
         result_.textures = textures_.Take();
         result_.textureFiles = search_.Files();
+        result_.files.assign(search_.Asked().begin(), search_.Asked().end());
         // Readers that keep it in a float have 0.01 as 0.0099999998.
         result_.unit = tree_.unit > 0 ? std::stod(NumberText(tree_.unit, 7)) : FormatsUnit(format_);
         result_.unitSource = tree_.unit > 0     ? "as the file says"
@@ -500,11 +501,7 @@ ImportedScene ReadHere(const std::string& path, const ImportChoices& choices,
         ImportedScene imported = ConvertScene(
             scene, path, choices, [&](double share) { show(ShareOf(share, kCut, kConverted)); });
         auto files = dynamic_cast<const SourceFiles&>(*importer.GetIOHandler()).Asked();
-        for (const TextureFile& texture : imported.textureFiles) {
-            if (!texture.file.empty()) {
-                files.insert(texture.file);
-            }
-        }
+        files.insert(imported.files.begin(), imported.files.end());
         imported.files.assign(files.begin(), files.end());
         return imported;
     } catch (const ImportError&) {

@@ -12,11 +12,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool IsFile(const fs::path& path) {
-    std::error_code error;
-    return fs::is_regular_file(path, error);
-}
-
 int HexDigit(char c) {
     return c >= '0' && c <= '9'   ? c - '0'
            : c >= 'a' && c <= 'f' ? c - 'a' + 10
@@ -52,7 +47,26 @@ std::vector<std::string> PartsOf(std::string_view path) {
     return parts;
 }
 
+// What the path may mean, likelier first: itself, and what it is as a URI. No path has a NUL.
+std::vector<std::string> ReadingsOf(const std::string& path) {
+    std::vector<std::string> readings = {path, FromUri(path)};
+    readings.resize(readings[0] == readings[1] ? 1 : 2);
+    std::erase_if(readings,
+                  [](const std::string& text) { return text.find('\0') != std::string::npos; });
+    return readings;
+}
+
 }  // namespace
+
+std::set<std::string> FileNamesOf(const std::string& path) {
+    std::set<std::string> names;
+    for (const std::string& text : ReadingsOf(path)) {
+        if (const std::vector<std::string> parts = PartsOf(text); !parts.empty()) {
+            names.insert(parts.back());
+        }
+    }
+    return names;
+}
 
 TextureSearch::TextureSearch(const std::string& model) {
     std::error_code ignored;
@@ -69,6 +83,16 @@ const std::string& TextureSearch::NameOf(const std::string& path) {
     return known->second.name;
 }
 
+void TextureSearch::Note(const fs::path& path) {
+    asked_.insert(path.lexically_normal().string());
+}
+
+bool TextureSearch::IsFile(const fs::path& path) {
+    Note(path);
+    std::error_code error;
+    return fs::is_regular_file(path, error);
+}
+
 TextureFile TextureSearch::Search(const std::string& path) {
     // A path of another system is a strange name of this one, and no place to look at.
     const bool isAbsolute = path.starts_with('/') && IsFile(path);
@@ -76,10 +100,12 @@ TextureFile TextureSearch::Search(const std::string& path) {
                        !path.starts_with('/') && IsFile(folder_ / path))) {
         return {path, isAbsolute ? path : (folder_ / path).lexically_normal().string()};
     }
-    for (const std::string& text : {path, FromUri(path)}) {
+    for (const std::string& text : ReadingsOf(path)) {
         if (const auto file = Beside(text)) {
             const std::string name = file->lexically_relative(folder_).generic_string();
-            return {name, file->string()};
+            bool isRecoded = false;
+            ToUtf8(name, &isRecoded);
+            return {isRecoded ? path : name, file->string()};
         }
     }
     return {path, ""};
@@ -91,24 +117,34 @@ std::optional<fs::path> TextureSearch::Beside(std::string_view path) {
         return std::nullopt;
     }
     std::optional<fs::path> place = folder_;
-    for (std::size_t i = 0; place && i < parts.size(); ++i) {
-        place = parts[i] == ".." ? place->parent_path() : Within(*place, parts[i]);
+    fs::path asItStands = folder_;
+    for (const std::string& part : parts) {
+        asItStands /= part;
+        place = !place         ? std::nullopt
+                : part == ".." ? std::optional(place->parent_path())
+                               : Within(*place, part);
     }
-    if (place && IsFile(*place)) {
+    if (!place) {
+        Note(asItStands);
+    } else if (IsFile(*place)) {
         return place;
     }
-    std::vector<std::optional<fs::path>> folders = {folder_};
-    for (const std::string& name : subfolders_) {
-        folders.push_back(name.starts_with("../") ? Within(folder_.parent_path(), name.substr(3))
-                                                  : Within(folder_, name));
+    if (const fs::path file = In(folder_, parts.back()); IsFile(file)) {
+        return file;
     }
-    for (const std::optional<fs::path>& folder : folders) {
-        const auto file = folder ? Within(*folder, parts.back()) : std::nullopt;
-        if (file && IsFile(*file)) {
+    for (const std::string& name : subfolders_) {
+        const bool isAbove = name.starts_with("../");
+        const fs::path folder =
+            isAbove ? In(folder_.parent_path(), name.substr(3)) : In(folder_, name);
+        if (const fs::path file = In(folder, parts.back()); IsFile(file)) {
             return file;
         }
     }
     return std::nullopt;
+}
+
+fs::path TextureSearch::In(const fs::path& folder, const std::string& name) {
+    return Within(folder, name).value_or(folder / name);
 }
 
 // The entry of that name; one that differs in capital letters alone where there is no better one.

@@ -23,11 +23,12 @@ class TextureSearch {
     explicit TextureSearch(const std::string& model);
 
     // What the scene calls the texture that the model calls `path`: `path` itself where a file
-    // stands there, or nowhere; else the file's path from the model's folder, with slashes.
+    // stands there, or nowhere, or where its place is no UTF-8; else the file's path from the
+    // model's folder, with slashes.
     const std::string& NameOf(const std::string& path);
 
-    // Whether the last call found a file, by the name that it returned.
-    bool WasFound(const std::string& path) const { return !known_.at(path).file.empty(); }
+    // The files that were looked for, there or not; absolute.
+    const std::set<std::string>& Asked() const { return asked_; }
 
     // What was looked for, by the names in the scene, each once and sorted.
     std::vector<TextureFile> Files() const;
@@ -38,16 +39,24 @@ class TextureSearch {
   private:
     using Names = std::map<std::string, std::string>;  // entries by their names in small letters
 
+    void Note(const std::filesystem::path& path);
+    bool IsFile(const std::filesystem::path& path);
     TextureFile Search(const std::string& path);
     std::optional<std::filesystem::path> Beside(std::string_view path);
     std::optional<std::filesystem::path> Within(const std::filesystem::path& folder,
                                                 const std::string& name);
+    // The same; where there is none, the place that it would have.
+    std::filesystem::path In(const std::filesystem::path& folder, const std::string& name);
     const Names& EntriesOf(const std::filesystem::path& folder);
 
     std::filesystem::path folder_;
     std::vector<std::string> subfolders_;
     std::map<std::string, TextureFile> known_;  // by the model's paths
     std::map<std::filesystem::path, Names> entries_;
+    std::set<std::string> asked_;
 };
+
+// The file names by which textures are looked for that a model calls `path`.
+std::set<std::string> FileNamesOf(const std::string& path);
 
 }  // namespace maxhost::import

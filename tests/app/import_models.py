@@ -6,6 +6,7 @@ usage: import_models.py HDO_EXPORT KTA MODELS
 
 import base64
 import json
+import os
 import pathlib
 import struct
 import sys
@@ -47,6 +48,42 @@ def check_search(place):
     same("inputs", sorted(set(listed["inputs"]) &
                           {str((model / found).resolve()) for found in stands.values() if found}),
          sorted(str((model / found).resolve()) for found in stands.values() if found))
+
+
+def check_strange_names(place):
+    """%XX that stands for no character of a name, and folders that are no UTF-8."""
+    latin = os.fsdecode(b"b\xe4r")
+    place.write(f"{latin}.fbm/t.png", RED)
+    place.write(os.fsdecode(b"caf\xe9.png"), RED)
+    names = ["t.png", "a%00.png", "%00", "caf%E9.png"]
+    place.write(f"{latin}.gltf", gltf([(None, name) for name in names]))
+    run = place.export(f"{latin}.gltf", "-o", "out.hdo")
+    same("layers", place.layers("out.hdotemp1"), names)
+    same("warnings", [line.partition(": not found")[0] for line in warnings(run)],
+         ["2 textures ('%00', 'a%00.png')"])
+    listed = json.loads(place.export(f"{latin}.gltf", "--list", "--json").stdout)
+    same("standing", [texture["standing"] for material in listed["materials"]
+                      for texture in material["textures"]],
+         ["found", "missing", "missing", "found"])
+
+
+def check_texture_turns_up(place):
+    """A batch exports a model again when a texture that it lacked is there."""
+    def why():
+        whole = json.loads(place.export(".", "--json", "--batch").stdout)
+        return [(entry["status"], entry.get("why")) for entry in whole["exports"]]
+
+    place.write("here/robot.gltf", gltf([(None, "C:\\else\\wood%20a.png"), (None, "b.png")]))
+    why()
+    same("nothing changed", why(), [("unchanged", None)])
+    for name in ["textures/wood a.png", "here/maps/wood a.png", "here/robot.fbm/wood a.png",
+                 "here/wood a.png", "here/textures/b.png", "here/b.png"]:
+        place.write(name, RED)
+        same(name, why(), [("exported", f"{pathlib.PurePath(name).name} has changed")])
+        same("and then", why(), [("unchanged", None)])
+    for name in ["here/wood a.png", "here/b.png"]:
+        (place.folder / name).unlink()
+        same(name, why(), [("exported", f"{pathlib.PurePath(name).name} has changed")])
 
 
 def first_vertex(place, *options):
@@ -195,7 +232,8 @@ def check_cut_header(place):
 def main():
     programs = [str(pathlib.Path(program).resolve()) for program in sys.argv[1:3]]
     models = pathlib.Path(sys.argv[3])
-    checks = [check_search, lambda place: check_units(place, models),
+    checks = [check_search, check_strange_names, check_texture_turns_up,
+              lambda place: check_units(place, models),
               lambda place: check_list(place, models), check_all_animations,
               check_failing_animation, check_cut_header]
     for check in checks:
