@@ -6,12 +6,14 @@
 #include <cstring>
 #include <filesystem>
 #include <iterator>
+#include <limits>
 #include <optional>
 #include <set>
 #include <string_view>
 #include <utility>
 
 #include "host/assimp/text.h"
+#include "host/assimp/texture_search.h"
 #include "host/cut_text.h"
 #include "host/file_name.h"
 
@@ -72,10 +74,9 @@ void Append(void* text, void* data, int size) {
                                             static_cast<std::size_t>(size));
 }
 
-// Bare texels as a PNG file; empty where their numbers are beyond any picture.
+// Bare texels as a PNG file; empty where there are too many.
 std::string PngOf(const aiTexture& texture) {
-    constexpr unsigned kMostTexels = 65535;  // in a row or column
-    if (texture.mWidth > kMostTexels || texture.mHeight > kMostTexels) {
+    if (!FitsPng(texture.mWidth, texture.mHeight)) {
         return {};
     }
     const std::size_t count = std::size_t{texture.mWidth} * texture.mHeight;
@@ -151,6 +152,13 @@ FileName NameFor(const aiTexture& texture, std::string_view bytes, const std::st
 
 // ---------------------------------------------------------------- the textures
 
+// The library counts the bytes of all rows, each with one before its texels, in an int.
+bool FitsPng(unsigned width, unsigned height) {
+    constexpr unsigned kMostTexels = 65535;  // in a row or column
+    return width <= kMostTexels && height <= kMostTexels &&
+           (4 * std::int64_t{width} + 1) * height <= std::numeric_limits<int>::max();
+}
+
 // Readers of glTF refer to them by number alone, others by the name as well, or by that of a file
 // in another directory. Of several with one name, the first counts.
 EmbeddedTextures::EmbeddedTextures(const aiScene& scene, SourceFormat format,
@@ -195,7 +203,9 @@ void EmbeddedTextures::FindBeside(const aiScene& scene, std::set<std::string>& t
                 material->Get(_AI_MATKEY_TEXTURE_BASE, property->mSemantic, property->mIndex,
                               file) == AI_SUCCESS &&
                 !Find(file)) {
-                taken.insert(InSmallLetters(FileNameOf(TextOf(file))));
+                for (const std::string& name : FileNamesOf(TextOf(file))) {
+                    taken.insert(InSmallLetters(FittingFileName(name)));
+                }
             }
         }
     }

@@ -15,6 +15,9 @@
 
 namespace maxhost::import {
 
+// Whether texels of that many columns and rows can become a PNG file.
+bool FitsPng(unsigned width, unsigned height);
+
 // Names them all. A texture that has a picture's file name of its own (wood.png) keeps it, without
 // directories; others are named after the model at `path` and their own name, robot-Wood.png, or
 // their number, robot-texture-1.png, with the suffix that their bytes call for. A name that a

@@ -226,6 +226,16 @@ def check_other_texture_meanwhile(place):
          "files there)")
 
 
+def check_escaped_names(place):
+    """A texture beside the model that it names as in a URI keeps its name and its bytes."""
+    place.write("wood a.png", BLUE)
+    place.write("robot.gltf", gltf([("wood a.png", RED), (None, "wood%20a.png")]))
+    place.export("robot.gltf", "--textures", ".")
+    same("layers", place.layers("robot.hdotemp1"), ["wood a-2.png", "wood a.png"])
+    place.expect("wood a.png", BLUE)
+    place.expect("wood a-2.png", RED)
+
+
 def check_directory(place):
     """--textures makes its directory, replaces files there and says so."""
     place.write("robot.glb", glb(gltf([("paint.png", GREEN), (None, RED)])))
@@ -281,7 +291,7 @@ def main():
     programs = [str(pathlib.Path(program).resolve()) for program in sys.argv[1:3]]
     models = pathlib.Path(sys.argv[3])
     checks = [check_names, check_glb, check_refused, check_other_texture_meanwhile,
-              check_directory, check_saved]
+              check_escaped_names, check_directory, check_saved]
     for check in checks:
         with tempfile.TemporaryDirectory() as folder:
             check(Place(programs, pathlib.Path(folder).resolve()))

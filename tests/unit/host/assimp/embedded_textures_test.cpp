@@ -14,6 +14,7 @@
 #include <cstring>
 #include <memory>
 
+#include "host/assimp/embedded_textures.h"
 #include "tests/unit/host/assimp/source_scene.h"
 
 using maxhost::import::EmbeddedTexture;
@@ -69,4 +70,17 @@ TEST(EmbeddedTextures, PicturesWithoutTexelsAndBeyondAnySizeAreLeftOut) {
     EXPECT_TRUE(TexturesOf("a.png", 0, 0, {{}}).empty());
     EXPECT_TRUE(TexturesOf("a.png", 0, 7, {{}}).empty());
     EXPECT_TRUE(TexturesOf("a.png", 1u << 31, 1u << 31, {{}}).empty());
+    EXPECT_TRUE(TexturesOf("a.png", 65535, 65535, {{}}).empty());
+}
+
+// A row has a byte before its texels, and 2147483647 bytes can be counted.
+TEST(EmbeddedTextures, PngFilesHaveAsManyTexelsAsCanBeCounted) {
+    using maxhost::import::FitsPng;
+    EXPECT_TRUE(FitsPng(1, 65535));
+    EXPECT_TRUE(FitsPng(65535, 8192));   // 2147459072
+    EXPECT_FALSE(FitsPng(65535, 8193));
+    EXPECT_TRUE(FitsPng(8191, 65535));   // 2147254275
+    EXPECT_FALSE(FitsPng(8192, 65535));  // 2147450880 and 65535: the rows' first bytes count
+    EXPECT_FALSE(FitsPng(65536, 1));
+    EXPECT_FALSE(FitsPng(1u << 31, 1u << 31));
 }
