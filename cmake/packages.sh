@@ -91,8 +91,8 @@ build() {
 }
 
 build_packages=(cmake ninja-build g++ binutils-mingw-w64-x86-64
-    libassimp-dev robin-map-dev zlib1g-dev nlohmann-json3-dev libcli11-dev libstb-dev
-    libutfcpp-dev libgcrypt20-dev libjs-three)
+    libassimp-dev robin-map-dev zlib1g-dev nlohmann-json3-dev rapidjson-dev libcli11-dev
+    libstb-dev libutfcpp-dev libgcrypt20-dev libjs-three)
 test_packages=("${build_packages[@]}" libgtest-dev libgmock-dev assimp-testmodels python3
     python3-jsonschema python3-markdown-it python3-mdit-py-plugins
     g++-mingw-w64-x86-64-posix libz-mingw-w64-dev libgcrypt-mingw-w64-dev

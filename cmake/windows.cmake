@@ -3,7 +3,7 @@
 # The header-only libraries, without the rest of the system's headers.
 set(HDO_HEADER_ONLY_INCLUDE_DIR ${PROJECT_BINARY_DIR}/include)
 file(MAKE_DIRECTORY ${HDO_HEADER_ONLY_INCLUDE_DIR})
-foreach(library nlohmann CLI stb utf8 utf8.h)
+foreach(library nlohmann rapidjson CLI stb utf8 utf8.h)
     file(CREATE_LINK /usr/include/${library} ${HDO_HEADER_ONLY_INCLUDE_DIR}/${library} SYMBOLIC)
 endforeach()
 
@@ -23,9 +23,10 @@ foreach(library libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
 endforeach()
 
 add_library(nlohmann_json::nlohmann_json INTERFACE IMPORTED)
+add_library(rapidjson INTERFACE IMPORTED)
 add_library(CLI11::CLI11 INTERFACE IMPORTED)
 add_library(utf8cpp INTERFACE IMPORTED)
-foreach(target nlohmann_json::nlohmann_json CLI11::CLI11 utf8cpp)
+foreach(target nlohmann_json::nlohmann_json rapidjson CLI11::CLI11 utf8cpp)
     target_include_directories(${target} SYSTEM INTERFACE ${HDO_HEADER_ONLY_INCLUDE_DIR})
 endforeach()
 

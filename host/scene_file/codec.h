@@ -142,7 +142,9 @@ struct Row : Inline {
     static std::string What() { return "a list of " + std::to_string(kSize) + " " + Part::Many(); }
     static std::string Many() { return "lists of " + std::to_string(kSize) + " " + Part::Many(); }
     static void ReadTo(JsonValue value, T* result) {
-        ExpectList(value, kSize, What());
+        if (!IsListOf(value, kSize)) {
+            value.Refuse(What());
+        }
         for (const JsonValue part : value) {
             Part::Read(part, *result++);
         }

@@ -1,6 +1,7 @@
 // Reads JSON text for callers that must name the place of every fault.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -16,14 +17,30 @@ enum class JsonKind : std::uint8_t { null, boolean, integer, real, text, list, o
 
 class JsonTree;
 
+// A value as the tree holds it. A list or an object stands before what it holds.
+struct JsonEntry {
+    static constexpr std::uint32_t kMany = (1u << 29) - 1;
+
+    JsonKind Kind() const { return static_cast<JsonKind>(kind); }
+
+    std::uint32_t kind : 3;
+    // Of a text in bytes, of a list or object in elements or members; kMany: counted when asked
+    // for. Of an integer: whether it has a minus sign, or kMany for one that does not fit
+    // `payload`.
+    std::uint32_t size : 29;
+    // Of a number: an f32's bits, an integer's digits, the place among those that do not fit; of a
+    // text: its place; of a list or object: how many entries it takes with all that it holds.
+    std::uint32_t payload;
+};
+
 // A value in a tree; valid as long as the tree. The accessors named after a kind are for values of
 // that kind alone.
 class JsonValue {
   public:
-    JsonValue(const JsonTree& tree, std::size_t at) : tree_(&tree), at_(at) {}
+    JsonValue(const JsonTree& tree, const JsonEntry* entry) : tree_(&tree), entry_(entry) {}
 
-    JsonKind Kind() const;
-    bool Boolean() const;
+    JsonKind Kind() const { return entry_->Kind(); }
+    bool Boolean() const { return entry_->payload != 0; }
     std::int64_t Integer() const;  // 0 for -0
     float Real() const;            // of an integer too
     std::string_view Text() const;
@@ -33,17 +50,17 @@ class JsonValue {
     // A pass over a list's elements, or over an object's names and values in turn.
     class Iterator {
       public:
-        Iterator(const JsonTree& tree, std::size_t at) : tree_(&tree), at_(at) {}
-        JsonValue operator*() const { return {*tree_, at_}; }
+        Iterator(const JsonTree& tree, const JsonEntry* entry) : tree_(&tree), entry_(entry) {}
+        JsonValue operator*() const { return {*tree_, entry_}; }
         Iterator& operator++();
-        bool operator!=(const Iterator& other) const { return at_ != other.at_; }
+        bool operator==(const Iterator& other) const { return entry_ == other.entry_; }
 
       private:
         const JsonTree* tree_;
-        std::size_t at_;
+        const JsonEntry* entry_;
     };
-    Iterator begin() const;
-    Iterator end() const;
+    Iterator begin() const { return {*tree_, entry_ + 1}; }
+    Iterator end() const { return {*tree_, entry_ + entry_->payload}; }
 
     std::string Pointer() const;   // the JSON pointer; empty for the root
     std::string Describe() const;  // in a few words: 7, "text", a list of 3, ...
@@ -52,13 +69,17 @@ class JsonValue {
     [[noreturn]] void Refuse(std::string_view expected) const;
 
   private:
+    friend class JsonTree;
+
+    std::size_t Count() const;
+
     const JsonTree* tree_;
-    std::size_t at_;
+    const JsonEntry* entry_;
 };
 
 // A JSON text as a tree that remembers what a DOM of maps forgets: fields in their order, fields
 // given twice, and the place of every value. One flat array holds all values in the order of the
-// text, so that a mesh of a million faces costs 16 bytes a number.
+// text, so that a mesh of a million faces costs 8 bytes a number.
 class JsonTree {
   public:
     // Throws SceneError: for text that is not JSON (UTF-8, nothing before or after the value), for
@@ -71,7 +92,7 @@ class JsonTree {
     JsonTree(const JsonTree&) = delete;
     JsonTree& operator=(const JsonTree&) = delete;
 
-    JsonValue Root() const { return {*this, 0}; }
+    JsonValue Root() const { return At(0); }
 
     // More than any scene within the limits of the form needs; it bounds the readers' recursion.
     static constexpr std::size_t kMaxNesting = 320;
@@ -80,26 +101,74 @@ class JsonTree {
     friend class JsonValue;
     friend class TreeBuilder;
 
-    struct Entry {
-        JsonKind kind;
-        std::uint32_t size;     // of a text in bytes, of a list or object in elements or members
-        std::uint64_t payload;  // the number's bits, the text's offset, the end of list or object
-    };
-
+    JsonValue At(std::size_t at) const { return {*this, entries_.data() + at}; }
     std::size_t End(std::size_t at) const;
     std::string PointerTo(std::size_t target) const;
 
-    std::vector<Entry> entries_;
-    std::string texts_;
+    // What an entry says of a list or object that is still being read.
+    static constexpr std::uint32_t kOpen = 0;
+
+    std::vector<JsonEntry> entries_;
+    std::string texts_;                 // each with a NUL character behind it
+    std::vector<std::int64_t> longer_;  // integers of more than 32 bits
 };
+
+inline std::int64_t JsonValue::Integer() const {
+    if (entry_->size == JsonEntry::kMany) {
+        return tree_->longer_[entry_->payload];
+    }
+    const std::int64_t digits = entry_->payload;
+    return entry_->size != 0 ? -digits : digits;
+}
+
+inline float JsonValue::Real() const {
+    if (Kind() == JsonKind::real) {
+        return std::bit_cast<float>(entry_->payload);
+    }
+    const bool isMinusZero = entry_->size == 1 && entry_->payload == 0;
+    return isMinusZero ? -0.0f : static_cast<float>(Integer());
+}
+
+inline std::string_view JsonValue::Text() const {
+    const char* const text = tree_->texts_.data() + entry_->payload;
+    return entry_->size != JsonEntry::kMany ? std::string_view(text, entry_->size) : text;
+}
+
+inline std::size_t JsonValue::Size() const {
+    return entry_->size != JsonEntry::kMany ? entry_->size : Count();
+}
+
+inline JsonValue::Iterator& JsonValue::Iterator::operator++() {
+    const bool holdsMore = entry_->Kind() == JsonKind::list || entry_->Kind() == JsonKind::object;
+    entry_ += holdsMore ? entry_->payload : 1;
+    return *this;
+}
+
+inline bool IsListOf(JsonValue value, std::size_t size) {
+    return value.Kind() == JsonKind::list && value.Size() == size;
+}
+
+[[noreturn]] void RefuseNotWhole(JsonValue value, std::int64_t least, std::int64_t most);
 
 // Each throws SceneError for a value of another kind or out of the range.
 bool ReadBoolean(JsonValue value);
-float ReadReal(JsonValue value);
 std::string ReadText(JsonValue value);
-std::int64_t ReadWhole(JsonValue value, std::int64_t least, std::int64_t most);
 std::uint32_t ReadWord(JsonValue value);  // a number or "0x..."
-void ExpectList(JsonValue value, std::size_t size, std::string_view expected);
+
+inline float ReadReal(JsonValue value) {
+    if (value.Kind() != JsonKind::real && value.Kind() != JsonKind::integer) {
+        value.Refuse("a number");
+    }
+    return value.Real();
+}
+
+inline std::int64_t ReadWhole(JsonValue value, std::int64_t least, std::int64_t most) {
+    const bool isWhole = value.Kind() == JsonKind::integer;
+    if (!isWhole || value.Integer() < least || value.Integer() > most) {
+        RefuseNotWhole(value, least, most);
+    }
+    return value.Integer();
+}
 
 // A position that stands as a field's name, as in {"5": ...}: decimal digits without leading zeros.
 std::optional<std::uint32_t> ReadPositionName(std::string_view name);

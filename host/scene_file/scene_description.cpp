@@ -303,7 +303,9 @@ inline void ReadLimits(JsonObject& source, std::string_view name, Limits& limits
     if (!found || count == 0 || count > limits.size()) {
         return;  // the check refuses such a number
     }
-    ExpectList(*found, count, "a list of " + std::to_string(count) + " numbers");
+    if (!IsListOf(*found, count)) {
+        found->Refuse("a list of " + std::to_string(count) + " numbers");
+    }
     std::size_t i = 0;
     for (const JsonValue limit : *found) {
         Codec<float>::Read(limit, limits[i++]);
@@ -429,8 +431,10 @@ template <Structure T, Meaning kMeaning>
 requires scene::kIsRow<T>
 struct Codec<T, kMeaning> : Inline {
     static void Read(JsonValue value, T& result) {
-        ExpectList(value, std::tuple_size_v<std::remove_const_t<decltype(scene::kFields<T>)>>,
-                   scene::kNameOf<T>);
+        constexpr auto kSize = std::tuple_size_v<std::remove_const_t<decltype(scene::kFields<T>)>>;
+        if (!IsListOf(value, kSize)) {
+            value.Refuse(scene::kNameOf<T>);
+        }
         JsonValue::Iterator part = value.begin();
         ForEachField<T>([&](const auto& field) {
             using F = std::remove_cvref_t<decltype(field)>;
@@ -504,12 +508,13 @@ inline const float* BareValue(const scene::FloatController& controller) {
 
 template <>
 struct Codec<scene::FloatController> : Inline {
-    static std::string What() { return "a float controller or a number"; }
+    static constexpr std::string_view kExpected = "a float controller or a number";
+    static std::string What() { return std::string(kExpected); }
     static void Read(JsonValue value, scene::FloatController& result) {
         if (value.Kind() == JsonKind::integer || value.Kind() == JsonKind::real) {
             result.kind = scene::BezierFloat{{}, ReadReal(value)};
         } else {
-            ReadObject<Meaning::plain>(value, result, What());
+            ReadObject<Meaning::plain>(value, result, kExpected);
         }
     }
     static void Write(JsonOut& out, const scene::FloatController& value) {
@@ -542,10 +547,11 @@ inline std::optional<scene::Vec3> BareValue(const scene::ThreeAxisController& co
 // The meaning is the controller's role.
 template <Meaning kRole>
 struct Codec<scene::ThreeAxisController, kRole> : Block {
-    static std::string What() { return "a controller or a list of 3 numbers"; }
+    static constexpr std::string_view kExpected = "a controller or a list of 3 numbers";
+    static std::string What() { return std::string(kExpected); }
     static void Read(JsonValue value, scene::ThreeAxisController& result) {
         if (value.Kind() != JsonKind::list) {
-            ReadObject<kRole>(value, result, What());
+            ReadObject<kRole>(value, result, kExpected);
             return;
         }
         scene::Vec3 values;
@@ -670,26 +676,38 @@ namespace {
 
 const char kTooLarge[] = "it does not fit into memory";
 
-}  // namespace
+// Where the parts of the work end.
+constexpr double kParsed = 0.75;
+constexpr double kTaken = 0.95;
 
-scene::Scene ReadSceneDescriptionFromText(std::string_view text, const ReportShare& report) try {
-    // Where the parts of the work end.
-    constexpr double kParsed = 0.75, kTaken = 0.95;
+ReportShare ParserReport(const ReportShare& report) {
+    return [&report](double share) { report(kParsed * share); };
+}
+
+scene::Scene SceneOf(const JsonTree& tree, const ReportShare& report) {
     scene::Scene scene;
-    {
-        const JsonTree tree(text, [&](double share) { report(kParsed * share); });
-        Codec<scene::Scene>::Read(tree.Root(), scene);
-        report(kTaken);
-    }
+    Codec<scene::Scene>::Read(tree.Root(), scene);
+    report(kTaken);
     scene::Check(scene);
     report(1);
     return scene;
-} catch (const std::bad_alloc&) {
-    throw scene::SceneError(kTooLarge);
 }
 
-scene::Scene ReadSceneDescription(std::istream& in, const ReportShare& report) try {
+// How much the stream still holds; 0 where it does not say, or says more than is to be believed.
+std::size_t SizeAhead(std::istream& in) {
+    constexpr std::streamoff kMost = 1 << 30;
+    const std::istream::pos_type here = in.tellg();
+    in.seekg(0, std::ios::end);
+    const std::streamoff size = in ? in.tellg() - here : 0;
+    in.clear();
+    in.seekg(here);
+    in.clear();
+    return size > 0 && size <= kMost ? static_cast<std::size_t>(size) : 0;
+}
+
+std::string WholeText(std::istream& in) {
     std::string text;
+    text.reserve(in ? SizeAhead(in) : 0);
     char block[64 * 1024];
     while (in.read(block, sizeof block) || in.gcount() > 0) {
         text.append(block, static_cast<std::size_t>(in.gcount()));
@@ -697,7 +715,22 @@ scene::Scene ReadSceneDescription(std::istream& in, const ReportShare& report) t
     if (in.bad()) {
         throw scene::SceneError("it cannot be read");
     }
-    return ReadSceneDescriptionFromText(text, report);
+    return text;
+}
+
+}  // namespace
+
+scene::Scene ReadSceneDescriptionFromText(std::string_view text, const ReportShare& report) try {
+    const JsonTree tree(text, ParserReport(report));
+    return SceneOf(tree, report);
+} catch (const std::bad_alloc&) {
+    throw scene::SceneError(kTooLarge);
+}
+
+scene::Scene ReadSceneDescription(std::istream& in, const ReportShare& report) try {
+    std::optional<JsonTree> tree;
+    tree.emplace(WholeText(in), ParserReport(report));  // the text is gone when the tree is there
+    return SceneOf(*tree, report);
 } catch (const std::bad_alloc&) {
     throw scene::SceneError(kTooLarge);
 }

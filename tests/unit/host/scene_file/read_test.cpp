@@ -1,12 +1,15 @@
 // The meaning of a description: every field of every class, and the default of every field.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <sstream>
 #include <string>
 #include <variant>
+#include <vector>
 
 #include "host/scene_file/scene_description.h"
 #include "tests/support/every_field.h"
@@ -328,6 +331,16 @@ TEST(Numbers, AreRoundedOnceToF32) {
     // Above the middle between two f32 by less than an f64 can tell.
     EXPECT_EQ(ReadFloat("1.00000005960464477540"), 1.00000011920928955078125f);
     EXPECT_EQ(ReadFloat("1.00000005960464477538"), 1.0f);
+    EXPECT_EQ(ReadFloat("123456789012345678901234567890"), 123456789012345678901234567890.0f);
+    EXPECT_EQ(ReadFloat("-9223372036854775809"), -9223372036854775808.0f);
+}
+
+TEST(Numbers, TooSmallForF32AreZero) {
+    for (const char* number : {"1e-46", "1e-400", "0e999", "0.00000000001e-2147483639"}) {
+        EXPECT_EQ(ReadFloat(number), 0) << number;
+        EXPECT_FALSE(std::signbit(ReadFloat(number))) << number;
+        EXPECT_TRUE(std::signbit(ReadFloat(std::string("-") + number))) << number;
+    }
 }
 
 TEST(Numbers, NegativeZeroSurvives) {
@@ -351,6 +364,47 @@ TEST(Text, GoesInAsItsBytesStand) {
               "\xf0\x9f\x98\x80\t\xc3\xa9");
     EXPECT_EQ(ReadNode("\"userProperties\": \"\xc3\xa9\"").userProperties, "\xc3\xa9");
     EXPECT_EQ(Difference(Read("\xef\xbb\xbf{\"maxscene\": 1}\n"), Scene()), "");
+}
+
+// A text of about a megabyte.
+std::string ManyNodes() {
+    std::string nodes;
+    for (int i = 0; i < 20000; ++i) {
+        nodes += (i ? "," : "") + std::string(R"({"name": "node", "wireColor": [1, 2, 3]})");
+    }
+    return R"({"maxscene": 1, "nodes": [)" + nodes + "]}";
+}
+
+TEST(Share, GrowsToTheWholeWhileTheTextIsRead) {
+    std::vector<double> shares;
+    ReadSceneDescriptionFromText(ManyNodes(), [&](double share) { shares.push_back(share); });
+    EXPECT_GE(shares.size(), 10u);
+    EXPECT_TRUE(std::is_sorted(shares.begin(), shares.end(), std::less_equal()));
+    EXPECT_GT(shares.front(), 0);
+    EXPECT_LT(shares.front(), 0.1);
+    EXPECT_EQ(shares.back(), 1);
+}
+
+// A stream that cannot say how long it is.
+class Pipe : public std::stringbuf {
+  public:
+    using std::stringbuf::stringbuf;
+
+  protected:
+    pos_type seekoff(off_type, std::ios::seekdir, std::ios::openmode) override {
+        return off_type(-1);
+    }
+    pos_type seekpos(pos_type, std::ios::openmode) override { return off_type(-1); }
+};
+
+TEST(Stream, IsReadFromItsPlaceToItsEnd) {
+    const std::string text = ManyNodes();
+    std::istringstream file("#" + text);
+    file.get();
+    EXPECT_EQ(ReadSceneDescription(file).nodes.size(), 20000u);
+    Pipe pipe(text, std::ios::in);
+    std::istream piped(&pipe);
+    EXPECT_EQ(ReadSceneDescription(piped).nodes.size(), 20000u);
 }
 
 }  // namespace

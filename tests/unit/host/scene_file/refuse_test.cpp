@@ -122,6 +122,20 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"LoneSurrogate", InScene(R"("nodes": [{"name": "\ud800"}])"),
                 "line 1, column 43: invalid string: surrogate U+D800..U+DBFF must be followed by "
                 "U+DC00..U+DFFF at \"\"}]}\""},
+        Refusal{"LowSurrogateAlone", InScene(R"("nodes": [{"name": "a\udc00"}])"),
+                "line 1, column 43: invalid string: surrogate U+DC00..U+DFFF must follow "
+                "U+D800..U+DBFF at \"0\"}]}\""},
+        Refusal{"UnknownEscape", InScene(R"("nodes": [{"name": "\x"}])"),
+                "line 1, column 38: invalid string: forbidden character after backslash at "
+                "\"x\"}]}\""},
+        Refusal{"LeadingZero", "{\"maxscene\": 01}",
+                "line 1, column 15: unexpected number literal; expected '}'"},
+        Refusal{"PointWithoutDigits", "{\"maxscene\": 1.}",
+                "line 1, column 16: invalid number; expected digit after '.' at \"}\""},
+        Refusal{"ByteOrderMarkTwice", "\xef\xbb\xbf\xef\xbb\xbf{\"maxscene\": 1}",
+                "line 1, column 4: invalid literal at \"\xef\xbb\xbf{\"maxscene\": 1}\""},
+        Refusal{"FaultBehindManyLines", "{\"maxscene\": 1," + std::string(200000, '\n') + "x}",
+                "line 200001, column 1: invalid literal at \"x}\"; expected string literal"},
         Refusal{"ControlCharacter", "{\"a\nb\": 1}",
                 "line 1, column 4: invalid string: control character U+000A (LF) must be escaped "
                 "to \\u000A or \\n at \"\"; expected string literal"}),
