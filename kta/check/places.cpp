@@ -62,7 +62,9 @@ enum Rank { kRankNode, kRankMesh, kRankWeights, kRankLimits, kRankChain, kRankWi
 class OpenNodes {
   public:
     OpenNodes(Findings& findings, const NodeTable& nodes)
-        : findings_(findings), nodes_(nodes), positions_(nodes.records.size(), kClosed) {}
+        : findings_(findings), nodes_(nodes) {
+        positions_.resize(nodes.records.size(), kClosed);
+    }
 
     void Begin() {
         positions_[count_] = open_.size();
