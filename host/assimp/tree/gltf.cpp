@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstring>
 #include <fstream>
-#include <iterator>
+#include <limits>
 #include <string_view>
 #include <system_error>
 #include <unordered_set>
@@ -25,34 +25,53 @@ std::uint32_t LittleEndian32(std::string_view bytes) {
     return value;
 }
 
-std::string ReadBytes(const std::filesystem::path& path) {
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-struct Parts {
-    std::string_view text, binary;
-};
-
-// The JSON text in the bytes of a file, and what stands behind it. A binary one holds the text
-// behind its header: magic, version and length, then in version 2 the first chunk's length and
-// type, in version 1 the text's length and format. In version 2 a second chunk follows.
-Parts PartsOf(std::string_view file) {
-    constexpr std::size_t kHeaderSize = 20;
-    constexpr std::size_t kChunkHeaderSize = 8;
-    if (!file.starts_with("glTF")) {
-        return {file, {}};
-    }
-    if (file.size() < kHeaderSize) {
+// Up to `size` bytes of the file from `offset` on: fewer where it ends before.
+std::string ReadPart(const std::filesystem::path& path, std::uint64_t offset, std::uint64_t size) {
+    std::error_code error;
+    const std::uintmax_t end = std::filesystem::file_size(path, error);
+    if (error || offset >= end) {
         return {};
     }
-    Parts parts;
-    parts.text = file.substr(kHeaderSize, LittleEndian32(file.substr(12, 4)));
-    const std::string_view rest = file.substr(kHeaderSize + parts.text.size());
-    if (rest.size() >= kChunkHeaderSize && rest.substr(4, 4) == std::string_view("BIN\0", 4)) {
-        parts.binary = rest.substr(kChunkHeaderSize, LittleEndian32(rest));
+    std::string bytes(std::min<std::uint64_t>(size, end - offset), '\0');
+    std::ifstream stream(path, std::ios::binary);
+    stream.seekg(static_cast<std::streamoff>(offset));
+    stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    bytes.resize(static_cast<std::size_t>(std::max<std::streamsize>(stream.gcount(), 0)));
+    return bytes;
+}
+
+std::string ReadBytes(const std::filesystem::path& path) {
+    return ReadPart(path, 0, std::numeric_limits<std::uint64_t>::max());
+}
+
+// The JSON text of a file. A binary one holds it behind its header: magic, version and length, then
+// in version 2 the first chunk's length and type, in version 1 the text's length and format.
+constexpr std::size_t kHeaderSize = 20;
+
+std::string ReadText(const std::filesystem::path& path) {
+    const std::string header = ReadPart(path, 0, kHeaderSize);
+    if (!header.starts_with("glTF")) {
+        return ReadBytes(path);
     }
-    return parts;
+    return header.size() < kHeaderSize
+               ? std::string()
+               : ReadPart(path, kHeaderSize, LittleEndian32(std::string_view(header).substr(12)));
+}
+
+// What stands behind the text of a binary file in version 2: a second chunk.
+std::string ReadBinary(const std::filesystem::path& path) {
+    constexpr std::size_t kChunkHeaderSize = 8;
+    const std::string header = ReadPart(path, 0, kHeaderSize);
+    if (!header.starts_with("glTF") || header.size() < kHeaderSize) {
+        return {};
+    }
+    const std::uint64_t chunk =
+        kHeaderSize + std::uint64_t{LittleEndian32(std::string_view(header).substr(12))};
+    const std::string chunkHeader = ReadPart(path, chunk, kChunkHeaderSize);
+    return chunkHeader.size() == kChunkHeaderSize &&
+                   std::string_view(chunkHeader).substr(4) == std::string_view("BIN\0", 4)
+               ? ReadPart(path, chunk + kChunkHeaderSize, LittleEndian32(chunkHeader))
+               : std::string();
 }
 
 // ---------------------------------------------------------------- buffers
@@ -201,15 +220,12 @@ struct GltfFile::Range {
 };
 
 std::optional<GltfFile> GltfFile::Read(const std::string& path) {
-    const std::string bytes = ReadBytes(path);
-    const Parts parts = PartsOf(bytes);
     GltfFile file;
-    file.document_ = json::parse(parts.text, nullptr, false);
+    file.document_ = json::parse(ReadText(path), nullptr, false);
     if (!file.document_.is_object()) {
         return std::nullopt;
     }
-    file.folder_ = std::filesystem::path(path).parent_path();
-    file.binary_ = parts.binary;
+    file.path_ = path;
     return file;
 }
 
@@ -231,7 +247,7 @@ std::string GltfFile::ReadBuffer(const json& buffer) const {
     constexpr std::string_view kBase64 = ";base64,";
     const json* const uri = Member(buffer, "uri");
     if (!uri) {
-        return binary_;
+        return ReadBinary(path_);
     }
     if (!uri->is_string()) {
         return {};
@@ -244,7 +260,7 @@ std::string GltfFile::ReadBuffer(const json& buffer) const {
                    : FromBase64(std::string_view(text).substr(mark + kBase64.size())).value_or("");
     }
     // As Assimp takes it, which decodes no percent signs.
-    const std::filesystem::path path = folder_ / text;
+    const std::filesystem::path path = path_.parent_path() / text;
     std::error_code error;
     return std::filesystem::is_regular_file(path, error) ? ReadBytes(path) : std::string();
 }

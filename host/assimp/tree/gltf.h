@@ -39,9 +39,8 @@ class GltfFile {
     bool ApplySparse(const nlohmann::json& accessor, std::size_t components,
                      std::vector<double>& numbers);
 
-    std::filesystem::path folder_;
+    std::filesystem::path path_;
     nlohmann::json document_;
-    std::string binary_;  // of a .glb file
     std::map<std::size_t, std::string> buffers_;
 };
 
