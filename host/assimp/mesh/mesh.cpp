@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <limits>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -50,13 +51,11 @@ std::uint64_t BitsOf(const scene::SkinWeight& weight) {
 }
 
 struct HashOfBits {
-    template <std::size_t count>
-    std::size_t operator()(const Bits<count>& bits) const {
-        std::uint64_t hash = 0;
-        for (const std::uint32_t part : bits) {
-            hash = Mixed(hash + part);
-        }
-        return hash;
+    std::size_t operator()(const Bits<2>& bits) const {
+        return Mixed(std::uint64_t{bits[1]} << 32 | bits[0]);
+    }
+    std::size_t operator()(const Bits<3>& bits) const {
+        return Mixed(Mixed(std::uint64_t{bits[1]} << 32 | bits[0]) + bits[2]);
     }
 };
 
@@ -119,6 +118,7 @@ JoinedVertices Join(const SourceVertices& source, bool byNormal) {
                VertexIsSame{&source, byNormal});
     JoinedVertices joined;
     joined.idOf.reserve(source.positions.size());
+    joined.firstOf.reserve(source.positions.size());
     for (std::uint32_t i = 0; i < source.positions.size(); ++i) {
         const auto next = static_cast<std::uint32_t>(joined.firstOf.size());
         const auto [first, isNew] = firsts.insert(i);
@@ -135,6 +135,15 @@ JoinedVertices Join(const SourceVertices& source, bool byNormal) {
 // A map channel in the making: pairs that are bit for bit the same become one map vertex.
 class ChannelBuilder {
   public:
+    // Makes room for as many, if none is there yet.
+    void Reserve(std::size_t vertices, std::size_t faces) {
+        if (channel_.vertices.empty()) {
+            channel_.vertices.reserve(vertices);
+            channel_.faces.reserve(faces);
+            ids_.reserve(vertices);
+        }
+    }
+
     std::uint32_t VertexOf(const scene::Vec2& pair) {
         const auto next = static_cast<std::uint32_t>(channel_.vertices.size());
         const auto [known, isNew] = ids_.try_emplace(BitsOf(pair), next);
@@ -167,59 +176,70 @@ bool HasThirdCoordinate(const aiMesh& piece, int uv) {
 
 // ---------------------------------------------------------------- the mesh
 
+// How much a node's pieces have, which its mesh has at most.
+struct Sizes {
+    std::size_t vertices = 0, faces = 0;
+};
+
 class MeshBuilder {
   public:
-    MeshBuilder(const MeshSource& source, std::size_t node)
+    MeshBuilder(const MeshSource& source, std::size_t node, const Sizes& most)
         : warnings_(source.warnings),
           isMirrored_(source.tree.nodes[node].geometric.value_or(Matrix4()).Determinant() < 0),
-          vertices_(source, node) {}
+          most_(most),
+          vertices_(source, node, most.vertices) {
+        faces_.reserve(most.faces);
+    }
 
-    // The piece's triangles, with their places among the source vertices, if the piece comes next;
-    // warns of all that the piece has beside them. `name` is the piece's for messages.
-    std::vector<scene::Face> TrianglesOf(const aiMesh& piece, const std::string& name);
+    // Appends the piece's triangles, whose vertices have to come next, and returns how many they
+    // are; warns of all that the piece has beside them. `name` is the piece's for messages.
+    std::size_t AppendTriangles(const aiMesh& piece, const std::string& name);
 
-    // Appends the piece with these triangles and this material id.
-    void Append(const aiMesh& piece, const std::string& name,
-                const std::vector<scene::Face>& triangles, std::uint16_t material);
+    // Appends all else of the piece, whose triangles came last and get this material id.
+    void Append(const aiMesh& piece, const std::string& name, std::size_t triangles,
+                std::uint16_t material);
 
     // The mesh with its modifiers.
     NodeMesh Finish(const std::function<void(double share)>& report);
 
   private:
-    void AddChannel(const aiMesh& piece, int uv, const std::vector<scene::Face>& triangles,
+    void AddChannel(const aiMesh& piece, int uv, std::span<const scene::Face> triangles,
                     std::size_t& notFinite);
     std::vector<std::uint32_t> JoinVertices(const SourceVertices& source, bool byNormal,
                                             scene::Mesh& mesh) const;
 
     ImportWarnings& warnings_;
     const bool isMirrored_;
+    const Sizes most_;
     NodeVertices vertices_;
     std::vector<scene::Face> faces_;  // of source vertices
     std::map<int, ChannelBuilder> channels_;
 };
 
-void MeshBuilder::Append(const aiMesh& piece, const std::string& name,
-                         const std::vector<scene::Face>& triangles, std::uint16_t material) {
+void MeshBuilder::Append(const aiMesh& piece, const std::string& name, std::size_t triangles,
+                         std::uint16_t material) {
+    const std::span<scene::Face> own = std::span(faces_).last(triangles);
     std::size_t notFinite = 0, cutSets = 0;
     vertices_.Append(piece, name, notFinite);
     for (int uv = 0; uv < AI_MAX_NUMBER_OF_TEXTURECOORDS; ++uv) {
         if (piece.mTextureCoords[uv]) {
-            AddChannel(piece, uv, triangles, notFinite);
+            AddChannel(piece, uv, own, notFinite);
             cutSets += HasThirdCoordinate(piece, uv) ? 1 : 0;
         }
     }
     warnings_.Add(LossCode::textureThirdCoordinate, "mesh " + name, cutSets);
-    for (const scene::Face& triangle : triangles) {
-        faces_.push_back({triangle.v, 0, material});
+    for (scene::Face& triangle : own) {
+        triangle.material = material;
     }
     warnings_.Add(LossCode::numberNotFinite, "mesh " + name, notFinite);
 }
 
-// The map faces of the piece, whose vertices are there already and whose triangles come next.
-void MeshBuilder::AddChannel(const aiMesh& piece, int uv, const std::vector<scene::Face>& triangles,
+// The map faces of the piece, whose vertices are there already and whose triangles came last.
+void MeshBuilder::AddChannel(const aiMesh& piece, int uv, std::span<const scene::Face> triangles,
                              std::size_t& notFinite) {
     ChannelBuilder& channel = channels_[uv + 1];
-    channel.FillUp(faces_.size());
+    channel.Reserve(most_.vertices, most_.faces);
+    channel.FillUp(faces_.size() - triangles.size());
     std::vector<std::uint32_t> ids(piece.mNumVertices);
     for (unsigned i = 0; i < piece.mNumVertices; ++i) {
         const aiVector3D& coordinate = piece.mTextureCoords[uv][i];
@@ -273,7 +293,7 @@ NodeMesh MeshBuilder::Finish(const std::function<void(double)>& report) {
     return made;
 }
 
-std::vector<scene::Face> MeshBuilder::TrianglesOf(const aiMesh& piece, const std::string& name) {
+std::size_t MeshBuilder::AppendTriangles(const aiMesh& piece, const std::string& name) {
     const std::string subject = "mesh " + name;
     std::size_t pointsAndLines = 0, polygons = 0, outOfRange = 0;
     const unsigned vertices = piece.mVertices ? piece.mNumVertices : 0;
@@ -281,8 +301,7 @@ std::vector<scene::Face> MeshBuilder::TrianglesOf(const aiMesh& piece, const std
     // A geometric transform that mirrors turns the faces over. A node's matrix or bones that
     // mirror do not, so that an exported skin, which is in the world, winds as the file's.
     const int second = isMirrored_ ? 2 : 1;
-    std::vector<scene::Face> triangles;
-    triangles.reserve(piece.mFaces ? piece.mNumFaces : 0);
+    const std::size_t before = faces_.size();
     for (unsigned i = 0; piece.mFaces && i < piece.mNumFaces; ++i) {
         const aiFace& face = piece.mFaces[i];
         const unsigned* const v = face.mIndices;
@@ -291,7 +310,7 @@ std::vector<scene::Face> MeshBuilder::TrianglesOf(const aiMesh& piece, const std
         } else if (std::max({v[0], v[1], v[2]}) >= vertices) {
             ++outOfRange;
         } else {
-            triangles.push_back({{first + v[0], first + v[second], first + v[3 - second]}, 0, 0});
+            faces_.push_back({{first + v[0], first + v[second], first + v[3 - second]}, 0, 0});
         }
     }
     warnings_.AddOf(LossCode::verticesWithoutFaces, "mesh", name,
@@ -300,7 +319,7 @@ std::vector<scene::Face> MeshBuilder::TrianglesOf(const aiMesh& piece, const std
     warnings_.Add(LossCode::polygonNotCut, subject, polygons);
     warnings_.Add(LossCode::faceIndexOutOfRange, subject, outOfRange);
     warnings_.Add(LossCode::vertexColors, subject, piece.GetNumColorChannels());
-    return triangles;
+    return faces_.size() - before;
 }
 
 // The material id of faces of `material`, the next free one at its first appearance.
@@ -321,6 +340,22 @@ std::uint16_t IdOf(unsigned material, std::vector<unsigned>& materials,
 std::string ShownName(const aiMesh& mesh, unsigned index) {
     const std::string name = TextOf(mesh.mName);
     return name.empty() ? std::to_string(index) : Quoted(name);
+}
+
+Sizes SizesOf(const aiScene& scene, const aiNode& node) {
+    constexpr std::size_t kMostVertices = std::numeric_limits<std::uint32_t>::max();
+    Sizes sizes;
+    for (unsigned i = 0; i < node.mNumMeshes; ++i) {
+        if (node.mMeshes[i] < scene.mNumMeshes) {
+            const aiMesh& piece = *scene.mMeshes[node.mMeshes[i]];
+            sizes.vertices += piece.mNumVertices;
+            sizes.faces += piece.mFaces ? piece.mNumFaces : 0;
+            if (sizes.vertices > kMostVertices || sizes.faces > kMostVertices / 3) {
+                throw ImportError("a node has more than 4294967295 vertices or 1431655765 faces");
+            }
+        }
+    }
+    return sizes;
 }
 
 }  // namespace
@@ -351,11 +386,9 @@ NodeMesh MeshFactory::Of(std::size_t index) {
 NodeMesh MeshFactory::Build(std::size_t index) {
     const aiScene& scene = source_.scene;
     const aiNode& node = *source_.tree.nodes[index].node;
-    MeshBuilder builder(source_, index);
+    MeshBuilder builder(source_, index, SizesOf(scene, node));
     std::vector<unsigned> materials;
     std::map<unsigned, std::uint16_t> ids;
-    constexpr std::size_t kMostVertices = std::numeric_limits<std::uint32_t>::max();
-    std::size_t vertices = 0, faces = 0;
     bool isColored = false;
     for (unsigned i = 0; i < node.mNumMeshes; ++i) {
         const unsigned number = node.mMeshes[i];
@@ -364,15 +397,10 @@ NodeMesh MeshFactory::Build(std::size_t index) {
             continue;
         }
         const aiMesh& piece = *scene.mMeshes[number];
-        vertices += piece.mNumVertices;
-        faces += piece.mNumFaces;
-        if (vertices > kMostVertices || faces > kMostVertices / 3) {
-            throw ImportError("a node has more than 4294967295 vertices or 1431655765 faces");
-        }
         isColored = isColored || piece.GetNumColorChannels() > 0;
         const std::string name = ShownName(piece, number);
-        const std::vector<scene::Face> triangles = builder.TrianglesOf(piece, name);
-        if (!triangles.empty()) {
+        const std::size_t triangles = builder.AppendTriangles(piece, name);
+        if (triangles > 0) {
             builder.Append(piece, name, triangles, IdOf(piece.mMaterialIndex, materials, ids));
         }
         source_.reportMesh(kAppended * (i + 1) / node.mNumMeshes);

@@ -98,21 +98,24 @@ class ListsByKey {
     std::vector<std::uint32_t> numbers_;
 };
 
-// One side of an edge: a face with the corners that the edge leads from and to.
+// One side of an edge: a face with its corners at the edge's ends, the lower vertex and the higher.
 struct Side {
-    std::uint32_t low, high;  // vertices
+    std::uint32_t high;  // vertex
     std::uint32_t face;
     std::uint16_t material;
     std::uint8_t lowCorner, highCorner;
-
-    auto Edge() const { return std::tie(low, high, material); }
 };
 
 class SmoothingGroups {
   public:
     SmoothingGroups(scene::Mesh& mesh, const std::vector<Vec3>& normals,
                     const std::vector<scene::Face>& sources)
-        : mesh_(mesh), normals_(normals), sources_(sources), sets_(mesh.faces.size()) {
+        : mesh_(mesh),
+          normals_(normals),
+          sources_(sources),
+          sets_(mesh.faces.size()),
+          corners_(mesh.vertices.size(), 3 * mesh.faces.size(),
+                   [&mesh](std::size_t corner) { return mesh.faces[corner / 3].v[corner % 3]; }) {
         products_.reserve(mesh.faces.size());
         for (const scene::Face& face : mesh.faces) {
             products_.push_back(Product(mesh.vertices[face.v[0]], mesh.vertices[face.v[1]],
@@ -155,22 +158,8 @@ class SmoothingGroups {
                PointsTo(Stated(face, 2), products_[face]);
     }
 
-    // Those of faces that state normals.
     template <class Visit>
-    void ForEachSide(Visit visit) const {
-        for (std::uint32_t i = 0; i < mesh_.faces.size(); ++i) {
-            const scene::Face& face = mesh_.faces[i];
-            for (std::uint8_t k = 0; k < 3 && StatesNormals(i); ++k) {
-                const auto next = static_cast<std::uint8_t>((k + 1) % 3);
-                if (face.v[k] < face.v[next]) {
-                    visit(Side{face.v[k], face.v[next], i, face.material, k, next});
-                } else if (face.v[k] > face.v[next]) {
-                    visit(Side{face.v[next], face.v[k], i, face.material, next, k});
-                }
-            }
-        }
-    }
-    std::vector<Side> SortedSides() const;
+    void ForEachSide(std::uint32_t corner, Visit visit) const;
     void UniteFaces();
     void UniteSides(std::span<const Side> sides);
     void MakePatches();
@@ -184,38 +173,48 @@ class SmoothingGroups {
     const std::vector<scene::Face>& sources_;
     std::vector<Vec3> products_;  // of each face: its normal, as long as twice its area
     FaceSets sets_;
+    ListsByKey corners_;  // of each vertex, counted through all faces
     std::vector<Patch> patches_;
     std::vector<std::uint32_t> patchOf_;  // of each face; patches_.size() for none
     std::vector<std::uint32_t> usedAt_;   // the groups of the patches at each vertex
 };
 
-// By edges: first into the places of their low vertices, then the few of each among themselves.
-std::vector<Side> SmoothingGroups::SortedSides() const {
-    std::vector<std::size_t> ends(mesh_.vertices.size() + 1);
-    ForEachSide([&](const Side& side) { ++ends[side.low + 1]; });
-    std::inclusive_scan(ends.begin(), ends.end(), ends.begin());
-    std::vector<Side> sides(ends.back());
-    // Filling moves each vertex's beginning to its end, which is the next one's beginning.
-    ForEachSide([&](const Side& side) { sides[ends[side.low]++] = side; });
-    auto begin = sides.begin();
+// The sides that this corner is the lower end of, in their order around the face.
+template <class Visit>
+void SmoothingGroups::ForEachSide(std::uint32_t corner, Visit visit) const {
+    const std::uint32_t number = corner / 3;
+    const scene::Face& face = mesh_.faces[number];
+    const auto here = static_cast<std::uint8_t>(corner % 3);
+    const auto next = static_cast<std::uint8_t>((here + 1) % 3);
+    const auto last = static_cast<std::uint8_t>((here + 2) % 3);
+    for (const std::uint8_t other : here == 0 ? std::array{next, last} : std::array{last, next}) {
+        if (face.v[here] < face.v[other]) {
+            visit(Side{face.v[other], number, face.material, here, other});
+        }
+    }
+}
+
+// The few sides of one lower vertex at a time, put into order by their edges.
+void SmoothingGroups::UniteFaces() {
+    std::vector<Side> sides;
     for (std::size_t vertex = 0; vertex < mesh_.vertices.size(); ++vertex) {
-        const auto end = sides.begin() + static_cast<std::ptrdiff_t>(ends[vertex]);
-        std::sort(begin, end, [](const Side& a, const Side& b) {
+        sides.clear();
+        for (const std::uint32_t corner : corners_.Of(vertex)) {
+            if (StatesNormals(corner / 3)) {
+                ForEachSide(corner, [&sides](const Side& side) { sides.push_back(side); });
+            }
+        }
+        std::sort(sides.begin(), sides.end(), [](const Side& a, const Side& b) {
             return std::tie(a.high, a.material, a.face, a.lowCorner) <
                    std::tie(b.high, b.material, b.face, b.lowCorner);
         });
-        begin = end;
-    }
-    return sides;
-}
-
-void SmoothingGroups::UniteFaces() {
-    const std::vector<Side> sides = SortedSides();
-    for (auto begin = sides.begin(); begin != sides.end();) {
-        const auto end = std::find_if(
-            begin, sides.end(), [begin](const Side& side) { return side.Edge() != begin->Edge(); });
-        UniteSides({begin, end});
-        begin = end;
+        for (auto begin = sides.begin(); begin != sides.end();) {
+            const auto end = std::find_if(begin, sides.end(), [begin](const Side& side) {
+                return side.high != begin->high || side.material != begin->material;
+            });
+            UniteSides({begin, end});
+            begin = end;
+        }
     }
 }
 
@@ -301,11 +300,8 @@ void SmoothingGroups::GiveGroup(Patch& patch, std::span<const std::uint32_t> fac
 // Takes the groups from flat patches that are better off without. False where a patch that needs
 // its group gets other normals than it states.
 bool SmoothingGroups::MakesNormals() {
-    const ListsByKey corners(
-        mesh_.vertices.size(), 3 * mesh_.faces.size(),
-        [this](std::size_t corner) { return mesh_.faces[corner / 3].v[corner % 3]; });
     for (std::size_t vertex = 0; vertex < mesh_.vertices.size(); ++vertex) {
-        if (!MakesNormalsAt(corners.Of(vertex))) {
+        if (!MakesNormalsAt(corners_.Of(vertex))) {
             return false;
         }
     }

@@ -172,6 +172,7 @@ void NodeVertices::Append(const aiMesh& mesh, const std::string& name, std::size
         CatchUpRest();
     }
     if (mesh.mNormals || !vertices_.normals.empty()) {
+        vertices_.normals.reserve(most_);
         vertices_.normals.resize(Count());
     }
     for (unsigned i = 0; i < mesh.mNumVertices; ++i) {

@@ -66,10 +66,14 @@ struct SourceVertices {
 // Keeps a reference to the source.
 class NodeVertices {
   public:
-    NodeVertices(const MeshSource& source, std::size_t node)
+    // Makes room for `most` vertices; more may come.
+    NodeVertices(const MeshSource& source, std::size_t node, std::size_t most)
         : source_(source),
           node_(node),
-          skin_(source.tree, node, source.pose, source.bones, source.warnings) {}
+          most_(most),
+          skin_(source.tree, node, source.pose, source.bones, source.warnings) {
+        vertices_.positions.reserve(most);
+    }
 
     // Appends those of the piece and counts the numbers that were taken as 0. `name` is the piece's
     // for messages.
@@ -96,6 +100,7 @@ class NodeVertices {
 
     const MeshSource& source_;
     const std::size_t node_;
+    const std::size_t most_;
     NodeSkin skin_;
     MorphChannels channels_;
     std::vector<scene::Vec3> rest_;  // positions without morph targets; empty before any target
