@@ -491,11 +491,11 @@ ImportedScene ConvertScene(const aiScene& scene, const std::string& path,
     return Converter(scene, path, choices, report).Convert();
 }
 
-ImportedScene ReadHere(const std::string& path, const ImportChoices& choices,
-                       const ReportPercent& report) {
+// ImportWithAssimp() in this process, unprotected from what Assimp does on broken files.
+static ImportedScene ReadHere(Assimp::Importer& importer, const std::string& path,
+                              const ImportChoices& choices, const ReportPercent& report) {
     Percentages percentages(report);
     const ReportShare show = [&](double share) { percentages.Show(share); };
-    Assimp::Importer importer;
     try {
         const aiScene& scene = LoadScene(importer, path, show);
         ImportedScene imported = ConvertScene(
@@ -515,11 +515,18 @@ ImportedScene ImportWithAssimp(const std::string& given, const ImportChoices& ch
                                const ReportPercent& report) {
     const std::string path = PathWithoutDots(given);
     CheckSourceFile(path);
-    return DecodeScene(RunInReaderProcess(
-        [&](const ReportPercent& reportFromThere) {
-            return EncodeScene(ReadHere(path, choices, reportFromThere));
+    ImportedScene imported;
+    RunInReaderProcess(
+        [&](const ReportPercent& reportFromThere, const PutResult& put) {
+            // Both stay until their process ends, which takes no time to free them.
+            auto* const importer = new Assimp::Importer;
+            const auto* const read =
+                new ImportedScene(ReadHere(*importer, path, choices, reportFromThere));
+            EncodeScene(*read, put);
         },
-        LimitsFor(SourceSize(path)), report));
+        LimitsFor(SourceSize(path)), report,
+        [&imported](const GetResult& get) { imported = DecodeScene(get); });
+    return imported;
 }
 
 bool AssimpKnows(const std::string& path) {

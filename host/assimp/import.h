@@ -46,9 +46,4 @@ ImportedScene ConvertScene(
     const aiScene& scene, const std::string& path, const ImportChoices& choices = {},
     const std::function<void(double share)>& report = [](double) {});
 
-// ImportWithAssimp() in this process, unprotected from what Assimp does on broken files.
-ImportedScene ReadHere(
-    const std::string& path, const ImportChoices& choices = {},
-    const ReportPercent& report = [](int) {});
-
 }  // namespace maxhost::import

@@ -55,7 +55,7 @@ class FileDescriptor {
 
 // ---------------------------------------------------------------- in the child
 
-void WriteAll(int file, const std::string& bytes) {
+void WriteAll(int file, std::string_view bytes) {
     for (std::size_t done = 0; done < bytes.size();) {
         const ssize_t written = write(file, bytes.data() + done, bytes.size() - done);
         if (written < 0 && errno != EINTR) {
@@ -65,24 +65,45 @@ void WriteAll(int file, const std::string& bytes) {
     }
 }
 
-using Work = std::function<std::string(const ReportPercent&)>;
+using Work = std::function<void(const ReportPercent&, const PutResult&)>;
 
 struct Job {
     const Work& work;
     int output;
-    std::string answer;
+    bool hasBegun = false;  // to put its result
+
+    void Begin() {
+        if (!std::exchange(hasBegun, true)) {
+            WriteAll(output, {&kResult, 1});
+        }
+    }
 };
+
+// What went wrong within a result cannot be told any more.
+void Refuse(const Job& job, const std::string& reason) {
+    if (job.hasBegun) {
+        _exit(EXIT_FAILURE);
+    }
+    WriteAll(job.output, kRefusal + reason);
+}
 
 void* RunJob(void* argument) {
     Job& job = *static_cast<Job*>(argument);
     try {
-        job.answer = kResult + job.work([&job](int percent) {
-            WriteAll(job.output, {kProgress, static_cast<char>(percent)});
-        });
+        job.work(
+            [&job](int percent) {
+                const char bytes[] = {kProgress, static_cast<char>(percent)};
+                WriteAll(job.output, {bytes, sizeof bytes});
+            },
+            [&job](std::string_view bytes) {
+                job.Begin();
+                WriteAll(job.output, bytes);
+            });
+        job.Begin();
     } catch (const std::bad_alloc&) {
-        job.answer = kRefusal + std::string(kNoMemory);
+        Refuse(job, kNoMemory);
     } catch (const std::exception& failure) {
-        job.answer = kRefusal + std::string(failure.what());
+        Refuse(job, failure.what());
     }
     return nullptr;
 }
@@ -127,48 +148,73 @@ void SetLimits(const ReaderLimits& limits) {
     dup2(nowhere, STDOUT_FILENO);
     dup2(nowhere, STDERR_FILENO);
     SetLimits(limits);
-    Job job{work, output, {}};
+    Job job{work, output};
     RunWithDeepStack(job);
-    WriteAll(output, job.answer);
     // Past every destructor and buffer that this process has a copy of.
     _exit(EXIT_SUCCESS);
 }
 
 // ---------------------------------------------------------------- in the parent
 
-// Takes the child's reports from the front of what it has written so far; the last one is
-// `percent`.
-void TakeReports(std::string& bytes, int& percent, const ReportPercent& report) {
-    std::size_t at = 0;
-    while (at + 1 < bytes.size() && bytes[at] == kProgress) {
-        percent = bytes[at + 1];
-        report(percent);
-        at += 2;
-    }
-    bytes.erase(0, at);
-}
+// What the child writes, as it comes.
+class Answer {
+  public:
+    Answer(int file, const ReportPercent& report) : file_(file), report_(report) {}
 
-// The child's answer, to its end.
-std::string ReadAnswer(int file, const ReportPercent& report) {
-    constexpr int kPatience = 500;  // milliseconds
-    std::string bytes;
-    int percent = 0;
-    std::array<char, 1 << 16> buffer;
-    for (;;) {
-        pollfd input{file, POLLIN, 0};
-        if (poll(&input, 1, kPatience) == 0) {
-            report(percent);
-            continue;
+    // Reports what the child does, until its answer begins; how it does, or kNothing.
+    static constexpr char kNothing = 0;
+    char Begin() {
+        char kind = kNothing;
+        while (Read({&kind, 1}) > 0 && kind == kProgress) {
+            char percent = 0;
+            if (Read({&percent, 1}) == 0) {
+                return kNothing;
+            }
+            percent_ = percent;
+            report_(percent_);
+            kind = kNothing;
         }
-        const ssize_t count = read(file, buffer.data(), buffer.size());
-        if (count > 0) {
-            bytes.append(buffer.data(), static_cast<std::size_t>(count));
-            TakeReports(bytes, percent, report);
-        } else if (count == 0 || errno != EINTR) {
-            return bytes;
+        return kind;
+    }
+
+    // Up to as many bytes as there is room for; 0 at the end.
+    std::size_t Read(std::span<char> room) {
+        constexpr int kPatience = 500;  // milliseconds
+        for (;;) {
+            pollfd input{file_, POLLIN, 0};
+            if (poll(&input, 1, kPatience) == 0) {
+                report_(percent_);
+                continue;
+            }
+            const ssize_t count = read(file_, room.data(), room.size());
+            if (count > 0) {
+                return static_cast<std::size_t>(count);
+            }
+            if (count == 0 || errno != EINTR) {
+                isAtEnd_ = true;
+                return 0;
+            }
         }
     }
-}
+
+    std::string ReadToEnd() {
+        std::string text;
+        std::array<char, 1 << 12> buffer;
+        while (const std::size_t count = Read(buffer)) {
+            text.append(buffer.data(), count);
+        }
+        return text;
+    }
+
+    // Whether the child has closed it.
+    bool IsAtEnd() const { return isAtEnd_; }
+
+  private:
+    const int file_;
+    const ReportPercent& report_;
+    int percent_ = 0;
+    bool isAtEnd_ = false;
+};
 
 int WaitFor(pid_t child) {
     int status = 0;
@@ -203,19 +249,16 @@ ReaderLimits LimitsFor(std::uint64_t bytes) {
     return limits;
 }
 
-std::string RunInReaderProcess(const std::function<std::string()>& work,
-                               const ReaderLimits& limits) {
-    return RunInReaderProcess([&work](const ReportPercent&) { return work(); }, limits, [](int) {});
-}
-
-std::string RunInReaderProcess(const Work& work, const ReaderLimits& limits,
-                               const ReportPercent& report) {
+void RunInReaderProcess(const Work& work, const ReaderLimits& limits, const ReportPercent& report,
+                        const std::function<void(const GetResult&)>& take) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) {
         FailWith(errno);
     }
     FileDescriptor input(ends[0]);
     FileDescriptor output(ends[1]);
+    constexpr int kRoom = 1 << 20;  // the most for users without privileges
+    fcntl(output.Number(), F_SETPIPE_SZ, kRoom);
     const pid_t child = fork();
     if (child < 0) {
         FailWith(errno);
@@ -225,21 +268,59 @@ std::string RunInReaderProcess(const Work& work, const ReaderLimits& limits,
         BeTheChild(output.Number(), work, limits);
     }
     output.Close();
-    std::string answer = ReadAnswer(input.Number(), report);
+    Answer answer(input.Number(), report);
+    std::exception_ptr failure;
+    char kind = Answer::kNothing;
+    std::string refusal;
+    try {
+        kind = answer.Begin();
+        if (kind == kResult) {
+            take([&answer](std::span<char> room) { return answer.Read(room); });
+        } else {
+            refusal = answer.ReadToEnd();
+        }
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    if (failure && !answer.IsAtEnd()) {
+        kill(child, SIGKILL);
+        WaitFor(child);
+        std::rethrow_exception(failure);
+    }
     const int status = WaitFor(child);
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != EXIT_SUCCESS || answer.empty()) {
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != EXIT_SUCCESS || kind == Answer::kNothing) {
         throw ImportError(HowItEnded(status, limits));
     }
-    const bool isRefusal = answer.front() == kRefusal;
-    answer.erase(0, 1);
-    if (isRefusal && answer == kNoMemory) {
-        throw ImportError(answer + ", the reader may take " + std::to_string(limits.memory >> 20) +
+    if (kind == kRefusal && refusal == kNoMemory) {
+        throw ImportError(refusal + ", the reader may take " + std::to_string(limits.memory >> 20) +
                           " MiB, the limit for its size (512 MiB and 400 times its bytes)");
     }
-    if (isRefusal) {
-        throw ImportError(answer);
+    if (kind == kRefusal) {
+        throw ImportError(refusal);
     }
-    return answer;
+    if (failure) {
+        std::rethrow_exception(failure);
+    }
+}
+
+std::string RunInReaderProcess(const std::function<std::string(const ReportPercent&)>& work,
+                               const ReaderLimits& limits, const ReportPercent& report) {
+    std::string result;
+    RunInReaderProcess(
+        [&work](const ReportPercent& reportThere, const PutResult& put) { put(work(reportThere)); },
+        limits, report,
+        [&result](const GetResult& get) {
+            std::array<char, 1 << 16> buffer;
+            while (const std::size_t count = get(buffer)) {
+                result.append(buffer.data(), count);
+            }
+        });
+    return result;
+}
+
+std::string RunInReaderProcess(const std::function<std::string()>& work,
+                               const ReaderLimits& limits) {
+    return RunInReaderProcess([&work](const ReportPercent&) { return work(); }, limits, [](int) {});
 }
 
 }  // namespace maxhost::import

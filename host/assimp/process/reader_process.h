@@ -4,7 +4,9 @@
 
 #include <cstdint>
 #include <functional>
+#include <span>
 #include <string>
+#include <string_view>
 
 namespace maxhost::import {
 
@@ -25,16 +27,29 @@ ReaderLimits LimitsFor(std::uint64_t bytes);
 // Told of how much of something is done, 0 to 100.
 using ReportPercent = std::function<void(int percent)>;
 
-// Runs `work` and returns its result: in a child process, on a thread with a stack of kReaderStack
-// (readers recurse through hierarchies). Nothing else that `work` does to this program's state
-// stays, and what it prints is dropped. Throws ImportError, with the message of the exception that
-// `work` throws or with how the process ended.
-std::string RunInReaderProcess(const std::function<std::string()>& work,
-                               const ReaderLimits& limits = {});
+// Puts the next bytes of a result.
+using PutResult = std::function<void(std::string_view bytes)>;
 
-// The same for work that tells how far it is: what it reports in its process comes to `report` in
-// this one meanwhile, in order, and at least twice a second the last of it once more.
+// Fills the beginning of `room` with the next bytes of a result; returns how many they are, 0 at
+// the end.
+using GetResult = std::function<std::size_t(std::span<char> room)>;
+
+// Runs `work` in a child process, on a thread with a stack of kReaderStack (readers recurse through
+// hierarchies), and here, as it comes over, gives its result to `take`. Nothing else that `work`
+// does to this program's state stays, and what it prints is dropped; its process ends without
+// destructors of what it left behind. What it reports there comes to `report` here meanwhile, in
+// order, and at least twice a second the last of it once more. Throws ImportError, with the message
+// of the exception that `work` throws before it puts anything or with how the process ended, which
+// goes before anything that `take` throws.
+void RunInReaderProcess(
+    const std::function<void(const ReportPercent& report, const PutResult& put)>& work,
+    const ReaderLimits& limits, const ReportPercent& report,
+    const std::function<void(const GetResult& get)>& take);
+
+// The same for a result that is a text.
 std::string RunInReaderProcess(const std::function<std::string(const ReportPercent&)>& work,
                                const ReaderLimits& limits, const ReportPercent& report);
+std::string RunInReaderProcess(const std::function<std::string()>& work,
+                               const ReaderLimits& limits = {});
 
 }  // namespace maxhost::import

@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <type_traits>
 #include <utility>
 #include <variant>
@@ -66,20 +67,28 @@ namespace {
 template <typename T>
 constexpr bool kIsPlain = std::is_trivially_copyable_v<T> && !std::is_pointer_v<T>;
 
+// Small things are gathered; what is as large goes by itself, both ways.
+constexpr std::size_t kGathered = std::size_t{1} << 16;
+
 class Encoder {
   public:
+    explicit Encoder(PutResult put) : put_(std::move(put)) { bytes_.reserve(kGathered); }
+
     template <typename T>
     void Put(const T& value);
 
-    std::string Take() { return std::move(bytes_); }
+    void Flush() {
+        put_(bytes_);
+        bytes_.clear();
+    }
 
   private:
-    void Put(const std::string& text) { PutBytes(text.data(), text.size(), text.size()); }
+    void Put(const std::string& text) { PutList(text.data(), text.size(), text.size()); }
 
     template <typename T>
     void Put(const std::vector<T>& list) {
         if constexpr (kIsPlain<T>) {
-            PutBytes(list.data(), list.size(), list.size() * sizeof(T));
+            PutList(list.data(), list.size(), list.size() * sizeof(T));
         } else {
             Put(list.size());
             for (const T& item : list) {
@@ -126,30 +135,53 @@ class Encoder {
         }
     }
 
-    void PutBytes(const void* data, std::size_t count, std::size_t size) {
-        bytes_.append(reinterpret_cast<const char*>(&count), sizeof count);
-        bytes_.append(static_cast<const char*>(data), size);
+    void PutList(const void* data, std::size_t count, std::size_t size) {
+        PutPlain(count);
+        PutAll({static_cast<const char*>(data), size});
     }
 
+    template <typename T>
+    void PutPlain(const T& value) {
+        PutAll({reinterpret_cast<const char*>(&value), sizeof value});
+    }
+
+    void PutAll(std::string_view bytes) {
+        if (bytes_.size() + bytes.size() > kGathered) {
+            Flush();
+        }
+        if (bytes.size() >= kGathered) {
+            put_(bytes);
+        } else {
+            bytes_.append(bytes);
+        }
+    }
+
+    const PutResult put_;
     std::string bytes_;
     std::map<const void*, std::size_t> numbers_;
 };
 
 class Decoder {
   public:
-    explicit Decoder(std::string_view bytes) : bytes_(bytes) {}
+    // The bytes begin with their number.
+    explicit Decoder(const GetResult& get) : get_(get), room_(kGathered) {
+        std::size_t size = 0;
+        left_ = sizeof size;
+        Fill(&size, sizeof size);
+        left_ = size;
+    }
 
     template <typename T>
     void Get(T& value);
 
   private:
-    void Get(std::string& text) { text.resize(Size(1)), GetBytes(text.data(), text.size()); }
+    void Get(std::string& text) { text.resize(Size(1)), Fill(text.data(), text.size()); }
 
     template <typename T>
     void Get(std::vector<T>& list) {
         if constexpr (kIsPlain<T>) {
             list.resize(Size(sizeof(T)));
-            GetBytes(list.data(), list.size() * sizeof(T));
+            Fill(list.data(), list.size() * sizeof(T));
         } else {
             list.resize(Size(1));
             for (T& item : list) {
@@ -217,33 +249,54 @@ class Decoder {
     // A count of things that take at least `size` bytes each.
     std::size_t Size(std::size_t size) {
         std::size_t count = 0;
-        GetBytes(&count, sizeof count);
-        if (count > bytes_.size() / size) {
+        Fill(&count, sizeof count);
+        if (count > left_ / size) {
             Fail();
         }
         return count;
     }
 
-    void GetBytes(void* data, std::size_t size) {
-        if (size > bytes_.size()) {
+    void Fill(void* data, std::size_t size) {
+        if (size > left_) {
             Fail();
         }
-        if (size > 0) {
-            std::memcpy(data, bytes_.data(), size);
-            bytes_.remove_prefix(size);
+        left_ -= size;
+        std::span<char> rest(static_cast<char*>(data), size);
+        while (!rest.empty()) {
+            if (bytes_.empty() && rest.size() >= kGathered) {
+                rest = rest.subspan(Next(rest));
+                continue;
+            }
+            if (bytes_.empty()) {
+                bytes_ = {room_.data(), Next(room_)};
+            }
+            const std::size_t count = bytes_.copy(rest.data(), rest.size());
+            bytes_.remove_prefix(count);
+            rest = rest.subspan(count);
         }
+    }
+
+    std::size_t Next(std::span<char> room) const {
+        const std::size_t count = get_(room);
+        if (count == 0) {
+            Fail();
+        }
+        return count;
     }
 
     [[noreturn]] static void Fail() { throw ImportError("the scene came through cut off"); }
 
-    std::string_view bytes_;
+    const GetResult& get_;
+    std::size_t left_ = 0;
+    std::vector<char> room_;
+    std::string_view bytes_;  // that stand in it
     std::map<std::size_t, std::shared_ptr<const void>> objects_;
 };
 
 template <typename T>
 void Encoder::Put(const T& value) {
     if constexpr (kIsPlain<T>) {
-        bytes_.append(reinterpret_cast<const char*>(&value), sizeof value);
+        PutPlain(value);
     } else {
         scene::ForEachField<T>([&](const auto& field) { Put(field.Of(value)); });
     }
@@ -252,7 +305,7 @@ void Encoder::Put(const T& value) {
 template <typename T>
 void Decoder::Get(T& value) {
     if constexpr (kIsPlain<T>) {
-        GetBytes(&value, sizeof value);
+        Fill(&value, sizeof value);
     } else {
         scene::ForEachField<T>([&](const auto& field) { Get(field.Of(value)); });
     }
@@ -260,17 +313,36 @@ void Decoder::Get(T& value) {
 
 }  // namespace
 
-std::string EncodeScene(const ImportedScene& scene) {
-    Encoder encoder;
+// The number of bytes comes first, so that a reader knows what there can be.
+void EncodeScene(const ImportedScene& scene, const PutResult& put) {
+    std::size_t size = 0;
+    Encoder measure([&size](std::string_view bytes) { size += bytes.size(); });
+    measure.Put(scene);
+    measure.Flush();
+    put({reinterpret_cast<const char*>(&size), sizeof size});
+    Encoder encoder(put);
     encoder.Put(scene);
-    return encoder.Take();
+    encoder.Flush();
+}
+
+std::string EncodeScene(const ImportedScene& scene) {
+    std::string all;
+    EncodeScene(scene, [&all](std::string_view bytes) { all.append(bytes); });
+    return all;
+}
+
+ImportedScene DecodeScene(const GetResult& get) {
+    ImportedScene scene;
+    Decoder(get).Get(scene);
+    return scene;
 }
 
 ImportedScene DecodeScene(std::string_view bytes) {
-    ImportedScene scene;
-    Decoder decoder(bytes);
-    decoder.Get(scene);
-    return scene;
+    return DecodeScene([&bytes](std::span<char> room) {
+        const std::size_t count = bytes.copy(room.data(), room.size());
+        bytes.remove_prefix(count);
+        return count;
+    });
 }
 
 }  // namespace maxhost::import

@@ -6,12 +6,16 @@
 #include <string_view>
 
 #include "host/assimp/imported_scene.h"
+#include "host/assimp/process/reader_process.h"
 
 namespace maxhost::import {
 
+// Large lists are put as they stand, without a copy.
+void EncodeScene(const ImportedScene& scene, const PutResult& put);
 std::string EncodeScene(const ImportedScene& scene);
 
-// Objects that were shared are shared again. Throws ImportError where `bytes` were cut off.
+// Objects that were shared are shared again. Throws ImportError where the bytes were cut off.
+ImportedScene DecodeScene(const GetResult& get);
 ImportedScene DecodeScene(std::string_view bytes);
 
 }  // namespace maxhost::import

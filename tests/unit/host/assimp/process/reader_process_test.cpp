@@ -2,12 +2,17 @@
 #include "host/assimp/process/reader_process.h"
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <csignal>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <iostream>
 #include <new>
 #include <stdexcept>
@@ -16,8 +21,10 @@
 
 #include "host/assimp/import.h"
 
+using maxhost::import::GetResult;
 using maxhost::import::ImportError;
 using maxhost::import::LimitsFor;
+using maxhost::import::PutResult;
 using maxhost::import::ReaderLimits;
 using maxhost::import::ReportPercent;
 using maxhost::import::RunInReaderProcess;
@@ -61,6 +68,73 @@ TEST(ReaderProcess, ProgressComesOverBeforeTheResult) {
         {}, [&](int percent) { seen.push_back(percent); });
     EXPECT_EQ(result, "P1");
     EXPECT_EQ(seen, (std::vector<int>{1, 50, 'R', 100}));
+}
+
+TEST(ReaderProcess, AResultIsTakenAsItComes) {
+    const std::string part(3'000'000, 'x');
+    std::size_t most = 0, all = 0;
+    RunInReaderProcess(
+        [&part](const ReportPercent&, const PutResult& put) {
+            for (int i = 0; i < 20; ++i) {
+                put(part);
+            }
+        },
+        {}, [](int) {},
+        [&](const GetResult& get) {
+            std::vector<char> room(10'000'000);
+            while (const std::size_t count = get(room)) {
+                most = std::max(most, count);
+                all += count;
+            }
+        });
+    EXPECT_EQ(all, 20 * part.size());
+    EXPECT_LT(most, part.size());
+}
+
+TEST(ReaderProcess, WhatEndsWithinItsResultIsTold) {
+    const auto breakOff = [](const std::function<void()>& end) {
+        RunInReaderProcess(
+            [&end](const ReportPercent&, const PutResult& put) {
+                put("part");
+                end();
+            },
+            {}, [](int) {},
+            [](const GetResult& get) {
+                std::array<char, 100> room;
+                while (get(room) > 0) {
+                }
+                throw ImportError("cut off");
+            });
+    };
+    const auto failureOf = [&breakOff](const std::function<void()>& end) -> std::string {
+        try {
+            breakOff(end);
+        } catch (const ImportError& error) {
+            return error.what();
+        }
+        return "no refusal";
+    };
+    EXPECT_EQ(failureOf([] {
+                  signal(SIGSEGV, SIG_DFL);
+                  raise(SIGSEGV);
+              }),
+              "cannot be read: the reader crashed on it (signal 11)");
+    EXPECT_EQ(failureOf([] { throw std::runtime_error("too late"); }),
+              "cannot be read: the reader gave up with status 1");
+    EXPECT_EQ(failureOf([] {}), "cut off");
+}
+
+// The child, which would go on forever, ends with what is thrown.
+TEST(ReaderProcess, WhatCannotBeTakenEndsIt) {
+    const auto give = [](const ReportPercent&, const PutResult& put) {
+        for (;;) {
+            put("more and more");
+        }
+    };
+    EXPECT_THROW(RunInReaderProcess(
+                     give, {}, [](int) {}, [](const GetResult&) { throw std::bad_alloc(); }),
+                 std::bad_alloc);
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
 }
 
 TEST(ReaderProcess, ReportsStandWhereTheWorkFailsToo) {
