@@ -88,7 +88,7 @@ struct CloseIt {
 using OpenHandle = std::unique_ptr<std::remove_pointer_t<HANDLE>, CloseIt>;
 
 // As the C library of the program started takes it apart.
-std::string InQuotes(const std::string& word) {
+std::string AsArgument(const std::string& word) {
     std::string quoted = "\"";
     std::size_t backslashes = 0;
     for (const char c : word) {
@@ -119,7 +119,7 @@ OpenHandle Start(const std::vector<std::string>& command, const fs::path& out,
                  const fs::path& error, HANDLE job) {
     std::string line;
     for (const std::string& word : command) {
-        line += (line.empty() ? "" : " ") + InQuotes(word);
+        line += (line.empty() ? "" : " ") + AsArgument(word);
     }
     // A program started beside would inherit the files of this one too.
     static std::mutex oneAtATime;

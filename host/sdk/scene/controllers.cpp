@@ -21,10 +21,6 @@ DWORD KeyFlags(scene::Tangent in, scene::Tangent out) {
                                                               << BEZKEY_OUTTYPESHIFT;
 }
 
-Point3 ToPoint(const scene::Vec3& v) {
-    return Point3(v[0], v[1], v[2]);
-}
-
 void CopyKey(const scene::Key& from, IKey* to) {
     auto* key = static_cast<IBezFloatKey*>(to);
     key->time = from.time;

@@ -17,6 +17,11 @@ namespace maxhost {
 // `given` where there is one, else `own`.
 Class_ID ChooseClassId(const std::optional<scene::ClassId>& given, Class_ID own);
 
+// A vector of the description as the SDK has it.
+inline Point3 ToPoint(const scene::Vec3& v) {
+    return Point3(v[0], v[1], v[2]);
+}
+
 // A float controller of whatever class the SDK has for its kind.
 class FloatControl {
   public:

@@ -33,10 +33,6 @@ int TriObject::NumPoints() {
 namespace maxhost {
 namespace {
 
-Point3 ToPoint(const scene::Vec3& v) {
-    return Point3(v[0], v[1], v[2]);
-}
-
 void FillMapChannel(Mesh& mesh, int number, const scene::MapChannel& channel) {
     mesh.setMapSupport(number);
     mesh.setNumMapVerts(number, static_cast<int>(channel.vertices.size()));

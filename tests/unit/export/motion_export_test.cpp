@@ -340,11 +340,11 @@ TEST(MotionCost, KeyframesNeedThePoseAlone) {
 }
 
 TEST(MotionCost, OneEvaluationANodeAndGridTime) {
-    constexpr int kNodes = 200, kFrames = 300;
+    constexpr int kCrowdNodes = 200, kFrames = 300;
     // A tree: every node moves below one that does.
     scene::Scene scene;
     scene.time = EvenTime(32, 32 * kFrames);
-    for (int i = 0; i < kNodes; ++i) {
+    for (int i = 0; i < kCrowdNodes; ++i) {
         scene.nodes.push_back(MakeNode("n" + std::to_string(i), i == 0 ? -1 : (i - 1) / 2));
         scene.nodes.back().transform = Dancer();
     }
@@ -358,7 +358,7 @@ TEST(MotionCost, OneEvaluationANodeAndGridTime) {
             }
             ASSERT_EQ(evaluations, kFrames + 1) << "the pose and each grid time";
         }
-        EXPECT_EQ(pass.Size(), static_cast<long>(kNodes * TracksSize(kFrames + 1)));
+        EXPECT_EQ(pass.Size(), static_cast<long>(kCrowdNodes * TracksSize(kFrames + 1)));
     });
 }
 

@@ -30,12 +30,12 @@ using support::WriteMotion;
 using support::Written;
 using testing::ElementsAre;
 
-// Moves along x by 1 a tick.
-scene::Transform Runner() {
+// Moves along x by 1 a tick, long before tick 0 as well.
+scene::Transform LongRunner() {
     return Prs(Axes(Ramp(-100000, -100000, 100000, 100000), Constant(0), Constant(0)));
 }
 
-std::string Key(float time, const std::array<float, 3>& value) {
+std::string VectorKey(float time, const std::array<float, 3>& value) {
     return Bytes().F32({time}).F32(value).Str();
 }
 
@@ -52,15 +52,15 @@ Written Track(const scene::Scene& scene, char letter, int sampleRate = 1) {
 
 TEST(SampledMotion, GridTimesAndTheEnd) {
     // 1000 ticks a second, 40 a frame.
-    const Written written = WriteMotion(NodeScene(Runner(), {25, 40, 0, 100}), 1);
-    EXPECT_EQ(written.bytes, MotionPart("Mover") + SampledHead(72, 4, 'P') + Key(0, {0, 0, 0}) +
-                                 Key(0.04f, {40, 0, 0}) + Key(0.08f, {80, 0, 0}) +
-                                 Key(0.1f, {100, 0, 0}));
+    const Written written = WriteMotion(NodeScene(LongRunner(), {25, 40, 0, 100}), 1);
+    EXPECT_EQ(written.bytes, MotionPart("Mover") + SampledHead(72, 4, 'P') +
+                                 VectorKey(0, {0, 0, 0}) + VectorKey(0.04f, {40, 0, 0}) +
+                                 VectorKey(0.08f, {80, 0, 0}) + VectorKey(0.1f, {100, 0, 0}));
     EXPECT_THAT(written.log,
                 ElementsAre("- Exporting motionpart 'Mover'",
                             "  + Animation detected, now exporting samples...", "    + NrKeys = 4",
                             "    + Type   = P", "    + Size   = 72 bytes"));
-    const Written rotation = Track(NodeScene(Runner(), {25, 40, 0, 100}), 'R');
+    const Written rotation = Track(NodeScene(LongRunner(), {25, 40, 0, 100}), 'R');
     EXPECT_EQ(rotation.bytes.substr(0, 20), SampledHead(88, 4, 'R'));
     EXPECT_EQ(rotation.bytes.size(), 12 + 88u);
     EXPECT_THAT(rotation.log,
@@ -68,49 +68,52 @@ TEST(SampledMotion, GridTimesAndTheEnd) {
 }
 
 TEST(SampledMotion, AnEndOnTheGridIsWrittenTwice) {
-    EXPECT_EQ(WriteMotion(NodeScene(Runner(), {25, 40, 0, 80}), 1).bytes,
-              MotionPart("Mover") + SampledHead(72, 4, 'P') + Key(0, {0, 0, 0}) +
-                  Key(0.04f, {40, 0, 0}) + Key(0.08f, {80, 0, 0}) + Key(0.08f, {80, 0, 0}));
+    EXPECT_EQ(WriteMotion(NodeScene(LongRunner(), {25, 40, 0, 80}), 1).bytes,
+              MotionPart("Mover") + SampledHead(72, 4, 'P') + VectorKey(0, {0, 0, 0}) +
+                  VectorKey(0.04f, {40, 0, 0}) + VectorKey(0.08f, {80, 0, 0}) +
+                  VectorKey(0.08f, {80, 0, 0}));
 }
 
 TEST(SampledMotion, ARangeThatEndsBeforeItStartsIsOneKeyAtItsEnd) {
-    const scene::Scene backwards = NodeScene(Runner(), {25, 40, 100, 60});
+    const scene::Scene backwards = NodeScene(LongRunner(), {25, 40, 100, 60});
     const Written written = Track(backwards, 'P');
-    EXPECT_EQ(written.bytes, SampledHead(24, 1, 'P') + Key(0.06f, {60, 0, 0}));
+    EXPECT_EQ(written.bytes, SampledHead(24, 1, 'P') + VectorKey(0.06f, {60, 0, 0}));
     EXPECT_THAT(written.log,
                 ElementsAre("    + NrKeys = 1", "    + Type   = P", "    + Size   = 24 bytes"));
     // Nothing is animated there, however far back the end lies.
     EXPECT_EQ(WriteMotion(backwards, 1).bytes, "");
     for (const int start : {61, 99, 101, 1000, INT_MAX}) {
-        EXPECT_EQ(Track(NodeScene(Runner(), {25, 40, start, 60}), 'P').bytes,
-                  SampledHead(24, 1, 'P') + Key(0.06f, {60, 0, 0}))
+        EXPECT_EQ(Track(NodeScene(LongRunner(), {25, 40, start, 60}), 'P').bytes,
+                  SampledHead(24, 1, 'P') + VectorKey(0.06f, {60, 0, 0}))
             << start;
     }
 }
 
 TEST(SampledMotion, ARangeOfOneTickIsThatTickTwice) {
-    const scene::Scene still = NodeScene(Runner(), {25, 40, 30, 30});
-    EXPECT_EQ(Track(still, 'P').bytes,
-              SampledHead(40, 2, 'P') + Key(0.03f, {30, 0, 0}) + Key(0.03f, {30, 0, 0}));
+    const scene::Scene still = NodeScene(LongRunner(), {25, 40, 30, 30});
+    EXPECT_EQ(Track(still, 'P').bytes, SampledHead(40, 2, 'P') + VectorKey(0.03f, {30, 0, 0}) +
+                                           VectorKey(0.03f, {30, 0, 0}));
     EXPECT_EQ(WriteMotion(still, 1).bytes, "");
-    const scene::Scene first = NodeScene(Runner(), EvenTime(0, 0));
+    const scene::Scene first = NodeScene(LongRunner(), EvenTime(0, 0));
     EXPECT_EQ(Track(first, 'P', 0).bytes,
-              SampledHead(40, 2, 'P') + Key(0, {0, 0, 0}) + Key(0, {0, 0, 0}))
+              SampledHead(40, 2, 'P') + VectorKey(0, {0, 0, 0}) + VectorKey(0, {0, 0, 0}))
         << "at tick 0 with a step of one tick";
 }
 
 TEST(SampledMotion, StepIsSoManyFrames) {
-    EXPECT_EQ(Track(NodeScene(Runner(), {25, 40, -40, 240}), 'P', 3).bytes,
-              SampledHead(72, 4, 'P') + Key(-0.04f, {-40, 0, 0}) + Key(0.08f, {80, 0, 0}) +
-                  Key(0.2f, {200, 0, 0}) + Key(0.24f, {240, 0, 0}));
+    EXPECT_EQ(Track(NodeScene(LongRunner(), {25, 40, -40, 240}), 'P', 3).bytes,
+              SampledHead(72, 4, 'P') + VectorKey(-0.04f, {-40, 0, 0}) +
+                  VectorKey(0.08f, {80, 0, 0}) + VectorKey(0.2f, {200, 0, 0}) +
+                  VectorKey(0.24f, {240, 0, 0}));
 }
 
 TEST(SampledMotion, AStepBelowOneTickCountsAsOneTick) {
-    const scene::Scene scene = NodeScene(Runner(), EvenTime(0, 2));
+    const scene::Scene scene = NodeScene(LongRunner(), EvenTime(0, 2));
     for (const int rate : {0, -1, INT_MIN}) {
-        EXPECT_EQ(Track(scene, 'P', rate).bytes,
-                  SampledHead(72, 4, 'P') + Key(0, {0, 0, 0}) + Key(0.0009765625f, {1, 0, 0}) +
-                      Key(0.001953125f, {2, 0, 0}) + Key(0.001953125f, {2, 0, 0}))
+        EXPECT_EQ(Track(scene, 'P', rate).bytes, SampledHead(72, 4, 'P') + VectorKey(0, {0, 0, 0}) +
+                                                     VectorKey(0.0009765625f, {1, 0, 0}) +
+                                                     VectorKey(0.001953125f, {2, 0, 0}) +
+                                                     VectorKey(0.001953125f, {2, 0, 0}))
             << rate;
     }
 }
@@ -118,16 +121,17 @@ TEST(SampledMotion, AStepBelowOneTickCountsAsOneTick) {
 TEST(SampledMotion, StepsAndTimesAtTheEndsOfTheIntegers) {
     const float last = 2147483647.0f / 1024;
     // One step from the start is behind the last tick of all.
-    EXPECT_EQ(Track(NodeScene(Runner(), EvenTime(INT_MAX - 40, INT_MAX)), 'P').bytes,
-              SampledHead(56, 3, 'P') + Key(last, {100000, 0, 0}) + Key(last, {100000, 0, 0}) +
-                  Key(last, {100000, 0, 0}));
-    EXPECT_EQ(Track(NodeScene(Runner(), EvenTime(INT_MIN, INT_MAX)), 'P', INT_MAX).bytes,
-              SampledHead(40, 2, 'P') + Key(-2097152, {-100000, 0, 0}) + Key(last, {100000, 0, 0}));
+    EXPECT_EQ(Track(NodeScene(LongRunner(), EvenTime(INT_MAX - 40, INT_MAX)), 'P').bytes,
+              SampledHead(56, 3, 'P') + VectorKey(last, {100000, 0, 0}) +
+                  VectorKey(last, {100000, 0, 0}) + VectorKey(last, {100000, 0, 0}));
+    EXPECT_EQ(Track(NodeScene(LongRunner(), EvenTime(INT_MIN, INT_MAX)), 'P', INT_MAX).bytes,
+              SampledHead(40, 2, 'P') + VectorKey(-2097152, {-100000, 0, 0}) +
+                  VectorKey(last, {100000, 0, 0}));
     // 2^31 - 1 ticks a frame: -2^31, -1, 2^31 - 2, and the end.
-    EXPECT_EQ(Track(NodeScene(Runner(), {1, INT_MAX, INT_MIN, INT_MAX}), 'P').bytes,
-              SampledHead(72, 4, 'P') + Key(-1, {-100000, 0, 0}) +
-                  Key(-1 / 2147483648.0f, {-1, 0, 0}) + Key(1, {100000, 0, 0}) +
-                  Key(1, {100000, 0, 0}));
+    EXPECT_EQ(Track(NodeScene(LongRunner(), {1, INT_MAX, INT_MIN, INT_MAX}), 'P').bytes,
+              SampledHead(72, 4, 'P') + VectorKey(-1, {-100000, 0, 0}) +
+                  VectorKey(-1 / 2147483648.0f, {-1, 0, 0}) + VectorKey(1, {100000, 0, 0}) +
+                  VectorKey(1, {100000, 0, 0}));
 }
 
 TEST(SampledMotion, TimesAreTicksByFrameRateAndTicksPerFrame) {
@@ -141,10 +145,11 @@ TEST(SampledMotion, TimesAreTicksByFrameRateAndTicksPerFrame) {
         {29, 165, 0.0344827586f, 0.208986416f}, {7, 13, 0.142857143f, 10.98901099f}};
     for (const Case& c : cases) {
         const std::string bytes =
-            Track(NodeScene(Runner(), {c.frameRate, c.ticksPerFrame, 0, 1000}), 'P').bytes;
+            Track(NodeScene(LongRunner(), {c.frameRate, c.ticksPerFrame, 0, 1000}), 'P').bytes;
         const float frameX = static_cast<float>(c.ticksPerFrame);
-        EXPECT_EQ(bytes.substr(20, 32), Key(0, {0, 0, 0}) + Key(c.frame, {frameX, 0, 0}));
-        EXPECT_EQ(bytes.substr(bytes.size() - 16), Key(c.end, {1000, 0, 0})) << c.frameRate;
+        EXPECT_EQ(bytes.substr(20, 32),
+                  VectorKey(0, {0, 0, 0}) + VectorKey(c.frame, {frameX, 0, 0}));
+        EXPECT_EQ(bytes.substr(bytes.size() - 16), VectorKey(c.end, {1000, 0, 0})) << c.frameRate;
         EXPECT_EQ(bytes.size(), 20 + 16u * (1000 / c.ticksPerFrame + 2));
     }
 }
@@ -162,9 +167,10 @@ TEST(SampledMotion, VectorsAndRotationsAreInTheFilesAxes) {
     const float frame = 0.03125f;
     // The matrix is scale, then rotation; factors along the axes before the turn. By the left-hand
     // rule the turn about z is negative; z is the file's second axis.
-    const std::string expected = MotionPart("Mover") + SampledHead(56, 3, 'P') + Key(0, {0, 0, 0}) +
-                                 Key(frame, {1, 3, 2}) + Key(frame, {1, 3, 2}) +
-                                 SampledHead(68, 3, 'R') + RotationKey(0, {0, 0, 0, 1});
+    const std::string expected = MotionPart("Mover") + SampledHead(56, 3, 'P') +
+                                 VectorKey(0, {0, 0, 0}) + VectorKey(frame, {1, 3, 2}) +
+                                 VectorKey(frame, {1, 3, 2}) + SampledHead(68, 3, 'R') +
+                                 RotationKey(0, {0, 0, 0, 1});
     ASSERT_EQ(written.bytes.substr(0, expected.size()), expected);
     ASSERT_EQ(written.bytes.size(), expected.size() + 40 + 20 + 48);
     const std::string rotation = written.bytes.substr(expected.size(), 20);
@@ -175,8 +181,8 @@ TEST(SampledMotion, VectorsAndRotationsAreInTheFilesAxes) {
     EXPECT_THAT(turned, ElementsAre(frame, 0, testing::FloatNear(-support::kHalfRoot, 1e-6f), 0,
                                     testing::FloatNear(support::kHalfRoot, 1e-6f)));
     const std::string scale = written.bytes.substr(expected.size() + 40);
-    EXPECT_EQ(scale, SampledHead(56, 3, 'S') + Key(0, {1, 1, 1}) + Key(frame, {2, 4, 3}) +
-                         Key(frame, {2, 4, 3}));
+    EXPECT_EQ(scale, SampledHead(56, 3, 'S') + VectorKey(0, {1, 1, 1}) +
+                         VectorKey(frame, {2, 4, 3}) + VectorKey(frame, {2, 4, 3}));
     EXPECT_THAT(written.log,
                 ElementsAre("- Exporting motionpart 'Mover'",
                             "  + Animation detected, now exporting samples...", "    + NrKeys = 3",
@@ -186,14 +192,14 @@ TEST(SampledMotion, VectorsAndRotationsAreInTheFilesAxes) {
 }
 
 TEST(SampledMotion, AnyOtherLetterIsAHeadAlone) {
-    const Written written = Track(NodeScene(Runner(), {25, 40, 0, 100}), 'r');
+    const Written written = Track(NodeScene(LongRunner(), {25, 40, 0, 100}), 'r');
     EXPECT_EQ(written.bytes, SampledHead(8, 4, 'r'));
     EXPECT_THAT(written.log,
                 ElementsAre("    + NrKeys = 4", "    + Type   = r", "    + Size   = 8 bytes"));
 }
 
 TEST(SampledMotion, TransformsAreRelativeToTheParentAtEachTime) {
-    scene::Scene scene = NodeScene(Runner(), EvenTime(0, 32));
+    scene::Scene scene = NodeScene(LongRunner(), EvenTime(0, 32));
     scene.nodes.push_back(MakeNode("Rider", 0));
     scene.nodes[1].transform = Prs(Axes(Constant(5), Ramp(0, 0, 32, 64), Constant(0)));
     scene.nodes.push_back(MakeNode("Passenger", 0));
@@ -202,20 +208,22 @@ TEST(SampledMotion, TransformsAreRelativeToTheParentAtEachTime) {
     const std::size_t one = 312 + 20 + 48;
     EXPECT_EQ(bytes.size(), 2 * one) << "the passenger does not move";
     EXPECT_EQ(bytes.substr(one), MotionPart("Rider", {.translation = {5, 0, 0}}) +
-                                     SampledHead(56, 3, 'P') + Key(0, {5, 0, 0}) +
-                                     Key(0.03125f, {5, 0, 64}) + Key(0.03125f, {5, 0, 64}));
+                                     SampledHead(56, 3, 'P') + VectorKey(0, {5, 0, 0}) +
+                                     VectorKey(0.03125f, {5, 0, 64}) +
+                                     VectorKey(0.03125f, {5, 0, 64}));
 }
 
 TEST(SampledMotion, GeometricNodesTakeTheObjectOffsetAlong) {
     scene::Mesh mesh;
     mesh.vertices = {{0, 0, 0}};
-    scene::Scene scene = NodeScene(Runner(), EvenTime(0, 32));
+    scene::Scene scene = NodeScene(LongRunner(), EvenTime(0, 32));
     scene.nodes[0].objectOffset[3] = {0, 0, 10};
     scene.nodes[0].object.emplace();
     scene.nodes[0].object->mesh = std::make_shared<const scene::Mesh>(mesh);
-    EXPECT_EQ(WriteMotion(scene, 1).bytes,
-              MotionPart("Mover", {.translation = {0, 10, 0}}) + SampledHead(56, 3, 'P') +
-                  Key(0, {0, 10, 0}) + Key(0.03125f, {32, 10, 0}) + Key(0.03125f, {32, 10, 0}));
+    EXPECT_EQ(WriteMotion(scene, 1).bytes, MotionPart("Mover", {.translation = {0, 10, 0}}) +
+                                               SampledHead(56, 3, 'P') + VectorKey(0, {0, 10, 0}) +
+                                               VectorKey(0.03125f, {32, 10, 0}) +
+                                               VectorKey(0.03125f, {32, 10, 0}));
 }
 
 TEST(SampledMotion, PoseIsThatOfTickZeroWhereverTheRangeStarts) {
@@ -224,11 +232,12 @@ TEST(SampledMotion, PoseIsThatOfTickZeroWhereverTheRangeStarts) {
             NodeScene(Prs(Axes(Ramp(0, 3, 64, 67), Constant(1), Constant(2))), EvenTime(32, 64)), 1)
             .bytes,
         MotionPart("Mover", {.translation = {3, 2, 1}}) + SampledHead(56, 3, 'P') +
-            Key(0.03125f, {35, 2, 1}) + Key(0.0625f, {67, 2, 1}) + Key(0.0625f, {67, 2, 1}));
+            VectorKey(0.03125f, {35, 2, 1}) + VectorKey(0.0625f, {67, 2, 1}) +
+            VectorKey(0.0625f, {67, 2, 1}));
 }
 
 TEST(SampledMotion, SamplesAreGivenBackAfterEachNode) {
-    scene::Scene scene = NodeScene(Runner(), {25, 40, 0, 40000});
+    scene::Scene scene = NodeScene(LongRunner(), {25, 40, 0, 40000});
     for (int i = 1; i < 8; ++i) {
         scene.nodes.push_back(scene.nodes[0]);
     }
@@ -249,7 +258,7 @@ TEST(SampledMotion, SamplesAreGivenBackAfterEachNode) {
 // Of four nodes that were announced, with five keys each.
 TEST(SampledMotion, BlocksOfNodesHoldWhatMayBeKept) {
     maxhost::Host& host = maxhost::Host::Instance();
-    scene::Scene scene = NodeScene(Runner());
+    scene::Scene scene = NodeScene(LongRunner());
     for (int i = 1; i < 4; ++i) {
         scene.nodes.push_back(scene.nodes[0]);
         scene.nodes.back().objectOffset[3] = {0, 0, static_cast<float>(i)};
@@ -284,7 +293,7 @@ TEST(SampledMotion, BlocksOfNodesHoldWhatMayBeKept) {
 
 TEST(SampledMotion, ACancelEndsABlockAndWhatIsAskedForIsEvaluatedAllTheSame) {
     maxhost::Host& host = maxhost::Host::Instance();
-    scene::Scene scene = NodeScene(Runner());
+    scene::Scene scene = NodeScene(LongRunner());
     scene.nodes.push_back(scene.nodes[0]);
     host.OpenScene(std::move(scene));
     host.CancelAtUpdate(1);
@@ -302,7 +311,7 @@ TEST(SampledMotion, ACancelEndsABlockAndWhatIsAskedForIsEvaluatedAllTheSame) {
 
 TEST(SampledMotion, NoMoreSamplesAreKeptThanAreAllowed) {
     maxhost::Host& host = maxhost::Host::Instance();
-    host.OpenScene(NodeScene(Runner()));
+    host.OpenScene(NodeScene(LongRunner()));
     const ArrayStorage storage;
     TransformSamples samples(nullptr, 3);
     samples.Choose(host.Nodes()[0], Interval(0, 100), 10);
@@ -345,14 +354,14 @@ Detected Detect(const std::vector<scene::Matrix>& matrices) {
     return Detect(NodeScene(transform, EvenTime(0, samples.samples.back().time)));
 }
 
-constexpr Detected kNothing = {false, false, false};
+constexpr Detected kNothingMoves = {false, false, false};
 
 TEST(SampledDetection, EachComponentOfTheTranslationBy1e5) {
     for (int axis = 0; axis < 3; ++axis) {
         for (const float sign : {1.0f, -1.0f}) {
             scene::Matrix moved = scene::kIdentity;
             moved[3][axis] = sign * 0.99e-5f;
-            EXPECT_EQ(Detect({scene::kIdentity, moved}), kNothing);
+            EXPECT_EQ(Detect({scene::kIdentity, moved}), kNothingMoves);
             moved[3][axis] = sign * 1.01e-5f;
             EXPECT_EQ(Detect({scene::kIdentity, moved}), (Detected{true, false, false}));
         }
@@ -364,7 +373,7 @@ TEST(SampledDetection, EachFactorOfTheScaleBy1e5) {
         for (const float sign : {1.0f, -1.0f}) {
             scene::Matrix grown = scene::kIdentity;
             grown[axis][axis] = 1 + sign * 0.9e-5f;
-            EXPECT_EQ(Detect({scene::kIdentity, grown}), kNothing);
+            EXPECT_EQ(Detect({scene::kIdentity, grown}), kNothingMoves);
             grown[axis][axis] = 1 + sign * 1.1e-5f;
             EXPECT_EQ(Detect({scene::kIdentity, grown}), (Detected{false, false, true}));
         }
@@ -377,7 +386,7 @@ scene::Matrix TurnAboutZ(double angle) {
 }
 
 TEST(SampledDetection, AngleOfTheRotationBy1e5) {
-    EXPECT_EQ(Detect({TurnAboutZ(1), TurnAboutZ(1 + 0.9e-5)}), kNothing);
+    EXPECT_EQ(Detect({TurnAboutZ(1), TurnAboutZ(1 + 0.9e-5)}), kNothingMoves);
     EXPECT_EQ(Detect({TurnAboutZ(1), TurnAboutZ(1 + 1.1e-5)}), (Detected{false, true, false}));
     EXPECT_EQ(Detect({TurnAboutZ(1), TurnAboutZ(1 - 1.1e-5)}), (Detected{false, true, false}));
 }
@@ -392,7 +401,7 @@ TEST(SampledDetection, AxisOfTheRotationBy1e5) {
                               {f(2 * x * z), 0, f(2 * z * z - 1)},
                               {0, 0, 0}}};
     };
-    EXPECT_EQ(Detect({halfTurn(0.5), halfTurn(0.5 + 0.8e-5)}), kNothing);
+    EXPECT_EQ(Detect({halfTurn(0.5), halfTurn(0.5 + 0.8e-5)}), kNothingMoves);
     EXPECT_EQ(Detect({halfTurn(0.5), halfTurn(0.5 + 2.5e-5)}), (Detected{false, true, false}));
 }
 
@@ -400,8 +409,8 @@ TEST(SampledDetection, TheFirstSampleIsTheReference) {
     scene::Matrix little = scene::kIdentity, more = scene::kIdentity;
     little[3][0] = 0.7e-5f;
     more[3][0] = 1.4e-5f;
-    EXPECT_EQ(Detect({scene::kIdentity, little}), kNothing);
-    EXPECT_EQ(Detect({little, more}), kNothing);
+    EXPECT_EQ(Detect({scene::kIdentity, little}), kNothingMoves);
+    EXPECT_EQ(Detect({little, more}), kNothingMoves);
     EXPECT_EQ(Detect({scene::kIdentity, little, more}), (Detected{true, false, false}));
 }
 
@@ -427,14 +436,14 @@ TEST(SampledDetection, LooksAtGridTimesAlone) {
                                             {32, scene::kIdentity},
                                             {33, scene::kIdentity},
                                             {40, moved}}};
-    EXPECT_EQ(Detect(NodeScene(between, EvenTime(0, 40))), kNothing);
+    EXPECT_EQ(Detect(NodeScene(between, EvenTime(0, 40))), kNothingMoves);
     EXPECT_EQ(WriteMotion(NodeScene(between, EvenTime(0, 40)), 1).bytes, "");
     EXPECT_EQ(Detect(NodeScene(between, EvenTime(0, 64))), (Detected{true, false, false}));
-    EXPECT_EQ(Detect(NodeScene(hop, EvenTime(0, 64))), kNothing);
+    EXPECT_EQ(Detect(NodeScene(hop, EvenTime(0, 64))), kNothingMoves);
 }
 
 TEST(SampledDetection, ANodeWithoutControllerStandsStill) {
-    scene::Scene scene = NodeScene(Runner(), EvenTime(0, 64));
+    scene::Scene scene = NodeScene(LongRunner(), EvenTime(0, 64));
     scene.nodes.push_back(MakeNode("Still", 0));
     scene.nodes[1].transform.reset();
     const Written written = Write(

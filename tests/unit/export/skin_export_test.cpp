@@ -28,7 +28,7 @@ using support::ExportRun;
 using Lines = std::vector<std::string>;
 using Slots = std::vector<std::vector<scene::SkinWeight>>;
 
-constexpr std::uint32_t kNodeChunk = 0, kMeshChunk = 3, kWeightsChunk = 4;
+constexpr std::uint32_t kNodeChunk = 0, kSkinMeshChunk = 3, kWeightsChunk = 4;
 
 // ---------------------------------------------------------------- scenes
 
@@ -119,7 +119,7 @@ Lines Order(const std::string& actor) {
     for (const Chunk& chunk : support::Chunks(actor)) {
         if (chunk.id == kNodeChunk) {
             order.emplace_back(chunk.body.c_str());
-        } else if (chunk.id == kMeshChunk) {
+        } else if (chunk.id == kSkinMeshChunk) {
             order.emplace_back("mesh");
         } else if (chunk.id == kWeightsChunk) {
             order.push_back("weights of " + std::to_string(support::U32At(chunk.body, 0)));

@@ -24,14 +24,13 @@ using support::Named;
 using support::Prs;
 using support::SceneOf;
 using support::TwoWay;
+using support::WireEnd;
 using support::WireOf;
 using support::XNode;
 
 constexpr std::uint32_t kWireChunk = 14;
 
-using End = support::WireEnd;
-
-std::string Record(const End& first, const End& second, std::uint8_t kind) {
+std::string Record(const WireEnd& first, const WireEnd& second, std::uint8_t kind) {
     return support::WireChunk(first, second, kind).substr(12);
 }
 
@@ -52,18 +51,18 @@ Records WiresOf(std::vector<Node> nodes, const ExportChoices& choices = {}) {
 }
 
 // The end that is no wire, when it is met first and when it completes a record.
-End PlainFirst(const std::string& node) {
+WireEnd PlainFirst(const std::string& node) {
     return {node, "", ""};
 }
-End PlainSecond(const std::string& node) {
+WireEnd PlainSecond(const std::string& node) {
     return {node, "X_Position", "X_Position"};
 }
-End Wired(const std::string& node, const std::string& expression) {
+WireEnd Wired(const std::string& node, const std::string& expression) {
     return {node, expression, "X_Position"};
 }
 
-FloatController List(std::vector<std::pair<float, FloatController>> items,
-                     const std::string& id = "") {
+FloatController ListOf(std::vector<std::pair<float, FloatController>> items,
+                       const std::string& id = "") {
     scene::FloatList list;
     for (auto& [weight, controller] : items) {
         list.items.push_back(
@@ -334,11 +333,11 @@ TEST(Wiring, AWireInBothDirectionsIsNotLinkedByItsOwner) {
 }
 
 TEST(Wiring, WiresInAListHaveItsWeights) {
-    const FloatController list = List({{0.125f, Constant(1)},
-                                       {0.5f, Follow("d", "e")},
-                                       {0.75f, Constant(2)},
-                                       {2, Follow("c", "f")}});
-    End first = Wired("F", "e"), second = Wired("F", "f");
+    const FloatController list = ListOf({{0.125f, Constant(1)},
+                                         {0.5f, Follow("d", "e")},
+                                         {0.75f, Constant(2)},
+                                         {2, Follow("c", "f")}});
+    WireEnd first = Wired("F", "e"), second = Wired("F", "f");
     first.weight = 0.5f;
     second.weight = 2;
     first.listWeight = second.listWeight = 0.75f;  // that of the last Bezier entry
@@ -349,33 +348,35 @@ TEST(Wiring, WiresInAListHaveItsWeights) {
 TEST(Wiring, AListWithoutBezierEntryHasNoListWeight) {
     FloatController other = Constant(1);
     other.classId = {0x2001, 0};
-    End wired = Wired("F", "e");
+    WireEnd wired = Wired("F", "e");
     wired.weight = 0.25f;
     EXPECT_EQ(WiresOf({XNode("D", Named("d")),
-                       XNode("F", List({{3, other}, {0.25f, Follow("d", "e")}}))}),
+                       XNode("F", ListOf({{3, other}, {0.25f, Follow("d", "e")}}))}),
               Records({Record(PlainFirst("D"), wired, 1)}));
 }
 
 TEST(Wiring, ListsInsideListsAreNotLookedInto) {
-    EXPECT_EQ(
-        WiresOf({XNode("D", Named("d")), XNode("F", List({{1, List({{1, Follow("d", "e")}})}}))}),
-        Records());
-    EXPECT_EQ(WiresOf({XNode("D", Named("d")), XNode("F", List({}))}), Records());
+    EXPECT_EQ(WiresOf({XNode("D", Named("d")),
+                       XNode("F", ListOf({{1, ListOf({{1, Follow("d", "e")}})}}))}),
+              Records());
+    EXPECT_EQ(WiresOf({XNode("D", Named("d")), XNode("F", ListOf({}))}), Records());
 }
 
 TEST(Wiring, AListIsAPlainChannelForItsFollowers) {
-    EXPECT_EQ(WiresOf({XNode("L", List({{0.5f, Named("b")}}, "l")), XNode("F", Follow("l", "e"))}),
-              Records({Record(PlainFirst("L"), Wired("F", "e"), 1)}));
-    EXPECT_EQ(WiresOf({XNode("L", List({{0.5f, Named("b")}}, "l")), XNode("F", Follow("b", "e"))}),
-              Records())
+    EXPECT_EQ(
+        WiresOf({XNode("L", ListOf({{0.5f, Named("b")}}, "l")), XNode("F", Follow("l", "e"))}),
+        Records({Record(PlainFirst("L"), Wired("F", "e"), 1)}));
+    EXPECT_EQ(
+        WiresOf({XNode("L", ListOf({{0.5f, Named("b")}}, "l")), XNode("F", Follow("b", "e"))}),
+        Records())
         << "an entry is no channel";
 }
 
 TEST(Wiring, AWireInAListAndOneOutsideLinkInBothDirections) {
     const Node listed =
-        XNode("L", List({{0.25f, Constant(0)}, {0.5f, TwoWay(true, "s", "l", "m")}}));
+        XNode("L", ListOf({{0.25f, Constant(0)}, {0.5f, TwoWay(true, "s", "l", "m")}}));
     const Node slave = XNode("S", TwoWay(false, "m", "s", "s"));
-    End wired = Wired("L", "l");
+    WireEnd wired = Wired("L", "l");
     wired.weight = 0.5f;
     wired.listWeight = 0.25f;
     EXPECT_EQ(WiresOf({listed, slave}), Records({Record(wired, Wired("S", "s"), 1)}));
@@ -385,7 +386,7 @@ TEST(Wiring, AWireInAListAndOneOutsideLinkInBothDirections) {
 TEST(Wiring, ClassIdsDecideWhatIsAWireOrAList) {
     FloatController noWire = Follow("d", "e");
     noWire.classId = {0x498702e7, 1};
-    FloatController noList = List({{1, Follow("d", "e")}});
+    FloatController noList = ListOf({{1, Follow("d", "e")}});
     noList.classId = {0x4b4b1001, 0};
     FloatController emptyWire, emptyList;
     emptyWire.kind = emptyList.kind = scene::OtherFloat{};
@@ -450,20 +451,20 @@ void ExportAllWires(ExportPass& pass) {
     }
 }
 
-constexpr int kNodes = 10000;
+constexpr int kCrowd = 10000;
 constexpr long kRecordSize = 12 + 1116;
 
 TEST(WiringCost, ChannelsOfAllNodesAreKeptInLittleMemoryAndSearchedNowhere) {
     const scene::ThreeAxisController axes = Axes(1, 2, 3);
     Node node = MakeNode("n");
     node.transform = Prs(axes, axes, axes);
-    maxhost::Host::Instance().OpenScene(SceneOf(std::vector<Node>(kNodes, node)));
+    maxhost::Host::Instance().OpenScene(SceneOf(std::vector<Node>(kCrowd, node)));
     support::OpenPass pass;
     const ArrayStorage storage;
     ExportAllWires(*pass);
-    EXPECT_EQ(pass->pendingWires.Count(), 9 * kNodes);
+    EXPECT_EQ(pass->pendingWires.Count(), 9 * kCrowd);
     EXPECT_EQ(pass->pendingWires.NumVisited(), 0u);
-    EXPECT_LT(storage.Peak(), 100u * 9 * kNodes);
+    EXPECT_LT(storage.Peak(), 100u * 9 * kCrowd);
     EXPECT_EQ(pass.Size(), 0);
     maxhost::Host::Instance().CloseScene();
 }
@@ -472,9 +473,9 @@ TEST(WiringCost, LookUpsGrowWithTheWires) {
     // A chain whose nodes follow the next one, a driver with followers behind it and before it.
     std::vector<Node> chain, before, behind;
     behind.push_back(XNode("d", Named("d")));
-    for (int i = 0; i < kNodes; ++i) {
+    for (int i = 0; i < kCrowd; ++i) {
         const std::string id = std::to_string(i);
-        chain.push_back(XNode("n", Follow(std::to_string((i + 1) % kNodes), "e", id)));
+        chain.push_back(XNode("n", Follow(std::to_string((i + 1) % kCrowd), "e", id)));
         before.push_back(XNode("n", Follow("d", "e", id)));
         behind.push_back(before.back());
     }
@@ -482,13 +483,13 @@ TEST(WiringCost, LookUpsGrowWithTheWires) {
     const struct {
         const std::vector<Node>& nodes;
         int records;
-    } rows[] = {{chain, kNodes}, {before, kNodes}, {behind, 1}};
+    } rows[] = {{chain, kCrowd}, {before, kCrowd}, {behind, 1}};
     for (const auto& row : rows) {
         maxhost::Host::Instance().OpenScene(SceneOf(row.nodes));
         support::OpenPass pass;
         ExportAllWires(*pass);
         EXPECT_EQ(pass.Size(), row.records * kRecordSize);
-        EXPECT_LE(pass->pendingWires.NumVisited(), 6u * kNodes);
+        EXPECT_LE(pass->pendingWires.NumVisited(), 6u * kCrowd);
         maxhost::Host::Instance().CloseScene();
     }
 }

@@ -12,7 +12,7 @@ using namespace sample;
 using kta::Rgb;
 
 // Red and green above, blue and white below, each of 8 pixels.
-kta::Picture FourColours() {
+kta::Picture FourColourPicture() {
     kta::Picture picture = kta::PlainPicture(16, 16, {255, 255, 255});
     kta::Paste(picture, kta::PlainPicture(8, 8, {255, 0, 0}), 0, 0);
     kta::Paste(picture, kta::PlainPicture(8, 8, {0, 255, 0}), 8, 0);
@@ -25,7 +25,7 @@ class PreviewTexturesTest : public testing::Test {
     // A square whose material has these layers, with what is found in the directory.
     kta::Picture Draw(const std::vector<LayerFields>& layers,
                       const MeshFields& mesh = TexturedSquare()) {
-        const auto image = kta::EncodePng(FourColours());
+        const auto image = kta::EncodePng(FourColourPicture());
         support::WriteFile(std::string(directory_.Path()) + "/four.png",
                            std::string(image.begin(), image.end()));
         std::string bytes = kActor + MaterialChunk({.diffuse = {0.5f, 0.5f, 0.5f}});

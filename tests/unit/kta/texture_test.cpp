@@ -23,7 +23,7 @@ constexpr std::uint32_t kBlue = 0xffff0000;
 constexpr std::uint32_t kClearWhite = 0x00ffffff;
 
 // Red and green above, blue and fully transparent white below.
-Texture FourColours() {
+Texture FourColourTexture() {
     return {2, 2, {kRed, kGreen, kBlue, kClearWhite}};
 }
 
@@ -34,7 +34,7 @@ void ExpectColour(const Texture::Colour& colour, const Texture::Colour& expected
 }
 
 TEST(TextureTest, PixelsLieFromTheTopLeft) {
-    const Texture texture = FourColours();
+    const Texture texture = FourColourTexture();
     ExpectColour(texture.At(0, 0.25, 0.25), {1, 0, 0, 1});
     ExpectColour(texture.At(0, 0.75, 0.25), {0, 1, 0, 1});
     ExpectColour(texture.At(0, 0.25, 0.75), {0, 0, 1, 1});
@@ -42,12 +42,12 @@ TEST(TextureTest, PixelsLieFromTheTopLeft) {
 }
 
 TEST(TextureTest, ColoursBetweenPixelsAreBetweenTheirs) {
-    ExpectColour(FourColours().At(0, 0.5, 0.25), {0.5, 0.5, 0, 1});
-    ExpectColour(FourColours().At(0, 0.5, 0.5), {0.5, 0.5, 0.5, 0.75});
+    ExpectColour(FourColourTexture().At(0, 0.5, 0.25), {0.5, 0.5, 0, 1});
+    ExpectColour(FourColourTexture().At(0, 0.5, 0.5), {0.5, 0.5, 0.5, 0.75});
 }
 
 TEST(TextureTest, RepeatsInBothDirections) {
-    const Texture texture = FourColours();
+    const Texture texture = FourColourTexture();
     ExpectColour(texture.At(0, 7.25, -2.75), {1, 0, 0, 1});
     ExpectColour(texture.At(0, -0.25, 0.25), {0, 1, 0, 1});
     ExpectColour(texture.At(0, 0, 0.25), {0.5, 0.5, 0, 1});  // the left edge is the right one

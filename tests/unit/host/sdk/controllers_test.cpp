@@ -43,13 +43,6 @@ scene::Transform TransformOf(Kind kind) {
     return transform;
 }
 
-template <class Kind>
-scene::FloatController FloatOf(Kind kind) {
-    scene::FloatController controller;
-    controller.kind = std::move(kind);
-    return controller;
-}
-
 void ExpectClass(Control* control, SClass_ID super, Class_ID id) {
     ASSERT_NE(control, nullptr);
     EXPECT_EQ(control->SuperClassID(), super);

@@ -11,14 +11,6 @@
 namespace scene = maxhost::scene;
 using testing::StrEq;
 
-template <class Kind>
-scene::FloatController FloatOf(Kind kind, const std::string& id = "") {
-    scene::FloatController controller;
-    controller.id = id;
-    controller.kind = std::move(kind);
-    return controller;
-}
-
 scene::FloatListItem Item(float weight, scene::FloatController controller) {
     return {weight, std::make_shared<const scene::FloatController>(std::move(controller))};
 }

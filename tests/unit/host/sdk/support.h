@@ -27,6 +27,14 @@ using support::MakeNode;
 using support::Prs;
 maxhost::scene::Scene MakeScene(std::vector<maxhost::scene::Node> nodes);
 
+template <class Kind>
+maxhost::scene::FloatController FloatOf(Kind kind, const std::string& id = "") {
+    maxhost::scene::FloatController controller;
+    controller.id = id;
+    controller.kind = std::move(kind);
+    return controller;
+}
+
 constexpr float kQuarterTurn = 1.57079632679f;
 
 // Whether no element differs by more than 1e-5.
