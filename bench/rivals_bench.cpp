@@ -280,11 +280,11 @@ void PackPoints(benchmark::State& state) {
 
 // ---------------------------------------------------------------- scene descriptions
 
-// About 20 MB.
+// About 100 MB.
 const std::string& SceneText() {
     static const std::string text = [] {
         std::ostringstream out;
-        maxhost::scene_file::WriteSceneDescription(GridMesh(150000), out);
+        maxhost::scene_file::WriteSceneDescription(GridMesh(860000), out);
         return out.str();
     }();
     return text;

@@ -181,10 +181,9 @@ struct Codec<std::vector<T>, kMeaning> : Block {
             value.Refuse(What());
         }
         result.clear();
-        // Numbers are what there are millions of. A large element takes far more memory than its
-        // text, which may yet be refused.
-        constexpr std::size_t kSmall = 64;
-        if (sizeof(T) <= kSmall) {
+        // A large element takes far more memory than its text, which may yet be refused.
+        constexpr std::size_t kMostForAValue = 64;
+        if (value.Size() * sizeof(T) <= value.Values() * kMostForAValue) {
             result.reserve(value.Size());
         }
         for (const JsonValue element : value) {

@@ -156,18 +156,26 @@ std::string ListNames(std::span<const std::string_view> names) {
     return list;
 }
 
-JsonObject::JsonObject(JsonValue object, std::string_view expected) : object_(object) {
+JsonObject::JsonObject(JsonValue object, std::string_view expected)
+    : object_(object), next_(object.begin()) {
     if (object.Kind() != JsonKind::object) {
         object.Refuse(expected);
     }
 }
 
 std::optional<JsonValue> JsonObject::Look(std::string_view name) const {
-    for (JsonValue::Iterator i = object_.begin(); i != object_.end(); ++i) {
+    JsonValue::Iterator i = next_;
+    for (std::size_t count = object_.Size(); count > 0; --count) {
+        if (i == object_.end()) {
+            i = object_.begin();
+        }
         const bool isIt = (*i).Text() == name;
         ++i;
+        const JsonValue value = *i;
+        ++i;
         if (isIt) {
-            return *i;
+            next_ = i;
+            return value;
         }
     }
     return std::nullopt;
@@ -213,10 +221,11 @@ std::size_t JsonObject::Class(std::span<const std::string_view> names) {
 }
 
 void JsonObject::Close() const {
+    std::size_t near = 0;
     JsonValue::Iterator i = object_.begin();
     while (i != object_.end()) {
         const std::string_view name = (*i).Text();
-        if (std::find(known_.begin(), known_.end(), name) == known_.end()) {
+        if (!IsKnown(name, near)) {
             throw scene::SceneError(PointerTo(object_, name), "an unknown field",
                                     ListNames(known_));
         }
@@ -226,6 +235,17 @@ void JsonObject::Close() const {
     if (missing_) {
         RefuseMissing(missing_->name, missing_->what());
     }
+}
+
+// Looks from `near` on, and leaves there where it was found.
+bool JsonObject::IsKnown(std::string_view name, std::size_t& near) const {
+    for (std::size_t i = 0; i < known_.size(); ++i, ++near) {
+        near = near < known_.size() ? near : 0;
+        if (known_[near] == name) {
+            return true;
+        }
+    }
+    return false;
 }
 
 void JsonObject::RefuseMissing(std::string_view name, std::string_view expected) const {

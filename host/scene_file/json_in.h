@@ -62,6 +62,9 @@ class JsonValue {
     Iterator begin() const { return {*tree_, entry_ + 1}; }
     Iterator end() const { return {*tree_, entry_ + entry_->payload}; }
 
+    // How many values a list or an object holds on all levels, itself and names included.
+    std::size_t Values() const { return entry_->payload; }
+
     std::string Pointer() const;   // the JSON pointer; empty for the root
     std::string Describe() const;  // in a few words: 7, "text", a list of 3, ...
 
@@ -205,6 +208,7 @@ class JsonObject {
 
   private:
     std::optional<JsonValue> Look(std::string_view name) const;
+    bool IsKnown(std::string_view name, std::size_t& near) const;
 
     struct Missing {
         std::string_view name;
@@ -212,6 +216,7 @@ class JsonObject {
     };
 
     JsonValue object_;
+    mutable JsonValue::Iterator next_;  // fields are mostly asked for in their order
     std::vector<std::string_view> known_;
     std::optional<Missing> missing_;
 };

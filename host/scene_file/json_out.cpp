@@ -1,15 +1,20 @@
 #include "host/scene_file/json_out.h"
 
+#include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <nlohmann/json.hpp>
-
-#include "host/scene/error.h"
 
 namespace maxhost::scene_file {
 namespace {
 
 constexpr std::size_t kFullLine = 88;
 constexpr std::size_t kFullBuffer = 64 * 1024;
+
+// Whether the character stands in JSON text for itself.
+bool IsPlain(char c) {
+    return c >= ' ' && c <= '~' && c != '"' && c != '\\';
+}
 
 }  // namespace
 
@@ -40,12 +45,21 @@ void JsonOut::Word(std::uint32_t value) {
 }
 
 void JsonOut::Real(float value) {
-    const std::string text = scene::Shown(value);
-    Put(text == "-0" ? "-0.0" : text);  // many readers take -0 for the integer 0
+    char text[32];
+    Put({text, std::to_chars(text, text + sizeof text, value).ptr});
+    if (value == 0 && std::signbit(value)) {
+        Put(".0");  // many readers take -0 for the integer 0
+    }
 }
 
 void JsonOut::Text(std::string_view value) {
-    Put(nlohmann::json(value).dump());
+    if (std::all_of(value.begin(), value.end(), IsPlain)) {
+        Put("\"");
+        Put(value);
+        Put("\"");
+    } else {
+        Put(nlohmann::json(value).dump());
+    }
 }
 
 void JsonOut::Finish() {

@@ -23,10 +23,9 @@ namespace maxhost::scene_file {
 // refused.
 class TreeBuilder {
   public:
-    explicit TreeBuilder(JsonTree& tree) : tree_(tree), open_(1) {}
+    explicit TreeBuilder(JsonTree& tree) : tree_(tree) {}
 
     void Add(JsonKind kind, std::uint32_t payload = 0, std::uint32_t size = 0) {
-        ++open_.back().parts;
         tree_.entries_.push_back({static_cast<std::uint32_t>(kind), size, payload});
     }
     void AddReal(float value) { Add(JsonKind::real, std::bit_cast<std::uint32_t>(value)); }
@@ -35,21 +34,17 @@ class TreeBuilder {
     // The same for a text that has been put into Texts() with a NUL character behind it.
     void AddTextAt(std::size_t at);
     void Open(JsonKind kind);
-    void Close();
+    void Close();                  // the list or object opened last
+    void Close(std::size_t size);  // the same, of so many elements or members
 
     std::string& Texts() { return tree_.texts_; }
     std::string PointerToLast() const { return tree_.PointerTo(tree_.entries_.size() - 1); }
 
   private:
-    struct Holder {
-        std::size_t at;
-        std::size_t parts;  // its elements, or its names and their values
-    };
-
     void RefuseTwins(std::size_t object);
 
     JsonTree& tree_;
-    std::vector<Holder> open_;                                     // the first holds the root
+    std::vector<std::size_t> open_;
     std::vector<std::pair<std::string_view, std::size_t>> names_;  // of one object, to and fro
 };
 
@@ -79,8 +74,8 @@ void TreeBuilder::AddTextAt(std::size_t at) {
 
 void TreeBuilder::Open(JsonKind kind) {
     Add(kind, JsonTree::kOpen);
-    open_.push_back({tree_.entries_.size() - 1, 0});
-    if (open_.size() - 1 > JsonTree::kMaxNesting) {
+    open_.push_back(tree_.entries_.size() - 1);
+    if (open_.size() > JsonTree::kMaxNesting) {
         const std::string most = std::to_string(JsonTree::kMaxNesting);
         throw scene::SceneError(PointerToLast(),
                                 "lists and objects nested more than " + most + " levels deep",
@@ -89,15 +84,22 @@ void TreeBuilder::Open(JsonKind kind) {
 }
 
 void TreeBuilder::Close() {
-    const Holder closed = open_.back();
+    std::size_t parts = 0;
+    for (std::size_t at = open_.back() + 1; at != tree_.entries_.size(); at = tree_.End(at)) {
+        ++parts;
+    }
+    const bool isObject = tree_.entries_[open_.back()].Kind() == JsonKind::object;
+    Close(isObject ? parts / 2 : parts);
+}
+
+void TreeBuilder::Close(std::size_t size) {
+    const std::size_t closed = open_.back();
     open_.pop_back();
-    JsonEntry& entry = tree_.entries_[closed.at];
-    const bool isObject = entry.Kind() == JsonKind::object;
-    const std::size_t size = isObject ? closed.parts / 2 : closed.parts;
+    JsonEntry& entry = tree_.entries_[closed];
     entry.size = static_cast<std::uint32_t>(std::min<std::size_t>(size, JsonEntry::kMany));
-    entry.payload = static_cast<std::uint32_t>(tree_.entries_.size() - closed.at);
-    if (isObject && size > 1) {
-        RefuseTwins(closed.at);
+    entry.payload = static_cast<std::uint32_t>(tree_.entries_.size() - closed);
+    if (entry.Kind() == JsonKind::object && size > 1) {
+        RefuseTwins(closed);
     }
 }
 
@@ -187,10 +189,11 @@ class FastHandler {
     bool Key(const char*, std::size_t, bool) { return String(nullptr, 0, false); }
     bool StartObject() { return Open(JsonKind::object); }
     bool StartArray() { return Open(JsonKind::list); }
-    bool EndObject(std::size_t) { return Close(); }
-    bool EndArray(std::size_t) { return Close(); }
+    bool EndObject(std::size_t size) { return Close(size); }
+    bool EndArray(std::size_t size) { return Close(size); }
 
-    // Numbers come as they are written.
+    // Not called: numbers come as they are written. The parser's own would be rounded twice, and an
+    // exponent of ten digits could lead it out of its table.
     bool Int(int) { return false; }
     bool Uint(unsigned) { return false; }
     bool Int64(std::int64_t) { return false; }
@@ -206,7 +209,7 @@ class FastHandler {
         builder_.Open(kind);
         return true;
     }
-    bool Close();
+    bool Close(std::size_t size);
 
     TreeBuilder& builder_;
     const Source& source_;
@@ -242,8 +245,8 @@ bool FastHandler::String(const char*, std::size_t, bool) {
     return special == strings.end() || utf8::is_valid(special, strings.end());
 }
 
-bool FastHandler::Close() {
-    builder_.Close();
+bool FastHandler::Close(std::size_t size) {
+    builder_.Close(size);
     constexpr std::size_t kStep = 1 << 16;
     const std::size_t read = source_.Tell();
     if (read >= reported_ + kStep) {
