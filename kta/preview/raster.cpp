@@ -81,7 +81,21 @@ inline std::uint32_t ShadeAt(const Vector3& diffuse, const Look& look, const Vec
     return ShadePacked(diffuse, look, square > 0 ? normal * factor : face);
 }
 
-// A triangle's texture: its copy that is fine enough, and what shows at a place.
+// Edge() times `side` at one sample after the other of a line. On the grid that is exact as well.
+class EdgeAlongLine {
+  public:
+    EdgeAlongLine(const Vector3& a, const Vector3& b, double side, double x, double y)
+        : value_(Edge(a, b, x, y) * side), rise_((b[1] - a[1]) * side) {}
+
+    double Value() const { return value_; }
+    void Step() { value_ -= rise_; }
+
+  private:
+    double value_;
+    double rise_;
+};
+
+// A triangle's texture: its copy that is fine enough, and what shows of it in a pixel.
 class TriangleTexture {
   public:
     TriangleTexture(const Look& look, const PreviewCorner& a, const PreviewCorner& b,
@@ -96,20 +110,31 @@ class TriangleTexture {
             return;
         }
         const Vector3 &p = a.position, &q = b.position, &r = c.position;
-        const Vector3 across = {q[1] - r[1], r[1] - p[1], p[1] - q[1]};
-        const Vector3 down = {r[0] - q[0], p[0] - r[0], q[0] - p[0]};
-        copy_ = texture_->CopyFor(At(across * (1 / area)), At(down * (1 / area)));
+        across_ = At(Vector3{q[1] - r[1], r[1] - p[1], p[1] - q[1]} * (1 / area));
+        down_ = At(Vector3{r[0] - q[0], p[0] - r[0], q[0] - p[0]} * (1 / area));
+        copy_ = texture_->CopyFor(across_, down_);
+        isLarge_ = texture_->PixelsApart(copy_, across_) * kSamples <= 1 &&
+                   texture_->PixelsApart(copy_, down_) * kSamples <= 1;
     }
 
     bool IsShown() const { return texture_ != nullptr; }
 
-    // The diffuse colour at these shares of the three corners. Where the image is not opaque the
-    // material's own shows.
+    // The diffuse colour of the pixel round the place that these shares of the three corners give.
+    // Where the image is not opaque the material's own shows.
     Vector3 Diffuse(const Vector3& shares) const {
-        const auto [x, y] = At(shares);
-        const Texture::Colour colour = texture_->At(copy_, x, y);
-        const double amount = colour[3] * look_.amount;
-        return Vector3{colour[0], colour[1], colour[2]} * amount + look_.diffuse * (1 - amount);
+        const std::array<double, 2> middle = At(shares);
+        if (isLarge_) {
+            return Mixed(texture_->At(copy_, middle[0], middle[1]));
+        }
+        constexpr double kShare = 1.0 / (kSamples * kSamples);
+        Vector3 sum{};
+        for (int sample = 0; sample < kSamples * kSamples; ++sample) {
+            const double right = sample % kSamples - (kSamples - 1) / 2.0;
+            const double below = sample / kSamples - (kSamples - 1) / 2.0;
+            sum = sum + Mixed(texture_->At(copy_, middle[0] + across_[0] * right + down_[0] * below,
+                                           middle[1] + across_[1] * right + down_[1] * below));
+        }
+        return sum * kShare;
     }
 
   private:
@@ -118,24 +143,76 @@ class TriangleTexture {
                 at_[0][1] * shares[0] + at_[1][1] * shares[1] + at_[2][1] * shares[2]};
     }
 
+    Vector3 Mixed(const Texture::Colour& colour) const {
+        const double amount = colour[3] * look_.amount;
+        return Vector3{colour[0], colour[1], colour[2]} * amount + look_.diffuse * (1 - amount);
+    }
+
     const Look& look_;
     std::array<std::array<double, 2>, 3> at_;
     const Texture* texture_ = nullptr;
+    std::array<double, 2> across_{};  // from a sample to the one at its right, and below it
+    std::array<double, 2> down_{};
     std::size_t copy_ = 0;
-};
-
-// Edge() along the line at y.
-struct LineEdge {
-    double atStart;
-    double rise;
-    double start;
-
-    LineEdge(const Vector3& a, const Vector3& b, double y)
-        : atStart((b[0] - a[0]) * (y - a[1])), rise(b[1] - a[1]), start(a[0]) {}
-    double At(double x) const { return atStart - rise * (x - start); }
+    bool isLarge_ = false;  // the copy's pixels are larger than the picture's
 };
 
 }  // namespace
+
+// A triangle as it is drawn; its area must not be 0. Shares of its corners are numbers in
+// proportion, none of them negative.
+class Facet {
+  public:
+    Facet(const PreviewCorner& a, const PreviewCorner& b, const PreviewCorner& c, const Look& look,
+          double area)
+        : a_(a),
+          b_(b),
+          c_(c),
+          look_(look),
+          area_(area),
+          face_(FaceNormal(a.position, b.position, c.position)),
+          isFlat_(a.normal == b.normal && b.normal == c.normal),
+          flatColour_(ShadeAt(look.diffuse, look, a.normal, face_)),
+          texture_(look, a, b, c, area) {}
+
+    const Vector3& P() const { return a_.position; }
+    const Vector3& Q() const { return b_.position; }
+    const Vector3& R() const { return c_.position; }
+    double Area() const { return area_; }
+    bool IsTextured() const { return texture_.IsShown(); }
+
+    // Where it has no texture: at these shares.
+    std::uint32_t ColourAt(const Vector3& shares) const {
+        return isFlat_ ? flatColour_ : ShadeAt(look_.diffuse, look_, NormalAt(shares), face_);
+    }
+
+    // Where it has one: of the pixel, at its middle, or if that lies outside, at the shares, which
+    // are those of a sample of it.
+    std::uint32_t PixelColour(int column, int row, const Vector3& shares) const {
+        const double x = (column + 0.5) * kSamples;
+        const double y = (row + 0.5) * kSamples;
+        const Vector3 middle =
+            Vector3{Edge(Q(), R(), x, y), Edge(R(), P(), x, y), Edge(P(), Q(), x, y)} * (1 / area_);
+        const bool isIn = middle[0] >= 0 && middle[1] >= 0 && middle[2] >= 0;
+        const Vector3 at = isIn ? middle : shares * (1 / std::abs(area_));
+        return ShadeAt(texture_.Diffuse(at), look_, NormalAt(at), face_);
+    }
+
+  private:
+    Vector3 NormalAt(const Vector3& shares) const {
+        return a_.normal * shares[0] + b_.normal * shares[1] + c_.normal * shares[2];
+    }
+
+    const PreviewCorner& a_;
+    const PreviewCorner& b_;
+    const PreviewCorner& c_;
+    const Look& look_;
+    double area_;
+    Vector3 face_;
+    bool isFlat_;
+    std::uint32_t flatColour_;
+    TriangleTexture texture_;
+};
 
 Rgb Shade(const Look& look, const Vector3& normal) {
     const std::uint32_t colour = ShadePacked(look.diffuse, look, normal);
@@ -149,54 +226,70 @@ Band::Band(int width, int firstRow, int numRows)
       numLines_(numRows * kSamples),
       drawn_(static_cast<std::size_t>(numRows), {columns_, 0}),
       samples_(static_cast<std::size_t>(columns_) * static_cast<std::size_t>(numLines_),
-               {-std::numeric_limits<float>::infinity(), Packed(kBackground)}) {
+               {-std::numeric_limits<float>::infinity(), Packed(kBackground)}),
+      shades_(static_cast<std::size_t>(width)) {
 }
 
 void Band::Draw(const PreviewCorner& a, const PreviewCorner& b, const PreviewCorner& c,
                 const Look& look) {
     const Vector3 &p = a.position, &q = b.position, &r = c.position;
     const double area = Edge(p, q, r[0], r[1]);
+    if (area == 0) {
+        return;
+    }
     const auto [left, right] =
         Between(std::min({p[0], q[0], r[0]}), std::max({p[0], q[0], r[0]}), 0, columns_);
     const auto [top, bottom] = Between(std::min({p[1], q[1], r[1]}), std::max({p[1], q[1], r[1]}),
                                        firstLine_, firstLine_ + numLines_);
-    if (area == 0) {
-        return;
-    }
-    const Vector3 face = FaceNormal(p, q, r);
-    const bool isFlat = a.normal == b.normal && b.normal == c.normal;
-    const std::uint32_t flatColour = ShadeAt(look.diffuse, look, a.normal, face);
-    const TriangleTexture texture(look, a, b, c, area);
+    const Facet facet(a, b, c, look, area);
     for (int y = top; y < bottom; ++y) {
+        if (y == top || y % kSamples == 0) {
+            ++facetRow_;
+        }
         const Span span = SpanOf(p, q, r, area, y + 0.5);
         const auto [first, end] = Between(span.low, span.high, left, right);
-        const LineEdge qr(q, r, y + 0.5), rp(r, p, y + 0.5), pq(p, q, y + 0.5);
-        Sample* const line = &samples_[static_cast<std::size_t>(y - firstLine_) *
-                                       static_cast<std::size_t>(columns_)];
-        int endDrawn = first;
-        for (int x = first; x < end; ++x) {
-            const double u = qr.At(x + 0.5) / area;
-            const double v = rp.At(x + 0.5) / area;
-            const double w = pq.At(x + 0.5) / area;
-            if (u < 0 || v < 0 || w < 0) {
-                continue;
-            }
-            const auto nearness = static_cast<float>(u * p[2] + v * q[2] + w * r[2]);
-            if (nearness > line[x].nearness) {
-                std::uint32_t colour = flatColour;
-                if (texture.IsShown() || !isFlat) {
-                    colour = ShadeAt(texture.IsShown() ? texture.Diffuse({u, v, w}) : look.diffuse,
-                                     look, a.normal * u + b.normal * v + c.normal * w, face);
-                }
-                line[x] = {nearness, colour};
-                endDrawn = x + 1;
-            }
-        }
+        const int endDrawn = DrawLine(facet, y, first, end);
         if (endDrawn > first) {
             auto& drawn = drawn_[static_cast<std::size_t>((y - firstLine_) / kSamples)];
             drawn = {std::min(drawn.first, first), std::max(drawn.second, endDrawn)};
         }
     }
+}
+
+int Band::DrawLine(const Facet& facet, int y, int first, int end) {
+    const Vector3 &p = facet.P(), &q = facet.Q(), &r = facet.R();
+    const double side = facet.Area() > 0 ? 1 : -1;
+    const Vector3 nearnesses = Vector3{p[2], q[2], r[2]} * (side / facet.Area());
+    EdgeAlongLine qr(q, r, side, first + 0.5, y + 0.5);
+    EdgeAlongLine rp(r, p, side, first + 0.5, y + 0.5);
+    EdgeAlongLine pq(p, q, side, first + 0.5, y + 0.5);
+    Sample* const line =
+        &samples_[static_cast<std::size_t>(y - firstLine_) * static_cast<std::size_t>(columns_)];
+    const bool isTextured = facet.IsTextured();
+    int endDrawn = first;
+    for (int x = first; x < end; ++x, qr.Step(), rp.Step(), pq.Step()) {
+        const Vector3 shares = {qr.Value(), rp.Value(), pq.Value()};
+        if (shares[0] < 0 || shares[1] < 0 || shares[2] < 0) {
+            continue;
+        }
+        const auto nearness = static_cast<float>(Dot(shares, nearnesses));
+        if (nearness > line[x].nearness) {
+            line[x] = {nearness,
+                       isTextured ? PixelColour(facet, x, y, shares) : facet.ColourAt(shares)};
+            endDrawn = x + 1;
+        }
+    }
+    return endDrawn;
+}
+
+// A textured triangle's colour in the pixel of the sample, worked out at the first of its samples.
+inline std::uint32_t Band::PixelColour(const Facet& facet, int x, int y, const Vector3& shares) {
+    const int column = x / kSamples;
+    PixelShade& shade = shades_[static_cast<std::size_t>(column)];
+    if (shade.facetRow != facetRow_) {
+        shade = {facetRow_, facet.PixelColour(column, y / kSamples, shares)};
+    }
+    return shade.colour;
 }
 
 // Red and blue are summed in one number, since their sums stay below 2^16.

@@ -44,6 +44,8 @@ constexpr Vector3 kLight = {-0.48, 0.64, 0.6};
 // The colour of a surface with that normal, of length 1 and on the viewer's side.
 Rgb Shade(const Look& look, const Vector3& normal);
 
+class Facet;
+
 // A band of a picture's rows. What is drawn is in samples: x to the right from the picture's left
 // edge, y down from its top, and third the nearness to the viewer; normals are right, up, towards
 // the viewer. Positions must be finite; only what lies in the band is drawn.
@@ -53,7 +55,8 @@ class Band {
     Band(int width, int firstRow, int numRows);
 
     // Both sides are shown. Where interpolated normals point to the far side they are turned
-    // round; where there are none the triangle's own is taken.
+    // round; where there are none the triangle's own is taken. Of a textured triangle the samples
+    // of a pixel have one colour, that of its average in the pixel.
     void Draw(const PreviewCorner& a, const PreviewCorner& b, const PreviewCorner& c,
               const Look& look);
 
@@ -66,6 +69,15 @@ class Band {
         std::uint32_t colour;  // red in the lowest byte
     };
 
+    // The colour of a pixel of the textured triangle that is being drawn in the present row.
+    struct PixelShade {
+        std::uint64_t facetRow = 0;
+        std::uint32_t colour = 0;
+    };
+
+    // What of the line lies in the columns; the column behind the last that is drawn.
+    int DrawLine(const Facet& facet, int y, int first, int end);
+    std::uint32_t PixelColour(const Facet& facet, int x, int y, const Vector3& shares);
     Rgb Average(const Sample* firstOfThree) const;
 
     int columns_;
@@ -74,6 +86,8 @@ class Band {
     // The columns of each pixel row that something was drawn in.
     std::vector<std::pair<int, int>> drawn_;
     std::vector<Sample> samples_;
+    std::vector<PixelShade> shades_;  // of the last triangle in each of the pixel's columns
+    std::uint64_t facetRow_ = 0;      // counts triangles and the pixel rows of each
 };
 
 }  // namespace kta

@@ -89,11 +89,37 @@ DecodedImage Failed(std::string error) {
     return {std::nullopt, std::move(error)};
 }
 
-// The remainder in [0, 1), and the place on pixels of which there are `size`, their centres at
-// n + 0.5.
-double OnPixels(double place, int size) {
-    return (place - std::floor(place)) * size - 0.5;
+// A place's remainder in [0, 1). std::floor is a call where the processor's newer instructions may
+// not be used, and is needed for each of a picture's pixels.
+double Remainder(double place) {
+    constexpr double kWhole = 4503599627370496.0;  // from 2^52 on, all numbers are whole
+    if (!(std::abs(place) < kWhole)) {
+        return 0;
+    }
+    const auto towardsZero = static_cast<double>(static_cast<std::int64_t>(place));
+    return place - (towardsZero > place ? towardsZero - 1 : towardsZero);
 }
+
+// Two of a pixel's channels, red and blue or those above them, to be summed in one number.
+constexpr std::uint64_t TwoChannels(std::uint32_t pixel) {
+    return (pixel & 0xff) | std::uint64_t{pixel & 0xff0000} << 16;
+}
+
+// Two neighbouring pixels of a row or column, which repeats, and how near the second is, of 256.
+struct Neighbours {
+    std::size_t first;
+    std::size_t second;
+    std::uint32_t share;
+
+    // Round a place; pixels' centres lie at n + 0.5.
+    Neighbours(double place, int size) {
+        const double after = Remainder(place) * size + 0.5;  // the second one's number, and more
+        const int number = static_cast<int>(after);
+        second = static_cast<std::size_t>(number < size ? number : 0);
+        first = static_cast<std::size_t>(number > 0 ? number - 1 : size - 1);
+        share = static_cast<std::uint32_t>((after - number) * 256);
+    }
+};
 
 }  // namespace
 
@@ -131,10 +157,13 @@ Texture::Copy Texture::Halved(const Copy& copy) {
     return halved;
 }
 
+double Texture::PixelsApart(std::size_t copy, const std::array<double, 2>& step) const {
+    return std::hypot(step[0] * copies_[copy].width, step[1] * copies_[copy].height);
+}
+
 std::size_t Texture::CopyFor(const std::array<double, 2>& across,
                              const std::array<double, 2>& down) const {
-    double step = std::max(std::hypot(across[0] * Width(), across[1] * Height()),
-                           std::hypot(down[0] * Width(), down[1] * Height()));
+    double step = std::max(PixelsApart(0, across), PixelsApart(0, down));
     std::size_t copy = 0;
     for (; step > 1.5 && copy + 1 < copies_.size(); step /= 2) {
         ++copy;
@@ -143,31 +172,28 @@ std::size_t Texture::CopyFor(const std::array<double, 2>& across,
 }
 
 Texture::Colour Texture::At(std::size_t copy, double x, double y) const {
-    const auto& [width, height, pixels] = copies_[copy];
-    const double column = OnPixels(x, width);
-    const double row = OnPixels(y, height);
-    const double left = std::floor(column);
-    const double top = std::floor(row);
-    const auto at = [](double index, int size) {
-        const int i = static_cast<int>(index);
-        return static_cast<std::size_t>(i < 0 ? size - 1 : i >= size ? 0 : i);
+    const Copy& shown = copies_[copy];
+    const Neighbours columns(x, shown.width);
+    const Neighbours rows(y, shown.height);
+    const auto width = static_cast<std::size_t>(shown.width);
+    const std::uint32_t* const above = &shown.pixels[rows.first * width];
+    const std::uint32_t* const below = &shown.pixels[rows.second * width];
+    const std::uint32_t right = columns.share, down = rows.share;
+    std::uint64_t redAndBlue = 0, greenAndOpacity = 0;
+    const auto add = [&](std::uint32_t pixel, std::uint64_t share) {
+        redAndBlue += share * TwoChannels(pixel);
+        greenAndOpacity += share * TwoChannels(pixel >> 8);
     };
-    const std::size_t columns[] = {at(left, width), at(left + 1, width)};
-    const std::size_t rows[] = {at(top, height), at(top + 1, height)};
-    const auto right = static_cast<std::uint32_t>((column - left) * 256);
-    const auto below = static_cast<std::uint32_t>((row - top) * 256);
-    const std::uint32_t shares[] = {(256 - right) * (256 - below), right * (256 - below),
-                                    (256 - right) * below, right * below};
-    std::array<std::uint32_t, 4> sums{};
-    for (std::size_t i = 0; i < 4; ++i) {
-        const std::uint32_t pixel =
-            pixels[rows[i / 2] * static_cast<std::size_t>(width) + columns[i % 2]];
-        for (int channel = 0; channel < 4; ++channel) {
-            sums[static_cast<std::size_t>(channel)] += shares[i] * Channel(pixel, channel);
-        }
-    }
+    add(above[columns.first], (256 - right) * (256 - down));
+    add(above[columns.second], right * (256 - down));
+    add(below[columns.first], (256 - right) * down);
+    add(below[columns.second], right * down);
     constexpr double kWhole = 1.0 / (65536.0 * 255.0);
-    return {sums[0] * kWhole, sums[1] * kWhole, sums[2] * kWhole, sums[3] * kWhole};
+    const auto channel = [](std::uint64_t two, int shift) {
+        return static_cast<std::uint32_t>(two >> shift) * kWhole;
+    };
+    return {channel(redAndBlue, 0), channel(greenAndOpacity, 0), channel(redAndBlue, 32),
+            channel(greenAndOpacity, 32)};
 }
 
 std::size_t Texture::Bytes() const {

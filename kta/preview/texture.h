@@ -31,6 +31,9 @@ class Texture {
     std::size_t CopyFor(const std::array<double, 2>& across,
                         const std::array<double, 2>& down) const;
 
+    // How far apart, in pixels of the copy, places lie that differ by the step.
+    double PixelsApart(std::size_t copy, const std::array<double, 2>& step) const;
+
     // At a place from the left edge (0) to the right (1) and from the top (0) to the bottom (1),
     // between the nearest four pixels; it is finite.
     Colour At(std::size_t copy, double x, double y) const;

@@ -25,8 +25,8 @@ class PreviewTexturesTest : public testing::Test {
     // A square whose material has these layers, with what is found in the directory.
     kta::Picture Draw(const std::vector<LayerFields>& layers,
                       const MeshFields& mesh = TexturedSquare()) {
-        const auto image = kta::EncodePng(FourColourPicture());
-        support::WriteFile(std::string(directory_.Path()) + "/four.png",
+        const auto image = kta::EncodePng(image_);
+        support::WriteFile(std::string(directory_.Path()) + "/image.png",
                            std::string(image.begin(), image.end()));
         std::string bytes = kActor + MaterialChunk({.diffuse = {0.5f, 0.5f, 0.5f}});
         for (const LayerFields& layer : layers) {
@@ -40,6 +40,7 @@ class PreviewTexturesTest : public testing::Test {
             .picture.value();
     }
 
+    kta::Picture image_ = FourColourPicture();
     support::TemporaryDirectory directory_;
     kta::File file_;
     kta::ActorTextures textures_;
@@ -50,7 +51,7 @@ Rgb Shown(const kta::Vector3& diffuse) {
 }
 
 TEST_F(PreviewTexturesTest, StandInThePlaceOfTheDiffuseColour) {
-    const kta::Picture picture = Draw({{.texture = "C:\\maps\\four.png"}});
+    const kta::Picture picture = Draw({{.texture = "C:\\maps\\image.png"}});
     EXPECT_EQ(picture.At(25, 25), Shown({1, 0, 0}));
     EXPECT_EQ(picture.At(75, 25), Shown({0, 1, 0}));
     EXPECT_EQ(picture.At(25, 75), Shown({0, 0, 1}));
@@ -59,15 +60,15 @@ TEST_F(PreviewTexturesTest, StandInThePlaceOfTheDiffuseColour) {
 }
 
 TEST_F(PreviewTexturesTest, AmountMixesWithTheDiffuseColour) {
-    EXPECT_EQ(Draw({{.texture = "four.png", .amount = 0.5f}}).At(25, 25),
+    EXPECT_EQ(Draw({{.texture = "image.png", .amount = 0.5f}}).At(25, 25),
               Shown({0.75, 0.25, 0.25}));
-    EXPECT_EQ(Draw({{.texture = "four.png", .amount = -3}}).At(25, 25), Shown({0.5, 0.5, 0.5}));
-    EXPECT_EQ(Draw({{.texture = "four.png", .amount = 7}}).At(25, 25), Shown({1, 0, 0}));
+    EXPECT_EQ(Draw({{.texture = "image.png", .amount = -3}}).At(25, 25), Shown({0.5, 0.5, 0.5}));
+    EXPECT_EQ(Draw({{.texture = "image.png", .amount = 7}}).At(25, 25), Shown({1, 0, 0}));
 }
 
 TEST_F(PreviewTexturesTest, TheFirstDiffuseLayerShows) {
     const kta::Picture picture = Draw(
-        {{.texture = "bump.png", .type = 3}, {.texture = "four.png"}, {.texture = "second.png"}});
+        {{.texture = "bump.png", .type = 3}, {.texture = "image.png"}, {.texture = "second.png"}});
     EXPECT_EQ(picture.At(25, 25), Shown({1, 0, 0}));
     EXPECT_TRUE(textures_.notFound.empty());  // only what would show is looked for
 }
@@ -88,17 +89,49 @@ TEST_F(PreviewTexturesTest, MeshesWithoutTextureCoordinatesShowTheColour) {
     for (VertexFields& vertex : mesh.subMeshes[0].vertices) {
         vertex.pairs.clear();
     }
-    EXPECT_EQ(Draw({{.texture = "four.png"}}, mesh).At(25, 25), Shown({0.5, 0.5, 0.5}));
+    EXPECT_EQ(Draw({{.texture = "image.png"}}, mesh).At(25, 25), Shown({0.5, 0.5, 0.5}));
     mesh = TexturedSquare();
     mesh.subMeshes[0].vertices[0].pairs[0][0] = kInfinity;
-    EXPECT_EQ(Draw({{.texture = "four.png"}}, mesh).At(25, 25), Shown({0.5, 0.5, 0.5}));
+    EXPECT_EQ(Draw({{.texture = "image.png"}}, mesh).At(25, 25), Shown({0.5, 0.5, 0.5}));
 }
 
 // Far more pixels of the image than the picture has are averaged, not picked from.
 TEST_F(PreviewTexturesTest, FineTexturesAreAveraged) {
-    const kta::Picture picture = Draw({{.texture = "four.png", .tiling = {500, 500}}});
+    const kta::Picture picture = Draw({{.texture = "image.png", .tiling = {500, 500}}});
     for (const int x : {20, 47, 71}) {
         EXPECT_EQ(picture.At(x, 33), picture.At(60, 60));
+    }
+}
+
+// An image of 270 columns on a square of 90 pixels, each third column white: so much of it shows in
+// each pixel.
+TEST_F(PreviewTexturesTest, EachColumnOfAPixelCounts) {
+    kta::Picture stripes = kta::PlainPicture(270, 1, {0, 0, 0});
+    for (std::size_t i = 1; i < 270; i += 3) {
+        stripes.pixels[i] = {255, 255, 255};
+    }
+    image_ = stripes;
+    const kta::Picture picture = Draw({{.texture = "image.png"}});
+    const Rgb third = Shown({1.0 / 3, 1.0 / 3, 1.0 / 3});
+    for (int x = 6; x < 94; ++x) {
+        EXPECT_NEAR(picture.At(x, 50)[0], third[0], 1) << x;
+    }
+}
+
+// Half a square: on the diagonal six of a pixel's nine samples show it, three the background.
+TEST_F(PreviewTexturesTest, EdgesAreAsSmoothAsThoseWithoutATexture) {
+    MeshFields mesh = TexturedSquare();
+    mesh.subMeshes[0].faces.pop_back();
+    image_ = kta::PlainPicture(4, 4, {255, 0, 0});
+    const kta::Picture picture = Draw({{.texture = "image.png"}}, mesh);
+    const Rgb red = Shown({1, 0, 0});
+    EXPECT_EQ(picture.At(30, 50), red);
+    EXPECT_EQ(picture.At(70, 50), kta::kBackground);
+    for (int x = 10; x < 90; ++x) {
+        for (std::size_t i = 0; i < 3; ++i) {
+            EXPECT_NEAR(picture.At(x, 99 - x)[i], (6 * red[i] + 3 * kta::kBackground[i]) / 9.0, 0.6)
+                << x;
+        }
     }
 }
 
