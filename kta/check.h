@@ -35,6 +35,9 @@ class RulesError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// Whether Check() can use the text as a pattern.
+bool IsPattern(const std::string& text);
+
 struct CheckOptions {
     bool notes = false;  // tell notes as well
     // In place of the table's; without a value the code is not told.

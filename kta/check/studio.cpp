@@ -88,12 +88,22 @@ void CheckInfluences(Findings& findings, const NodeTable& nodes, std::uint64_t m
     }
 }
 
+// ECMAScript's, matched without backtracking where the library can do so: the time is bounded by
+// the name's length times the pattern's size, and there are no back-references.
+std::regex Compiled(const std::string& pattern) {
+    auto syntax = std::regex::ECMAScript;
+#ifdef __GLIBCXX__
+    syntax |= std::regex_constants::__polynomial;
+#endif
+    return std::regex(pattern, syntax);
+}
+
 // Names that do not match their pattern, whole.
 class NameCheck {
   public:
     NameCheck(Findings& findings, const StudioRules& rules) : findings_(findings) {
         for (const auto& [code, pattern] : rules.patterns) {
-            patterns_.emplace(code, std::pair(pattern, std::regex(pattern)));
+            patterns_.emplace(code, std::pair(pattern, Compiled(pattern)));
         }
     }
 
@@ -129,6 +139,15 @@ void CheckAllNames(Findings& findings, const StudioRules& rules) {
 }
 
 }  // namespace
+
+bool IsPattern(const std::string& text) {
+    try {
+        static_cast<void>(Compiled(text));
+        return true;
+    } catch (const std::regex_error&) {
+        return false;
+    }
+}
 
 void CheckStudioRules(Findings& findings, const StudioRules& rules) {
     if (!rules.budgets.empty()) {

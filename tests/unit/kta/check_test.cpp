@@ -427,6 +427,19 @@ TEST(StudioRules, WhatIsNoRuleIsRefused) {
               "severities.x is no code, see kta check --list-codes");
 }
 
+// There are 2^199 ways to part the name into groups of letters, none of which matches.
+TEST(StudioRules, NoPatternTakesLong) {
+    kta::CheckOptions options;
+    kta::AddRules(R"({"node-name": {"pattern": "(a*)*b"}})", options);
+    const std::string name(200, 'a');
+    const auto issues =
+        kta::Check(ReadExact(ActorBeginning() + NodeChunk({.name = name})), nullptr, options);
+    ASSERT_EQ(issues.size(), 1u);
+    EXPECT_EQ(issues[0].code, IssueCode::ruleNodeName);
+    EXPECT_EQ(RefusalOf(R"({"node-name": {"pattern": "(a)\\1"}})"),
+              "node-name.pattern is \"(a)\\\\1\", expected a regular expression");
+}
+
 TEST(StudioRules, BudgetsAndNames) {
     kta::CheckOptions options;
     kta::AddRules(R"({"nodes": {"most": 1}, "node-name": {"pattern": "[A-Z][a-z]+"},
