@@ -292,7 +292,7 @@ void AddChoices(CLI::App& check, CheckArguments& arguments) {
         .add_option("--max-issues", arguments.report.maxIssues,
                     "Show so many of each actor and motion file; 0 shows all")
         ->type_name("N")
-        ->check(CLI::NonNegativeNumber)
+        ->check(CLI::Validator(CheckCount, ""))
         ->capture_default_str();
 }
 

@@ -1,5 +1,6 @@
 #include "kta/command/command.h"
 
+#include <charconv>
 #include <iostream>
 #include <system_error>
 
@@ -59,6 +60,15 @@ TextureFinder FinderFor(const std::string& actor, const std::vector<std::string>
         beside = std::filesystem::path(actor).parent_path();
     }
     return {beside, {folders.begin(), folders.end()}};
+}
+
+std::string CheckCount(const std::string& text) {
+    std::size_t count = 0;
+    const char* const end = text.data() + text.size();
+    const auto [next, error] = std::from_chars(text.data(), end, count);
+    return error == std::errc() && next == end
+               ? ""
+               : "\"" + text + "\" is no number, expected a whole one of 0 or more";
 }
 
 bool WriteOutput(const std::string& path, std::span<const std::uint8_t> bytes) {

@@ -50,6 +50,9 @@ Reading ReadPart(const std::string& path, KTAFileKind kind, Status& status);
 // Looks beside the actor file, unless that is the standard input, and then in the folders.
 TextureFinder FinderFor(const std::string& actor, const std::vector<std::string>& folders);
 
+// For options that say how many; empty where the text is a whole number of 0 or more, else why not.
+std::string CheckCount(const std::string& text);
+
 // Makes the file or replaces it as a whole. False when it cannot be, which was complained of.
 bool WriteOutput(const std::string& path, std::span<const std::uint8_t> bytes);
 

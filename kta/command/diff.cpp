@@ -229,6 +229,7 @@ Command AddDiff(CLI::App& kta) {
     diff->add_flag("--order", options->order, "Another order is a difference as well");
     diff->add_option("--max", options->mostLines, "Most lines shown of a kind of chunk; 0: all")
         ->type_name("N")
+        ->check(CLI::Validator(CheckCount, ""))
         ->capture_default_str();
     CLI::Option* json = diff->add_flag("--json", options->json, "One JSON object, of all lines");
     diff->add_flag("-q,--quiet", options->quiet, "The exit status alone")->excludes(json);

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <optional>
+#include <set>
 
 #include "kta/command/command.h"
 #include "kta/command/preview_options.h"
@@ -87,8 +88,30 @@ std::vector<std::uint8_t> Drawn(const PreviewModel& model, const PreviewPlan& pl
     return EncodePng(sheet.Whole());
 }
 
+// What is wrong with the channels of --morph; empty where the actor has them all.
+std::string FaultOfMorphs(const PreviewOptions& options, const File& actor) {
+    std::set<std::string> channels;
+    for (const Chunk& chunk : actor.chunks) {
+        if (const auto* const morph = chunk.As<Morph>()) {
+            channels.emplace(TextOf(morph->channel.channelName));
+        }
+    }
+    for (const auto& [name, weight] : MorphWeights(options)) {
+        if (!channels.contains(name)) {
+            const std::string nearest = NearestWord(name, {channels.begin(), channels.end()});
+            return "--morph: " + NameOf(options.actor) + " has no channel \"" + name + '"' +
+                   (nearest.empty() ? "" : "; did you mean \"" + nearest + "\"?");
+        }
+    }
+    return "";
+}
+
 Status DrawPictures(const PreviewOptions& options, const Files& files) {
     const File& actor = *files.actor.file;
+    if (const std::string fault = FaultOfMorphs(options, actor); !fault.empty()) {
+        Complain(fault);
+        return kUnusable;
+    }
     const ActorTextures textures = TexturesOf(options, actor);
     const PreviewModel model(
         actor, files.motion ? &*files.motion->file : nullptr,

@@ -346,8 +346,8 @@ void AddInputs(CLI::App& preview, PreviewOptions& options) {
     preview.add_flag("--collision", options.withCollision, "Show collision meshes as well");
 }
 
-// Of pictures; pages have none of these.
-std::vector<CLI::Option*> AddViews(CLI::App& preview, PreviewOptions& options) {
+// Of pictures, as is what follows; pages have none of these.
+std::vector<CLI::Option*> AddView(CLI::App& preview, PreviewOptions& options) {
     const auto size =
         Wants([](const std::string& text) { return ParsePair(text, kGreatestPictureSide); },
               "size, expected WIDTHxHEIGHT, each 1 to " + std::to_string(kGreatestPictureSide));
@@ -369,7 +369,12 @@ std::vector<CLI::Option*> AddViews(CLI::App& preview, PreviewOptions& options) {
                         "How far up the viewer is: 0 level, 90 above the scene")
             ->type_name("DEGREES")
             ->capture_default_str()
-            ->check(Degrees(90)),
+            ->check(Degrees(90))};
+}
+
+// Of which several stand on one sheet.
+std::vector<CLI::Option*> AddSeries(CLI::App& preview, PreviewOptions& options) {
+    return {
         OfferWords(preview.add_option("--view", options.views,
                                       "Instead: front, right, back, left, top, bottom, AZIMUTH or "
                                       "AZIMUTH:ELEVATION; several stand on one sheet"),
@@ -421,9 +426,11 @@ std::vector<CLI::Option*> AddMotion(CLI::App& preview, PreviewOptions& options) 
 
 std::vector<CLI::Option*> DescribePreview(CLI::App& preview, PreviewOptions& options) {
     AddInputs(preview, options);
-    std::vector<CLI::Option*> ofPictures = AddViews(preview, options);
-    for (CLI::Option* const option : AddMotion(preview, options)) {
-        ofPictures.push_back(option);
+    std::vector<CLI::Option*> ofPictures = AddView(preview, options);
+    for (const auto add : {AddSeries, AddMotion}) {
+        for (CLI::Option* const option : add(preview, options)) {
+            ofPictures.push_back(option);
+        }
     }
     return ofPictures;
 }

@@ -101,7 +101,7 @@ def refuse(kta, actor, motion, root):
     for arguments in ([actor], [actor, actor, actor], [actor, motion], [actor, root / "missing"],
                       [actor, cut], [cut, actor], ["-", "-"], ["--tolerance", "-1", actor, actor],
                       ["--tolerance", "nan", actor, actor], ["--quiet", "--json", actor, actor],
-                      ["--git", actor, actor]):
+                      ["--max", "-1", actor, actor], ["--git", actor, actor]):
         result = subprocess.run([str(a) for a in [kta, "diff", *arguments]], cwd=root, text=True,
                                 capture_output=True, timeout=DEADLINE, stdin=subprocess.DEVNULL)
         expect(result.returncode == 2 and result.stderr.startswith("kta: ")

@@ -189,6 +189,9 @@ class Checks(unittest.TestCase):
                 status, output, errors = kta(*arguments)
                 self.assertEqual((status, output), (2, ""), arguments)
                 self.assertEqual(errors.count("\n"), 1, errors)
+        self.assertEqual(kta("--max-issues", "-1", "a")[2],
+                         'kta: --max-issues: "-1" is no number, expected a whole one of 0 or more '
+                         "(see kta --help)\n")
 
     def test_directories_hold_pairs_and_single_files(self):
         with tempfile.TemporaryDirectory() as folder:

@@ -94,6 +94,9 @@ def draw_poses(preview):
     for wrong in (["--time", "x"], ["--view", "up"], ["--sheet", "4"], ["--fps", "0"],
                   ["--frames", "1001"], ["--morph", "Smile"], ["--texture-dir", "nowhere"]):
         preview.run(ACTOR, MOTION, *wrong, "-o", "x.png", status=2, complaint=wrong[1])
+    preview.run(ACTOR, "--morph", "Wyde=50", "-o", "x.png", status=2,
+                complaint='has no channel "Wyde"; did you mean "Wide"?')
+    expect(preview.pixels(ACTOR, *views, "--morph", "Wide=100") != rest, "a morph channel's weight")
 
 
 def draw_animations(preview):
