@@ -21,16 +21,23 @@ class JsonTree;
 struct JsonEntry {
     static constexpr std::uint32_t kMany = (1u << 29) - 1;
 
-    JsonKind Kind() const { return static_cast<JsonKind>(kind); }
+    // No bit-fields, which compilers fill in one by one, a byte at a time.
+    JsonEntry(JsonKind kind, std::uint32_t size, std::uint32_t payloadOfKind)
+        : payload(payloadOfKind), head_(size << 3 | static_cast<std::uint32_t>(kind)) {}
 
-    std::uint32_t kind : 3;
+    JsonKind Kind() const { return static_cast<JsonKind>(head_ & 7); }
+
     // Of a text in bytes, of a list or object in elements or members; kMany: counted when asked
     // for. Of an integer: whether it has a minus sign, or kMany for one that does not fit
     // `payload`.
-    std::uint32_t size : 29;
+    std::uint32_t Size() const { return head_ >> 3; }
+
     // Of a number: an f32's bits, an integer's digits, the place among those that do not fit; of a
     // text: its place; of a list or object: how many entries it takes with all that it holds.
     std::uint32_t payload;
+
+  private:
+    std::uint32_t head_;
 };
 
 // A value in a tree; valid as long as the tree. The accessors named after a kind are for values of
@@ -117,28 +124,28 @@ class JsonTree {
 };
 
 inline std::int64_t JsonValue::Integer() const {
-    if (entry_->size == JsonEntry::kMany) {
+    if (entry_->Size() == JsonEntry::kMany) {
         return tree_->longer_[entry_->payload];
     }
     const std::int64_t digits = entry_->payload;
-    return entry_->size != 0 ? -digits : digits;
+    return entry_->Size() != 0 ? -digits : digits;
 }
 
 inline float JsonValue::Real() const {
     if (Kind() == JsonKind::real) {
         return std::bit_cast<float>(entry_->payload);
     }
-    const bool isMinusZero = entry_->size == 1 && entry_->payload == 0;
+    const bool isMinusZero = entry_->Size() == 1 && entry_->payload == 0;
     return isMinusZero ? -0.0f : static_cast<float>(Integer());
 }
 
 inline std::string_view JsonValue::Text() const {
     const char* const text = tree_->texts_.data() + entry_->payload;
-    return entry_->size != JsonEntry::kMany ? std::string_view(text, entry_->size) : text;
+    return entry_->Size() != JsonEntry::kMany ? std::string_view(text, entry_->Size()) : text;
 }
 
 inline std::size_t JsonValue::Size() const {
-    return entry_->size != JsonEntry::kMany ? entry_->size : Count();
+    return entry_->Size() != JsonEntry::kMany ? entry_->Size() : Count();
 }
 
 inline JsonValue::Iterator& JsonValue::Iterator::operator++() {

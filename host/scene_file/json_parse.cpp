@@ -26,7 +26,7 @@ class TreeBuilder {
     explicit TreeBuilder(JsonTree& tree) : tree_(tree) {}
 
     void Add(JsonKind kind, std::uint32_t payload = 0, std::uint32_t size = 0) {
-        tree_.entries_.push_back({static_cast<std::uint32_t>(kind), size, payload});
+        tree_.entries_.emplace_back(kind, size, payload);
     }
     void AddReal(float value) { Add(JsonKind::real, std::bit_cast<std::uint32_t>(value)); }
     void AddInteger(bool hasMinus, std::uint64_t digits);
@@ -96,8 +96,9 @@ void TreeBuilder::Close(std::size_t size) {
     const std::size_t closed = open_.back();
     open_.pop_back();
     JsonEntry& entry = tree_.entries_[closed];
-    entry.size = static_cast<std::uint32_t>(std::min<std::size_t>(size, JsonEntry::kMany));
-    entry.payload = static_cast<std::uint32_t>(tree_.entries_.size() - closed);
+    entry = {entry.Kind(),
+             static_cast<std::uint32_t>(std::min<std::size_t>(size, JsonEntry::kMany)),
+             static_cast<std::uint32_t>(tree_.entries_.size() - closed)};
     if (entry.Kind() == JsonKind::object && size > 1) {
         RefuseTwins(closed);
     }
