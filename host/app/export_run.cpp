@@ -134,6 +134,8 @@ class ExportRun {
     int Compare(const std::vector<std::string>& faults);
     std::optional<int> Prepare();
     void TakeLog();
+    void TakeOutcome(const fs::path& settings);
+    void Tell(int result);
     void ShowStage(const std::string& name);
     int StatusOf(int result);
     std::optional<int> EndedInDialog(int result);
@@ -364,7 +366,36 @@ void ExportRun::TakeLog() {
     }
 }
 
+// What is known once the exporter has ended, which had its settings there.
+void ExportRun::TakeOutcome(const fs::path& settings) {
+    outcome_.inForce = ReadSettings(settings);
+    outcome_.options = OnCommandLine(outcome_.inForce);
+    outcome_.nodes = NodesToExport(options_, outcome_.inForce);
+    for (const import::EmbeddedTexture& texture : files_.Textures().Textures()) {
+        outcome_.textures.push_back(files_.Textures().Place(texture));
+    }
+    TakeLog();
+}
+
+// What became of an export that no dialog ended; `result` is DoExport's.
+void ExportRun::Tell(int result) {
+    for (const NodeToExport* const node : NodesNotExported(files_.Files(), outcome_.nodes)) {
+        report_.leftOut.push_back(&WhyNotExported(*node));
+    }
+    if (files_.IsInPlace() && result != IMPEXP_FAIL && !options_.quiet && !options_.json) {
+        for (const std::string& line : Summarize(files_.Files(), outcome_)) {
+            console_.Print(line, StyleOf(line));
+        }
+    }
+    if (options_.json) {
+        report_.origins = OriginsOf(options_, outcome_.inForce, OriginOfTheRest());
+        report_.exported = ReportOf(files_, std::move(outcome_));
+    }
+}
+
 int ExportRun::Run(PlugInRun run, ExportOutcome outcome) {
+    // What Prepare() makes is to be gone after an interrupt too.
+    interrupts_.PressCancel();
     if (const std::optional<int> status = Prepare()) {
         return *status;
     }
@@ -381,37 +412,34 @@ int ExportRun::Run(PlugInRun run, ExportOutcome outcome) {
     const fs::file_time_type before =
         isCopied ? CopySettings(savedSettings, run.configDirectory) : fs::file_time_type::min();
     readsAlone_ = TakeReadingFromConverter(PlugInDirectories(options_));
-    interrupts_.PressCancel();
     const int result = RunPlugIn(run, options_, files_, user_, console_, audit_.times, report_);
     report_.hasExported = true;
     if (isCopied && TimeOf(SettingsFile(run.configDirectory)) != before && CanSave(savedSettings)) {
         dryRun->Add(SettingsFile(savedSettings), SettingsFile(run.configDirectory));
     }
-    const ExportOptions inForce = ReadSettings(run.configDirectory);
-    outcome_.inForce = inForce;
-    outcome_.options = OnCommandLine(inForce);
-    outcome_.nodes = NodesToExport(options_, inForce);
-    for (const import::EmbeddedTexture& texture : files_.Textures().Textures()) {
-        outcome_.textures.push_back(files_.Textures().Place(texture));
-    }
-    TakeLog();
+    TakeOutcome(run.configDirectory);
     if (const std::optional<int> status = EndedInDialog(result)) {
         return Place(*status, false);
     }
     const int status = Place(StatusOf(result), true);
-    for (const NodeToExport* const node : NodesNotExported(files_.Files(), outcome_.nodes)) {
-        report_.leftOut.push_back(&WhyNotExported(*node));
-    }
-    if (files_.IsInPlace() && result != IMPEXP_FAIL && !options_.quiet && !options_.json) {
-        for (const std::string& line : Summarize(files_.Files(), outcome_)) {
-            console_.Print(line, StyleOf(line));
-        }
-    }
-    if (options_.json) {
-        report_.origins = OriginsOf(options_, outcome_.inForce, OriginOfTheRest());
-        report_.exported = ReportOf(files_, std::move(outcome_));
-    }
+    Tell(result);
     return status;
+}
+
+// What of the outcome is known before the export.
+ExportOutcome OutcomeOfReading(const Options& options, const LoadedScene& loaded) {
+    ExportOutcome outcome{.namesAll = options.verbose,
+                          .warnings = loaded.warnings.size(),
+                          .coloredMeshes = loaded.coloredMeshes,
+                          .unit = loaded.unit,
+                          .upAxis = loaded.upAxis};
+    if (options.preset) {
+        outcome.optionFiles.push_back("preset: " + *options.preset);
+    }
+    if (options.sidecarFile) {
+        outcome.optionFiles.push_back("sidecar: " + *options.sidecarFile);
+    }
+    return outcome;
 }
 
 }  // namespace
@@ -442,17 +470,7 @@ int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files,
             console.Note(SettingsFile(*configDirectory).string(), "settings file");
         }
     }
-    ExportOutcome outcome{.namesAll = options.verbose,
-                          .warnings = loaded.warnings.size(),
-                          .coloredMeshes = loaded.coloredMeshes,
-                          .unit = loaded.unit,
-                          .upAxis = loaded.upAxis};
-    if (options.preset) {
-        outcome.optionFiles.push_back("preset: " + *options.preset);
-    }
-    if (options.sidecarFile) {
-        outcome.optionFiles.push_back("sidecar: " + *options.sidecarFile);
-    }
+    ExportOutcome outcome = OutcomeOfReading(options, loaded);
     host.OpenScene(std::move(loaded.scene));
     return ExportRun(options, files, interrupts, console, audit, report, showsProgress)
         .Run({exporter, exportOptions, configDirectory.value_or(fs::path()), showsProgress},

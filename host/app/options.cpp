@@ -117,16 +117,7 @@ std::string FaultOfAllAnimations(const Options& options) {
     return {};
 }
 
-// What is wrong with options that are well-formed one by one; empty when nothing is.
-std::string FaultOf(const Options& options) {
-    if (options.scene.empty() && !options.about && !options.savePreset &&
-        options.batch.items.empty()) {
-        return "SCENE: none given, expected a scene file (hdo-export --help explains all options)";
-    }
-    if (options.start && options.end && options.start->unit == options.end->unit &&
-        options.start->count > options.end->count) {
-        return "--start: behind --end, expected a time that is not";
-    }
+std::string FaultOfDialog(const Options& options) {
     if (options.showDialog && (options.cancelDialog || !NamesOf(options.choices).empty())) {
         return "--show-dialog: excludes " +
                (options.cancelDialog ? "--cancel-dialog"
@@ -140,11 +131,50 @@ std::string FaultOf(const Options& options) {
                "cannot be made in saved settings; expected it without --saved-settings and "
                "--config-dir";
     }
-    if (std::string fault = FaultOfAllAnimations(options); !fault.empty()) {
+    return "";
+}
+
+// Of what is read from standard input and written to standard output.
+std::string FaultOfFiles(const Options& options) {
+    const std::pair<const char*, const std::optional<std::string>*> replacedWhole[] = {
+        {"--output", &options.output},
+        {"--log", &options.log},
+        {"--receipt", &options.receipt},
+        {"--report", &options.report},
+        {"--save-preset", &options.savePreset}};
+    for (const auto& [option, file] : replacedWhole) {
+        if (*file == "-") {
+            return std::string(option) + ": \"-\", expected the name of a file";
+        }
+    }
+    if (options.list && options.output && options.batch.items.empty()) {
+        return "--list: excludes --output, expected one of them";
+    }
+    if (options.scene == "-" && !options.output && !options.list && !options.saveScene) {
+        return "SCENE: standard input has no name to export by, expected --output beside it";
+    }
+    if (options.saveScene == "-" && (options.list || options.json)) {
+        return "--save-scene: to standard output excludes " +
+               std::string(options.list ? "--list" : "--json") + ", which writes there too";
+    }
+    return "";
+}
+
+// What is wrong with options that are well-formed one by one; empty when nothing is.
+std::string FaultOf(const Options& options) {
+    if (options.scene.empty() && !options.about && !options.savePreset &&
+        options.batch.items.empty()) {
+        return "SCENE: none given, expected a scene file (hdo-export --help explains all options)";
+    }
+    if (options.start && options.end && options.start->unit == options.end->unit &&
+        options.start->count > options.end->count) {
+        return "--start: behind --end, expected a time that is not";
+    }
+    if (std::string fault = FaultOfDialog(options); !fault.empty()) {
         return fault;
     }
-    if (options.savePreset == "-") {
-        return "--save-preset: \"-\", expected the name of a file";
+    if (std::string fault = FaultOfAllAnimations(options); !fault.empty()) {
+        return fault;
     }
     if (options.bisect && (options.list || options.about || options.showDialog)) {
         return std::string("--bisect: excludes ") + (options.list    ? "--list"
@@ -163,15 +193,8 @@ std::string FaultOf(const Options& options) {
         return "--scramble: changes the scene that is saved, expected --save-scene or --bisect "
                "beside it";
     }
-    if (options.list && options.output && options.batch.items.empty()) {
-        return "--list: excludes --output, expected one of them";
-    }
-    if (options.scene == "-" && !options.output && !options.list && !options.saveScene) {
-        return "SCENE: standard input has no name to export by, expected --output beside it";
-    }
-    if (options.saveScene == "-" && (options.list || options.json)) {
-        return "--save-scene: to standard output excludes " +
-               std::string(options.list ? "--list" : "--json") + ", which writes there too";
+    if (std::string fault = FaultOfFiles(options); !fault.empty()) {
+        return fault;
     }
     return FaultOfBatch(options);
 }

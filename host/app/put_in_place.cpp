@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <fstream>
 #include <iterator>
 #include <string>
 #include <system_error>
+#include <type_traits>
 
 #ifdef _WIN32
 #ifndef NOMINMAX
@@ -152,18 +154,21 @@ void MoveHere(const std::vector<Replacement>& files) {
 }
 
 #ifndef _WIN32
+// Without padding, since its bytes are written to a pipe.
 struct Result {
-    int error = 0;
-    std::size_t failed = 0;
+    std::int64_t error = 0;
+    std::uint64_t failed = 0;
 };
+static_assert(std::has_unique_object_representations_v<Result>);
 
 // The other process: moves, tells what came of it, and ends. Where nobody is left to be told, it
 // tidies up in that one's place.
 [[noreturn]] void MoveAndEnd(const std::vector<Replacement>& files, int toTell) {
     setsid();  // what is sent to the group of a terminal or a job does not reach it
     std::signal(SIGPIPE, SIG_IGN);
-    Result result;
-    result.error = Move(files).All(result.failed).value();
+    std::size_t failed = 0;
+    const std::error_code error = Move(files).All(failed);
+    const Result result{error.value(), failed};
     if (write(toTell, &result, sizeof(result)) != static_cast<ssize_t>(sizeof(result))) {
         for (const Replacement& file : files) {
             std::error_code ignored;
@@ -197,7 +202,8 @@ void PutInPlace(const std::vector<Replacement>& files) {
     }
     waitpid(child, nullptr, 0);
     if (!isTold || result.error != 0) {
-        Throw(files[result.failed], std::error_code(result.error, std::generic_category()));
+        Throw(files[result.failed],
+              std::error_code(static_cast<int>(result.error), std::generic_category()));
     }
 #else
     MoveHere(files);

@@ -69,10 +69,13 @@ def interrupt_all(program, scene, count, seed, root):
         i += 1
         number = (signal.SIGTERM, signal.SIGKILL)[i % 2]
         kind = 1 - kinds.index(former)
+        left = set(directory.glob(".hdo-*"))  # by SIGKILL, until the next run takes it away
         status = interrupted(command(program, scene, KINDS[kind]), directory, number,
                              randoms.uniform(0, span))
         if status not in (0, 143, -number):
             sys.exit(f"interruption {i}: exit status {status}, expected 0, 143 or {-number}")
+        if number == signal.SIGTERM and set(directory.glob(".hdo-*")) - left:
+            sys.exit(f"interruption {i}: SIGTERM left the private directory")
         now = files(directory)
         if now == kinds[kind] and status != 143:
             seen[f"{number.name} status {status}: new files"] += 1

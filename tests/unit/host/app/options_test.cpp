@@ -187,6 +187,11 @@ TEST(OptionsTest, BadNumbersAreRefused) {
     EXPECT_EQ(ErrorOf({"x", "--tries", "0"}),
               "--tries: \"0\", expected a whole number of at least 1");
     EXPECT_EQ(ErrorOf({"x", "--bisect", "--list"}), "--bisect: excludes --list");
+    for (const std::string option :
+         {"--output", "--log", "--receipt", "--report", "--save-preset"}) {
+        EXPECT_EQ(ErrorOf({"x", option.c_str(), "-"}),
+                  option + ": \"-\", expected the name of a file");
+    }
     EXPECT_EQ(ErrorOf({"x", "--all-animations", "--dry-run"}),
               "--all-animations: excludes --dry-run");
     EXPECT_EQ(ErrorOf({"--batch", "x", "--all-animations"}),
