@@ -47,6 +47,13 @@ std::vector<std::string> PartsOf(std::string_view path) {
     return parts;
 }
 
+// Whether files are found by names in other letters, capital or small, than their own.
+#ifdef _WIN32
+constexpr bool kFoldsLetters = true;
+#else
+constexpr bool kFoldsLetters = false;
+#endif
+
 // What the path may mean, likelier first: itself, and what it is as a URI. No path has a NUL.
 std::vector<std::string> ReadingsOf(const std::string& path) {
     std::vector<std::string> readings = {path, FromUri(path)};
@@ -96,8 +103,9 @@ bool TextureSearch::IsFile(const fs::path& path) {
 TextureFile TextureSearch::Search(const std::string& path) {
     // A path of another system is a strange name of this one, and no place to look at.
     const bool isAbsolute = path.starts_with('/') && IsFile(path);
-    if (isAbsolute || (!path.empty() && path.find('\0') == std::string::npos &&
-                       !path.starts_with('/') && IsFile(folder_ / path))) {
+    if (isAbsolute ||
+        (!path.empty() && path.find('\0') == std::string::npos && !path.starts_with('/') &&
+         IsFile(folder_ / path) && IsSpelledAsOnDisk(path))) {
         return {path, isAbsolute ? path : (folder_ / path).lexically_normal().string()};
     }
     for (const std::string& text : ReadingsOf(path)) {
@@ -109,6 +117,28 @@ TextureFile TextureSearch::Search(const std::string& path) {
         }
     }
     return {path, ""};
+}
+
+// Of a file from the model's folder on.
+bool TextureSearch::IsSpelledAsOnDisk(const std::string& path) {
+    if (!kFoldsLetters || fs::path(path).is_absolute()) {
+        return true;
+    }
+    fs::path place = folder_;
+    for (const std::string& part : PartsOf(path)) {
+        if (part == "..") {
+            place = place.parent_path();
+            continue;
+        }
+        const Names& entries = EntriesOf(place);
+        const auto found = entries.find(InSmallLetters(part));
+        if (found != entries.end() && found->second != part) {
+            return false;
+        }
+        place /= part;
+    }
+    // Elsewhere it is no separator.
+    return path.find('\\') == std::string::npos;
 }
 
 std::optional<fs::path> TextureSearch::Beside(std::string_view path) {
@@ -150,12 +180,15 @@ fs::path TextureSearch::In(const fs::path& folder, const std::string& name) {
 // The entry of that name; one that differs in capital letters alone where there is no better one.
 std::optional<fs::path> TextureSearch::Within(const fs::path& folder, const std::string& name) {
     std::error_code error;
-    if (fs::exists(folder / name, error)) {
+    const bool exists = fs::exists(folder / name, error);
+    if (exists && !kFoldsLetters) {
         return folder / name;
     }
     const Names& entries = EntriesOf(folder);
     const auto found = entries.find(InSmallLetters(name));
-    return found == entries.end() ? std::nullopt : std::optional(folder / found->second);
+    return found != entries.end() ? std::optional(folder / found->second)
+           : exists               ? std::optional(folder / name)
+                                  : std::nullopt;
 }
 
 const TextureSearch::Names& TextureSearch::EntriesOf(const fs::path& folder) {

@@ -42,6 +42,7 @@ class TextureSearch {
     void Note(const std::filesystem::path& path);
     bool IsFile(const std::filesystem::path& path);
     TextureFile Search(const std::string& path);
+    bool IsSpelledAsOnDisk(const std::string& path);
     std::optional<std::filesystem::path> Beside(std::string_view path);
     std::optional<std::filesystem::path> Within(const std::filesystem::path& folder,
                                                 const std::string& name);
