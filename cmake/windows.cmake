@@ -3,7 +3,7 @@
 # The header-only libraries, without the rest of the system's headers.
 set(HDO_HEADER_ONLY_INCLUDE_DIR ${PROJECT_BINARY_DIR}/include)
 file(MAKE_DIRECTORY ${HDO_HEADER_ONLY_INCLUDE_DIR})
-foreach(library nlohmann rapidjson CLI stb utf8 utf8.h)
+foreach(library nlohmann rapidjson CLI stb tsl utf8 utf8.h)
     file(CREATE_LINK /usr/include/${library} ${HDO_HEADER_ONLY_INCLUDE_DIR}/${library} SYMBOLIC)
 endforeach()
 
@@ -13,6 +13,14 @@ find_library(GCRYPT_LIBRARY libgcrypt.a REQUIRED)
 find_library(GPG_ERROR_LIBRARY libgpg-error.a REQUIRED)
 add_library(gcrypt INTERFACE IMPORTED)
 target_link_libraries(gcrypt INTERFACE ${GCRYPT_LIBRARY} ${GPG_ERROR_LIBRARY} ws2_32)
+
+set(HDO_ASSIMP_DIR "" CACHE PATH
+    "Assimp for Windows, as packaging/windows_assimp builds it; without it no model files are read")
+if(HDO_ASSIMP_DIR)
+    find_package(assimp REQUIRED PATHS ${HDO_ASSIMP_DIR} NO_DEFAULT_PATH)
+    # It names the C++ library too, which would become part of the program: its modules share one.
+    set_target_properties(assimp::assimp PROPERTIES INTERFACE_LINK_LIBRARIES ZLIB::ZLIB)
+endif()
 
 # The compiler's libraries, beside the programs.
 foreach(library libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)

@@ -11,6 +11,11 @@ foreach(library IN LISTS HDO_COMPILER_LIBRARIES)
     install(FILES ${stripped} DESTINATION . COMPONENT programs)
 endforeach()
 
+if(TARGET hdo_assimp)
+    set(HDO_SCENES_READ "Scenes are scene descriptions (*.maxscene.json), and model files of the formats
+that docs\\formats.md lists, such as FBX, glTF, Collada and OBJ.")
+    install(DIRECTORY ${HDO_ASSIMP_DIR}/licences DESTINATION . COMPONENT programs)
+endif()
 hdo_install_text(windows/INSTALL.txt.in INSTALL.txt)
 
 install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION . COMPONENT programs)

@@ -25,6 +25,8 @@
 #ifdef _WIN32
 #include <fcntl.h>
 #include <io.h>
+
+#include "host/app/model_reader.h"
 #endif
 
 namespace maxhost::app {
@@ -111,7 +113,7 @@ LoadedScene LoadDescription(const std::string& path, Reading& reading) {
     return loaded;
 }
 
-#ifdef _WIN32
+#ifndef HDO_READS_MODELS
 LoadedScene LoadModel(const std::string&, const LoadChoices&, Reading&) {
     throw std::runtime_error(
         "not a scene description, and model files are not read on Windows, expected a scene "
@@ -152,10 +154,15 @@ bool PromisesFaces(const std::string& path) {
 
 LoadedScene LoadModel(const std::string& path, const LoadChoices& choices, Reading& reading) {
     const auto report = [&reading](int percent) { reading.Show(percent); };
-    import::ImportedScene imported = import::ImportWithAssimp(
-        path,
-        {choices.animation, choices.frameRate, choices.up, choices.convertsUnit, choices.clip},
-        report);
+#ifdef _WIN32
+    const auto read = ReadModelInProcess;
+#else
+    const auto read = import::ImportWithAssimp;
+#endif
+    import::ImportedScene imported =
+        read(path,
+             {choices.animation, choices.frameRate, choices.up, choices.convertsUnit, choices.clip},
+             report);
     LoadedScene loaded;
     loaded.scene = std::move(imported.scene);
     if (loaded.scene.nodes.empty() && !choices.allowEmpty) {
@@ -188,10 +195,10 @@ LoadedScene LoadModel(const std::string& path, const LoadChoices& choices, Readi
 }  // namespace
 
 std::vector<std::string> SceneEndings() {
-#ifdef _WIN32
-    std::vector<std::string> endings;
-#else
+#ifdef HDO_READS_MODELS
     std::vector<std::string> endings = import::AssimpExtensions();
+#else
+    std::vector<std::string> endings;
 #endif
     endings.insert(endings.begin(), ".maxscene.json");
     return endings;

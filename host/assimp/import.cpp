@@ -511,6 +511,15 @@ static ImportedScene ReadHere(Assimp::Importer& importer, const std::string& pat
     }
 }
 
+void ReadAndPut(const std::string& path, const ImportChoices& choices, const ReportPercent& report,
+                const PutResult& put) {
+    // Both stay until their process ends, which takes no time to free them.
+    auto* const importer = new Assimp::Importer;
+    const auto* const read = new ImportedScene(ReadHere(*importer, path, choices, report));
+    EncodeScene(*read, put);
+}
+
+#ifndef _WIN32
 ImportedScene ImportWithAssimp(const std::string& given, const ImportChoices& choices,
                                const ReportPercent& report) {
     const std::string path = PathWithoutDots(given);
@@ -518,16 +527,13 @@ ImportedScene ImportWithAssimp(const std::string& given, const ImportChoices& ch
     ImportedScene imported;
     RunInReaderProcess(
         [&](const ReportPercent& reportFromThere, const PutResult& put) {
-            // Both stay until their process ends, which takes no time to free them.
-            auto* const importer = new Assimp::Importer;
-            const auto* const read =
-                new ImportedScene(ReadHere(*importer, path, choices, reportFromThere));
-            EncodeScene(*read, put);
+            ReadAndPut(path, choices, reportFromThere, put);
         },
         LimitsFor(SourceSize(path)), report,
         [&imported](const GetResult& get) { imported = DecodeScene(get); });
     return imported;
 }
+#endif
 
 bool AssimpKnows(const std::string& path) {
     const std::string extension = std::filesystem::path(path).extension().string();

@@ -18,10 +18,16 @@ class Importer;
 namespace maxhost::import {
 
 // Reads the file at `path` in a process of its own; throws ImportError. `report` is told of its
-// progress, each time a greater percentage.
+// progress, each time a greater percentage. Not on Windows, where ReadModelInProcess() of
+// host/app/model_reader.h does so.
 ImportedScene ImportWithAssimp(
     const std::string& path, const ImportChoices& choices = {},
     const ReportPercent& report = [](int) {});
+
+// The part of an import that takes place in the reader's process, which ends behind it: puts what
+// DecodeScene() reads. Throws ImportError.
+void ReadAndPut(const std::string& path, const ImportChoices& choices, const ReportPercent& report,
+                const PutResult& put);
 
 // Whether Assimp has a reader for the file's extension. It finds some formats by their content
 // alone, so an import may succeed where this says no.

@@ -45,6 +45,12 @@ NOT_RUN = (
      "the test installed does so"),
     ("docs/packages.md", "cmake --preset windows && cmake --build --preset windows --target package",
      "the test packed_zip packs what ./test builds"),
+    ("docs/packages.md", "packaging/windows_assimp", "takes long and downloads Assimp's sources"),
+    ("docs/packages.md", "cmake --preset windows-models && "
+     "cmake --build --preset windows-models --target package",
+     "needs what packaging/windows_assimp builds; packaging/test_windows_models does so"),
+    ("docs/packages.md", "packaging/test_windows_models",
+     "takes long and downloads Assimp's sources"),
     ("docs/packages.md", "packaging/test_packages",
      "takes minutes and downloads a Debian"),
     ("docs/packages.md", "cmake --build --preset release --target package",

@@ -8,7 +8,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -16,7 +15,6 @@
 #include <cstdlib>
 #include <exception>
 #include <fstream>
-#include <limits>
 #include <new>
 #include <system_error>
 #include <utility>
@@ -229,25 +227,13 @@ std::string HowItEnded(int status, const ReaderLimits& limits) {
                std::to_string(WEXITSTATUS(status));
     }
     if (WTERMSIG(status) == SIGXCPU) {
-        return "cannot be read: the reader was stopped after " + std::to_string(limits.cpuSeconds) +
-               " seconds of CPU time, the limit for its size (45 s, 30 s more for each 100 MB)";
+        return NoTimeWithin(limits);
     }
     return "cannot be read: the reader crashed on it (signal " + std::to_string(WTERMSIG(status)) +
            ")";
 }
 
 }  // namespace
-
-ReaderLimits LimitsFor(std::uint64_t bytes) {
-    constexpr std::uint64_t kBytesPerSecond = 100'000'000 / 30;
-    // Several times what the densest packed formats grow to.
-    constexpr std::uint64_t kMemoryPerByte = 400;
-    ReaderLimits limits;
-    limits.cpuSeconds += static_cast<unsigned>(
-        std::min<std::uint64_t>(bytes / kBytesPerSecond, std::numeric_limits<int>::max()));
-    limits.memory += kMemoryPerByte * bytes;
-    return limits;
-}
 
 void RunInReaderProcess(const Work& work, const ReaderLimits& limits, const ReportPercent& report,
                         const std::function<void(const GetResult&)>& take) {
@@ -292,8 +278,7 @@ void RunInReaderProcess(const Work& work, const ReaderLimits& limits, const Repo
         throw ImportError(HowItEnded(status, limits));
     }
     if (kind == kRefusal && refusal == kNoMemory) {
-        throw ImportError(refusal + ", the reader may take " + std::to_string(limits.memory >> 20) +
-                          " MiB, the limit for its size (512 MiB and 400 times its bytes)");
+        throw ImportError(NoMemoryWithin(limits));
     }
     if (kind == kRefusal) {
         throw ImportError(refusal);

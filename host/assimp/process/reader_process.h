@@ -2,8 +2,10 @@
 // take all memory on some broken files, and then only that process ends.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <span>
 #include <string>
 #include <string_view>
@@ -22,7 +24,28 @@ inline constexpr char kNoMemory[] = "cannot be read: not enough memory";
 
 // The limits for a reader of this many bytes: what no sound file comes near and damaged ones ask
 // for. CPU time is 45 s and 30 s more for each 100 MB, memory 512 MiB and 400 times the bytes.
-ReaderLimits LimitsFor(std::uint64_t bytes);
+inline ReaderLimits LimitsFor(std::uint64_t bytes) {
+    constexpr std::uint64_t kBytesPerSecond = 100'000'000 / 30;
+    // Several times what the densest packed formats grow to.
+    constexpr std::uint64_t kMemoryPerByte = 400;
+    ReaderLimits limits;
+    limits.cpuSeconds += static_cast<unsigned>(
+        std::min<std::uint64_t>(bytes / kBytesPerSecond, std::numeric_limits<int>::max()));
+    limits.memory += kMemoryPerByte * bytes;
+    return limits;
+}
+
+// Why a reader within these limits has too little memory.
+inline std::string NoMemoryWithin(const ReaderLimits& limits) {
+    return std::string(kNoMemory) + ", the reader may take " + std::to_string(limits.memory >> 20) +
+           " MiB, the limit for its size (512 MiB and 400 times its bytes)";
+}
+
+// Why one is ended that takes more time.
+inline std::string NoTimeWithin(const ReaderLimits& limits) {
+    return "cannot be read: the reader was stopped after " + std::to_string(limits.cpuSeconds) +
+           " seconds of CPU time, the limit for its size (45 s, 30 s more for each 100 MB)";
+}
 
 // Told of how much of something is done, 0 to 100.
 using ReportPercent = std::function<void(int percent)>;
