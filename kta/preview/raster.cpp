@@ -95,6 +95,8 @@ class EdgeAlongLine {
     double rise_;
 };
 
+}  // namespace
+
 // A triangle's texture: its copy that is fine enough, and what shows of it in a pixel.
 class TriangleTexture {
   public:
@@ -156,8 +158,6 @@ class TriangleTexture {
     std::size_t copy_ = 0;
     bool isLarge_ = false;  // the copy's pixels are larger than the picture's
 };
-
-}  // namespace
 
 // A triangle as it is drawn; its area must not be 0. Shares of its corners are numbers in
 // proportion, none of them negative.
