@@ -39,11 +39,9 @@ void PlaceMeshes(const gltf::Meshes& meshes, std::vector<std::size_t>& roots, Do
     }
 }
 
-}  // namespace
-
-std::vector<std::uint8_t> EncodeGlb(const File& actor, const File* motion,
-                                    const GlbOptions& options, std::vector<std::string>& warnings) {
-    Document document;
+// Returns the members that stand before the document's lists.
+Json MakeDocument(const File& actor, const File* motion, const GlbOptions& options,
+                  Document& document, std::vector<std::string>& warnings) {
     const NodeTree tree(actor, motion);
     const std::vector<gltf::NodePlace> places = gltf::PlaceNodes(tree);
     gltf::Materials materials(actor, options, document);
@@ -63,16 +61,32 @@ std::vector<std::uint8_t> EncodeGlb(const File& actor, const File* motion,
         document.Add("scenes", {{"nodes", roots}});
         head["scene"] = 0;
     }
-    return document.Encode(std::move(head));
+    return head;
+}
+
+}  // namespace
+
+std::vector<std::uint8_t> EncodeGlb(const File& actor, const File* motion,
+                                    const GlbOptions& options, std::vector<std::string>& warnings) {
+    Document document;
+    Json head = MakeDocument(actor, motion, options, document, warnings);
+    std::vector<std::uint8_t> file;
+    document.Encode(std::move(head), [&file](std::span<const std::uint8_t> bytes) {
+        file.insert(file.end(), bytes.begin(), bytes.end());
+    });
+    return file;
 }
 
 std::vector<std::string> WriteGlb(const std::filesystem::path& file, const File& actor,
                                   const File* motion) {
     std::vector<std::string> warnings;
-    const std::vector<std::uint8_t> bytes = EncodeGlb(actor, motion, {}, warnings);
-    ReplaceWholeFile(file, [&bytes](std::ostream& out) {
-        out.write(reinterpret_cast<const char*>(bytes.data()),
-                  static_cast<std::streamsize>(bytes.size()));
+    Document document;
+    Json head = MakeDocument(actor, motion, {}, document, warnings);
+    ReplaceWholeFile(file, [&](std::ostream& out) {
+        document.Encode(std::move(head), [&out](std::span<const std::uint8_t> bytes) {
+            out.write(reinterpret_cast<const char*>(bytes.data()),
+                      static_cast<std::streamsize>(bytes.size()));
+        });
     });
     return warnings;
 }

@@ -57,9 +57,11 @@ void AppendU32(std::vector<std::uint8_t>& bytes, std::uint64_t value) {
     }
 }
 
+constexpr std::size_t kAlignment = 4;
+
 template <typename Bytes>
 void Pad(Bytes& bytes, char filler) {
-    while (bytes.size() % 4 != 0) {
+    while (bytes.size() % kAlignment != 0) {
         bytes.push_back(static_cast<typename Bytes::value_type>(filler));
     }
 }
@@ -109,16 +111,19 @@ void Document::Use(const char* extension) {
 }
 
 std::size_t Document::AddView(const void* bytes, std::size_t size, Usage usage) {
-    Pad(buffer_, 0);
-    if (buffer_.size() + size > kMostBytes) {
+    if (bufferSize_ + size > kMostBytes) {
         RefuseLength();
     }
-    Json view = {{"buffer", 0}, {"byteOffset", buffer_.size()}, {"byteLength", size}};
+    Json view = {{"buffer", 0}, {"byteOffset", bufferSize_}, {"byteLength", size}};
     if (usage != Usage::data) {
         view["target"] = usage == Usage::vertices ? 34962 : 34963;
     }
     const auto* const first = static_cast<const std::uint8_t*>(bytes);
-    buffer_.insert(buffer_.end(), first, first + size);
+    std::vector<std::uint8_t>& piece = buffer_.emplace_back();
+    piece.reserve(size + kAlignment - 1);
+    piece.assign(first, first + size);
+    Pad(piece, 0);
+    bufferSize_ += piece.size();
     return Add("bufferViews", std::move(view));
 }
 
@@ -148,7 +153,7 @@ template std::size_t Document::AddAccessor(std::span<const std::uint16_t>, const
 template std::size_t Document::AddAccessor(std::span<const std::uint32_t>, const char*, Usage,
                                            bool);
 
-std::vector<std::uint8_t> Document::Encode(Json head) {
+void Document::Encode(Json head, const std::function<void(std::span<const std::uint8_t>)>& put) {
     for (const auto& [extension, used] : extensions_) {
         head["extensionsUsed"].push_back(extension);
     }
@@ -157,31 +162,31 @@ std::vector<std::uint8_t> Document::Encode(Json head) {
             head[list] = std::move(found->second);
         }
     }
-    Pad(buffer_, 0);
-    if (!buffer_.empty()) {
-        head["buffers"] = Json::array({{{"byteLength", buffer_.size()}}});
+    if (bufferSize_ > 0) {
+        head["buffers"] = Json::array({{{"byteLength", bufferSize_}}});
     }
     std::string json = head.dump();
     Pad(json, ' ');
     const std::uint64_t size =
-        12 + 8 + json.size() + (buffer_.empty() ? 0 : 8 + std::uint64_t{buffer_.size()});
+        12 + 8 + json.size() + (bufferSize_ == 0 ? 0 : 8 + std::uint64_t{bufferSize_});
     if (size > kMostBytes) {
         RefuseLength();
     }
-    std::vector<std::uint8_t> file;
-    file.reserve(size);
-    AppendU32(file, 0x46546C67);  // "glTF"
-    AppendU32(file, 2);
-    AppendU32(file, size);
-    AppendU32(file, json.size());
-    AppendU32(file, 0x4E4F534A);  // "JSON"
-    file.insert(file.end(), json.begin(), json.end());
-    if (!buffer_.empty()) {
-        AppendU32(file, buffer_.size());
-        AppendU32(file, 0x004E4942);  // "BIN"
-        file.insert(file.end(), buffer_.begin(), buffer_.end());
+    std::vector<std::uint8_t> start;
+    AppendU32(start, 0x46546C67);  // "glTF"
+    AppendU32(start, 2);
+    AppendU32(start, size);
+    AppendU32(start, json.size());
+    AppendU32(start, 0x4E4F534A);  // "JSON"
+    start.insert(start.end(), json.begin(), json.end());
+    if (bufferSize_ > 0) {
+        AppendU32(start, bufferSize_);
+        AppendU32(start, 0x004E4942);  // "BIN"
     }
-    return file;
+    put(start);
+    for (const std::vector<std::uint8_t>& piece : buffer_) {
+        put(piece);
+    }
 }
 
 }  // namespace kta::gltf

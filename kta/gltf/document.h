@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <span>
@@ -55,15 +56,18 @@ class Document {
     // Of an image file's bytes.
     std::size_t AddBufferView(std::span<const std::uint8_t> bytes);
 
-    // The whole file in its binary form. `head` are the members that stand before the lists.
-    std::vector<std::uint8_t> Encode(Json head);
+    // Puts the whole file in its binary form, piece by piece; the document is used up by it. `head`
+    // are the members that stand before the lists. Throws std::length_error before it puts anything
+    // where the file would take more than 4 GiB.
+    void Encode(Json head, const std::function<void(std::span<const std::uint8_t>)>& put);
 
   private:
     std::size_t AddView(const void* bytes, std::size_t size, Usage usage);
 
     std::map<std::string, Json> lists_;
     std::map<std::string, bool> extensions_;
-    std::vector<std::uint8_t> buffer_;
+    std::vector<std::vector<std::uint8_t>> buffer_;  // each view's bytes, whose end is aligned
+    std::size_t bufferSize_ = 0;
 };
 
 }  // namespace kta::gltf
