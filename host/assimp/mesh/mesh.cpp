@@ -135,22 +135,26 @@ JoinedVertices Join(const SourceVertices& source, bool byNormal) {
 // A map channel in the making: pairs that are bit for bit the same become one map vertex.
 class ChannelBuilder {
   public:
-    // Makes room for as many, if none is there yet.
+    // Makes room for as many faces. Vertices get theirs when there turn out to be many: a channel
+    // may repeat a few pairs, and the room takes time to make.
     void Reserve(std::size_t vertices, std::size_t faces) {
-        if (channel_.vertices.empty()) {
-            channel_.vertices.reserve(vertices);
-            channel_.faces.reserve(faces);
-            ids_.reserve(vertices);
-        }
+        mostVertices_ = vertices;
+        channel_.faces.reserve(faces);
     }
 
     std::uint32_t VertexOf(const scene::Vec2& pair) {
         const auto next = static_cast<std::uint32_t>(channel_.vertices.size());
         const auto [known, isNew] = ids_.try_emplace(BitsOf(pair), next);
-        if (isNew) {
-            channel_.vertices.push_back(pair);
+        if (!isNew) {
+            return known.value();
         }
-        return known.value();
+        channel_.vertices.push_back(pair);
+        constexpr std::size_t kMany = 16;  // a share of the most
+        if (channel_.vertices.size() == mostVertices_ / kMany + 1) {
+            channel_.vertices.reserve(mostVertices_);
+            ids_.reserve(mostVertices_);
+        }
+        return next;
     }
 
     // Faces of pieces without the channel get the coordinates (0, 0).
@@ -166,6 +170,7 @@ class ChannelBuilder {
 
   private:
     scene::MapChannel channel_;
+    std::size_t mostVertices_ = 0;
     tsl::robin_map<Bits<2>, std::uint32_t, HashOfBits> ids_;  // of map vertices
 };
 

@@ -32,13 +32,14 @@ Vec3 Product(const Vec3& a, const Vec3& b, const Vec3& c) {
             static_cast<float>(double{u[0]} * w[1] - double{u[1]} * w[0])};
 }
 
-// Whether `vector`, of any length, points where the normal does that a corner states.
-bool PointsTo(const Vec3& stated, const Vec3& vector) {
-    if (stated == kNoNormal) {
-        return true;
-    }
-    const double length = std::sqrt(Dot(vector, vector));
-    return length > 0 && std::isfinite(length) && Dot(stated, vector) >= kCloseEnough * length;
+double LengthOf(const Vec3& vector) {
+    return std::sqrt(Dot(vector, vector));
+}
+
+// Whether `vector`, of that length, points where the normal does that a corner states.
+bool PointsTo(const Vec3& stated, const Vec3& vector, double length) {
+    return stated == kNoNormal ||
+           (length > 0 && std::isfinite(length) && Dot(stated, vector) >= kCloseEnough * length);
 }
 
 bool IsOne(const Vec3& a, const Vec3& b) {
@@ -153,9 +154,10 @@ class SmoothingGroups {
     }
 
     bool StatesItsOwn(std::size_t face) const {
-        return PointsTo(Stated(face, 0), products_[face]) &&
-               PointsTo(Stated(face, 1), products_[face]) &&
-               PointsTo(Stated(face, 2), products_[face]);
+        const double length = LengthOf(products_[face]);
+        return PointsTo(Stated(face, 0), products_[face], length) &&
+               PointsTo(Stated(face, 1), products_[face], length) &&
+               PointsTo(Stated(face, 2), products_[face], length);
     }
 
     template <class Visit>
@@ -309,7 +311,10 @@ bool SmoothingGroups::MakesNormals() {
 }
 
 bool SmoothingGroups::MakesNormalsAt(std::span<const std::uint32_t> corners) {
-    std::array<Vec3, 32> sums{};
+    constexpr std::size_t kGroups = 32;
+    std::array<Vec3, kGroups> sums;  // of the groups in `known`
+    std::array<double, kGroups> lengths;
+    std::uint32_t known = 0, measured = 0;
     const auto patchAt = [&](std::uint32_t corner) {
         const std::uint32_t patch = patchOf_[corner / 3];
         return patch < patches_.size() && patches_[patch].mask != 0 ? &patches_[patch] : nullptr;
@@ -317,6 +322,10 @@ bool SmoothingGroups::MakesNormalsAt(std::span<const std::uint32_t> corners) {
     for (const std::uint32_t corner : corners) {
         if (const Patch* const patch = patchAt(corner)) {
             Vec3& sum = sums[static_cast<std::size_t>(std::countr_zero(patch->mask))];
+            if ((known & patch->mask) == 0) {
+                known |= patch->mask;
+                sum = {0, 0, 0};
+            }
             for (std::size_t i = 0; i < 3; ++i) {
                 sum[i] += products_[corner / 3][i];
             }
@@ -324,8 +333,15 @@ bool SmoothingGroups::MakesNormalsAt(std::span<const std::uint32_t> corners) {
     }
     for (const std::uint32_t corner : corners) {
         Patch* const patch = patchAt(corner);
-        if (patch && !PointsTo(Stated(corner / 3, corner % 3),
-                               sums[static_cast<std::size_t>(std::countr_zero(patch->mask))])) {
+        if (!patch) {
+            continue;
+        }
+        const auto group = static_cast<std::size_t>(std::countr_zero(patch->mask));
+        if ((measured & patch->mask) == 0) {
+            measured |= patch->mask;
+            lengths[group] = LengthOf(sums[group]);
+        }
+        if (!PointsTo(Stated(corner / 3, corner % 3), sums[group], lengths[group])) {
             if (!patch->isFlat) {
                 return false;
             }
