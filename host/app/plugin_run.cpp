@@ -147,6 +147,10 @@ int RunPlugIn(const PlugInRun& run, const Options& options, const ExportFiles& f
                                               host.GetInterface(), FALSE, run.exportOptions);
     report.exportingSeconds = watch.Seconds();
     report.calls = CallsSince(before);
+    const bool isCompared = IsAudited(options) || report.dryRun != nullptr;
+    if (!isCompared) {
+        host.ReleaseMeshes();
+    }
     return result;
 }
 

@@ -144,6 +144,10 @@ void Host::Select(const std::vector<INode*>& nodes) {
     implementation_->Graph().Select(nodes);
 }
 
+void Host::ReleaseMeshes() {
+    implementation_->Graph().ReleaseMeshes();
+}
+
 void Host::KeepOneTransformANode(bool keepOne) {
     implementation_->keepsOneTransform = keepOne;
 }

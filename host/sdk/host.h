@@ -45,6 +45,10 @@ class Host {
     const std::vector<INode*>& Nodes() const;
     void Select(const std::vector<INode*>& nodes);
 
+    // Gives back the memory of the open scene's SDK meshes, which are empty from then on: once it
+    // is exported, nobody looks at them any more. The description keeps its own.
+    void ReleaseMeshes();
+
     // Of the scenes opened from now on, each node remembers one transform with the range of times
     // over which it holds, as in 3ds Max. Otherwise nodes with children remember those of many
     // times, for plug-ins that ask node by node.

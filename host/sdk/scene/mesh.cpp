@@ -30,9 +30,9 @@ class MeshParts {
     }
 
     void DropNormals() {
-        renderVertices.clear();
-        sharedNormals.clear();
-        faceNormals.clear();
+        renderVertices = std::vector<RVertex>();
+        sharedNormals = std::vector<RNormal>();
+        faceNormals = std::vector<Point3>();
         normalsBuilt = false;
     }
 };

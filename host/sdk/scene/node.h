@@ -92,6 +92,11 @@ class SceneNode final : public TreeNode {
     void SetSelected(bool selected) { selected_ = selected; }
     std::size_t RememberedCount() const { return remembered_.size(); }
     void ForgetTransforms() { remembered_.clear(); }
+    void ReleaseMesh() {
+        for (const auto& object : stack_) {
+            object->ReleaseMesh();
+        }
+    }
 
     INode* GetParentNode() override { return parentNode_; }
     int Selected() override { return selected_; }

@@ -145,6 +145,14 @@ class MeshObject final : public DescribedObject<TriObject> {
     explicit MeshObject(const scene::Object& description) : DescribedObject(description) {
         FillMesh(mesh, *description.mesh);
     }
+
+    void ReleaseMesh() override {
+        mesh.setNumVerts(0);
+        mesh.setNumFaces(0);
+        for (int channel = 0; channel < MAX_MESHMAPS; ++channel) {
+            mesh.setMapSupport(channel, FALSE);
+        }
+    }
 };
 
 // A mesh of another class, an editable polygon object for instance.

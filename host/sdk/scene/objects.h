@@ -14,6 +14,8 @@ class SceneObject {
   public:
     virtual ~SceneObject() = default;
     virtual Object* Get() = 0;
+    // Empties the object's mesh, if it has one.
+    virtual void ReleaseMesh() {}
 };
 
 // Null stands for a dummy helper. The description must outlive the object.

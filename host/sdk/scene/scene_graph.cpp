@@ -32,6 +32,12 @@ void SceneGraph::SelectAsDescribed() {
     Select(selection);
 }
 
+void SceneGraph::ReleaseMeshes() {
+    for (const std::unique_ptr<SceneNode>& node : sceneNodes_) {
+        node->ReleaseMesh();
+    }
+}
+
 void SceneGraph::Select(const std::vector<INode*>& nodes) {
     for (INode* node : selection_) {
         static_cast<SceneNode*>(node)->SetSelected(false);

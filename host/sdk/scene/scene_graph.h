@@ -20,6 +20,8 @@ class SceneGraph {
     const std::vector<INode*>& Nodes() const { return nodes_; }
 
     const std::vector<INode*>& Selection() const { return selection_; }
+    // Nobody looks at the meshes of the scene any more.
+    void ReleaseMeshes();
     void KeepOneTransformANode() { memory_.Forbid(); }
     // Nodes of this scene; one that occurs again is passed over.
     void Select(const std::vector<INode*>& nodes);
