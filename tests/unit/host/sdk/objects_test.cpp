@@ -155,6 +155,22 @@ TEST_F(ObjectsTest, ObjectsOfTheSceneStayWhenDeleted) {
     EXPECT_EQ(node->GetObjectRef(), object);
 }
 
+TEST_F(ObjectsTest, ReleasedMeshesAreEmptyAndTheDescriptionKeepsItsOwn) {
+    scene::Object description = Triangle();
+    scene::Mesh mesh = *description.mesh;
+    mesh.channels[2] = {{{0, 0}}, {{0, 0, 0}, {0, 0, 0}}};
+    description.mesh = std::make_shared<const scene::Mesh>(mesh);
+    Object* object = OpenObject(description)->GetObjectRef();
+    Mesh& opened = static_cast<TriObject*>(object)->mesh;
+    opened.buildNormals();
+    maxhost::Host::Instance().ReleaseMeshes();
+    EXPECT_EQ(opened.getNumVerts(), 0);
+    EXPECT_EQ(opened.getNumFaces(), 0);
+    EXPECT_FALSE(opened.mapSupport(2));
+    const scene::Scene& kept = maxhost::Host::Instance().Description();
+    EXPECT_EQ(kept.nodes.back().object->mesh->vertices.size(), 3u);
+}
+
 TEST(MeshTest, CountsMayChange) {
     Mesh mesh;
     EXPECT_TRUE(mesh.setNumVerts(2));
