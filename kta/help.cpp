@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "kta/completion.h"
+
 #ifndef _WIN32
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -166,11 +168,11 @@ void WrapHelp(CLI::App& app, std::size_t columns) {
 CLI::Option* AddColorOption(CLI::App& app, ColorMode& mode) {
     static const std::map<std::string, ColorMode> kModes = {
         {"auto", ColorMode::automatic}, {"always", ColorMode::always}, {"never", ColorMode::never}};
-    return app
-        .add_option_function<std::string>(
-            "--color", [&mode](const std::string& text) { mode = kModes.at(text); },
-            "colours: auto, always or never (default: auto, on a terminal, unless NO_COLOR is set "
-            "or TERM is dumb)")
+    CLI::Option* const option = app.add_option_function<std::string>(
+        "--color", [&mode](const std::string& text) { mode = kModes.at(text); },
+        "colours: auto, always or never (default: auto, on a terminal, unless NO_COLOR is set or "
+        "TERM is dumb)");
+    return OfferWords(option, {"always", "auto", "never"})
         ->type_name("MODE")
         ->check(CLI::Validator(
             [](std::string& text) {

@@ -27,7 +27,8 @@ const kta::Manual& ManualOfKta() {
         {{"ENVIRONMENT",
           {{"COLUMNS",
             "The width that help texts are wrapped to, where it is set; else the "
-            "terminal's."}}},
+            "terminal's."},
+           {"NO_COLOR, TERM", "No colours where NO_COLOR is set and not empty, or TERM is dumb."}}},
          {"EXAMPLES",
           {{"kta info figure.hdotemp1 figure.hdotemp2",
             "What an export holds: nodes, meshes, materials, tracks."},

@@ -56,7 +56,7 @@ std::string Counted(std::size_t count, const std::string& noun) {
     if (noun.ends_with("ex")) {
         return number + noun.substr(0, noun.size() - 2) + "ices";
     }
-    return number + noun + (noun.ends_with("sh") ? "es" : "s");
+    return number + noun + (noun.ends_with("sh") || noun.ends_with("ss") ? "es" : "s");
 }
 
 bool EndsWithIgnoringCase(std::string_view text, std::string_view ending) {

@@ -5,10 +5,12 @@
 #include <chrono>
 #include <ctime>
 #include <fstream>
+#include <iterator>
 #include <random>
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #ifdef _WIN32
@@ -170,6 +172,18 @@ void ClearOrphans(const fs::path& parent) {
 }
 
 }  // namespace
+
+std::optional<std::string> ReadWholeFile(const fs::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    if (!in) {
+        return std::nullopt;
+    }
+    try {
+        return std::string{std::istreambuf_iterator<char>(in), {}};
+    } catch (const std::ios_base::failure&) {  // a directory, or a disk's fault
+        return std::nullopt;
+    }
+}
 
 PrivateDirectory::PrivateDirectory(const fs::path& parent) : owner_(-1) {
     ClearOrphans(parent);

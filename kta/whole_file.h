@@ -1,12 +1,18 @@
-// Files that come to their place whole: a former file is replaced by a finished one or stays.
+// Files that are read whole, and files that come to their place whole: a former file is replaced by
+// a finished one or stays.
 #pragma once
 
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <ostream>
+#include <string>
 
 namespace kta {
+
+// The file's bytes; nothing where it cannot be read.
+std::optional<std::string> ReadWholeFile(const std::filesystem::path& file);
 
 // A new directory of a name that nothing else has, taken away with all it holds at the object's
 // end. What is made in it comes to its place whole, by renaming, since both are on one file system.

@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <memory>
 #include <new>
+#include <optional>
 #include <set>
 #include <system_error>
 
@@ -15,6 +14,7 @@
 #include "kta/command/command.h"
 #include "kta/help.h"
 #include "kta/text.h"
+#include "kta/whole_file.h"
 
 namespace kta::command {
 namespace {
@@ -193,14 +193,13 @@ Status StatusOf(const std::vector<CheckedFiles>& checks, bool strict) {
 // False, after a complaint, where rules or codes are none.
 bool ReadChoices(const CheckArguments& arguments, CheckOptions& options) {
     if (!arguments.rulesFile.empty()) {
-        std::ifstream stream(arguments.rulesFile, std::ios::binary);
-        const std::string text{std::istreambuf_iterator<char>(stream), {}};
-        if (!stream || stream.bad()) {
+        const std::optional<std::string> text = ReadWholeFile(arguments.rulesFile);
+        if (!text) {
             Complain(arguments.rulesFile + ": cannot be read");
             return false;
         }
         try {
-            AddRules(text, options);
+            AddRules(*text, options);
         } catch (const RulesError& error) {
             Complain(arguments.rulesFile + ": " + error.what());
             return false;

@@ -14,7 +14,7 @@ import subprocess
 import sys
 import tempfile
 
-from checks import expect
+from checks import expect, expect_in
 
 # Readline's part: what is typed, one word an argument, and what bash offers then, one a line.
 COMPLETE = r"""
@@ -112,6 +112,9 @@ def check_page(program):
     whatis = run("lexgrog", program.page).stdout
     if f'"{program.name} - ' not in whatis:
         sys.exit(f"{program.page.name}: apropos would find {whatis!r}")
+    environment = re.search("^ENVIRONMENT$(.*?)^[A-Z]", shown.stdout, re.MULTILINE | re.DOTALL)
+    for variable in ("COLUMNS", "NO_COLOR", "TERM"):
+        expect_in(f"{variable} in {program.page.name}", environment[1], variable)
     in_help = options_of(program.help())
     for command in program.commands():
         in_help |= options_of(program.help(command))
@@ -148,6 +151,7 @@ def check_accepted(program, option, words, *rest):
 def check_export(program):
     check_accepted(program, "--up", ["x", "y", "z"], "none.obj")
     check_accepted(program, "--progress", ["always", "auto", "never"], "none.obj")
+    check_accepted(program, "--color", ["always", "auto", "never"], "none.obj")
     expect("--up=", program.complete("--up", "="), ["x", "y", "z"])
     expect("--progress=al", program.complete("--progress", "=", "al"), ["always"])
     expect("--scale", program.complete("--scale", ""), [])
@@ -176,6 +180,7 @@ def check_kta(program):
            ["node,motion\\ part", "node,morph"])
     expect("the tab key", program.type_and_tab("kta pre"), "kta preview")
     expect("the tab key", program.type_and_tab("kta dump --no-o"), "kta dump --no-offsets")
+    expect("check --color", program.complete("check", "--color", "a"), ["always", "auto"])
     expect("nothing else is offered", program.complete("diff", "--tolerance", ""), [])
 
 

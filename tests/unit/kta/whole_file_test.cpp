@@ -131,6 +131,18 @@ TEST(PrivateDirectoryTest, NeedsItsParent) {
     EXPECT_THROW(kta::PrivateDirectory(parent.Write("f", "")), fs::filesystem_error);
 }
 
+TEST(ReadFileTest, GivesEveryByteOrNothing) {
+    const support::TemporaryDirectory directory;
+    const fs::path file = directory.Path() / "file";
+    EXPECT_EQ(kta::ReadWholeFile(file), std::nullopt);
+    EXPECT_EQ(kta::ReadWholeFile(directory.Path()), std::nullopt);
+    Replace(file, "");
+    EXPECT_EQ(kta::ReadWholeFile(file), "");
+    const std::string bytes("a\r\n\x1a\0\xff", 6);
+    Replace(file, bytes);
+    EXPECT_EQ(kta::ReadWholeFile(file), bytes);
+}
+
 TEST(ReplaceFileTest, MakesAFileOrReplacesTheFormerOne) {
     const support::TemporaryDirectory directory;
     const fs::path file = directory.Path() / "f";
