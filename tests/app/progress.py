@@ -1,15 +1,21 @@
 #!/usr/bin/env python3
-"""Looks at the progress bar of whole runs: it moves while a file is read and within a single mesh.
+"""Looks at the progress bar of whole runs: it moves while a file is read and within a single mesh,
+and on a terminal it tells the time that is left.
 
 usage: progress.py HDO_EXPORT
 """
 
 import json
+import math
+import os
 import pathlib
+import pty
 import re
+import signal
 import subprocess
 import sys
 import tempfile
+import time
 
 SIDE = 110  # squares of a grid: 24,200 triangles
 READING, EXPORTING = "Reading", "Exporting object..."
@@ -50,6 +56,36 @@ def expect_moves(what, percentages, least):
     print(f"{what}: {len(percentages)} steps to {percentages[-1]}%")
 
 
+def check_time_left(program, scene, directory):
+    """Of an export on a terminal that takes its time: it is stopped for some seconds on its way."""
+    process, terminal = pty.fork()
+    if process == 0:
+        os.chdir(directory)
+        os.execve(program, [program, "-q", "-o", "slow.hdo", scene], os.environ)
+    shown, has_stopped = "", False
+    while True:
+        try:
+            shown += os.read(terminal, 1 << 12).decode()
+        except OSError:  # Linux ends a terminal that nobody holds any more so
+            break
+        if not has_stopped and re.search(r"\] +[1-9][0-9]?% Exporting", shown):
+            has_stopped = True
+            os.kill(process, signal.SIGSTOP)
+            time.sleep(2.5)
+            os.kill(process, signal.SIGCONT)
+    os.close(terminal)
+    status = os.waitstatus_to_exitcode(os.waitpid(process, 0)[1])
+    plain = re.sub(r"\x1b\[[0-9;]*m", "", shown)
+    told = [tuple(map(int, found)) for found in
+            re.findall(r"\] +(\d+)% Exporting object\.\.\., (\d+) s, (\d+) s left", plain)]
+    if status != 0 or not told:
+        sys.exit(f"{scene}: exit status {status}, no time left in {plain!r}")
+    for percent, seconds, left in told:
+        if seconds < 2 or left != math.ceil(seconds * (100 - percent) / percent):
+            sys.exit(f"{scene}: {left} s left at {percent}% after {seconds} s")
+    print(f"{scene}: the time left is told {len(told)} times, at first {told[0][2]} s")
+
+
 def main():
     program = str(pathlib.Path(sys.argv[1]).resolve())
     vertices, faces = grid()
@@ -69,6 +105,7 @@ def main():
                 sys.exit(f"{scene}: bars {titles}, expected reading and then exporting")
             expect_moves(f"reading {scene}", shown[0][1], 8)
             expect_moves(f"the one mesh of {scene}", shown[1][1], 20)
+        check_time_left(program, "grid.maxscene.json", directory)
 
 
 if __name__ == "__main__":
