@@ -28,14 +28,14 @@ std::string WithName(const fs::path& file, const std::string& name) {
 
 }  // namespace
 
-std::vector<std::string> NamesOfExports(const std::vector<Animation>& animations) {
+std::vector<std::string> NamesOfExports(const std::vector<std::string>& animations) {
     constexpr std::size_t kMostBytes = 80;  // the exporter has room for 259 in a path
     std::vector<std::string> names;
     std::set<std::string> taken;
     std::map<std::string, std::size_t> numbers;
     for (std::size_t i = 0; i < animations.size(); ++i) {
         const std::string own =
-            FittingFileName(std::string(CutUtf8(FittingFileName(animations[i].name), kMostBytes)));
+            FittingFileName(std::string(CutUtf8(FittingFileName(animations[i]), kMostBytes)));
         const std::string wanted = own.empty() ? std::to_string(i) : own;
         std::string name = wanted;
         while (!taken.insert(InSmallLetters(name)).second) {
@@ -48,9 +48,12 @@ std::vector<std::string> NamesOfExports(const std::vector<Animation>& animations
     return names;
 }
 
+std::string SubjectOf(const std::string& animation, std::size_t position) {
+    return "animation " + (animation.empty() ? std::to_string(position) : animation);
+}
+
 Options ForAnimation(const Options& options, std::size_t position, const std::string& name) {
     Options one = options;
-    one.allAnimations = false;
     one.clip = position;
     one.output = WithName(ExportFile(options), name);
     for (std::optional<std::string>* const file :
@@ -60,6 +63,24 @@ Options ForAnimation(const Options& options, std::size_t position, const std::st
         }
     }
     return one;
+}
+
+std::vector<Job> ForAnimations(const Job& scene, const std::vector<std::string>& animations) {
+    if (animations.empty()) {
+        return {scene};
+    }
+    const std::vector<std::string> names = NamesOfExports(animations);
+    std::vector<Job> jobs;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        Job one = scene;
+        one.name += ": " + SubjectOf(animations[i], i);
+        one.animation = animations[i];
+        one.output = WithName(scene.output, names[i]);
+        one.arguments.insert(one.arguments.end(),
+                             {"--all-animations", "--clip=" + std::to_string(i)});
+        jobs.push_back(std::move(one));
+    }
+    return jobs;
 }
 
 }  // namespace maxhost::app

@@ -95,6 +95,7 @@ Receipt Audit(const Options& options, const ExportFiles& files,
     receipt.scene = options.scene;
     receipt.inForce = inForce;
     receipt.origins = report.origins;
+    receipt.unit = input.unit;
     receipt.faults = faults;
     receipt.issues = report.issues;
     receipt.nodesInScene = scene.nodes.size();

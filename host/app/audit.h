@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,8 +16,9 @@ namespace maxhost::app {
 // Whether --receipt, --report, --max-error or --accept stands there.
 bool IsAudited(const Options& options);
 
-// What reading left out, what was accepted before, and the times so far.
+// What reading left out, the model's unit, what was accepted before, and the times so far.
 struct AuditInput {
+    std::optional<SceneUnit> unit{};
     std::vector<scene::Loss> losses;
     AcceptedLosses accepted;
     StageTimes times;

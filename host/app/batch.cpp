@@ -1,18 +1,18 @@
 #include "host/app/batch.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
-#include <cstdio>
 #include <filesystem>
 #include <iostream>
+#include <map>
 #include <optional>
-#include <set>
-#include <system_error>
 #include <thread>
 #include <utility>
 
+#include "host/app/all_animations.h"
 #include "host/app/batch_index.h"
+#include "host/app/batch_jobs.h"
+#include "host/app/batch_report.h"
 #include "host/app/batch_scenes.h"
 #include "host/app/exit_status.h"
 #include "host/app/places.h"
@@ -23,205 +23,6 @@ namespace maxhost::app {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string SecondsText(double seconds) {
-    std::array<char, 32> text;
-    std::snprintf(text.data(), text.size(), seconds < 10 ? "%.2f s" : "%.0f s", seconds);
-    return text.data();
-}
-
-// As of one scene: "exported (0.31 s, 2 warnings)".
-std::string Details(const JobResult& result) {
-    std::vector<std::string> parts;
-    if (result.status != JobStatus::unchanged && result.seconds > 0) {
-        parts.push_back(SecondsText(result.seconds));
-    }
-    if (result.warningCount > 0) {
-        parts.push_back(kta::Counted(result.warningCount, "warning"));
-    }
-    const std::string details = parts.empty() ? "" : " (" + kta::Joined(parts) + ")";
-    return details + (result.error.empty() ? "" : ": " + result.error);
-}
-
-// ---------------------------------------------------------------- the report
-
-// Counts of the ways in which exports ended.
-class Totals {
-  public:
-    void Add(const JobResult& result) {
-        ++counts_[static_cast<std::size_t>(result.status)];
-        warnings_ += result.warningCount;
-    }
-    std::size_t Of(JobStatus status) const { return counts_[static_cast<std::size_t>(status)]; }
-    std::size_t All() const {
-        std::size_t all = 0;
-        for (const std::size_t count : counts_) {
-            all += count;
-        }
-        return all;
-    }
-    std::size_t Bad() const {
-        return All() - Of(JobStatus::exported) - Of(JobStatus::unchanged) -
-               Of(JobStatus::interrupted);
-    }
-    std::size_t Warnings() const { return warnings_; }
-
-    // "1 failed, 2 exported"
-    std::string Text() const {
-        std::vector<std::string> parts;
-        for (std::size_t i = 0; i < counts_.size(); ++i) {
-            if (counts_[i] > 0) {
-                parts.push_back(std::to_string(counts_[i]) + " " +
-                                NameOf(static_cast<JobStatus>(i)));
-            }
-        }
-        return parts.empty() ? "nothing to do" : kta::Joined(parts);
-    }
-
-  private:
-    std::array<std::size_t, 7> counts_{};
-    std::size_t warnings_ = 0;
-};
-
-class BatchReport {
-  public:
-    BatchReport(const Options& options, const JobRun& run, Console& console, bool showsProgress);
-
-    // Of a job that has ended.
-    void Tell(std::size_t job);
-    void ShowProgress();
-    void Conclude(RunReport& report);
-    const Totals& SoFar() const { return totals_; }
-
-  private:
-    void PrintTable() const;
-    Json ToJson() const;
-    std::string TimeLeft() const;
-
-    const Options& options_;
-    const JobRun& run_;
-    Console& console_;
-    const bool showsProgress_;
-    const Stopwatch watch_;
-    Totals totals_;
-    // Bytes of the scenes' files, by which the time that is left is told.
-    std::vector<std::uint64_t> sizes_;
-    std::uint64_t sizeOfAll_ = 0, sizeDone_ = 0;
-};
-
-BatchReport::BatchReport(const Options& options, const JobRun& run, Console& console,
-                         bool showsProgress)
-    : options_(options), run_(run), console_(console), showsProgress_(showsProgress) {
-    for (const Job& job : run.Jobs()) {
-        std::error_code error;
-        const std::uintmax_t size = fs::file_size(job.scene, error);
-        sizes_.push_back(1 + (error ? 0 : size));
-        sizeOfAll_ += sizes_.back();
-    }
-}
-
-void BatchReport::Tell(std::size_t number) {
-    const Job& job = run_.Jobs()[number];
-    const JobResult& result = run_.Result(number);
-    totals_.Add(result);
-    sizeDone_ += sizes_[number];
-    if (!result.notice.empty()) {
-        console_.Report(job.name, result.notice);
-    }
-    if (options_.verbose) {
-        console_.Copy(result.said);
-    }
-    const std::string text = NameOf(result.status) + Details(result);
-    if (!result.error.empty()) {
-        console_.Report(job.name, text);
-    } else if (!options_.quiet && !showsProgress_) {
-        const std::string why = options_.verbose && !result.why.empty() ? "; " + result.why : "";
-        console_.Note(job.name, text + why);
-    }
-}
-
-// By the share of all bytes that is done.
-std::string BatchReport::TimeLeft() const {
-    if (sizeDone_ == 0) {
-        return {};
-    }
-    const double left = watch_.Seconds() * static_cast<double>(sizeOfAll_ - sizeDone_) /
-                        static_cast<double>(sizeDone_);
-    return ", " + std::to_string(static_cast<long long>(left + 0.5)) + " s left";
-}
-
-void BatchReport::ShowProgress() {
-    if (!showsProgress_) {
-        return;
-    }
-    constexpr std::size_t kColumns = 79;
-    std::string line = std::to_string(totals_.All()) + " of " + std::to_string(run_.Jobs().size()) +
-                       (totals_.Bad() > 0 ? ", " + std::to_string(totals_.Bad()) + " failed" : "") +
-                       TimeLeft();
-    std::vector<std::string> names;
-    for (const std::size_t job : run_.Running()) {
-        names.push_back(fs::path(run_.Jobs()[job].name).filename().string());
-    }
-    std::string text = kta::OneLine(names.empty() ? line : line + ": " + kta::Joined(names));
-    std::ranges::replace_if(
-        text, [](char c) { return static_cast<unsigned char>(c) >= 0x80; }, '?');
-    console_.ShowBar(text.substr(0, kColumns));
-}
-
-void BatchReport::PrintTable() const {
-    constexpr std::size_t kWidth = 12;
-    for (std::size_t i = 0; i < run_.Jobs().size(); ++i) {
-        const JobResult& result = run_.Result(i);
-        std::string line = NameOf(result.status);
-        line.append(kWidth - line.size(), ' ');
-        console_.Print(line + kta::OneLine(run_.Jobs()[i].name + Details(result)));
-    }
-    const std::size_t warnings = totals_.Warnings();
-    console_.Print(kta::Counted(totals_.All(), "export") + ": " + totals_.Text() +
-                   (warnings > 0 ? ", " + kta::Counted(warnings, "warning") : "") + ", " +
-                   SecondsText(watch_.Seconds()));
-}
-
-Json BatchReport::ToJson() const {
-    Json json = {{"counts", Json::object()}, {"exports", Json::array()}};
-    for (int i = 0; i <= static_cast<int>(JobStatus::interrupted); ++i) {
-        const auto kind = static_cast<JobStatus>(i);
-        json["counts"][NameOf(kind)] = totals_.Of(kind);
-    }
-    for (std::size_t i = 0; i < run_.Jobs().size(); ++i) {
-        const Job& job = run_.Jobs()[i];
-        const JobResult& result = run_.Result(i);
-        Json entry = {{"name", Text(job.name)},
-                      {"scene", Text(job.scene)},
-                      {"output", Text(job.output.string())},
-                      {"status", NameOf(result.status)},
-                      {"exitStatus", result.exitStatus},
-                      {"seconds", result.seconds},
-                      {"memory", result.memory},
-                      {"warningCount", result.warningCount},
-                      {"warnings", result.warnings}};
-        if (!result.error.empty()) {
-            entry["error"] = Text(result.error);
-        }
-        if (!result.why.empty()) {
-            entry["why"] = Text(result.why);
-        }
-        json["exports"].push_back(std::move(entry));
-    }
-    return json;
-}
-
-void BatchReport::Conclude(RunReport& report) {
-    console_.HideBar();
-    for (std::size_t i = totals_.All(); i < run_.Jobs().size(); ++i) {
-        totals_.Add(JobResult());
-    }
-    if (options_.json) {
-        report.batch = ToJson();
-    } else if (!options_.quiet) {
-        PrintTable();
-    }
-}
 
 // ---------------------------------------------------------------- the jobs
 
@@ -250,14 +51,142 @@ std::vector<Job> InArray(const BatchOptions& batch, std::vector<Job> jobs) {
     return chosen;
 }
 
-std::vector<Job> JobsOf(const Options& options) {
+// Where the textures inside of a scene go: each scene has a directory of its own below --textures'
+// DIR, so that textures of one name do not meet.
+fs::path TexturesOf(const Options& options, const BatchScene& scene,
+                    std::map<fs::path, std::string>& taken) {
+    const fs::path place = fs::path(scene.place).replace_extension();
+    const auto [former, isNew] = taken.emplace(place, scene.name);
+    if (!isNew) {
+        throw Failure(kExitRefused, "--textures",
+                      "textures of " + former->second + " and " + scene.name +
+                          " would go to one directory, expected the directory that holds both "
+                          "(--batch DIR), whose subdirectories are kept");
+    }
+    return *options.textures / place;
+}
+
+std::vector<Job> JobsOf(const Options& options, const std::vector<BatchScene>& scenes) {
     std::vector<Job> jobs;
-    for (const BatchScene& scene : FindBatchScenes(options.batch.items, options.output, std::cin)) {
+    std::map<fs::path, std::string> taken;
+    for (const BatchScene& scene : scenes) {
         // A name that begins with a dash is no option.
-        const std::string file = scene.name.starts_with('-') ? "./" + scene.name : scene.name;
-        jobs.push_back({scene.name, file, {}, scene.output, RefusalOf(scene.name)});
+        Job job{.name = scene.name,
+                .scene = scene.name.starts_with('-') ? "./" + scene.name : scene.name,
+                .output = scene.output};
+        if (const std::string reason = RefusalOf(scene.name); !reason.empty()) {
+            job.known = Refused(reason);
+        }
+        if (options.textures) {
+            job.arguments.push_back("--textures=" + TexturesOf(options, scene, taken).string());
+        }
+        jobs.push_back(std::move(job));
     }
     return InArray(options.batch, std::move(jobs));
+}
+
+// What each export of the batch has in common.
+JobSettings SettingsOf(const Options& options) {
+    const BatchOptions& batch = options.batch;
+    const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
+    return {.options = options.passedOn,
+            .atOnce = static_cast<unsigned>(batch.jobs.value_or(static_cast<int>(cores))),
+            .limits = {.seconds = batch.timeout.value_or(0),
+                       .memory = std::uint64_t(batch.memory.value_or(0)) << 20},
+            .force = batch.force,
+            .program = HashOfPrograms(options),
+            .isDryRun = options.dryRun};
+}
+
+constexpr double kBetweenLooks = 0.1;
+
+// ---------------------------------------------------------------- animations
+
+// Asks each scene for its animations, as many at once as are exported at once.
+void ListAnimations(JobRun& run, const Interrupts& interrupts, Console& console,
+                    bool showsProgress) {
+    std::size_t done = 0;
+    while (done < run.Jobs().size() && interrupts.Status() == 0) {
+        done += run.Wait(kBetweenLooks) ? 1 : 0;
+        if (showsProgress) {
+            console.ShowBar("looking for animations: " + std::to_string(done) + " of " +
+                            std::to_string(run.Jobs().size()));
+        }
+    }
+    run.Stop();
+    while (run.Wait(0)) {
+    }
+    console.HideBar();
+}
+
+// In the place of each scene an export of each of its animations. A scene that cannot be listed
+// stays, with what came of that.
+std::vector<Job> ForAllAnimations(const std::vector<Job>& scenes, const JobRun& lists,
+                                  ExportPlaces places) {
+    std::vector<Job> jobs;
+    for (std::size_t i = 0; i < scenes.size(); ++i) {
+        const JobResult& listed = lists.Result(i);
+        const bool isListed =
+            listed.status == JobStatus::exported || listed.status == JobStatus::unchanged;
+        for (Job& job : ForAnimations(scenes[i], listed.animations)) {
+            if (!isListed) {
+                job.known = listed;
+            } else if (std::string reason = places.Take(job.output, job.name); !reason.empty()) {
+                job.known = Refused(std::move(reason));
+            }
+            jobs.push_back(std::move(job));
+        }
+    }
+    return jobs;
+}
+
+std::vector<Job> WithAnimations(JobSettings settings, const std::vector<Job>& scenes,
+                                ExportPlaces places, const Interrupts& interrupts, Console& console,
+                                bool showsProgress) {
+    settings.kind = JobKind::animations;
+    std::vector<Job> jobs = scenes;
+    for (Job& job : jobs) {
+        job.output += ".animations";  // which its index has its name from
+    }
+    JobRun run(std::move(settings), std::move(jobs));
+    ListAnimations(run, interrupts, console, showsProgress);
+    return ForAllAnimations(scenes, run, std::move(places));
+}
+
+// ---------------------------------------------------------------- the exports
+
+// Goes on until all jobs have ended, or an interrupt has ended them.
+void RunAll(JobRun& run, const Interrupts& interrupts, BatchReport& told) {
+    while (told.SoFar().All() < run.Jobs().size() && interrupts.Status() == 0) {
+        if (const std::optional<std::size_t> ended = run.Wait(kBetweenLooks)) {
+            told.Tell(*ended);
+        }
+        told.ShowProgress();
+    }
+    run.Stop();
+    while (const std::optional<std::size_t> ended = run.Wait(0)) {
+        told.Tell(*ended);
+    }
+}
+
+// What --list and --count print.
+void Show(const Options& options, const std::vector<Job>& jobs, Console& console,
+          RunReport& report) {
+    if (options.json) {
+        report.batch = {{"count", jobs.size()}};
+        for (const Job& job : jobs) {
+            (*report.batch)["scenes"].push_back(Text(Absolute(job.scene).string()));
+        }
+        return;
+    }
+    if (!options.list) {
+        return console.Print(std::to_string(jobs.size()));
+    }
+    for (const Job& job : jobs) {
+        const std::string name = Absolute(job.scene).string();
+        // What is no name for a list must not look like two.
+        console.Print(kta::OneLine(name) == name ? name : kta::Escaped(name));
+    }
 }
 
 }  // namespace
@@ -278,11 +207,9 @@ std::string FaultOfBatch(const Options& options) {
         {options.receipt.has_value(), "--receipt"},
         {options.report.has_value(), "--report"},
         {options.accept.has_value(), "--accept"},
-        {options.textures.has_value(), "--textures"},
         {options.savePreset.has_value(), "--save-preset"},
         {options.savedSettings, "--saved-settings"},
         {options.configDir.has_value(), "--config-dir"},
-        {options.allAnimations, "--all-animations"},
         {options.bisect, "--bisect"},
         {options.about, "--about"},
         {options.showDialog, "--show-dialog"}};
@@ -303,64 +230,34 @@ std::string FaultOfBatch(const Options& options) {
                                                 : "";
 }
 
-int ExportAll(const Options& options, std::vector<Job> jobs, Interrupts& interrupts,
-              Console& console, RunReport& report, bool showsProgress) {
-    const BatchOptions& batch = options.batch;
-    const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
-    JobSettings settings{
-        .options = options.passedOn,
-        .atOnce = static_cast<unsigned>(batch.jobs.value_or(static_cast<int>(cores))),
-        .limits = {.seconds = batch.timeout.value_or(0),
-                   .memory = std::uint64_t(batch.memory.value_or(0)) << 20},
-        .force = batch.force,
-        .program = HashOfPrograms(options)};
+int RunBatch(const Options& options, Interrupts& interrupts, Console& console, RunReport& report,
+             bool showsProgress) {
+    const std::vector<BatchScene> scenes =
+        FindBatchScenes(options.batch.items, options.output, std::cin);
+    std::vector<Job> jobs = JobsOf(options, scenes);
+    if (options.batch.count || options.list) {
+        Show(options, jobs, console, report);
+        return kExitDone;
+    }
+    JobSettings settings = SettingsOf(options);
     // A second interrupt ends the program at once, and with it the exports.
     interrupts.PressCancel();
+    if (options.allAnimations) {
+        ExportPlaces places;
+        for (const BatchScene& scene : scenes) {
+            places.AddScene(scene);
+        }
+        jobs =
+            WithAnimations(settings, jobs, std::move(places), interrupts, console, showsProgress);
+    }
     JobRun run(std::move(settings), std::move(jobs));
     BatchReport told(options, run, console, showsProgress);
-    constexpr double kBetweenLooks = 0.1;
-    while (told.SoFar().All() < run.Jobs().size() && interrupts.Status() == 0) {
-        if (const std::optional<std::size_t> ended = run.Wait(kBetweenLooks)) {
-            told.Tell(*ended);
-        }
-        told.ShowProgress();
-    }
-    run.Stop();
-    while (const std::optional<std::size_t> ended = run.Wait(0)) {
-        told.Tell(*ended);
-    }
+    RunAll(run, interrupts, told);
     const int status = interrupts.Status() != 0 ? interrupts.Status()
                        : told.SoFar().Bad() > 0 ? kExitExportFailed
                                                 : kExitDone;
     told.Conclude(report);
     return status;
-}
-
-int RunBatch(const Options& options, Interrupts& interrupts, Console& console, RunReport& report,
-             bool showsProgress) {
-    std::vector<Job> jobs = JobsOf(options);
-    if (!options.batch.count && !options.list) {
-        return ExportAll(options, std::move(jobs), interrupts, console, report, showsProgress);
-    }
-    std::vector<std::string> lines;
-    if (options.list) {
-        for (const Job& job : jobs) {
-            lines.push_back(Absolute(job.scene).string());
-        }
-    } else {
-        lines.push_back(std::to_string(jobs.size()));
-    }
-    if (options.json) {
-        report.batch = {{"count", jobs.size()}};
-        for (const Job& job : jobs) {
-            (*report.batch)["scenes"].push_back(Text(Absolute(job.scene).string()));
-        }
-        return kExitDone;
-    }
-    for (const std::string& line : lines) {
-        console.Print(line);
-    }
-    return kExitDone;
 }
 
 }  // namespace maxhost::app

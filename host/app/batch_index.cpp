@@ -70,7 +70,11 @@ std::string NameFrom(const fs::path& directory, const fs::path& file) {
     return (relative.empty() ? file : relative).generic_string();
 }
 
-fs::path FileOf(const fs::path& directory, const std::string& name) {
+// Of an input or a file of the index.
+fs::path FileOf(const fs::path& directory, const Json& described) {
+    const std::string name = described.contains("fileEscaped")
+                                 ? Unescaped(described["fileEscaped"].get<std::string>())
+                                 : described.at("file").get<std::string>();
     return (directory / fs::path(name)).lexically_normal();
 }
 
@@ -80,7 +84,8 @@ bool IsRegular(const fs::path& file) {
 }
 
 Json Described(const fs::path& directory, const fs::path& file) {
-    Json json = {{"file", Text(NameFrom(directory, file))}};
+    const std::string name = NameFrom(directory, file);
+    Json json = {{IsUtf8(name) ? "file" : "fileEscaped", IsUtf8(name) ? name : Escaped(name)}};
     if (!IsRegular(file)) {
         json["missing"] = true;
         return json;
@@ -130,7 +135,7 @@ std::string WhyAgain(const Json& index, const Recipe& recipe) {
     }
     std::set<fs::path> read;
     for (const Json& input : index.at("inputs")) {
-        const fs::path file = FileOf(directory, input.at("file").get<std::string>());
+        const fs::path file = FileOf(directory, input);
         read.insert(file);
         if (!IsUnchanged(file, input)) {
             return file.filename().string() + " has changed";
@@ -144,7 +149,7 @@ std::string WhyAgain(const Json& index, const Recipe& recipe) {
         }
     }
     for (const Json& made : index.at("files")) {
-        const fs::path file = FileOf(directory, made.at("file").get<std::string>());
+        const fs::path file = FileOf(directory, made);
         if (!IsUnchanged(file, made)) {
             return file.filename().string() + " is not what was exported";
         }
@@ -215,6 +220,8 @@ FormerExport LookAtFormer(const Recipe& recipe) {
         const Json index = Json::parse(file);
         former.isIndexDamaged = index.at("hdoBatchIndex").get<int>() != kIndexVersion;
         former.warnings = index.at("warnings").get<std::size_t>();
+        former.animations =
+            index.value("animations", Json::array()).get<std::vector<std::string>>();
         former.why =
             former.isIndexDamaged ? "the index is of another version" : WhyAgain(index, recipe);
     } catch (const Json::exception&) {
@@ -229,11 +236,10 @@ FormerExport LookAtFormer(const Recipe& recipe) {
 ExportStart::ExportStart() : time_(TimeNow()) {
 }
 
-void ExportStart::WriteIndex(const Recipe& recipe, const std::vector<std::string>& inputs,
-                             const std::vector<std::string>& files, std::size_t warnings) const {
+void ExportStart::WriteIndex(const Recipe& recipe, const MadeExport& made) const {
     const fs::path directory = recipe.output.parent_path();
     std::set<fs::path> read;
-    for (const std::string& input : inputs) {
+    for (const std::string& input : made.inputs) {
         read.insert(fs::path(input).lexically_normal());
     }
     read.merge(std::set<fs::path>{recipe.scene});
@@ -246,14 +252,17 @@ void ExportStart::WriteIndex(const Recipe& recipe, const std::vector<std::string
                   {"options", Json::array()},
                   {"inputs", Json::array()},
                   {"files", Json::array()},
-                  {"warnings", warnings}};
+                  {"warnings", made.warnings}};
+    if (!made.animations.empty()) {
+        index["animations"] = made.animations;
+    }
     for (const std::string& word : recipe.options) {
         index["options"].push_back(Text(word));
     }
     for (const fs::path& file : read) {
         index["inputs"].push_back(Described(directory, file));
     }
-    for (const std::string& file : files) {
+    for (const std::string& file : made.files) {
         index["files"].push_back(Described(directory, fs::path(file).lexically_normal()));
     }
     const bool hasChanged = std::ranges::any_of(

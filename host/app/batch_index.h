@@ -33,19 +33,25 @@ struct FormerExport {
     // Why it is to be done again; empty: nothing differs.
     std::string why;
     bool isIndexDamaged = false;
-    std::size_t warnings = 0;  // that it gave; of one that nothing differs from
+    std::size_t warnings = 0;             // that it gave; of one that nothing differs from
+    std::vector<std::string> animations;  // that its scene was asked for
 };
 FormerExport LookAtFormer(const Recipe& recipe);
 
-// Writes the index of an export that has just gone well. `inputs` are the files that it read or
-// looked for, `files` those that it made, all absolute. Where a file that was read has changed
-// since `start` nothing is known of the export, and no index is left. Throws std::system_error when
-// it cannot be written.
+// An export that has just gone well.
+struct MadeExport {
+    std::vector<std::string> inputs;  // the files that it read or looked for, absolute
+    std::vector<std::string> files;   // those that it made, absolute
+    std::size_t warnings = 0;
+    std::vector<std::string> animations;  // of its scene, where it was asked for them
+};
+
+// Writes the index of an export. Where a file that was read has changed since `start` nothing is
+// known of the export, and no index is left. Throws std::system_error when it cannot be written.
 class ExportStart {
   public:
     ExportStart();
-    void WriteIndex(const Recipe& recipe, const std::vector<std::string>& inputs,
-                    const std::vector<std::string>& files, std::size_t warnings) const;
+    void WriteIndex(const Recipe& recipe, const MadeExport& made) const;
 
   private:
     std::int64_t time_;  // as the file system's clock gives it

@@ -2,9 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <fstream>
-#include <iterator>
-#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -20,37 +17,45 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string TextOf(const fs::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
-JobResult Failed(std::string error) {
-    JobResult result;
-    result.status = JobStatus::failed;
-    result.exitStatus = kExitRefused;
-    result.error = std::move(error);
-    return result;
-}
-
-std::vector<std::string> Strings(const Json& json, const char* member, const char* part) {
+// Texts of a list, or of this member of its elements.
+std::vector<std::string> Strings(const Json& json, const char* list, const char* member = nullptr) {
     std::vector<std::string> strings;
-    for (const Json& entry : json.value(member, Json::array())) {
-        strings.push_back(part ? entry.at(part).get<std::string>() : entry.get<std::string>());
+    for (const Json& entry : json.value(list, Json::array())) {
+        strings.push_back((member ? entry.at(member) : entry).get<std::string>());
     }
     return strings;
 }
 
+// The files that an export read or looked for.
+std::vector<std::string> InputsOf(const Json& json) {
+    std::vector<std::string> files = Strings(json, "inputsEscaped");
+    std::ranges::transform(files, files.begin(), Unescaped);
+    return files.empty() ? Strings(json, "inputs") : files;
+}
+
+// The files that an export made.
+std::vector<std::string> FilesOf(const Json& json) {
+    std::vector<std::string> files;
+    for (const Json& file : json.value("files", Json::array())) {
+        files.push_back(file.contains("pathEscaped")
+                            ? Unescaped(file["pathEscaped"].get<std::string>())
+                            : file.at("path").get<std::string>());
+    }
+    return files;
+}
+
 // What a process that ended by itself said of its export; `json` is what it printed.
-void TakeReport(const Json& json, const std::string& scene, JobResult& result) {
+void TakeReport(const Json& json, const Job& job, JobResult& result) {
     result.warnings = json.value("warnings", Json::array());
     result.warningCount = result.warnings.size();
     result.status = result.exitStatus == kExitDone ? JobStatus::exported : JobStatus::failed;
     if (result.exitStatus != kExitDone) {
         result.error = "exit status " + std::to_string(result.exitStatus);
         if (const Json error = json.value("error", Json()); error.is_string()) {
-            const std::string text = error.get<std::string>(), subject = scene + ": ";
-            result.error += ": " + text.substr(text.starts_with(subject) ? subject.size() : 0);
+            const std::string text = error.get<std::string>();
+            const std::string subject = text.starts_with(job.name + ": ") ? job.name : job.scene;
+            result.error +=
+                ": " + text.substr(text.starts_with(subject + ": ") ? subject.size() + 2 : 0);
         }
     }
 }
@@ -95,33 +100,57 @@ const char* NameOf(JobStatus status) {
     return kNames[static_cast<std::size_t>(status)];
 }
 
+JobResult Refused(std::string error) {
+    JobResult result;
+    result.status = JobStatus::failed;
+    result.exitStatus = kExitRefused;
+    result.error = std::move(error);
+    return result;
+}
+
 // ---------------------------------------------------------------- one job
+
+std::vector<std::string> JobRun::CommandOf(const Job& job,
+                                           const std::vector<std::string>& options) const {
+    std::vector<std::string> command = {ProgramFile().string(), "-q", "--json", "--progress=never"};
+    command.insert(command.end(), options.begin(), options.end());
+    if (settings_.kind == JobKind::exports) {
+        if (settings_.isDryRun) {
+            command.insert(command.end(), {"--dry-run", "--makes-directories"});
+        }
+        command.insert(command.end(), {"-o", job.output.string(), job.scene});
+    } else {
+        command.insert(command.end(), {"--list", job.scene});
+    }
+    return command;
+}
 
 JobResult JobRun::Export(const Job& job, const std::vector<std::string>& options,
                          unsigned worker) const {
-    std::vector<std::string> command = {ProgramFile().string(), "-q", "--json", "--progress=never"};
-    command.insert(command.end(), options.begin(), options.end());
-    command.insert(command.end(), {"-o", job.output.string(), job.scene});
     const fs::path out = room_.Path() / ("out" + std::to_string(worker));
     const fs::path error = room_.Path() / ("error" + std::to_string(worker));
     const ExportStart start;
-    const ProcessEnd end = RunProcess(command, out, error, settings_.limits, &stop_);
+    const ProcessEnd end =
+        RunProcess(CommandOf(job, options), out, error, settings_.limits, &stop_);
     JobResult result;
     result.memory = end.memory;
-    result.said = TextOf(error);
+    result.said = kta::ReadWholeFile(error).value_or("");
     if (end.how != ProcessEnd::How::exited) {
         TakeEnd(end, settings_.limits, result);
-        TidyUp(job.output.parent_path());
+        TidyUp(settings_.isDryRun ? room_.Path().parent_path() : job.output.parent_path());
         return result;
     }
     result.exitStatus = end.number;
     try {
-        const Json json = Json::parse(TextOf(out));
-        TakeReport(json, job.scene, result);
-        const std::vector<std::string> files = Strings(json, "files", "path");
-        if (result.status == JobStatus::exported && !files.empty()) {
-            start.WriteIndex({Absolute(job.scene), job.output, settings_.program, options},
-                             Strings(json, "inputs", nullptr), files, result.warningCount);
+        const Json json = Json::parse(kta::ReadWholeFile(out).value_or(""));
+        TakeReport(json, job, result);
+        result.animations = Strings(json, "animations", "name");
+        MadeExport made{InputsOf(json), FilesOf(json), result.warningCount, result.animations};
+        result.wouldWrite = json.value("wouldWrite", Json::array());
+        result.losses = json.value("losses", Json::array());
+        if (result.status == JobStatus::exported && !settings_.isDryRun &&
+            (!made.files.empty() || settings_.kind == JobKind::animations)) {
+            start.WriteIndex({Absolute(job.scene), job.output, settings_.program, options}, made);
         }
     } catch (const Json::exception&) {
         result.status = JobStatus::failed;
@@ -141,6 +170,7 @@ JobResult JobRun::Run(const Job& job, unsigned worker) const {
     if (former.why.empty() && !settings_.force) {
         result.status = JobStatus::unchanged;
         result.warningCount = former.warnings;
+        result.animations = former.animations;
         return result;
     }
     result = Export(job, options, worker);
@@ -157,7 +187,7 @@ JobResult JobRun::Run(const Job& job, unsigned worker) const {
 JobRun::JobRun(JobSettings settings, std::vector<Job> jobs)
     : settings_(std::move(settings)),
       jobs_(std::move(jobs)),
-      room_(fs::temp_directory_path()),
+      room_(TemporaryRoom()),
       results_(jobs_.size()) {
     for (std::size_t job = 0; job < jobs_.size(); ++job) {
         waiting_.push_back(job);
@@ -198,40 +228,49 @@ std::optional<std::size_t> JobRun::Next() {
     return job;
 }
 
-// Another batch may be at the same export: others are done first then.
+// Nothing where another batch is at the same export.
+std::optional<JobResult> JobRun::RunLocked(const Job& job, unsigned worker) const {
+    fs::create_directories(job.output.parent_path());
+    const std::optional<OutputLock> lock = OutputLock::Try(job.output);
+    return lock ? std::optional(Run(job, worker)) : std::nullopt;
+}
+
+// The same of any job.
+std::optional<JobResult> JobRun::Try(const Job& job, unsigned worker) const {
+    if (job.known) {
+        return job.known;
+    }
+    try {
+        if (!fs::exists(Absolute(job.scene))) {
+            return Refused("does not exist, expected a scene file");
+        }
+        return settings_.isDryRun ? Run(job, worker) : RunLocked(job, worker);
+    } catch (const fs::filesystem_error& error) {
+        return Refused(error.path1().string() + ": " + error.code().message());
+    } catch (const std::exception& error) {
+        return Refused(error.what());
+    }
+}
+
 void JobRun::Work(unsigned worker) {
     while (const std::optional<std::size_t> number = Next()) {
-        const Job& job = jobs_[*number];
         const Stopwatch watch;
-        JobResult result;
-        try {
-            if (!job.refusal.empty()) {
-                Finish(*number, Failed(job.refusal));
-                continue;
-            }
-            if (!fs::exists(Absolute(job.scene))) {
-                Finish(*number, Failed("does not exist, expected a scene file"));
-                continue;
-            }
-            fs::create_directories(job.output.parent_path());
-            const std::optional<OutputLock> lock = OutputLock::Try(job.output);
-            if (!lock) {
-                constexpr std::chrono::milliseconds kPatience(20);
-                std::this_thread::sleep_for(kPatience);
-                const std::lock_guard guard(mutex_);
-                std::erase(running_, *number);
-                waiting_.push_back(*number);
-                continue;
-            }
-            result = Run(job, worker);
-        } catch (const fs::filesystem_error& error) {
-            result = Failed(error.path1().string() + ": " + error.code().message());
-        } catch (const std::exception& error) {
-            result = Failed(error.what());
+        if (std::optional<JobResult> result = Try(jobs_[*number], worker)) {
+            result->seconds = jobs_[*number].known ? result->seconds : watch.Seconds();
+            Finish(*number, *std::move(result));
+        } else {
+            PutBack(*number);
         }
-        result.seconds = watch.Seconds();
-        Finish(*number, std::move(result));
     }
+}
+
+// Others are done first.
+void JobRun::PutBack(std::size_t job) {
+    constexpr std::chrono::milliseconds kPatience(20);
+    std::this_thread::sleep_for(kPatience);
+    const std::lock_guard lock(mutex_);
+    std::erase(running_, job);
+    waiting_.push_back(job);
 }
 
 void JobRun::Finish(std::size_t job, JobResult result) {

@@ -24,15 +24,6 @@
 
 namespace maxhost::app {
 
-// One export.
-struct Job {
-    std::string name;                    // for people: the scene, or what of it is exported
-    std::string scene;                   // SCENE of the command line
-    std::vector<std::string> arguments;  // options of this export alone, as --name=value
-    std::filesystem::path output;        // the export file, absolute; its directory is made
-    std::string refusal{};               // why it is not to be tried; empty: it is
-};
-
 enum class JobStatus { exported, unchanged, failed, crashed, timeout, memory, interrupted };
 // As reports name it, in one word.
 const char* NameOf(JobStatus status);
@@ -45,10 +36,28 @@ struct JobResult {
     std::string notice;                         // something else to be told, one line; or empty
     Json warnings = Json::array();              // code and text of each, as in --json
     std::size_t warningCount = 0;               // also of one that was left as it was
+    std::vector<std::string> animations;        // of its scene, where they were asked for
     double seconds = 0;
-    std::uint64_t memory = 0;  // bytes, see ProcessEnd
-    std::string said;          // all lines of its standard error
+    std::uint64_t memory = 0;                                 // bytes, see ProcessEnd
+    std::string said;                                         // all lines of its standard error
+    Json wouldWrite = Json::array(), losses = Json::array();  // of a dry run, as in --json
 };
+
+// One export.
+struct Job {
+    std::string name;                        // for people: the scene, or what of it is exported
+    std::string scene;                       // SCENE of the command line
+    std::vector<std::string> arguments{};    // options of this export alone, as --name=value
+    std::filesystem::path output;            // the export file, absolute; its directory is made
+    std::optional<std::string> animation{};  // one of all of the scene's: its name
+    std::optional<JobResult> known{};        // what comes of it, where it is not to be tried
+};
+
+// One that is not tried, since it cannot be done.
+JobResult Refused(std::string error);
+
+// What is done of each job: its export, or finding out which animations its scene has.
+enum class JobKind { exports, animations };
 
 struct JobSettings {
     std::vector<std::string> options;  // of every export, as --name=value
@@ -56,6 +65,8 @@ struct JobSettings {
     ProcessLimits limits;  // of each export
     bool force = false;    // also those that nothing has changed for
     std::string program;   // see HashOfPrograms; empty: all exports are done
+    JobKind kind = JobKind::exports;
+    bool isDryRun = false;  // nothing is written; `exported` is what would be
 };
 
 // The exports of a list, going on until the object ends, which ends those that run. What has been
@@ -87,6 +98,11 @@ class JobRun {
     JobResult Run(const Job& job, unsigned worker) const;
     JobResult Export(const Job& job, const std::vector<std::string>& options,
                      unsigned worker) const;
+    std::vector<std::string> CommandOf(const Job& job,
+                                       const std::vector<std::string>& options) const;
+    std::optional<JobResult> Try(const Job& job, unsigned worker) const;
+    std::optional<JobResult> RunLocked(const Job& job, unsigned worker) const;
+    void PutBack(std::size_t job);
 
     const JobSettings settings_;
     const std::vector<Job> jobs_;

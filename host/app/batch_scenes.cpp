@@ -28,9 +28,11 @@ bool IsHidden(const fs::path& path) {
 // A preview, or an index of a batch, that an export made: beside an export file of that name.
 bool IsOfFormerExport(const fs::path& path) {
     const std::string name = path.filename().string();
-    if (kta::EndsWithIgnoringCase(name, ".hdo.glb") ||
-        kta::EndsWithIgnoringCase(name, ".hdo.index.json")) {
-        return true;
+    for (const char* const ending :
+         {".hdo.glb", ".hdo.index.json", ".hdo.animations.index.json", ".hdo.textures.json"}) {
+        if (kta::EndsWithIgnoringCase(name, ending)) {
+            return true;
+        }
     }
     std::error_code ignored;
     return kta::EndsWithIgnoringCase(name, ".glb") &&
@@ -151,22 +153,34 @@ std::string KeyOf(const fs::path& file) {
     return key;
 }
 
+// What to do where both would be exported to one file.
+std::string HowToTellApart(const fs::path& file, const fs::path& other) {
+    if (Absolute(file.string()).parent_path() != Absolute(other.string()).parent_path()) {
+        return "expected the directory that holds both (--batch DIR), whose subdirectories -o "
+               "keeps";
+    }
+    const std::string ending =
+        IsNamedAsDescription(file.string()) ? ".maxscene.json" : file.extension().string();
+    return "expected one of them alone, which a list names or a pattern, and another directory for "
+           "the other: --batch '" +
+           (file.parent_path() / ("*" + ending)).string() + "' -o DIR";
+}
+
 void SceneFinder::Add(const fs::path& file, const fs::path& root) {
     ++found_;
     const fs::path absolute = Absolute(file.string());
     const fs::path beside = absolute.parent_path() / ExportName(absolute);
-    const fs::path output =
-        outputDirectory_ ? *outputDirectory_ / beside.lexically_relative(Absolute(root.string()))
-                         : beside;
+    const fs::path place = beside.lexically_relative(Absolute(root.string()));
+    const fs::path output = outputDirectory_ ? *outputDirectory_ / place : beside;
     const auto [former, isNew] = byOutput_.emplace(KeyOf(output), scenes_.size());
     if (isNew) {
-        scenes_.push_back({file.string(), absolute, output.lexically_normal()});
+        scenes_.push_back({file.string(), absolute, output.lexically_normal(), place});
         return;
     }
     const BatchScene& other = scenes_[former->second];
     if (KeyOf(absolute) != KeyOf(other.file)) {
         Refuse(file.string(), "its export would be " + output.string() + " as that of " +
-                                  other.name + " is, expected another place for one of them");
+                                  other.name + " is, " + HowToTellApart(file, other.name));
     }
 }
 
@@ -319,22 +333,37 @@ void SceneFinder::AddItem(const std::string& item) {
 
 // No export may replace a scene.
 void SceneFinder::CheckOutputs() const {
-    std::unordered_map<std::string, const BatchScene*> byFile;
+    ExportPlaces places;
     for (const BatchScene& scene : scenes_) {
-        byFile.emplace(KeyOf(scene.file), &scene);
+        places.AddScene(scene);
     }
     for (const BatchScene& scene : scenes_) {
-        for (const char* const suffix : {"", "temp1", "temp2", ".glb", ".log", ".index.json"}) {
-            const auto found = byFile.find(KeyOf(scene.output.string() + suffix));
-            if (found != byFile.end()) {
-                Refuse(scene.name, "its export would replace the scene " + found->second->name +
-                                       ", expected another directory for it (-o)");
-            }
+        if (const std::string reason = places.Take(scene.output, scene.name); !reason.empty()) {
+            Refuse(scene.name, reason);
         }
     }
 }
 
 }  // namespace
+
+void ExportPlaces::AddScene(const BatchScene& scene) {
+    scenes_.emplace(KeyOf(scene.file), scene.name);
+}
+
+std::string ExportPlaces::Take(const fs::path& output, const std::string& name) {
+    for (const char* const suffix : {"", "temp1", "temp2", ".glb", ".log", ".index.json",
+                                     ".animations.index.json", ".textures.json"}) {
+        const auto found = scenes_.find(KeyOf(output.string() + suffix));
+        if (found != scenes_.end()) {
+            return "its export would replace the scene " + found->second +
+                   ", expected another directory for it (-o)";
+        }
+    }
+    const auto [former, isNew] = exports_.emplace(KeyOf(output), name);
+    return isNew ? std::string()
+                 : "its export would be " + output.string() + " as that of " + former->second +
+                       " is, expected another place for one of them";
+}
 
 bool MatchesWildcards(std::string_view name, std::string_view pattern) {
     // Where the last star stands, and what it has taken so far.

@@ -5,6 +5,7 @@
 #include <istream>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace maxhost::app {
@@ -13,6 +14,7 @@ struct BatchScene {
     std::string name;              // as it was named or found, to be shown and to be opened
     std::filesystem::path file;    // the same, absolute
     std::filesystem::path output;  // the export file, absolute
+    std::filesystem::path place;   // the same below the directory that -o names, or would name
 };
 
 // The scenes that the items name, in order, each once:
@@ -34,6 +36,19 @@ struct BatchScene {
 std::vector<BatchScene> FindBatchScenes(const std::vector<std::string>& items,
                                         const std::optional<std::string>& outputDirectory,
                                         std::istream& in);
+
+// Keeps exports from each other's files, and from scenes.
+class ExportPlaces {
+  public:
+    // A scene that no export may replace.
+    void AddScene(const BatchScene& scene);
+    // Why the export cannot go there, in words that follow the name of what is exported: another
+    // one goes there, or it would replace a scene. Empty where it can; then the place is taken.
+    std::string Take(const std::filesystem::path& output, const std::string& name);
+
+  private:
+    std::unordered_map<std::string, std::string> scenes_, exports_;  // names by the files' keys
+};
 
 // Whether the name, of a file without its directories, matches: * any characters, ? any one,
 // [a-z] and [!a-z] one of those, or none of them.

@@ -9,6 +9,7 @@
 
 #include "host/app/exit_status.h"
 #include "host/app/loaded_scene.h"
+#include "host/app/places.h"
 #include "host/app/trial.h"
 #include "host/scene/check.h"
 #include "host/scene/error.h"
@@ -45,7 +46,7 @@ class Search {
         : options_(options),
           interrupts_(interrupts),
           console_(console),
-          room_(std::filesystem::temp_directory_path()),
+          room_(TemporaryRoom()),
           trial_(options, room_.Path()),
           scene_(scene) {}
 

@@ -5,6 +5,7 @@
 #include <system_error>
 #include <utility>
 
+#include "host/app/places.h"
 #include "host/app/receipt.h"
 #include "kta/text.h"
 
@@ -57,7 +58,8 @@ std::error_code WhyNotMade(const fs::path& directory) {
     return WhyNotWritable(there);
 }
 
-DryRun::DryRun() : room_(fs::temp_directory_path()) {
+DryRun::DryRun(bool makesDirectories)
+    : room_(TemporaryRoom()), makesDirectories_(makesDirectories) {
 }
 
 fs::path DryRun::Divert(const fs::path& target) {
@@ -98,12 +100,19 @@ void DryRun::Measure() {
     std::ranges::sort(files_, {}, &File::target);
 }
 
+std::string WouldWriteLine(const Json& file) {
+    const Json& former = file.at("replaces");
+    return "would write " + file.at("path").get<std::string>() + ": " +
+           kta::Counted(file.at("bytes").get<std::size_t>(), "byte") +
+           (former.is_null()
+                ? ""
+                : ", in the place of " + kta::Counted(former.get<std::size_t>(), "byte"));
+}
+
 std::vector<std::string> DryRun::Lines(bool namesAll) const {
     std::vector<std::string> lines;
-    for (const File& file : files_) {
-        lines.push_back(
-            "would write " + file.target.string() + ": " + kta::Counted(*file.bytes, "byte") +
-            (file.former ? ", in the place of " + kta::Counted(*file.former, "byte") : ""));
+    for (const Json& file : WouldWrite()) {
+        lines.push_back(WouldWriteLine(file));
     }
     const std::size_t shown = namesAll ? losses_.size() : std::min(losses_.size(), kMostLosses);
     for (std::size_t i = 0; i < shown; ++i) {
@@ -119,7 +128,7 @@ std::vector<std::string> DryRun::Lines(bool namesAll) const {
         lines.push_back("loss: and " + std::to_string(losses_.size() - shown) +
                         " more (-v names all)");
     }
-    lines.emplace_back("dry run: nothing was written");
+    lines.emplace_back(kDryRunEnd);
     return lines;
 }
 

@@ -19,10 +19,12 @@ namespace maxhost::app {
 // gone at the object's end.
 class DryRun {
   public:
-    // Throws std::filesystem::filesystem_error when that directory cannot be made.
-    DryRun();
+    // Throws Failure(kExitRefused) when that directory cannot be made. Whether directories that are
+    // not there would be made for the export.
+    explicit DryRun(bool makesDirectories = false);
 
     const std::filesystem::path& Room() const { return room_.Path(); }
+    bool MakesDirectories() const { return makesDirectories_; }
 
     // Where to write what is to stand at `target`. Throws std::system_error with the code that
     // writing there in earnest gives, as far as that shows: no directory, one that is
@@ -52,9 +54,16 @@ class DryRun {
     };
 
     const kta::PrivateDirectory room_;
+    const bool makesDirectories_;
     std::vector<File> files_;
     std::vector<LedgerEntry> losses_;
 };
+
+// The last line of what a dry run says.
+constexpr const char* kDryRunEnd = "dry run: nothing was written";
+
+// "would write FILE: 5 bytes, in the place of 4 bytes", of an entry of WouldWrite().
+std::string WouldWriteLine(const Json& file);
 
 // Why nothing can be made in the directory, as far as that shows; no error where nothing does.
 std::error_code WhyNotWritable(const std::filesystem::path& directory);

@@ -3,11 +3,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <fstream>
-#include <iterator>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "host/app/dry_run.h"
+#include "host/app/texture_record.h"
 #include "kta/glb.h"
 #include "kta/text.h"
 #include "kta/whole_file.h"
@@ -49,13 +50,17 @@ std::size_t CountClosedFiles(const fs::path& log) {
     return CountLines(log, "Closing file");
 }
 
-std::string Obstacle(const fs::path& file) {
+// `isDirectoryMade`: where it is not there.
+std::string Obstacle(const fs::path& file, bool isDirectoryMade) {
     const std::string name = file.string();
     const fs::path directory = file.parent_path();
     std::error_code error;
     if (name.size() >= kMostPathBytes) {
         return "the path of " + name + " has " + std::to_string(name.size()) +
                " bytes, expected at most " + std::to_string(kMostPathBytes - 1);
+    }
+    if (isDirectoryMade && !fs::exists(directory, error)) {
+        return {};
     }
     if (!fs::exists(directory, error)) {
         return "the directory " + directory.string() + " does not exist";
@@ -103,12 +108,13 @@ ExportFiles::ExportFiles(const fs::path& exportFile, const std::optional<fs::pat
 }
 
 std::string ExportFiles::Obstacle() const {
+    const bool isDirectoryMade = dryRun_ != nullptr && dryRun_->MakesDirectories();
     for (const OutputFile& file : files_) {
-        if (std::string reason = app::Obstacle(file.path); !reason.empty()) {
+        if (std::string reason = app::Obstacle(file.path, isDirectoryMade); !reason.empty()) {
             return reason;
         }
     }
-    return app::Obstacle(exportFile_);
+    return app::Obstacle(exportFile_, isDirectoryMade);
 }
 
 std::string ExportFiles::EarlierFiles() const {
@@ -124,8 +130,10 @@ std::string ExportFiles::EarlierFiles() const {
 
 void ExportFiles::Prepare() {
     if (dryRun_ != nullptr) {
-        if (const std::error_code error = WhyNotWritable(exportFile_.parent_path())) {
-            throw fs::filesystem_error("nothing can be made", exportFile_.parent_path(), error);
+        const fs::path directory = exportFile_.parent_path();
+        if (const std::error_code error =
+                dryRun_->MakesDirectories() ? WhyNotMade(directory) : WhyNotWritable(directory)) {
+            throw fs::filesystem_error("nothing can be made", directory, error);
         }
     }
     room_.emplace(dryRun_ != nullptr ? dryRun_->Room() : exportFile_.parent_path());
@@ -143,7 +151,8 @@ void ExportFiles::AddTextures(TextureFiles textures) {
 }
 
 std::string ExportFiles::TextureObstacle(const std::vector<fs::path>& others) const {
-    std::vector<fs::path> taken = {exportFile_, files_[0].path, files_[1].path, log_, Preview()};
+    std::vector<fs::path> taken = {exportFile_, files_[0].path, files_[1].path,
+                                   log_,        Preview(),      TextureRecordOf(exportFile_)};
     taken.insert(taken.end(), others.begin(), others.end());
     return textures_.Obstacle(taken);
 }
@@ -247,8 +256,7 @@ void ExportFiles::WriteLog() {
     if (!logStandsApart_ || !HasLog()) {
         return;
     }
-    std::ifstream file(writtenLog_, std::ios::binary);
-    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    const std::string text = kta::ReadWholeFile(writtenLog_).value_or("");
     std::error_code error;
     const bool isDevice = fs::exists(log_, error) && !fs::is_regular_file(log_, error);
     if (isDevice && dryRun_ != nullptr) {
@@ -290,9 +298,14 @@ std::vector<Replacement> ExportFiles::Replacements() const {
         }
         files.push_back({copy, log_, room_->Path()});
     }
-    std::ranges::sort(files, [this](const Replacement& a, const Replacement& b) {
-        return a.target != exportFile_ && (b.target == exportFile_ || a.target < b.target);
-    });
+    // The record of the textures comes before them, the converter's file last.
+    const auto rank = [this, record = TextureRecordOf(exportFile_)](const Replacement& file) {
+        return std::pair(file.target == exportFile_ ? 2
+                         : file.target == record    ? 0
+                                                    : 1,
+                         file.target);
+    };
+    std::ranges::sort(files, {}, rank);
     return files;
 }
 

@@ -456,6 +456,7 @@ int ExportScene(const Options& options, LoadedScene loaded, ExportFiles& files,
         audit.accepted = AcceptedLosses(*options.accept);
     }
     audit.losses = std::move(loaded.losses);
+    audit.unit = loaded.unit;
 
     Host& host = Host::Instance();
     host.SetPlugInDirs(plugInDirectories);

@@ -1,6 +1,7 @@
 #include "host/app/json_parts.h"
 
 #include <array>
+#include <charconv>
 #include <cstdio>
 
 #include "kta/dump.h"
@@ -9,6 +10,40 @@ namespace maxhost::app {
 
 Json Text(const std::string& text) {
     return kta::ToUtf8(text);
+}
+
+bool IsUtf8(const std::string& text) {
+    return kta::ToUtf8(text) == text;
+}
+
+std::string Escaped(std::string_view name) {
+    constexpr char kDigits[] = "0123456789ABCDEF";
+    std::string escaped;
+    for (const char c : name) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte <= 0x20 || byte >= 0x7f || c == '%') {
+            escaped += {'%', kDigits[byte >> 4], kDigits[byte & 15]};
+        } else {
+            escaped += c;
+        }
+    }
+    return escaped;
+}
+
+std::string Unescaped(std::string_view escaped) {
+    std::string name;
+    for (std::size_t i = 0; i < escaped.size(); ++i) {
+        unsigned value = 0;
+        const char* const digits = escaped.data() + i + 1;
+        if (escaped[i] == '%' && i + 2 < escaped.size() &&
+            std::from_chars(digits, digits + 2, value, 16).ptr == digits + 2) {
+            name += static_cast<char>(value);
+            i += 2;
+        } else {
+            name += escaped[i];
+        }
+    }
+    return name;
 }
 
 Json SettingOf(const ExporterOption& option, const ExportOptions& values) {

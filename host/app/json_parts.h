@@ -3,6 +3,7 @@
 
 #include <nlohmann/json.hpp>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "export/export_options.h"
@@ -16,6 +17,14 @@ using Json = nlohmann::ordered_json;
 
 // Bytes that are no UTF-8 are taken as Latin-1.
 Json Text(const std::string& text);
+
+// Whether Text() has the very bytes.
+bool IsUtf8(const std::string& text);
+
+// The name of a file that is no UTF-8, so that its bytes can be had again: those that are no ASCII,
+// control characters and % as %XX.
+std::string Escaped(std::string_view name);
+std::string Unescaped(std::string_view escaped);
 
 // The value that the option has.
 Json SettingOf(const ExporterOption& option, const ExportOptions& values);

@@ -357,6 +357,11 @@ void Select(const std::vector<std::string>& names, scene::Scene& scene) {
 }  // namespace
 
 void ApplyChoices(const Options& options, LoadedScene& loaded) {
+    if (options.clip && *options.clip >= loaded.animations.size()) {
+        throw Failure(
+            kExitRefused, SceneName(options.scene),
+            "has changed meanwhile: its animation " + std::to_string(*options.clip) + " is gone");
+    }
     if (options.animation) {
         CheckAnimation(*options.animation, loaded.animations);
     }

@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <iterator>
+#include <set>
 #include <string>
 
 #include "host/app/option_group.h"
@@ -219,7 +220,8 @@ void AddPlaces(CLI::App& app, Options& options) {
                   "put in place with the export)");
     group.AddPath("--textures", "DIR", options.textures,
                   "where textures go that stand inside a model's file; files of their names in DIR "
-                  "are replaced (default: beside the export file, where none is)");
+                  "are replaced; with --batch each scene has a directory of its own in DIR "
+                  "(default: beside the export file, where none is that another one made)");
     group.AddPath(
         "--plugin-dir", "DIR", options.pluginDirs,
         "plug-in directory searched for the converter; repeatable, in order (default: where "
@@ -290,6 +292,14 @@ void AddBatch(CLI::App& app, Options& options) {
           "(default: the number of scenes)");
 }
 
+// What a batch tells the exports that it starts. Options without a group stand in no help.
+void AddOptionsOfJobs(CLI::App& app, Options& options) {
+    app.add_option("--clip", options.clip, "one of --all-animations, by its position")->group("");
+    app.add_flag("--makes-directories", options.makesDirectories,
+                 "of a dry run: directories that are not there would be made")
+        ->group("");
+}
+
 void AddMessages(CLI::App& app, Options& options) {
     Group group(app, kMessageGroup);
     group.AddChoice("--progress", "MODE", options.progress,
@@ -324,6 +334,7 @@ void AddOptions(CLI::App& app, Options& options) {
     AddPlaces(app, options);
     AddBooks(app, options);
     AddBatch(app, options);
+    AddOptionsOfJobs(app, options);
     AddMessages(app, options);
     AddSearch(app, options);
     AddTestOptions(app, options);
@@ -343,10 +354,13 @@ std::string WordOf(const CLI::Option& option, bool isOn) {
 
 std::vector<std::string> PassedOn(const CLI::App& app) {
     std::vector<std::string> words;
+    // What a batch itself does, or tells each export in words of its own.
+    static const std::set<std::string> kOwn = {"output",   "list",    "all-animations",
+                                               "textures", "dry-run", "clip"};
     for (const CLI::Option* const option : app.get_options()) {
         const std::string group = option->get_group();
         if (option->get_positional() || group == kBatchGroup || group == kMessageGroup ||
-            option->check_lname("output") || option->check_lname("list")) {
+            kOwn.contains(option->get_lnames().front())) {
             continue;
         }
         for (const std::string& text : option->results()) {

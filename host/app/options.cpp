@@ -103,12 +103,17 @@ std::string WithOrigin(const Options& options, const std::string& name) {
 }
 
 std::string FaultOfAllAnimations(const Options& options) {
+    // A batch asks for one after the other.
+    const bool isDryRun = options.dryRun && !options.clip && options.batch.items.empty();
     const std::pair<bool, const char*> others[] = {{options.animation.has_value(), "--animation"},
                                                    {options.list, "--list"},
                                                    {options.bisect, "--bisect"},
                                                    {options.about, "--about"},
                                                    {options.saveScene.has_value(), "--save-scene"},
-                                                   {options.dryRun, "--dry-run"}};
+                                                   {isDryRun, "--dry-run"}};
+    if (options.clip && !options.allAnimations) {
+        return "--clip: expected --all-animations beside it";
+    }
     for (const auto& [isGiven, name] : others) {
         if (options.allAnimations && isGiven) {
             return "--all-animations: excludes " + WithOrigin(options, name);
@@ -181,13 +186,10 @@ std::string FaultOf(const Options& options) {
                                                      : options.about ? "--about"
                                                                      : "--show-dialog");
     }
-    const bool isBatch = !options.batch.items.empty();
-    if (options.dryRun &&
-        (isBatch || options.bisect || options.about || options.saveScene == "-")) {
-        return std::string("--dry-run: excludes ") + (isBatch          ? "--batch"
-                                                      : options.bisect ? "--bisect"
-                                                      : options.about  ? "--about"
-                                                                       : "--save-scene -");
+    if (options.dryRun && (options.bisect || options.about || options.saveScene == "-")) {
+        return std::string("--dry-run: excludes ") + (options.bisect  ? "--bisect"
+                                                      : options.about ? "--about"
+                                                                      : "--save-scene -");
     }
     if (options.scramble && !options.bisect && !options.saveScene) {
         return "--scramble: changes the scene that is saved, expected --save-scene or --bisect "

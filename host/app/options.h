@@ -50,6 +50,7 @@ struct Options {
     bool allowEmpty = false;
     bool strict = false;
     bool dryRun = false;
+    bool makesDirectories = false;  // of a dry run: those that are not there would be made
     DialogChoices choices;
     // Where --preset names a settings file: its record, of which only what the dialog does not show
     // counts beside `choices`.
@@ -76,7 +77,7 @@ struct Options {
     bool json = false;
     std::optional<std::string> animation;
     bool allAnimations = false;
-    std::optional<std::size_t> clip;  // one of all animations, by its position
+    std::optional<std::size_t> clip;  // beside `allAnimations`: one of them alone, by its position
     float scale = 1;
     std::optional<double> unit;  // metres
     std::optional<int> up;       // 0 x, 1 y, 2 z

@@ -72,6 +72,24 @@ fs::path Absolute(const std::string& path) {
                                                                        : absolute.parent_path();
 }
 
+kta::PrivateDirectory TemporaryRoom() {
+#ifdef _WIN32
+    constexpr const char* kVariable = "TMP";
+#else
+    constexpr const char* kVariable = "TMPDIR";
+#endif
+    const char* const named = std::getenv(kVariable);
+    fs::path directory = named != nullptr ? named : "";
+    try {
+        directory = fs::temp_directory_path();
+        return kta::PrivateDirectory(directory);
+    } catch (const fs::filesystem_error& error) {
+        throw Failure(kExitRefused, directory.string(),
+                      "nothing can be made there (" + error.code().message() + "), expected " +
+                          kVariable + " to name a directory for temporary files");
+    }
+}
+
 fs::path ProgramDirectory() {
 #ifdef _WIN32
     std::array<char, 32768> name{};
@@ -103,7 +121,7 @@ bool AreOne(const fs::path& file, const fs::path& other) {
 // Whether an export to `exportFile` would put a file in this one's place; its log as well, where no
 // option names another place for that.
 bool IsOfExport(const fs::path& file, const fs::path& exportFile, bool withLog) {
-    for (const char* const suffix : {"", "temp1", "temp2", ".glb", ".log"}) {
+    for (const char* const suffix : {"", "temp1", "temp2", ".glb", ".log", ".textures.json"}) {
         const bool isLog = std::string_view(suffix) == ".log";
         if ((withLog || !isLog) && AreOne(file, exportFile.string() + suffix)) {
             return true;
@@ -248,9 +266,8 @@ std::optional<fs::path> PresetFileToSave(const Options& options) {
 
 TextureFiles TexturesOf(const Options& options, std::vector<import::EmbeddedTexture> textures) {
     return options.textures
-               ? TextureFiles(std::move(textures), Absolute(*options.textures), ReplacesFiles::yes)
-               : TextureFiles(std::move(textures), ExportFile(options).parent_path(),
-                              ReplacesFiles::no);
+               ? TextureFiles(std::move(textures), Absolute(*options.textures))
+               : TextureFiles(std::move(textures), ExportFile(options), Absolute(options.scene));
 }
 
 fs::path PlugInFile(const Options& options) {

@@ -14,6 +14,10 @@ namespace maxhost::app {
 // Absolute, without a separator at the end.
 std::filesystem::path Absolute(const std::string& path);
 
+// A private directory among the temporary files, whose place TMPDIR (on Windows TMP) names. Throws
+// Failure(kExitRefused), which names both, where none can be made there.
+kta::PrivateDirectory TemporaryRoom();
+
 // The directory of the running program, and hdo-export in it.
 std::filesystem::path ProgramDirectory();
 std::filesystem::path ProgramFile();

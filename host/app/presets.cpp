@@ -174,6 +174,9 @@ std::vector<std::string> TextsOf(JsonValue value, const CLI::Option& option) {
         for (const JsonValue element : value) {
             add(element);
         }
+        if (texts.empty()) {
+            value.Refuse("a text, or a list of at least one");
+        }
     } else {
         add(value);
     }

@@ -298,6 +298,9 @@ std::string JsonOf(const Receipt& receipt, bool withTimes) {
                  {"version", HDO_VERSION},          {"scene", Text(receipt.scene)},
                  {"status", receipt.status},        {"options", OptionsOf(receipt.inForce)},
                  {"optionOrigins", receipt.origins}};
+    if (receipt.unit) {
+        json["unit"] = JsonOf(*receipt.unit);
+    }
     Json& files = json["files"] = Json::array();
     for (const FileReport& file : receipt.files) {
         files.push_back({{"name", Text(file.path.filename().string())},

@@ -46,6 +46,7 @@ struct Receipt {
     int status = 0;
     ExportOptions inForce = DefaultExportOptions();
     Json origins = Json::object();    // of the options: see OriginsOf
+    std::optional<SceneUnit> unit;    // of a model
     std::vector<FileReport> files;    // the actor file and the motion file
     std::vector<std::string> faults;  // of the files, a line each, as they are told
     std::size_t nodesInScene = 0, nodesExported = 0;

@@ -98,7 +98,10 @@ void Warn(const Options& options, const LoadedScene& loaded, Console& console) {
             warnings.push_back(std::move(warning));
         }
     }
-    const std::string scene = SceneName(options.scene);
+    std::string scene = SceneName(options.scene);
+    if (options.clip && *options.clip < loaded.animations.size()) {
+        scene += ": " + SubjectOf(loaded.animations[*options.clip].name, *options.clip);
+    }
     for (const Warning& warning : warnings) {
         console.Warn(warning.code, scene, warning.text);
     }
@@ -223,7 +226,10 @@ int ExportAnimations(const Options& options, Console& console, RunReport& report
     ReportFile(options);
     LoadChoices choices;
     choices.allowEmpty = options.allowEmpty;
-    const std::vector<Animation> animations = LoadScene(options.scene, choices).animations;
+    std::vector<std::string> animations;
+    for (Animation& animation : LoadScene(options.scene, choices).animations) {
+        animations.push_back(std::move(animation.name));
+    }
     if (animations.empty()) {
         throw Failure(kExitRefused, "--all-animations",
                       SceneName(options.scene) + " has no animations, expected at least one");
@@ -243,10 +249,13 @@ int ExportAnimations(const Options& options, Console& console, RunReport& report
             statusOfOne = ReportException(console);
         }
         report.inputs = one.inputs;
+        report.readingSeconds += one.readingSeconds;
+        report.exportingSeconds += one.exportingSeconds;
+        report.checkingSeconds += one.checkingSeconds;
         report.exports.push_back(
             ObjectOf(one, statusOfOne,
                      {console.Notices().begin() + noticesBefore, console.Notices().end()}));
-        report.exports.back()["animation"] = Text(animations[i].name);
+        report.exports.back()["animation"] = Text(animations[i]);
         status = statusOfOne == kExitDone ? status : kExitExportFailed;
     }
     return interrupts.Status() != 0 ? interrupts.Status() : status;
@@ -302,7 +311,7 @@ int Execute(const Options& options, Console& console, RunReport& report, bool is
         }
         return kExitDone;
     }
-    return options.allAnimations
+    return options.allAnimations && !options.clip
                ? ExportAnimations(options, console, report, isTerminal, interrupts)
                : LoadAndExport(options, console, report, isTerminal, interrupts);
 }
@@ -319,10 +328,10 @@ int RunParsed(const CommandLine& commandLine, Console& console, RunReport& repor
     }
     const Options& options = *commandLine.options;
     report.scene = options.scene;
-    if (!options.dryRun) {
+    if (!options.dryRun || !options.batch.items.empty()) {
         return Execute(options, console, report, isTerminal);
     }
-    report.dryRun = std::make_shared<DryRun>();
+    report.dryRun = std::make_shared<DryRun>(options.makesDirectories);
     int status = kExitDone;
     try {
         status = Execute(options, console, report, isTerminal);

@@ -8,6 +8,7 @@
 #include "host/app/json_parts.h"
 #include "host/app/scene_contents.h"
 #include "host/app/scene_report.h"
+#include "host/app/texture_record.h"
 
 namespace maxhost::app {
 namespace {
@@ -18,10 +19,11 @@ FileReport ReportOf(const fs::path& place, const ExportFiles& files,
                     const std::set<fs::path>& textures) {
     const bool isTexture = textures.contains(place);
     FileReport report{place,
-                      isTexture                  ? "texture"
-                      : place == files.Log()     ? "log"
-                      : place == files.Preview() ? "preview"
-                                                 : "converter",
+                      isTexture                                      ? "texture"
+                      : place == TextureRecordOf(files.ExportFile()) ? "texture record"
+                      : place == files.Log()                         ? "log"
+                      : place == files.Preview()                     ? "preview"
+                                                                     : "converter",
                       0,
                       {}};
     std::error_code ignored;
@@ -40,16 +42,13 @@ FileReport ReportOf(const fs::path& place, const ExportFiles& files,
 
 Json JsonOf(const FileReport& file) {
     Json json = {{"path", Text(file.path.string())}, {"kind", file.kind}, {"bytes", file.bytes}};
+    if (!IsUtf8(file.path.string())) {
+        json["pathEscaped"] = Escaped(file.path.string());
+    }
     if (file.kind == kta::KindName(kFileKindActor) || file.kind == kta::KindName(kFileKindMotion)) {
         json["chunks"] = ChunksOf(file.chunks);
     }
     return json;
-}
-
-Json JsonOf(const SceneUnit& unit) {
-    return {{"metres", unit.metres == 0 ? Json() : Json(unit.metres)},
-            {"convertedTo", unit.convertedTo ? Json(*unit.convertedTo) : Json()},
-            {"text", Describe(unit)}};
 }
 
 void AddExport(const ExportReport& exported, Json& json) {
@@ -168,6 +167,12 @@ void AddNotices(const std::vector<Notice>& notices, int status, Json& json) {
 
 }  // namespace
 
+Json JsonOf(const SceneUnit& unit) {
+    return {{"metres", unit.metres == 0 ? Json() : Json(unit.metres)},
+            {"convertedTo", unit.convertedTo ? Json(*unit.convertedTo) : Json()},
+            {"text", Describe(unit)}};
+}
+
 ExportReport ReportOf(const ExportFiles& files, ExportOutcome outcome) {
     ExportReport report;
     const std::set<fs::path> textures(outcome.textures.begin(), outcome.textures.end());
@@ -204,6 +209,11 @@ Json ObjectOf(const RunReport& report, int status, const std::vector<Notice>& no
     }
     for (const std::string& file : report.inputs) {
         json["inputs"].push_back(Text(file));
+    }
+    if (!std::ranges::all_of(report.inputs, IsUtf8)) {
+        for (const std::string& file : report.inputs) {
+            json["inputsEscaped"].push_back(Escaped(file));
+        }
     }
     AddNotices(notices, status, json);
     if (report.dryRun) {

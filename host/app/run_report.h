@@ -32,8 +32,8 @@ class Stopwatch {
 
 struct FileReport {
     std::filesystem::path path;
-    std::string
-        kind;  // actor, motion, log, texture, preview, or converter: what the converter made
+    std::string kind;  // actor, motion, log, texture, texture record, preview, or converter: what
+                       // the converter made
     std::uint64_t bytes = 0;
     std::vector<kta::ChunkTotal> chunks;  // of an actor and a motion file
 };
@@ -71,6 +71,9 @@ struct RunReport {
 
 // What of an export stands in its places.
 ExportReport ReportOf(const ExportFiles& files, ExportOutcome outcome);
+
+// As runs and receipts have it.
+Json JsonOf(const SceneUnit& unit);
 
 // docs/hdo-export.md has its members.
 Json ObjectOf(const RunReport& report, int status, const std::vector<Notice>& notices);

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <fstream>
-#include <iterator>
 #include <system_error>
 #include <utility>
 
@@ -27,9 +26,7 @@ Standing WhatStandsAt(const fs::path& place, const std::string& bytes) {
     if (fs::file_size(place, error) != bytes.size() || error) {
         return Standing::other;
     }
-    std::ifstream file(place, std::ios::binary);
-    const std::string there{std::istreambuf_iterator<char>(file), {}};
-    return there == bytes ? Standing::same : Standing::other;
+    return kta::ReadWholeFile(place) == bytes ? Standing::same : Standing::other;
 }
 
 void WriteFile(const fs::path& file, const std::string& bytes, const fs::path& place) {
@@ -38,7 +35,7 @@ void WriteFile(const fs::path& file, const std::string& bytes, const fs::path& p
     out << bytes << std::flush;
     if (!out) {
         throw fs::filesystem_error(
-            "the texture cannot be written", place,
+            "cannot be written", place,
             std::error_code(errno != 0 ? errno : EIO, std::generic_category()));
     }
 }
@@ -50,7 +47,27 @@ TextureFiles::TextureFiles(std::vector<import::EmbeddedTexture> textures, fs::pa
     : textures_(std::move(textures)), directory_(std::move(directory)), replaces_(replaces) {
 }
 
+TextureFiles::TextureFiles(std::vector<import::EmbeddedTexture> textures,
+                           const fs::path& exportFile, const fs::path& scene)
+    : textures_(std::move(textures)),
+      directory_(exportFile.parent_path()),
+      exportFile_(exportFile),
+      scene_(scene) {
+}
+
+// Of a file of other content. The records are read where they are needed.
+bool TextureFiles::MayReplace(const fs::path& place, std::optional<TextureRecords>& records) const {
+    if (replaces_ == ReplacesFiles::yes || exportFile_.empty()) {
+        return replaces_ == ReplacesFiles::yes;
+    }
+    if (!records) {
+        records.emplace(exportFile_, scene_);
+    }
+    return records->MayReplace(place);
+}
+
 std::string TextureFiles::Obstacle(const std::vector<fs::path>& taken) const {
+    std::optional<TextureRecords> records;
     for (const import::EmbeddedTexture& texture : textures_) {
         const fs::path place = Place(texture);
         if (std::ranges::find(taken, place) != taken.end()) {
@@ -60,7 +77,7 @@ std::string TextureFiles::Obstacle(const std::vector<fs::path>& taken) const {
         }
         const Standing found = WhatStandsAt(place, texture.bytes);
         if (found == Standing::noFile ||
-            (found == Standing::other && replaces_ == ReplacesFiles::no)) {
+            (found == Standing::other && !MayReplace(place, records))) {
             return place.string() + ": " +
                    (found == Standing::noFile ? "is no regular file"
                                               : "stands there with another content") +
@@ -74,7 +91,8 @@ std::string TextureFiles::Obstacle(const std::vector<fs::path>& taken) const {
 std::vector<fs::path> TextureFiles::Replaced() const {
     std::vector<fs::path> places;
     for (const import::EmbeddedTexture& texture : textures_) {
-        if (WhatStandsAt(Place(texture), texture.bytes) == Standing::other) {
+        if (replaces_ == ReplacesFiles::yes &&
+            WhatStandsAt(Place(texture), texture.bytes) == Standing::other) {
             places.push_back(Place(texture));
         }
     }
@@ -83,9 +101,12 @@ std::vector<fs::path> TextureFiles::Replaced() const {
 
 std::set<fs::path> TextureFiles::NotToReplace() const {
     std::set<fs::path> places;
+    std::optional<TextureRecords> records;
     for (const import::EmbeddedTexture& texture : textures_) {
-        if (replaces_ == ReplacesFiles::no) {
-            places.insert(Place(texture));
+        const fs::path place = Place(texture);
+        const bool isOther = WhatStandsAt(place, texture.bytes) == Standing::other;
+        if (replaces_ == ReplacesFiles::no && !(isOther && MayReplace(place, records))) {
+            places.insert(place);
         }
     }
     return places;
@@ -119,6 +140,26 @@ void TextureFiles::Make(const fs::path& home, const fs::path& made, DryRun* dryR
             replacements_.push_back({file, place, room_->Path()});
         }
     }
+    if (isAtHome && !exportFile_.empty() && !IsEmpty()) {
+        WriteRecord(made);
+    }
+}
+
+// A file that stood there already counts where a record says that an export wrote it. One that
+// comes to its place is named by the record before, see ExportFiles::Replacements(): so it does not
+// matter which of several exports at once is the first.
+void TextureFiles::WriteRecord(const fs::path& made) const {
+    TextureRecords records(exportFile_, scene_);
+    const std::set<fs::path> unchanged(unchanged_.begin(), unchanged_.end());
+    std::vector<std::pair<std::string, std::string>> textures;
+    for (const import::EmbeddedTexture& texture : textures_) {
+        if (!unchanged.contains(Place(texture)) ||
+            records.IsOfExport(texture.name, texture.bytes)) {
+            textures.emplace_back(texture.name, texture.bytes);
+        }
+    }
+    const fs::path record = TextureRecordOf(exportFile_);
+    WriteFile(made / record.filename(), TextureRecord(exportFile_, scene_, textures), record);
 }
 
 void TextureFiles::Write(DryRun* dryRun) {

@@ -3,11 +3,13 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "host/app/put_in_place.h"
+#include "host/app/texture_record.h"
 #include "host/assimp/imported_scene.h"
 #include "kta/whole_file.h"
 
@@ -19,13 +21,17 @@ class DryRun;
 enum class ReplacesFiles { no, yes };
 
 // Textures that come to their places together with an export. A file that has a texture's name and
-// content already is left as it is.
+// content already is left as it is; one that a former export wrote, and nobody changed, is
+// replaced.
 class TextureFiles {
   public:
     TextureFiles() = default;
-    // The directory is absolute and need not exist.
+    // The directory is absolute and need not exist; existing files are replaced there.
     TextureFiles(std::vector<import::EmbeddedTexture> textures, std::filesystem::path directory,
-                 ReplacesFiles replaces);
+                 ReplacesFiles replaces = ReplacesFiles::yes);
+    // Beside an export, which leaves a record of them (see TextureRecords). Both are absolute.
+    TextureFiles(std::vector<import::EmbeddedTexture> textures,
+                 const std::filesystem::path& exportFile, const std::filesystem::path& scene);
 
     bool IsEmpty() const { return textures_.empty(); }
     const std::filesystem::path& Directory() const { return directory_; }
@@ -58,10 +64,14 @@ class TextureFiles {
 
   private:
     void MakeRoom(DryRun* dryRun);
+    bool MayReplace(const std::filesystem::path& place,
+                    std::optional<TextureRecords>& records) const;
+    void WriteRecord(const std::filesystem::path& made) const;
 
     std::vector<import::EmbeddedTexture> textures_;
     std::filesystem::path directory_;
     ReplacesFiles replaces_ = ReplacesFiles::no;
+    std::filesystem::path exportFile_, scene_;  // empty: there is no record
     std::unique_ptr<kta::PrivateDirectory> room_;
     std::vector<Replacement> replacements_;
     std::vector<std::filesystem::path> unchanged_;

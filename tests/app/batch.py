@@ -40,7 +40,7 @@ class Room:
     def write(self, name, text):
         file = self.path / name
         file.parent.mkdir(parents=True, exist_ok=True)
-        file.write_text(text)
+        file.write_bytes(os.fsencode(text))
 
     def start(self, *words, **more):
         return subprocess.Popen([self.program, *words], cwd=self.path, text=True,
@@ -48,7 +48,8 @@ class Room:
 
     def run(self, *words, stdin=None):
         return subprocess.run([self.program, *words], cwd=self.path, capture_output=True,
-                              input=stdin, text=True, timeout=DEADLINE)
+                              input=stdin, text=True, errors="surrogateescape",
+                              timeout=DEADLINE)
 
     def lines(self, *words, status=0, stdin=None):
         run = self.run(*words, stdin=stdin)
@@ -135,8 +136,14 @@ def check_outputs(root, program):
     error = room.refusal("-o", "out", "--batch", "in/a.obj", "in/sub/a.obj")
     expect_in("two exports in one place", error, "in/sub/a.obj: its export would be ")
     expect_in("both are named", error, "a.hdo as that of in/a.obj is")
+    expect_in("and what to do", error, "expected the directory that holds both (--batch DIR)")
     room.write("in/a.ply", PLY)
-    expect_in("beside each other too", room.refusal("--batch", "in"), "in/a.ply: its export would")
+    error = room.refusal("--batch", "in")
+    expect_in("beside each other too", error, "in/a.ply: its export would")
+    expect_in("and what to do", error, "--batch 'in/*.ply' -o DIR\n")
+    room.lines("-q", "--batch", "in/*.ply", "-o", "ply")
+    expect("which does it", (room.path / "ply/a.hdo").exists(), True)
+    shutil.rmtree(room.path / "ply")
     expect("nothing was begun", room.files(), {})
     room.write("in/b.hdo.glb", "glTF")
     expect_in("a scene that an export would replace",
@@ -197,7 +204,7 @@ def check_terminal(root, program, crashing):
            [["exported", "a.obj"], ["failed", "b.obj"], ["2", "exports:"]])
     room.write("c.maxscene.json", node("hang-me"))
     run = subprocess.run([program, "--plugin-dir", crashing, "--batch", ".", "--progress",
-                          "always", "-j", "1", "--timeout", "0.5"], cwd=room.path,
+                          "always", "-j", "1", "--timeout", "3"], cwd=room.path,
                          capture_output=True, timeout=DEADLINE)
     expect_in("the bar counts and names what runs", run.stderr, b"\r2 of 3, 1 failed, ")
     expect_in("and what is left", run.stderr, b" s left: c.maxscene.json")
@@ -262,6 +269,55 @@ def check_unchanged(root, program, crashing):
     room.path.rename(moved)
     room.path = moved
     expect("a tree that was moved", room.why(name, *options), None)
+
+
+def check_names(root, program):
+    """Names that are no UTF-8, and names that look like two."""
+    room = Room(root, "names", program)
+    name = os.fsdecode(b"caf\xe9 %41.obj")
+    room.write(name, OBJ.format(os.fsdecode(b"caf\xe9")))
+    room.write(os.fsdecode(b"caf\xe9.mtl"), "newmtl a\nKd 1 0 0\n")
+    run = subprocess.run([program, "--json", name], cwd=room.path, capture_output=True,
+                         timeout=DEADLINE, check=True)
+    told = json.loads(run.stdout)
+    expect_in("such names can be had back", told["inputsEscaped"],
+              str(room.path / "caf%E9.mtl"))
+    expect_in("of files too", [file["pathEscaped"] for file in told["files"]],
+              str(room.path / "caf%E9%20%2541.hdotemp1"))
+    for expected in ("exported", "unchanged"):
+        _, statuses = room.report("--batch", ".")
+        expect("one that is no UTF-8", list(statuses.values()), [expected])
+    index = (room.path / os.fsdecode(b"caf\xe9 %41.hdo.index.json")).read_text()
+    expect_in("its index has the bytes", index, '"fileEscaped": "caf%E9%20%2541.obj"')
+    room.write(os.fsdecode(b"caf\xe9.mtl"), "newmtl a\nKd 0 1 0\n")
+    _, statuses = room.report("--batch", ".")
+    expect("what it refers to changes", list(statuses.values()), ["exported"])
+    (room.path / os.fsdecode(b"caf\xe9 %41.hdotemp2")).unlink()
+    _, statuses = room.report("--batch", ".")
+    expect("a file that it made goes", list(statuses.values()), ["exported"])
+
+    room = Room(root, "lines", program)
+    room.write("two\nlines.obj", OBJ.format("x"))
+    room.write("back\\slash.obj", OBJ.format("x"))
+    expect("a line for each", room.lines("--list", "--batch", "."),
+           [str(room.path / "back\\slash.obj"), str(room.path / "two\\x0alines.obj")])
+
+
+def check_no_temporary_directory(root, program):
+    """One line names it, and the variable."""
+    room = Room(root, "temporary", program)
+    room.write("a.obj", OBJ.format("a"))
+    (room.path / "file").write_text("")
+    for place in (room.path / "none", room.path / "file"):
+        for words in (["--batch", "a.obj"], ["--dry-run", "a.obj"], ["--bisect", "a.obj"]):
+            run = subprocess.run([program, *words], cwd=room.path, capture_output=True, text=True,
+                                 timeout=DEADLINE, env={**os.environ, "TMPDIR": str(place)},
+                                 check=False)
+            expect(f"{words[0]} without one", (run.returncode, len(run.stderr.splitlines())),
+                   (2, 1))
+            expect_in("where", run.stderr, f"hdo-export: {place}: nothing can be made there (")
+            expect_in("what to do", run.stderr, ", expected TMPDIR to name a directory for ")
+    expect("nothing is done", room.files(), {})
 
 
 def check_determinism(root, program):
@@ -390,6 +446,8 @@ def main():
         check_statuses(root, program, crashing)
         check_terminal(root, program, crashing)
         check_unchanged(root, program, crashing)
+        check_names(root, program)
+        check_no_temporary_directory(root, program)
         check_determinism(root, program)
         check_array(root, program)
         check_surroundings(root, program)

@@ -133,7 +133,6 @@ def check_read_only(folder):
 
 def check_refusals(folder):
     for arguments in (["--bisect", "scene.maxscene.json"],
-                      ["--batch", "scene.maxscene.json"],
                       ["--save-scene", "-", "scene.maxscene.json"]):
         run = folder.run("--dry-run", *arguments)
         expect(f"{arguments}: exit status", run.returncode, 2)

@@ -123,7 +123,9 @@ def same(what, found, expected):
         sys.exit(f"{what}: {found!r}, expected {expected!r}")
 
 
-EXPORT = ["robot.hdo", "robot.hdo.glb", "robot.hdo.log", "robot.hdotemp1", "robot.hdotemp2"]
+RECORD = "robot.hdo.textures.json"
+EXPORT = ["robot.hdo", "robot.hdo.glb", "robot.hdo.log", RECORD, "robot.hdotemp1",
+          "robot.hdotemp2"]
 
 
 def check_names(place):
@@ -194,6 +196,59 @@ def check_refused(place):
     place.expect("robot-texture-2.png", RED)
 
 
+def check_edited(place):
+    """A model that was edited takes the place of its own former textures, and of nobody else's."""
+    def edit(name, color):
+        place.write(name, glb(gltf([("paint.png", color)])))
+
+    edit("robot.glb", GREEN)
+    place.export("robot.glb")
+    record = json.loads((place.folder / RECORD).read_text())
+    same("record", (record["scene"], [texture["file"] for texture in record["textures"]]),
+         ("robot.glb", ["paint.png"]))
+    place.export("robot.glb")
+    edit("robot.glb", BLUE)
+    dry = place.export("robot.glb", "--dry-run")
+    same("dry run", f"paint.png: {len(BLUE)} bytes, in the place of" in dry.stdout, True)
+    place.expect("paint.png", GREEN)
+    run = place.export("robot.glb")
+    same("warnings", run.stderr, "")
+    place.expect("paint.png", BLUE)
+    # Another export of the same model, as of another of its animations.
+    place.export("robot.glb", "-o", "two.hdo")
+    edit("robot.glb", RED)
+    for name in ("two.hdo", "robot.hdo"):
+        place.export("robot.glb", "-o", name)
+        place.expect("paint.png", RED)
+    # Somebody works on the texture.
+    place.write("paint.png", JPEG)
+    edit("robot.glb", GREEN)
+    run = place.export("robot.glb", status=2)
+    same("refusal", "paint.png: stands there with another content" in run.stderr, True)
+    place.expect("paint.png", JPEG)
+    # It is somebody's own from the beginning, or another model's too.
+    for own in (True, False):
+        for path in place.folder.iterdir():
+            path.unlink()
+        if own:
+            place.write("paint.png", GREEN)
+        else:
+            edit("other.glb", GREEN)
+        edit("robot.glb", GREEN)
+        for name in ["robot.glb"] if own else ["robot.glb", "other.glb"]:
+            place.export(name)
+            place.export(name)
+        edit("robot.glb", BLUE)
+        place.export("robot.glb", status=2)
+        place.expect("paint.png", GREEN)
+    (place.folder / "other.hdo.textures.json").write_text('{"hdoTextures": 1, "textures": [3, {}]')
+    place.export("robot.glb")
+    for damage in ("", "[]", '{"hdoTextures": 1}', '{"hdoTextures": 1, "textures": [3, {}]}'):
+        edit("robot.glb", RED)
+        (place.folder / RECORD).write_text(damage)
+        place.export("robot.glb", status=2)
+
+
 def check_other_texture_meanwhile(place):
     """A file that comes to a texture's place during the export is not replaced."""
     place.write("robot.glb", glb(gltf([("paint.png", GREEN)])))
@@ -216,7 +271,8 @@ def check_other_texture_meanwhile(place):
         log.unlink()
         same("status", (run.returncode, said), (status, said))
         place.expect("paint.png", meanwhile)
-        made = ["out.hdo", "out.hdo.glb", "out.hdotemp1", "out.hdotemp2"] if status == 0 else []
+        made = [name.replace("robot", "out") for name in EXPORT if not name.endswith(".log")]
+        made = made if status == 0 else []
         same("files", place.files(), sorted(["paint.png", "robot.glb", *made]))
         for name in ("paint.png", *made):
             (place.folder / name).unlink()
@@ -248,7 +304,8 @@ def check_directory(place):
                                 "replaced by a texture of the scene's file\n")
     place.expect("made/here/paint.png", GREEN)
     same("files", place.files(), ["made/here/paint.png", "made/here/robot-texture-2.png",
-                                  *[name.replace("robot", "out") for name in EXPORT], "robot.glb"])
+                                  *[name.replace("robot", "out") for name in EXPORT
+                                    if name != RECORD], "robot.glb"])
 
 
 def check_saved(place):
@@ -290,7 +347,7 @@ def check_models(place, models):
 def main():
     programs = [str(pathlib.Path(program).resolve()) for program in sys.argv[1:3]]
     models = pathlib.Path(sys.argv[3])
-    checks = [check_names, check_glb, check_refused, check_other_texture_meanwhile,
+    checks = [check_names, check_glb, check_refused, check_edited, check_other_texture_meanwhile,
               check_escaped_names, check_directory, check_saved]
     for check in checks:
         with tempfile.TemporaryDirectory() as folder:

@@ -12,7 +12,7 @@ import subprocess
 import sys
 import tempfile
 
-from checks import expect
+from checks import expect, expect_in
 
 # By the table of docs/options.md: the record of a settings file.
 RECORD = "<6B2xfi2B2xi"
@@ -92,6 +92,24 @@ def check_shown_refusals(folder, page):
         expect(text, run.stderr, line + "\n")
 
 
+def check_refused_values(folder):
+    """Each value that does not fit says what would."""
+    for text, line in (('{"select": []}', "/select: an empty list, expected a text, or a list of at least one"),
+                       ('{"select": [1]}', "expected a text"),
+                       ('{"select": {}}', "expected a text"),
+                       ('{"animation": []}', "expected a text or a number"),
+                       ('{"unit": null}', "expected a text"),
+                       ('{"unit": "em"}', "expected mm, cm, m, in or ft"),
+                       ('{"strict": 1}', "expected true or false"),
+                       ('{"sample-rate": "3"}', "expected a number"),
+                       ('[]', "expected an object of options")):
+        folder.write("work.json", text)
+        run = folder.run("robot.maxscene.json", "--preset", "work.json", status=2)
+        expect(f"{text}: lines", len(run.stderr.splitlines()), 1)
+        expect_in(text, run.stderr, line)
+        expect_in(text, run.stderr, "expected")
+
+
 def check_order(folder):
     """Each place counts more than the one before it."""
     expect("the default", folder.export("--sample-animation")["options"]["sample-rate"], 2)
@@ -163,6 +181,7 @@ def main():
         folder = Folder(program, pathlib.Path(root), scene.read_bytes())
         check_shown_preset(folder, page)
         check_shown_refusals(folder, page)
+        check_refused_values(folder)
         check_order(folder)
         check_settings_file(folder)
         check_places(folder)

@@ -98,6 +98,23 @@ def compare_skins(program, comparison, model, place, threshold):
     return receipt
 
 
+def check_unit(program, schema, place):
+    """The unit of a model, and what --unit made of it, stand in its receipt."""
+    model = place / "metres.gltf"
+    model.write_text(json.dumps({"asset": {"version": "2.0"}, "scene": 0, "scenes": [{"nodes": [0]}],
+                                 "nodes": [{"name": "a", "translation": [1, 2, 3]}]}))
+    for options, converted in (((), None), (("--unit", "cm"), 0.01)):
+        receipt = export(program, model, place, *options)
+        jsonschema.validate(receipt, schema)
+        unit = receipt["unit"]
+        if (unit["metres"], unit["convertedTo"]) != (1, converted):
+            sys.exit(f"{options}: {unit}")
+        if options and receipt["optionOrigins"]["values"]["unit"] != {"value": "cm",
+                                                                     "from": "command line"}:
+            sys.exit(f"{options}: {receipt['optionOrigins']}")
+    print(f"units: {unit['text']}")
+
+
 def main():
     program, geometry, poses, skins, models, schema_file, example = map(pathlib.Path, sys.argv[1:])
     schema = json.loads(schema_file.read_text())
@@ -110,6 +127,7 @@ def main():
         compare_morphs(program, geometry, models / MORPHS, place)
         receipts = [compare_skins(program, skins, models / model, place, "0.6")
                     for model in SKINS]
+        check_unit(program, schema, place)
         receipts.append(export(program, example, place))
         receipts.append(export(program, example, place, "--no-times", "--max-error", "1",
                                "--accept", place / "receipt.json"))

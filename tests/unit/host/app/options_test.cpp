@@ -194,8 +194,8 @@ TEST(OptionsTest, BadNumbersAreRefused) {
     }
     EXPECT_EQ(ErrorOf({"x", "--all-animations", "--dry-run"}),
               "--all-animations: excludes --dry-run");
-    EXPECT_EQ(ErrorOf({"--batch", "x", "--all-animations"}),
-              "--all-animations: is of one scene alone, expected no --batch beside it");
+    EXPECT_EQ(ErrorOf({"--batch", "x", "--all-animations", "--log", "l"}),
+              "--log: is of one scene alone, expected no --batch beside it");
     EXPECT_EQ(ErrorOf({"x", "--scramble"}),
               "--scramble: changes the scene that is saved, expected --save-scene or --bisect "
               "beside it");
@@ -439,6 +439,10 @@ TEST(OptionsTest, EachExportOfABatchGetsTheOptionsOfTheSceneAlone) {
                                                       "--no-times",
                                                       "--timeout",
                                                       "2",
+                                                      "--all-animations",
+                                                      "--dry-run",
+                                                      "--textures",
+                                                      "t",
                                                       "--memory",
                                                       "7",
                                                       "--batch",
