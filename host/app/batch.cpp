@@ -98,7 +98,7 @@ JobSettings SettingsOf(const Options& options) {
             .isDryRun = options.dryRun};
 }
 
-constexpr double kBetweenLooks = 0.1;
+constexpr double kBetweenShows = 0.1;
 
 // ---------------------------------------------------------------- animations
 
@@ -107,7 +107,7 @@ void ListAnimations(JobRun& run, const Interrupts& interrupts, Console& console,
                     bool showsProgress) {
     std::size_t done = 0;
     while (done < run.Jobs().size() && interrupts.Status() == 0) {
-        done += run.Wait(kBetweenLooks) ? 1 : 0;
+        done += run.Wait(kBetweenShows) ? 1 : 0;
         if (showsProgress) {
             console.ShowBar("looking for animations: " + std::to_string(done) + " of " +
                             std::to_string(run.Jobs().size()));
@@ -158,7 +158,7 @@ std::vector<Job> WithAnimations(JobSettings settings, const std::vector<Job>& sc
 // Goes on until all jobs have ended, or an interrupt has ended them.
 void RunAll(JobRun& run, const Interrupts& interrupts, BatchReport& told) {
     while (told.SoFar().All() < run.Jobs().size() && interrupts.Status() == 0) {
-        if (const std::optional<std::size_t> ended = run.Wait(kBetweenLooks)) {
+        if (const std::optional<std::size_t> ended = run.Wait(kBetweenShows)) {
             told.Tell(*ended);
         }
         told.ShowProgress();

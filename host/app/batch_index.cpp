@@ -73,7 +73,7 @@ std::string NameFrom(const fs::path& directory, const fs::path& file) {
 // Of an input or a file of the index.
 fs::path FileOf(const fs::path& directory, const Json& described) {
     const std::string name = described.contains("fileEscaped")
-                                 ? Unescaped(described["fileEscaped"].get<std::string>())
+                                 ? PercentUnescaped(described["fileEscaped"].get<std::string>())
                                  : described.at("file").get<std::string>();
     return (directory / fs::path(name)).lexically_normal();
 }
@@ -85,7 +85,8 @@ bool IsRegular(const fs::path& file) {
 
 Json Described(const fs::path& directory, const fs::path& file) {
     const std::string name = NameFrom(directory, file);
-    Json json = {{IsUtf8(name) ? "file" : "fileEscaped", IsUtf8(name) ? name : Escaped(name)}};
+    Json json = {
+        {IsUtf8(name) ? "file" : "fileEscaped", IsUtf8(name) ? name : PercentEscaped(name)}};
     if (!IsRegular(file)) {
         json["missing"] = true;
         return json;

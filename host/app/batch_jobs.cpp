@@ -29,7 +29,7 @@ std::vector<std::string> Strings(const Json& json, const char* list, const char*
 // The files that an export read or looked for.
 std::vector<std::string> InputsOf(const Json& json) {
     std::vector<std::string> files = Strings(json, "inputsEscaped");
-    std::ranges::transform(files, files.begin(), Unescaped);
+    std::ranges::transform(files, files.begin(), PercentUnescaped);
     return files.empty() ? Strings(json, "inputs") : files;
 }
 
@@ -38,7 +38,7 @@ std::vector<std::string> FilesOf(const Json& json) {
     std::vector<std::string> files;
     for (const Json& file : json.value("files", Json::array())) {
         files.push_back(file.contains("pathEscaped")
-                            ? Unescaped(file["pathEscaped"].get<std::string>())
+                            ? PercentUnescaped(file["pathEscaped"].get<std::string>())
                             : file.at("path").get<std::string>());
     }
     return files;

@@ -16,7 +16,7 @@ bool IsUtf8(const std::string& text) {
     return kta::ToUtf8(text) == text;
 }
 
-std::string Escaped(std::string_view name) {
+std::string PercentEscaped(std::string_view name) {
     constexpr char kDigits[] = "0123456789ABCDEF";
     std::string escaped;
     for (const char c : name) {
@@ -30,7 +30,7 @@ std::string Escaped(std::string_view name) {
     return escaped;
 }
 
-std::string Unescaped(std::string_view escaped) {
+std::string PercentUnescaped(std::string_view escaped) {
     std::string name;
     for (std::size_t i = 0; i < escaped.size(); ++i) {
         unsigned value = 0;

@@ -23,8 +23,8 @@ bool IsUtf8(const std::string& text);
 
 // The name of a file that is no UTF-8, so that its bytes can be had again: those that are no ASCII,
 // control characters and % as %XX.
-std::string Escaped(std::string_view name);
-std::string Unescaped(std::string_view escaped);
+std::string PercentEscaped(std::string_view name);
+std::string PercentUnescaped(std::string_view escaped);
 
 // The value that the option has.
 Json SettingOf(const ExporterOption& option, const ExportOptions& values);

@@ -43,7 +43,7 @@ border-bottom:1px solid var(--line)}td{display:block;border:0;padding:.1rem 0}
 td[data-name]::before{content:attr(data-name) ": ";color:var(--soft)}}
 )";
 
-std::string Escaped(std::string_view text) {
+std::string Html(std::string_view text) {
     std::string result;
     for (const char c : kta::OneLine(kta::ToUtf8(text))) {
         switch (c) {
@@ -78,7 +78,7 @@ std::string Short(double value) {
 }
 
 std::string Code(const std::string& text) {
-    return "<code>" + Escaped(text) + "</code>";
+    return "<code>" + Html(text) + "</code>";
 }
 
 class Page {
@@ -86,7 +86,7 @@ class Page {
     Page(const Receipt& receipt, bool withTimes) : receipt_(receipt), withTimes_(withTimes) {}
 
     std::string Make() {
-        const std::string name = Escaped(receipt_.scene);
+        const std::string name = Html(receipt_.scene);
         html_ =
             "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
             "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
@@ -158,7 +158,7 @@ void Page::AddHead(const std::string& name) {
                  : "<p class=\"bad\"><b>Failed</b>, nothing was put in place</p>\n";
     for (const auto* const lines : {&receipt_.faults, &objections}) {
         for (const std::string& line : *lines) {
-            html_ += "<p class=\"bad\">" + Escaped(line) + "</p>\n";
+            html_ += "<p class=\"bad\">" + Html(line) + "</p>\n";
         }
     }
     std::uint64_t bytes = 0;
@@ -234,15 +234,14 @@ void Page::AddLoss(const scene::LossKind& kind, const std::vector<const LedgerEn
     html_ += "<details" + std::string(losses.size() <= 3 ? " open" : "") + "><summary>" +
              Code(kind.code) + " <b>" + std::to_string(losses.size()) + "</b>" +
              (fresh == losses.size() ? "" : ", " + std::to_string(fresh) + " new") +
-             "</summary>\n<p>" + Escaped(kind.meaning) +
-             "</p>\n<p class=\"soft\">What to do: " + Escaped(kind.remedy) + "</p>\n<ul>\n";
+             "</summary>\n<p>" + Html(kind.meaning) +
+             "</p>\n<p class=\"soft\">What to do: " + Html(kind.remedy) + "</p>\n<ul>\n";
     for (std::size_t i = 0; i < std::min(losses.size(), kMostPlaces); ++i) {
         const LedgerEntry& loss = *losses[i];
         html_ +=
             "<li>" + (loss.path.empty() ? "" : Code(loss.path) + " ") +
-            (loss.subject.empty() || loss.subject == loss.text ? ""
-                                                               : Escaped(loss.subject) + ": ") +
-            Escaped(loss.text) + (loss.count == 1 ? "" : " (" + std::to_string(loss.count) + ")") +
+            (loss.subject.empty() || loss.subject == loss.text ? "" : Html(loss.subject) + ": ") +
+            Html(loss.text) + (loss.count == 1 ? "" : " (" + std::to_string(loss.count) + ")") +
             (loss.isAccepted ? " <span class=\"soft\">accepted</span>" : "") + "</li>\n";
     }
     html_ += "</ul>\n";
@@ -278,7 +277,7 @@ void Page::AddIssues() {
         Row({{"Code", Code(kta::TypeOf(issue.code).name)},
              {"File", kta::KindName(issue.file)},
              {"What", (issue.subject.empty() ? "" : Code(issue.subject) + " ") +
-                          Escaped(issue.where + ": " + issue.text)}});
+                          Html(issue.where + ": " + issue.text)}});
     }
     EndTable(receipt_.issues.size());
 }
@@ -296,7 +295,7 @@ void Page::AddCosts() {
              {"Bytes",
               std::to_string(cost.bytes) + Bar(static_cast<double>(cost.bytes) /
                                                static_cast<double>(receipt_.costs.front().bytes))},
-             {"Chunks", Escaped(kta::Joined(chunks))}});
+             {"Chunks", Html(kta::Joined(chunks))}});
     }
     EndTable(receipt_.costs.size());
 }
@@ -327,7 +326,7 @@ void Page::AddFiles() {
     Head({"File", "Kind", "Bytes"});
     for (const FileReport& file : receipt_.files) {
         Row({{"File", Code(file.path.filename().string())},
-             {"Kind", Escaped(file.kind)},
+             {"Kind", Html(file.kind)},
              {"Bytes", std::to_string(file.bytes)}});
     }
     EndTable(0);

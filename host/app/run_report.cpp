@@ -43,7 +43,7 @@ FileReport ReportOf(const fs::path& place, const ExportFiles& files,
 Json JsonOf(const FileReport& file) {
     Json json = {{"path", Text(file.path.string())}, {"kind", file.kind}, {"bytes", file.bytes}};
     if (!IsUtf8(file.path.string())) {
-        json["pathEscaped"] = Escaped(file.path.string());
+        json["pathEscaped"] = PercentEscaped(file.path.string());
     }
     if (file.kind == kta::KindName(kFileKindActor) || file.kind == kta::KindName(kFileKindMotion)) {
         json["chunks"] = ChunksOf(file.chunks);
@@ -212,7 +212,7 @@ Json ObjectOf(const RunReport& report, int status, const std::vector<Notice>& no
     }
     if (!std::ranges::all_of(report.inputs, IsUtf8)) {
         for (const std::string& file : report.inputs) {
-            json["inputsEscaped"].push_back(Escaped(file));
+            json["inputsEscaped"].push_back(PercentEscaped(file));
         }
     }
     AddNotices(notices, status, json);

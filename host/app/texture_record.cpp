@@ -38,11 +38,12 @@ TextureRecords::Record TextureRecords::Read(const fs::path& file) const {
         return record;
     }
     const fs::path scene =
-        (exportFile_.parent_path() / Unescaped(TextOf(json, "scene"))).lexically_normal();
+        (exportFile_.parent_path() / PercentUnescaped(TextOf(json, "scene"))).lexically_normal();
     record.isOwn = file == TextureRecordOf(exportFile_) || scene == scene_;
     for (const Json& texture : json.value("textures", Json::array())) {
         if (texture.is_object()) {
-            record.textures.emplace(Unescaped(TextOf(texture, "file")), TextOf(texture, "sha256"));
+            record.textures.emplace(PercentUnescaped(TextOf(texture, "file")),
+                                    TextOf(texture, "sha256"));
         }
     }
     return record;
@@ -97,10 +98,11 @@ std::string TextureRecord(const fs::path& exportFile, const fs::path& scene,
     const fs::path relative = scene.lexically_relative(exportFile.parent_path());
     Json json = {{kVersion, 1},
                  {"about", "Textures that exports took out of their models, beside this one."},
-                 {"scene", Escaped((relative.empty() ? scene : relative).generic_string())},
+                 {"scene", PercentEscaped((relative.empty() ? scene : relative).generic_string())},
                  {"textures", Json::array()}};
     for (const auto& [name, bytes] : textures) {
-        json["textures"].push_back({{"file", Escaped(name)}, {"sha256", halden::HashText(bytes)}});
+        json["textures"].push_back(
+            {{"file", PercentEscaped(name)}, {"sha256", halden::HashText(bytes)}});
     }
     return json.dump(2) + "\n";
 }

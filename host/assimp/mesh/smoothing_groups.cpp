@@ -32,7 +32,7 @@ Vec3 Product(const Vec3& a, const Vec3& b, const Vec3& c) {
             static_cast<float>(double{u[0]} * w[1] - double{u[1]} * w[0])};
 }
 
-double LengthOf(const Vec3& vector) {
+double NormOf(const Vec3& vector) {
     return std::sqrt(Dot(vector, vector));
 }
 
@@ -154,7 +154,7 @@ class SmoothingGroups {
     }
 
     bool StatesItsOwn(std::size_t face) const {
-        const double length = LengthOf(products_[face]);
+        const double length = NormOf(products_[face]);
         return PointsTo(Stated(face, 0), products_[face], length) &&
                PointsTo(Stated(face, 1), products_[face], length) &&
                PointsTo(Stated(face, 2), products_[face], length);
@@ -339,7 +339,7 @@ bool SmoothingGroups::MakesNormalsAt(std::span<const std::uint32_t> corners) {
         const auto group = static_cast<std::size_t>(std::countr_zero(patch->mask));
         if ((measured & patch->mask) == 0) {
             measured |= patch->mask;
-            lengths[group] = LengthOf(sums[group]);
+            lengths[group] = NormOf(sums[group]);
         }
         if (!PointsTo(Stated(corner / 3, corner % 3), sums[group], lengths[group])) {
             if (!patch->isFlat) {
