@@ -61,8 +61,7 @@ enum Rank { kRankNode, kRankMesh, kRankWeights, kRankLimits, kRankChain, kRankWi
 // their mesh and their weights.
 class OpenNodes {
   public:
-    OpenNodes(Findings& findings, const NodeTable& nodes)
-        : findings_(findings), nodes_(nodes) {
+    OpenNodes(Findings& findings, const NodeTable& nodes) : findings_(findings), nodes_(nodes) {
         positions_.resize(nodes.records.size(), kClosed);
     }
 

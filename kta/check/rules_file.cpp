@@ -58,7 +58,9 @@ void ReadBudget(const std::string& place, const Json& value, IssueCode code,
 void ReadPattern(const std::string& place, const Json& value, IssueCode code,
                  CheckOptions& options) {
     if (!value.is_string() || !IsPattern(value.get<std::string>())) {
-        Refuse(place, value, "a regular expression");
+        Refuse(place, value,
+               "a regular expression of at most 1000 bytes without look-aheads and "
+               "back-references");
     }
     options.rules.patterns[code] = value.get<std::string>();
 }

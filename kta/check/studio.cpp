@@ -88,9 +88,15 @@ void CheckInfluences(Findings& findings, const NodeTable& nodes, std::uint64_t m
     }
 }
 
-// ECMAScript's, matched without backtracking where the library can do so: the time is bounded by
-// the name's length times the pattern's size, and there are no back-references.
+// A studio's pattern must not keep the check from ending. Where the library can match without
+// backtracking it does, which leaves no back-references; each look-ahead would begin a match of its
+// own at every place, and the library's compiler goes a level deeper for every parenthesis.
 std::regex Compiled(const std::string& pattern) {
+    constexpr std::size_t kLongest = 1000;
+    if (pattern.size() > kLongest || pattern.find("(?=") != pattern.npos ||
+        pattern.find("(?!") != pattern.npos) {
+        throw std::regex_error(std::regex_constants::error_complexity);
+    }
     auto syntax = std::regex::ECMAScript;
 #ifdef __GLIBCXX__
     syntax |= std::regex_constants::__polynomial;

@@ -420,7 +420,9 @@ TEST(StudioRules, WhatIsNoRuleIsRefused) {
     EXPECT_EQ(RefusalOf(R"({"bones": {"most": 1, "least": 1}})"),
               "bones.least is no member of a rule, expected most or severity");
     EXPECT_EQ(RefusalOf(R"({"node-name": {"pattern": "("}})"),
-              "node-name.pattern is \"(\", expected a regular expression");
+              "node-name.pattern is \"(\", expected a regular expression of at most 1000 bytes "
+              "without look-aheads and "
+              "back-references");
     EXPECT_EQ(RefusalOf(R"({"severities": {"weight-sum": "bad"}})"),
               "severities.weight-sum is \"bad\", expected note, warning, error or ignore");
     EXPECT_EQ(RefusalOf(R"({"severities": {"x": "error"}})"),
@@ -437,7 +439,21 @@ TEST(StudioRules, NoPatternTakesLong) {
     ASSERT_EQ(issues.size(), 1u);
     EXPECT_EQ(issues[0].code, IssueCode::ruleNodeName);
     EXPECT_EQ(RefusalOf(R"({"node-name": {"pattern": "(a)\\1"}})"),
-              "node-name.pattern is \"(a)\\\\1\", expected a regular expression");
+              "node-name.pattern is \"(a)\\\\1\", expected a regular expression of at most 1000 "
+              "bytes without look-aheads and "
+              "back-references");
+    // Four of them in one another took a second for a name of 100 letters, and each more a
+    // multiple.
+    const std::string kRefused =
+        ", expected a regular expression of at most 1000 bytes without "
+        "look-aheads and back-references";
+    EXPECT_EQ(RefusalOf(R"({"node-name": {"pattern": "(?=a).*"}})"),
+              "node-name.pattern is \"(?=a).*\"" + kRefused);
+    EXPECT_EQ(RefusalOf(R"({"node-name": {"pattern": "a(?!b)."}})"),
+              "node-name.pattern is \"a(?!b).\"" + kRefused);
+    // The library's compiler goes a level deeper for each of them.
+    EXPECT_THAT(RefusalOf(R"({"node-name": {"pattern": ")" + std::string(30000, '(') + R"("}})"),
+                testing::EndsWith(kRefused));
 }
 
 TEST(StudioRules, BudgetsAndNames) {
