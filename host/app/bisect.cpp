@@ -131,12 +131,23 @@ bool Search::Reduce(const PartKind& kind) {
     return isSmaller;
 }
 
-// Scrambles all that the failure does not need as it is.
+// Scrambles all that the failure does not need as it is. Who interrupts it gets nothing that was
+// to be hidden.
 void Search::Scramble() {
     Scene all = scene_;
     scene::Scramble(all);
     if (StillFails(all)) {
         scene_ = std::move(all);
+        return;
+    }
+    const auto isInterrupted = [&] {
+        if (interrupts_.Status() != 0) {
+            scene_ = all;
+            Say("interrupted: scrambled whole, whether it still fails was not tried");
+        }
+        return interrupts_.Status() != 0;
+    };
+    if (isInterrupted()) {
         return;
     }
     std::vector<std::string> kept;
@@ -148,6 +159,9 @@ void Search::Scramble() {
         } else {
             kept.emplace_back(kind.name);
         }
+    }
+    if (isInterrupted()) {
+        return;
     }
     Say("not scrambled, since the failure needs it as it is: " + kta::Joined(kept));
 }
@@ -165,7 +179,9 @@ Scene Search::Run() {
     if (options_.scramble) {
         Scramble();
     }
-    if (isCutShort) {
+    if (interrupts_.Status() != 0) {
+        Say("interrupted: a smaller scene may fail as well");
+    } else if (isCutShort) {
         Say("ended after " + kta::Counted(static_cast<std::size_t>(tries_), "export") +
             ": a smaller scene may fail as well (--tries allows more)");
     }

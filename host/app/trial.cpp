@@ -41,8 +41,12 @@ std::string Without(std::string text, const std::string& part) {
 }
 
 // What stays of a message when names, in quotes, and numbers are left aside: of one that ends with
-// the code of an issue, "[weight-range]", that alone.
+// the code of an issue, "[weight-range]", that alone; of a loss, its code.
 std::string Pattern(const std::string& message) {
+    constexpr std::string_view kLoss = "new loss: ";
+    if (const std::size_t at = message.find(kLoss); at != message.npos) {
+        return message.substr(at, message.find(':', at + kLoss.size()) - at);
+    }
     if (const std::size_t code = message.rfind(" [");
         message.ends_with(']') && code != message.npos) {
         return message.substr(code);
@@ -51,7 +55,8 @@ std::string Pattern(const std::string& message) {
     char quote = 0;
     for (std::size_t i = 0; i < message.size(); ++i) {
         const char c = message[i];
-        const bool begins = (c == '"' || c == '\'') && (i == 0 || !std::isalnum(message[i - 1]));
+        const bool begins = (c == '"' || c == '\'') &&
+                            (i == 0 || !std::isalnum(static_cast<unsigned char>(message[i - 1])));
         if (quote != 0) {
             quote = c == quote ? 0 : quote;
         } else if (begins && message.find(c, i + 1) != std::string::npos) {

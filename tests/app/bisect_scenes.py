@@ -153,18 +153,39 @@ def check_refusals(runner, figure):
            runner.run("--scramble", "sound.maxscene.json").returncode, 2)
 
 
-def check_interrupt(runner):
-    runner.write("slow.maxscene.json", overflowing())
-    run = subprocess.Popen([runner.program, "--bisect", "-o", "cut.maxscene.json",
+def interrupted(runner, *words):
+    """What a search says that Ctrl-C ends."""
+    run = subprocess.Popen([runner.program, "--bisect", "-o", "cut.maxscene.json", *words,
                             "slow.maxscene.json"], cwd=runner.directory, stderr=subprocess.PIPE,
                            stdout=subprocess.PIPE, text=True)
     for line in run.stderr:
         if "stay" in line:
             break
     run.send_signal(signal.SIGINT)
-    run.communicate(timeout=60)
+    _, said = run.communicate(timeout=60)
     expect("an interrupted search ends with 130", run.returncode, 130)
+    return said
+
+
+def check_interrupt(runner):
+    runner.write("slow.maxscene.json", overflowing())
+    said = interrupted(runner)
     expect("what it found so far fails", runner.status("cut.maxscene.json"), 4)
+    expect("more tries would not help", "--tries" in said, False)
+    said = interrupted(runner, "--scramble")
+    expect("no name is told", [node["name"] for node in runner.scene("cut.maxscene.json")["nodes"]
+                               if node["name"].startswith("secret")], [])
+    expect_in("that it was not tried is told", said, "interrupted: scrambled whole")
+
+
+def check_loss(runner):
+    """The path of a node that was lost is no part of the failure."""
+    runner.write("loss.maxscene.json", {"maxscene": 1, "nodes": [
+        {"name": "secret parent"}, {"name": "secret child", "parent": 0, "hidden": True}]})
+    least, said = runner.bisect("loss.maxscene.json", "--strict", "--max-error", "100",
+                                "--scramble")
+    expect("nothing is said to be left", "not scrambled" in said, False)
+    expect("one hidden node loses as much", [node["name"] for node in least["nodes"]], ["n1"])
 
 
 def shape(scene):
@@ -211,6 +232,7 @@ def main():
         check_hang(runner)
         check_refusals(runner, figure)
         check_interrupt(runner)
+        check_loss(runner)
         check_scramble(runner, figure)
         expect("nothing is left behind", list(scratch.iterdir()), [])
         print(f"{time.monotonic() - started:.1f} s")
