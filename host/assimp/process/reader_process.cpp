@@ -287,6 +287,8 @@ void RunInReaderProcess(const Work& work, const ReaderLimits& limits, const Repo
         WaitFor(child);
         std::rethrow_exception(failure);
     }
+    // A child that writes more than it announced would wait for a reader.
+    input.Close();
     const int status = WaitFor(child);
     if (!WIFEXITED(status) || WEXITSTATUS(status) != EXIT_SUCCESS || kind == Answer::kNothing) {
         throw ImportError(HowItEnded(status, limits));

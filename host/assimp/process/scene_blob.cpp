@@ -225,6 +225,8 @@ class Decoder {
             } else {
                 GetKind<i + 1>(value, index);
             }
+        } else {
+            Fail();
         }
     }
 
