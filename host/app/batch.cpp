@@ -63,7 +63,7 @@ fs::path TexturesOf(const Options& options, const BatchScene& scene,
                           " would go to one directory, expected the directory that holds both "
                           "(--batch DIR), whose subdirectories are kept");
     }
-    return *options.textures / place;
+    return Absolute(*options.textures) / place;
 }
 
 std::vector<Job> JobsOf(const Options& options, const std::vector<BatchScene>& scenes) {
@@ -173,10 +173,13 @@ void RunAll(JobRun& run, const Interrupts& interrupts, BatchReport& told) {
 void Show(const Options& options, const std::vector<Job>& jobs, Console& console,
           RunReport& report) {
     if (options.json) {
-        report.batch = {{"count", jobs.size()}};
+        Json json = Json::object();
+        json["count"] = jobs.size();
+        json["scenes"] = Json::array();
         for (const Job& job : jobs) {
-            (*report.batch)["scenes"].push_back(Text(Absolute(job.scene).string()));
+            json["scenes"].push_back(Text(Absolute(job.scene).string()));
         }
+        report.batch = std::move(json);
         return;
     }
     if (!options.list) {

@@ -120,6 +120,20 @@ std::vector<fs::path> FilesOf(const std::vector<std::string>& options) {
     return files;
 }
 
+// The options as the index has them; --textures' directory as it has files.
+Json OptionsIn(const Recipe& recipe) {
+    constexpr std::string_view kTextures = "--textures=";
+    Json options = Json::array();
+    for (const std::string& word : recipe.options) {
+        options.push_back(
+            Text(word.starts_with(kTextures)
+                     ? std::string(kTextures) +
+                           NameFrom(recipe.output.parent_path(), word.substr(kTextures.size()))
+                     : word));
+    }
+    return options;
+}
+
 // Why the export is to be done again, by an index that is well-formed. Throws Json::exception
 // where it is not, and std::system_error where a file cannot be read.
 std::string WhyAgain(const Json& index, const Recipe& recipe) {
@@ -127,11 +141,7 @@ std::string WhyAgain(const Json& index, const Recipe& recipe) {
     if (index.at("program").get<std::string>() != recipe.program || recipe.program.empty()) {
         return "the program has changed";
     }
-    Json options = Json::array();
-    for (const std::string& word : recipe.options) {
-        options.push_back(Text(word));
-    }
-    if (index.at("options") != options) {
+    if (index.at("options") != OptionsIn(recipe)) {
         return "the options have changed";
     }
     std::set<fs::path> read;
@@ -250,15 +260,12 @@ void ExportStart::WriteIndex(const Recipe& recipe, const MadeExport& made) const
     Json index = {{"hdoBatchIndex", kIndexVersion},
                   {"about", "What an export of hdo-export --batch was made of and what it made."},
                   {"program", recipe.program},
-                  {"options", Json::array()},
+                  {"options", OptionsIn(recipe)},
                   {"inputs", Json::array()},
                   {"files", Json::array()},
                   {"warnings", made.warnings}};
     if (!made.animations.empty()) {
         index["animations"] = made.animations;
-    }
-    for (const std::string& word : recipe.options) {
-        index["options"].push_back(Text(word));
     }
     for (const fs::path& file : read) {
         index["inputs"].push_back(Described(directory, file));

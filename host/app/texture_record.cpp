@@ -54,7 +54,8 @@ const TextureRecords::Record* TextureRecords::Next(std::size_t position) {
     std::error_code error;
     while (position >= read_.size() && rest_ != fs::directory_iterator()) {
         const fs::path file = rest_->path();
-        if (kta::EndsWithIgnoringCase(file.filename().string(), kEnding)) {
+        if (kta::EndsWithIgnoringCase(file.filename().string(), kEnding) &&
+            rest_->is_regular_file(error)) {
             read_.push_back(Read(file));
         }
         rest_.increment(error);

@@ -104,6 +104,10 @@ def check_finding(root, program):
            room.scenes("--batch", "deep/er", "lists/one.txt", "*.obj", "A.ply"),
            ["deep/er/c.obj", "deep/ü.ply", "b.obj", "deep/c d.obj", "A.ply"])
     expect("their number", room.lines("--batch", ".", "--count"), ["6"])
+    for words in ("--count", "--list"):
+        told = json.loads("\n".join(room.lines("--json", words, "--batch", "*.obj")))
+        expect(f"{words} to scripts", told["count"], 1)
+        expect(f"{words} to scripts: scenes", told["scenes"], [str(room.path / "b.obj")])
     found = room.lines("--batch", "-", "--list", stdin="b.obj\n#no\ndeep/ü.ply\n")
     expect("a list on standard input", [os.path.relpath(line, room.path) for line in found],
            ["b.obj", "deep/ü.ply"])
