@@ -30,9 +30,13 @@ TextureRecords::TextureRecords(fs::path exportFile, fs::path scene)
     rest_ = fs::directory_iterator(exportFile_.parent_path(), ignored);
 }
 
-// What is no record says nothing.
+// What is no record says nothing, and a pipe would never say anything.
 TextureRecords::Record TextureRecords::Read(const fs::path& file) const {
     Record record;
+    std::error_code ignored;
+    if (!fs::is_regular_file(file, ignored)) {
+        return record;
+    }
     const Json json = Json::parse(kta::ReadWholeFile(file).value_or(""), nullptr, false);
     if (!json.is_object() || json.value(kVersion, Json()) != 1) {
         return record;
@@ -54,8 +58,7 @@ const TextureRecords::Record* TextureRecords::Next(std::size_t position) {
     std::error_code error;
     while (position >= read_.size() && rest_ != fs::directory_iterator()) {
         const fs::path file = rest_->path();
-        if (kta::EndsWithIgnoringCase(file.filename().string(), kEnding) &&
-            rest_->is_regular_file(error)) {
+        if (kta::EndsWithIgnoringCase(file.filename().string(), kEnding)) {
             read_.push_back(Read(file));
         }
         rest_.increment(error);
