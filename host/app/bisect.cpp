@@ -140,18 +140,11 @@ void Search::Scramble() {
         scene_ = std::move(all);
         return;
     }
-    const auto isInterrupted = [&] {
-        if (interrupts_.Status() != 0) {
-            scene_ = all;
-            Say("interrupted: scrambled whole, whether it still fails was not tried");
-        }
-        return interrupts_.Status() != 0;
-    };
-    if (isInterrupted()) {
-        return;
-    }
     std::vector<std::string> kept;
     for (const scene::ScrambleKind& kind : scene::ScrambleKinds()) {
+        if (interrupts_.Status() != 0) {
+            break;
+        }
         Scene candidate = scene_;
         kind.scramble(candidate);
         if (StillFails(candidate)) {
@@ -160,7 +153,9 @@ void Search::Scramble() {
             kept.emplace_back(kind.name);
         }
     }
-    if (isInterrupted()) {
+    if (interrupts_.Status() != 0) {
+        scene_ = std::move(all);
+        Say("interrupted: scrambled whole, whether it still fails was not tried");
         return;
     }
     Say("not scrambled, since the failure needs it as it is: " + kta::Joined(kept));
