@@ -34,6 +34,8 @@ class TreeBuilder {
     // The same for a text that has been put into Texts() with a NUL character behind it.
     void AddTextAt(std::size_t at);
     void Open(JsonKind kind);
+    // So many elements of the list opened last are there already; Close() is told of the others.
+    void CountAhead(std::size_t count);
     void Close();                  // the list or object opened last
     void Close(std::size_t size);  // the same, of so many elements or members
 
@@ -83,6 +85,13 @@ void TreeBuilder::Open(JsonKind kind) {
     }
 }
 
+void TreeBuilder::CountAhead(std::size_t count) {
+    JsonEntry& entry = tree_.entries_[open_.back()];
+    entry = {entry.Kind(),
+             static_cast<std::uint32_t>(std::min<std::size_t>(count, JsonEntry::kMany)),
+             JsonTree::kOpen};
+}
+
 void TreeBuilder::Close() {
     std::size_t parts = 0;
     for (std::size_t at = open_.back() + 1; at != tree_.entries_.size(); at = tree_.End(at)) {
@@ -96,6 +105,7 @@ void TreeBuilder::Close(std::size_t size) {
     const std::size_t closed = open_.back();
     open_.pop_back();
     JsonEntry& entry = tree_.entries_[closed];
+    size += entry.Size();
     entry = {entry.Kind(),
              static_cast<std::uint32_t>(std::min<std::size_t>(size, JsonEntry::kMany)),
              static_cast<std::uint32_t>(tree_.entries_.size() - closed)};
@@ -150,6 +160,11 @@ class Source {
     std::size_t PutEnd(char*) { return strings_.size() - stringAt_; }
     void Flush() {}
 
+    // For what reads ahead of the parser.
+    const char* At() const { return at_; }
+    const char* End() const { return end_; }
+    void SkipTo(const char* at) { at_ = at; }
+
     std::size_t StringAt() const { return stringAt_; }  // the last one's place in `strings`
     std::string_view Last(std::size_t size) const { return {at_ - size, size}; }
 
@@ -176,10 +191,80 @@ std::optional<float> RealOf(std::string_view token) {
     return std::nullopt;
 }
 
+const char* BehindSpace(const char* at, const char* end) {
+    while (at != end && (*at == ' ' || *at == '\n' || *at == '\r' || *at == '\t')) {
+        ++at;
+    }
+    return at;
+}
+
+const char* BehindDigits(const char* at, const char* end) {
+    while (at != end && *at >= '0' && *at <= '9') {
+        ++at;
+    }
+    return at;
+}
+
+// A number as JSON has them, where one stands.
+struct NumberToken {
+    const char* begin = nullptr;
+    const char* end = nullptr;
+    std::uint64_t digits = 0;  // of a whole number
+    bool hasMinus = false;
+    bool isNumber = false;
+    bool isWhole = false;
+};
+
+NumberToken NumberAt(const char* begin, const char* end) {
+    NumberToken token{.begin = begin, .hasMinus = begin != end && *begin == '-'};
+    const char* const first = begin + (token.hasMinus ? 1 : 0);
+    const char* at = first;
+    for (; at != end && *at >= '0' && *at <= '9'; ++at) {
+        token.digits = 10 * token.digits + static_cast<std::uint64_t>(*at - '0');
+    }
+    token.isNumber = at != first && (*first != '0' || at == first + 1);
+    token.isWhole = true;
+    const auto takeDigits = [&](const char* from) {
+        at = BehindDigits(from, end);
+        token.isNumber = token.isNumber && at != from;
+        token.isWhole = false;
+    };
+    if (at != end && *at == '.') {
+        takeDigits(at + 1);
+    }
+    if (at != end && (*at == 'e' || *at == 'E')) {
+        const bool isSigned = at + 1 != end && (at[1] == '+' || at[1] == '-');
+        takeDigits(at + (isSigned ? 2 : 1));
+    }
+    token.end = at;
+    return token;
+}
+
+// False for what is no number, and for one that takes a closer look.
+bool AddNumber(const NumberToken& token, TreeBuilder& builder) {
+    constexpr std::ptrdiff_t kMostDigits = 18;  // with a sign, too
+    if (!token.isNumber) {
+        return false;
+    }
+    if (token.isWhole) {
+        if (token.end - token.begin > kMostDigits) {
+            return false;
+        }
+        builder.AddInteger(token.hasMinus, token.digits);
+        return true;
+    }
+    float real = 0;
+    if (std::from_chars(token.begin, token.end, real).ec != std::errc()) {
+        return false;
+    }
+    builder.AddReal(real);
+    return true;
+}
+
 // The fast parser's events put into the tree; false means that something is amiss.
 class FastHandler {
   public:
-    FastHandler(TreeBuilder& builder, const Source& source, std::size_t textSize,
+    FastHandler(TreeBuilder& builder, Source& source, std::size_t textSize,
                 const std::function<void(double)>& report)
         : builder_(builder), source_(source), textSize_(textSize), report_(report) {}
 
@@ -189,7 +274,11 @@ class FastHandler {
     bool String(const char*, std::size_t, bool);
     bool Key(const char*, std::size_t, bool) { return String(nullptr, 0, false); }
     bool StartObject() { return Open(JsonKind::object); }
-    bool StartArray() { return Open(JsonKind::list); }
+    bool StartArray() {
+        Open(JsonKind::list);
+        TakeNumbers();
+        return true;
+    }
     bool EndObject(std::size_t size) { return Close(size); }
     bool EndArray(std::size_t size) { return Close(size); }
 
@@ -211,13 +300,39 @@ class FastHandler {
         return true;
     }
     bool Close(std::size_t size);
+    void TakeNumbers();
 
     TreeBuilder& builder_;
-    const Source& source_;
+    Source& source_;
     std::size_t textSize_;
     const std::function<void(double)>& report_;
     std::size_t reported_ = 0;
 };
+
+// Reads numbers at the beginning of a list in the parser's place, which calculates each before it
+// hands over the text. It goes on where a value, or the list's end, may stand; a number before
+// anything that is amiss is left to it.
+void FastHandler::TakeNumbers() {
+    const char* const end = source_.End();
+    std::size_t count = 0;
+    for (bool isLast = false; !isLast; ++count) {
+        const NumberToken number = NumberAt(BehindSpace(source_.At(), end), end);
+        const char* next = BehindSpace(number.end, end);
+        isLast = next != end && *next == ']';
+        if (!isLast) {
+            const bool hasComma = next != end && *next == ',';
+            next = hasComma ? BehindSpace(next + 1, end) : end;
+        }
+        const bool endsBadly = next == end || (!isLast && *next == ']');
+        if (endsBadly || !AddNumber(number, builder_)) {
+            break;
+        }
+        source_.SkipTo(next);
+    }
+    if (count > 0) {
+        builder_.CountAhead(count);
+    }
+}
 
 bool FastHandler::RawNumber(const char*, std::size_t size, bool) {
     const std::string_view token = source_.Last(size);
