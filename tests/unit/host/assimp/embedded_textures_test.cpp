@@ -43,8 +43,8 @@ std::vector<EmbeddedTexture> TexturesOf(const std::string& name, unsigned width,
 
 TEST(EmbeddedTextures, TexelsBecomeAPngFileWithTheirColoursAndAlpha) {
     // aiTexel's fields stand in the order b, g, r, a.
-    const std::vector<EmbeddedTexture> made =
-        TexturesOf("skin.jpg", 2, 1, {{1, 2, 3, 4}, {50, 60, 70, 255}});
+    const std::vector<EmbeddedTexture> made = TexturesOf(
+        "skin.jpg", 2, 2, {{1, 2, 3, 4}, {50, 60, 70, 255}, {0, 255, 9, 1}, {200, 100, 0, 0}});
     ASSERT_EQ(made.size(), 1u);
     EXPECT_EQ(made[0].name, "skin.png");
     int width = 0, height = 0, channels = 0;
@@ -55,9 +55,10 @@ TEST(EmbeddedTextures, TexelsBecomeAPngFileWithTheirColoursAndAlpha) {
         std::free);
     ASSERT_NE(pixels, nullptr);
     EXPECT_EQ(width, 2);
-    EXPECT_EQ(height, 1);
+    EXPECT_EQ(height, 2);
     EXPECT_EQ(channels, 4);
-    const std::array<int, 8> expected = {3, 2, 1, 4, 70, 60, 50, 255};
+    const std::array<int, 16> expected = {3, 2,   1, 4, 70, 60,  50,  255,
+                                          9, 255, 0, 1, 0,  100, 200, 0};
     EXPECT_TRUE(std::equal(expected.begin(), expected.end(), pixels.get()));
 }
 
@@ -77,7 +78,7 @@ TEST(EmbeddedTextures, PicturesWithoutTexelsAndBeyondAnySizeAreLeftOut) {
 TEST(EmbeddedTextures, PngFilesHaveAsManyTexelsAsCanBeCounted) {
     using maxhost::import::FitsPng;
     EXPECT_TRUE(FitsPng(1, 65535));
-    EXPECT_TRUE(FitsPng(65535, 8192));   // 2147459072
+    EXPECT_TRUE(FitsPng(65535, 8192));  // 2147459072
     EXPECT_FALSE(FitsPng(65535, 8193));
     EXPECT_TRUE(FitsPng(8191, 65535));   // 2147254275
     EXPECT_FALSE(FitsPng(8192, 65535));  // 2147450880 and 65535: the rows' first bytes count
