@@ -44,7 +44,7 @@ std::string KeptOffer(CLI::Option* option) {
 
 std::string OfferOf(CLI::Option* option) {
     std::string offer = KeptOffer(option);
-    if (offer.starts_with(kWords) && option->get_delimiter() != '\0') {
+    if (offer.starts_with(kWords) && ValueName(option).ends_with(",...")) {
         offer.replace(0, kWords.size(), kList);
     }
     if (!offer.empty()) {

@@ -195,7 +195,10 @@ bool ReadChoices(const CheckArguments& arguments, CheckOptions& options) {
     if (!arguments.rulesFile.empty()) {
         const std::optional<std::string> text = ReadWholeFile(arguments.rulesFile);
         if (!text) {
-            Complain(arguments.rulesFile + ": cannot be read");
+            std::error_code ignored;
+            Complain(arguments.rulesFile + (fs::is_directory(arguments.rulesFile, ignored)
+                                                ? ": is a directory, expected a JSON file"
+                                                : ": cannot be read"));
             return false;
         }
         try {
@@ -278,11 +281,9 @@ void AddChoices(CLI::App& check, CheckArguments& arguments) {
     check.add_flag("--notes", arguments.report.notes,
                    "Tell also what is rightly so and yet worth knowing");
     check.add_flag("--strict", arguments.strict, "Status 1 for warnings too");
-    check
-        .add_option("--ignore", arguments.ignored,
-                    "Leave out what has this code, as in weight-sum (repeatable)")
+    AddList(check, "--ignore", arguments.ignored,
+            "Leave out what has this code, as in weight-sum (repeatable)", CLI::Validator())
         ->type_name("CODE,...")
-        ->delimiter(',')
         ->allow_extra_args(false)
         ->option_text("CODE,...");
     check.add_option("--rules", arguments.rulesFile, "A studio's rules, a JSON file")

@@ -71,6 +71,47 @@ std::string CheckCount(const std::string& text) {
                : "\"" + text + "\" is no number, expected a whole one of 0 or more";
 }
 
+namespace {
+
+std::vector<std::string> ElementsOf(const std::string& text) {
+    std::vector<std::string> elements;
+    for (std::size_t begin = 0, end = 0; end != text.npos; begin = end + 1) {
+        end = text.find(',', begin);
+        elements.push_back(text.substr(begin, end - begin));
+    }
+    return elements;
+}
+
+}  // namespace
+
+// CLI11's own lists leave out empty elements.
+CLI::Option* AddList(CLI::App& app, const std::string& name, std::vector<std::string>& list,
+                     const std::string& description, const CLI::Validator& each) {
+    const auto fault = [each](const std::string& text) {
+        const std::vector<std::string> elements = ElementsOf(text);
+        for (const std::string& element : elements) {
+            std::string refusal = element.empty() && elements.size() > 1
+                                      ? "\"" + text + "\" has an empty element, expected none"
+                                      : each(element);
+            if (!refusal.empty()) {
+                return refusal;
+            }
+        }
+        return std::string();
+    };
+    return app
+        .add_option_function<std::vector<std::string>>(
+            name,
+            [&list](const std::vector<std::string>& texts) {
+                for (const std::string& text : texts) {
+                    const std::vector<std::string> elements = ElementsOf(text);
+                    list.insert(list.end(), elements.begin(), elements.end());
+                }
+            },
+            description)
+        ->check(CLI::Validator(fault, ""));
+}
+
 bool WriteOutput(const std::string& path, std::span<const std::uint8_t> bytes) {
     try {
         ReplaceWholeFile(path, [&](std::ostream& out) {

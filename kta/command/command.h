@@ -53,6 +53,11 @@ TextureFinder FinderFor(const std::string& actor, const std::vector<std::string>
 // For options that say how many; empty where the text is a whole number of 0 or more, else why not.
 std::string CheckCount(const std::string& text);
 
+// Adds an option whose value is a list that commas separate, as in a,b; each element is what `each`
+// does not refuse, and none is empty.
+CLI::Option* AddList(CLI::App& app, const std::string& name, std::vector<std::string>& list,
+                     const std::string& description, const CLI::Validator& each);
+
 // Makes the file or replaces it as a whole. False when it cannot be, which was complained of.
 bool WriteOutput(const std::string& path, std::span<const std::uint8_t> bytes);
 

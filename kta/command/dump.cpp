@@ -40,14 +40,10 @@ Command AddDump(CLI::App& kta) {
     for (const KTAChunkType& type : kChunkTypes) {
         kinds.push_back(type.name);
     }
-    CLI::Option* const chunks =
-        dump->add_option("--chunks", options->selection.chunks,
-                         "The chunks of these kinds alone, as in node,mesh: " + Joined(kinds));
-    OfferWords(chunks, kinds)
-        ->type_name("KIND,...")
-        ->delimiter(',')
-        ->check(CLI::IsMember(kinds))
-        ->option_text("KIND,...");
+    CLI::Option* const chunks = AddList(
+        *dump, "--chunks", options->selection.chunks,
+        "The chunks of these kinds alone, as in node,mesh: " + Joined(kinds), CLI::IsMember(kinds));
+    OfferWords(chunks, kinds)->type_name("KIND,...")->option_text("KIND,...");
     dump->add_flag_callback(
         "--no-arrays", [options] { options->selection.withArrays = false; },
         "Without vertices, faces, keys, weights and points");

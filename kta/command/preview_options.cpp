@@ -375,24 +375,21 @@ std::vector<CLI::Option*> AddView(CLI::App& preview, PreviewOptions& options) {
 // Of which several stand on one sheet.
 std::vector<CLI::Option*> AddSeries(CLI::App& preview, PreviewOptions& options) {
     return {
-        OfferWords(preview.add_option("--view", options.views,
-                                      "Instead: front, right, back, left, top, bottom, AZIMUTH or "
-                                      "AZIMUTH:ELEVATION; several stand on one sheet"),
+        OfferWords(AddList(preview, "--view", options.views,
+                           "Instead: front, right, back, left, top, bottom, AZIMUTH or "
+                           "AZIMUTH:ELEVATION; several stand on one sheet",
+                           Wants(ParseView,
+                                 "view, expected front, right, back, left, top, bottom, AZIMUTH or "
+                                 "AZIMUTH:ELEVATION")),
                    ViewNames())
             ->type_name("VIEW,...")
-            ->delimiter(',')
-            ->allow_extra_args(false)
-            ->check(Wants(ParseView,
-                          "view, expected front, right, back, left, top, bottom, "
-                          "AZIMUTH or AZIMUTH:ELEVATION")),
-        preview
-            .add_option("--time", options.times,
-                        "The pose at that time of the motion, in seconds (0.5) or in frames of "
-                        "--fps (12f); several stand on one sheet")
+            ->allow_extra_args(false),
+        AddList(preview, "--time", options.times,
+                "The pose at that time of the motion, in seconds (0.5) or in frames of --fps "
+                "(12f); several stand on one sheet",
+                Wants(ParseTime, "time, expected seconds as in 0.5 or frames as in 12f"))
             ->type_name("TIME,...")
-            ->delimiter(',')
-            ->allow_extra_args(false)
-            ->check(Wants(ParseTime, "time, expected seconds as in 0.5 or frames as in 12f")),
+            ->allow_extra_args(false),
         preview
             .add_option("--sheet", options.sheet,
                         "Columns and rows of pictures; without lists of views or times they show "

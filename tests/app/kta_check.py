@@ -119,6 +119,8 @@ class Checks(unittest.TestCase):
             self.assertTrue(errors.startswith(f"kta: {rules}: {reason}"), errors)
         self.assertEqual(kta("--rules", "/no/such", *self.files("good")),
                          (2, "", "kta: /no/such: cannot be read\n"))
+        self.assertEqual(kta("--rules", self.fixtures, *self.files("good")),
+                         (2, "", f"kta: {self.fixtures}: is a directory, expected a JSON file\n"))
 
     def test_lines_and_summary(self):
         actor, motion = self.files("scale-signs")
@@ -149,6 +151,10 @@ class Checks(unittest.TestCase):
         status, _, errors = kta("--ignore", "scale", *files)
         self.assertEqual((status, errors), (2, 'kta: --ignore: "scale" is no code (kta check '
                                                '--list-codes shows them)\n'))
+
+        status, _, errors = kta("--ignore", "weight-sum,,scale-signs", *files)
+        self.assertEqual(status, 2)
+        self.assertIn('--ignore: "weight-sum,,scale-signs" has an empty element', errors)
 
     def test_so_many_are_shown_and_all_are_counted(self):
         files = self.files("too-many-faults")

@@ -94,6 +94,9 @@ def draw_poses(preview):
     for wrong in (["--time", "x"], ["--view", "up"], ["--sheet", "4"], ["--fps", "0"],
                   ["--frames", "1001"], ["--morph", "Smile"], ["--texture-dir", "nowhere"]):
         preview.run(ACTOR, MOTION, *wrong, "-o", "x.png", status=2, complaint=wrong[1])
+    for name, wrong in (("--time", "0,1,,2"), ("--view", "front,"), ("--view", ",top")):
+        preview.run(ACTOR, MOTION, name, wrong, "-o", "x.png", status=2,
+                    complaint=f'{name}: "{wrong}" has an empty element, expected none')
     preview.run(ACTOR, "--morph", "Wyde=50", "-o", "x.png", status=2,
                 complaint='has no channel "Wyde"; did you mean "Wide"?')
     expect(preview.pixels(ACTOR, *views, "--morph", "Wide=100") != rest, "a morph channel's weight")
