@@ -136,10 +136,15 @@ void ExportFiles::Prepare() {
             throw fs::filesystem_error("nothing can be made", directory, error);
         }
     }
-    room_.emplace(dryRun_ != nullptr ? dryRun_->Room() : exportFile_.parent_path());
+    const fs::path home = dryRun_ != nullptr ? dryRun_->Room() : exportFile_.parent_path();
+    try {
+        room_.emplace(home);
+        fs::create_directory(MadeDirectory());
+        fs::create_directory(SettingsDirectory());
+    } catch (const fs::filesystem_error& error) {  // which names a private one
+        throw fs::filesystem_error("nothing can be made", home, error.code());
+    }
     writtenLog_ = room_->Path() / kLogName;
-    fs::create_directory(MadeDirectory());
-    fs::create_directory(SettingsDirectory());
     for (OutputFile& file : files_) {
         file.made = MadeDirectory() / file.path.filename();
     }

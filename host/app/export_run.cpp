@@ -166,12 +166,12 @@ std::optional<int> ExportRun::Prepare() {
             files_.Prepare();
             return std::nullopt;
         } catch (const fs::filesystem_error& error) {
-            const std::string directory = files_.ExportFile().parent_path().string();
+            const std::string place = error.path1().string();
             if (error.code() == std::errc::no_space_on_device) {
-                console_.Report(directory, error.code().message());
+                console_.Report(place, error.code().message());
                 return kExitFaultyOutput;
             }
-            reason = "nothing can be made in " + directory + " (" + error.code().message() + ")";
+            reason = "nothing can be made in " + place + " (" + error.code().message() + ")";
         }
     }
     Report("the export failed: " + reason);

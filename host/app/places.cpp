@@ -265,9 +265,15 @@ std::optional<fs::path> PresetFileToSave(const Options& options) {
 }
 
 TextureFiles TexturesOf(const Options& options, std::vector<import::EmbeddedTexture> textures) {
-    return options.textures
-               ? TextureFiles(std::move(textures), Absolute(*options.textures))
-               : TextureFiles(std::move(textures), ExportFile(options), Absolute(options.scene));
+    const fs::path exportFile = ExportFile(options);
+    if (!options.textures) {
+        return TextureFiles(std::move(textures), exportFile, Absolute(options.scene));
+    }
+    const fs::path directory = Absolute(*options.textures);
+    return directory == exportFile.parent_path()
+               ? TextureFiles(std::move(textures), exportFile, Absolute(options.scene),
+                              ReplacesFiles::yes)
+               : TextureFiles(std::move(textures), directory);
 }
 
 fs::path PlugInFile(const Options& options) {

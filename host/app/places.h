@@ -42,7 +42,8 @@ std::string SuspectFile(const Options& options);
 // export, the scene itself or another option's file.
 std::optional<std::filesystem::path> LogFile(const Options& options);
 
-// Where the textures that stand in a model go: into --textures' directory, else beside the export.
+// Where the textures that stand in a model go with its export: into --textures' directory, else
+// beside it.
 TextureFiles TexturesOf(const Options& options, std::vector<import::EmbeddedTexture> textures);
 
 // --receipt's and --report's files alike.

@@ -78,7 +78,7 @@ void SaveTextures(const Options& options, LoadedScene& loaded, DryRun* dryRun) {
     if (!SavesTextures(options, loaded) || !options.textures) {
         return;
     }
-    TextureFiles files = TexturesOf(options, std::move(loaded.textures));
+    TextureFiles files(std::move(loaded.textures), Absolute(*options.textures));
     if (const std::string reason = files.Obstacle({}); !reason.empty()) {
         throw Failure(kExitRefused, "--textures", reason);
     }

@@ -48,17 +48,19 @@ TextureFiles::TextureFiles(std::vector<import::EmbeddedTexture> textures, fs::pa
 }
 
 TextureFiles::TextureFiles(std::vector<import::EmbeddedTexture> textures,
-                           const fs::path& exportFile, const fs::path& scene)
+                           const fs::path& exportFile, const fs::path& scene,
+                           ReplacesFiles replaces)
     : textures_(std::move(textures)),
       directory_(exportFile.parent_path()),
+      replaces_(replaces),
       exportFile_(exportFile),
       scene_(scene) {
 }
 
-// Of a file of other content. The records are read where they are needed.
-bool TextureFiles::MayReplace(const fs::path& place, std::optional<TextureRecords>& records) const {
-    if (replaces_ == ReplacesFiles::yes || exportFile_.empty()) {
-        return replaces_ == ReplacesFiles::yes;
+// Of a file of other content: whether the records, read where they are needed, let it be replaced.
+bool TextureFiles::IsOwn(const fs::path& place, std::optional<TextureRecords>& records) const {
+    if (exportFile_.empty()) {
+        return false;
     }
     if (!records) {
         records.emplace(exportFile_, scene_);
@@ -90,9 +92,11 @@ std::string TextureFiles::Obstacle(const std::vector<fs::path>& taken) const {
 
 std::vector<fs::path> TextureFiles::Replaced() const {
     std::vector<fs::path> places;
+    std::optional<TextureRecords> records;
     for (const import::EmbeddedTexture& texture : textures_) {
         if (replaces_ == ReplacesFiles::yes &&
-            WhatStandsAt(Place(texture), texture.bytes) == Standing::other) {
+            WhatStandsAt(Place(texture), texture.bytes) == Standing::other &&
+            !IsOwn(Place(texture), records)) {
             places.push_back(Place(texture));
         }
     }
@@ -113,13 +117,17 @@ std::set<fs::path> TextureFiles::NotToReplace() const {
 }
 
 void TextureFiles::MakeRoom(DryRun* dryRun) {
-    if (dryRun == nullptr) {
-        fs::create_directories(directory_);
-    } else if (const std::error_code error = WhyNotMade(directory_)) {
-        throw fs::filesystem_error("nothing can be made", directory_, error);
+    try {
+        if (dryRun == nullptr) {
+            fs::create_directories(directory_);
+        } else if (const std::error_code error = WhyNotMade(directory_)) {
+            throw fs::filesystem_error("nothing can be made", directory_, error);
+        }
+        room_ = std::make_unique<kta::PrivateDirectory>(dryRun == nullptr ? directory_
+                                                                          : dryRun->Room());
+    } catch (const fs::filesystem_error& error) {  // which may name a private one
+        throw fs::filesystem_error("nothing can be made", directory_, error.code());
     }
-    room_ =
-        std::make_unique<kta::PrivateDirectory>(dryRun == nullptr ? directory_ : dryRun->Room());
 }
 
 void TextureFiles::Make(const fs::path& home, const fs::path& made, DryRun* dryRun) {

@@ -31,7 +31,8 @@ class TextureFiles {
                  ReplacesFiles replaces = ReplacesFiles::yes);
     // Beside an export, which leaves a record of them (see TextureRecords). Both are absolute.
     TextureFiles(std::vector<import::EmbeddedTexture> textures,
-                 const std::filesystem::path& exportFile, const std::filesystem::path& scene);
+                 const std::filesystem::path& exportFile, const std::filesystem::path& scene,
+                 ReplacesFiles replaces = ReplacesFiles::no);
 
     bool IsEmpty() const { return textures_.empty(); }
     const std::filesystem::path& Directory() const { return directory_; }
@@ -43,7 +44,8 @@ class TextureFiles {
     // One line that says which texture cannot have its place and why; empty where all can. `taken`
     // are the places of other files.
     std::string Obstacle(const std::vector<std::filesystem::path>& taken) const;
-    // Places where files of other content stand, which are to be replaced.
+    // Places where files of other content stand which no former export is known to have left there,
+    // and which are to be replaced.
     std::vector<std::filesystem::path> Replaced() const;
     // Places where a file that comes there meanwhile may not be replaced.
     std::set<std::filesystem::path> NotToReplace() const;
@@ -64,8 +66,11 @@ class TextureFiles {
 
   private:
     void MakeRoom(DryRun* dryRun);
+    bool IsOwn(const std::filesystem::path& place, std::optional<TextureRecords>& records) const;
     bool MayReplace(const std::filesystem::path& place,
-                    std::optional<TextureRecords>& records) const;
+                    std::optional<TextureRecords>& records) const {
+        return replaces_ == ReplacesFiles::yes || IsOwn(place, records);
+    }
     void WriteRecord(const std::filesystem::path& made) const;
 
     std::vector<import::EmbeddedTexture> textures_;

@@ -313,6 +313,32 @@ def check_directory(place):
                                     if name != RECORD], "robot.glb"])
 
 
+def check_own_directory(place):
+    """--textures that names the export's own folder knows the textures of former exports."""
+    words = ("--textures", ".")
+    for color in (GREEN, BLUE):
+        place.write("robot.glb", glb(gltf([("paint.png", color)])))
+        same("warnings", place.export("robot.glb", *words).stderr, "")
+        place.expect("paint.png", color)
+    same("files", place.files(), sorted([*EXPORT, "robot.glb", "paint.png"]))
+    place.write("paint.png", JPEG)
+    same("warning", place.export("robot.glb", *words).stderr,
+         f"hdo-export: {place.folder}/paint.png: warning: replaced by a texture of the scene's "
+         "file\n")
+    place.expect("paint.png", BLUE)
+
+
+def check_no_directory(place):
+    """What is named is the folder that cannot be made."""
+    place.write("robot.glb", glb(gltf([("paint.png", GREEN)])))
+    place.write("file", b"")
+    for words in ((), ("--dry-run",)):
+        run = place.export("robot.glb", "--textures", "file/deep", *words, status=1)
+        same("message", run.stderr, f"hdo-export: {place.folder}/robot.hdo: the export failed: "
+             f"nothing can be made in {place.folder}/file/deep (Not a directory)\n")
+    same("files", place.files(), ["file", "robot.glb"])
+
+
 def check_saved(place):
     """--save-scene alone takes them out with --textures, and says that it does not without."""
     place.write("robot.glb", glb(gltf([("paint.png", GREEN), (None, RED)])))
@@ -353,7 +379,8 @@ def main():
     programs = [str(pathlib.Path(program).resolve()) for program in sys.argv[1:3]]
     models = pathlib.Path(sys.argv[3])
     checks = [check_names, check_glb, check_refused, check_edited, check_other_texture_meanwhile,
-              check_escaped_names, check_directory, check_saved]
+              check_escaped_names, check_directory, check_own_directory, check_no_directory,
+              check_saved]
     for check in checks:
         with tempfile.TemporaryDirectory() as folder:
             check(Place(programs, pathlib.Path(folder).resolve()))
