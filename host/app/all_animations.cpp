@@ -73,7 +73,8 @@ std::vector<Job> ForAnimations(const Job& scene, const std::vector<std::string>&
     std::vector<Job> jobs;
     for (std::size_t i = 0; i < names.size(); ++i) {
         Job one = scene;
-        one.name += ": " + SubjectOf(animations[i], i);
+        one.part = SubjectOf(animations[i], i);
+        one.name += ": " + one.part;
         one.animation = animations[i];
         one.output = WithName(scene.output, names[i]);
         one.arguments.insert(one.arguments.end(),

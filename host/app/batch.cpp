@@ -26,6 +26,25 @@ namespace fs = std::filesystem;
 
 // ---------------------------------------------------------------- the jobs
 
+// Refuses what is to be a directory, or is to have one in it, where something else stands.
+void RequireDirectory(const char* option, const std::optional<std::string>& given) {
+    if (!given) {
+        return;
+    }
+    fs::path there = Absolute(*given);
+    std::error_code ignored;
+    fs::file_status status = fs::status(there, ignored);
+    while (status.type() == fs::file_type::not_found && there.has_relative_path()) {
+        there = there.parent_path();
+        status = fs::status(there, ignored);
+    }
+    if (fs::status_known(status) && !fs::is_directory(status)) {
+        throw Failure(
+            kExitRefused, option,
+            there.string() + " is no directory, expected one for the files of all scenes");
+    }
+}
+
 std::string RefusalOf(const std::string& name) {
     return kta::OneLine(name) == name ? std::string()
                                       : "control characters in its name, expected none";
@@ -140,9 +159,14 @@ std::vector<Job> ForAllAnimations(const std::vector<Job>& scenes, const JobRun& 
     return jobs;
 }
 
+// `all` are also the scenes that --array-index leaves out.
 std::vector<Job> WithAnimations(JobSettings settings, const std::vector<Job>& scenes,
-                                ExportPlaces places, const Interrupts& interrupts, Console& console,
-                                bool showsProgress) {
+                                const std::vector<BatchScene>& all, const Interrupts& interrupts,
+                                Console& console, bool showsProgress) {
+    ExportPlaces places;
+    for (const BatchScene& scene : all) {
+        places.AddScene(scene);
+    }
     settings.kind = JobKind::animations;
     std::vector<Job> jobs = scenes;
     for (Job& job : jobs) {
@@ -169,27 +193,67 @@ void RunAll(JobRun& run, const Interrupts& interrupts, BatchReport& told) {
     }
 }
 
-// What --list and --count print.
-void Show(const Options& options, const std::vector<Job>& jobs, Console& console,
-          RunReport& report) {
-    if (options.json) {
-        Json json = Json::object();
-        json["count"] = jobs.size();
-        json["scenes"] = Json::array();
-        for (const Job& job : jobs) {
-            json["scenes"].push_back(Text(Absolute(job.scene).string()));
-        }
-        report.batch = std::move(json);
-        return;
-    }
-    if (!options.list) {
-        return console.Print(std::to_string(jobs.size()));
-    }
+// ---------------------------------------------------------------- what there is to do
+
+// The scenes of the jobs, several of which may be of one.
+std::vector<std::string> ScenesOf(const std::vector<Job>& jobs) {
+    std::vector<std::string> scenes;
     for (const Job& job : jobs) {
-        const std::string name = Absolute(job.scene).string();
-        // What is no name for a list must not look like two.
-        console.Print(kta::OneLine(name) == name ? name : kta::Escaped(name));
+        std::string scene = Absolute(job.scene).string();
+        if (scenes.empty() || scenes.back() != scene) {
+            scenes.push_back(std::move(scene));
+        }
     }
+    return scenes;
+}
+
+Json ListOf(const Options& options, const std::vector<Job>& jobs) {
+    const std::vector<std::string> scenes = ScenesOf(jobs);
+    Json json = {{"count", scenes.size()}, {"scenes", Json::array()}};
+    for (const std::string& scene : scenes) {
+        json["scenes"].push_back(Text(scene));
+    }
+    AddEscaped(json, "scenes", scenes);
+    if (options.list && options.allAnimations) {
+        json["exports"] = Json::array();
+        for (const Job& job : jobs) {
+            json["exports"].push_back(PlaceOf(job));
+            if (job.animation) {
+                json["exports"].back()["animation"] = Text(*job.animation);
+            }
+            if (job.known) {
+                json["exports"].back()["error"] = Text(job.known->error);
+            }
+        }
+    }
+    return json;
+}
+
+// What --list and --count print. Returns 1 where one of the scenes was read for its animations, and
+// could not be, or where an animation's export has no place.
+int Show(const Options& options, const std::vector<Job>& jobs, Console& console,
+         RunReport& report) {
+    int status = kExitDone;
+    for (const Job& job : jobs) {
+        if (options.list && options.allAnimations && job.known) {
+            console.Report(job.name,
+                           std::string(NameOf(job.known->status)) + ": " + job.known->error);
+            status = kExitExportFailed;
+        }
+    }
+    if (options.json) {
+        report.batch = ListOf(options, jobs);
+    } else if (!options.list) {
+        console.Print(std::to_string(jobs.size()));
+    } else {
+        for (const Job& job : jobs) {
+            const std::string line =
+                Absolute(job.scene).string() + (job.part.empty() ? "" : ": " + job.part);
+            // What is no name for a list must not look like two.
+            console.Print(kta::OneLine(line) == line ? line : kta::Escaped(line));
+        }
+    }
+    return status;
 }
 
 }  // namespace
@@ -235,23 +299,25 @@ std::string FaultOfBatch(const Options& options) {
 
 int RunBatch(const Options& options, Interrupts& interrupts, Console& console, RunReport& report,
              bool showsProgress) {
+    RequireDirectory("--output", options.output);
+    RequireDirectory("--textures", options.textures);
     const std::vector<BatchScene> scenes =
         FindBatchScenes(options.batch.items, options.output, std::cin);
     std::vector<Job> jobs = JobsOf(options, scenes);
-    if (options.batch.count || options.list) {
-        Show(options, jobs, console, report);
-        return kExitDone;
+    const bool isShown = options.batch.count || options.list;
+    if (isShown && !(options.list && options.allAnimations)) {
+        return Show(options, jobs, console, report);
     }
     JobSettings settings = SettingsOf(options);
+    settings.isDryRun = settings.isDryRun || isShown;
     // A second interrupt ends the program at once, and with it the exports.
     interrupts.PressCancel();
     if (options.allAnimations) {
-        ExportPlaces places;
-        for (const BatchScene& scene : scenes) {
-            places.AddScene(scene);
-        }
-        jobs =
-            WithAnimations(settings, jobs, std::move(places), interrupts, console, showsProgress);
+        jobs = WithAnimations(settings, jobs, scenes, interrupts, console, showsProgress);
+    }
+    if (isShown) {
+        return interrupts.Status() != 0 ? interrupts.Status()
+                                        : Show(options, jobs, console, report);
     }
     JobRun run(std::move(settings), std::move(jobs));
     BatchReport told(options, run, console, showsProgress);

@@ -37,9 +37,7 @@ std::vector<std::string> InputsOf(const Json& json) {
 std::vector<std::string> FilesOf(const Json& json) {
     std::vector<std::string> files;
     for (const Json& file : json.value("files", Json::array())) {
-        files.push_back(file.contains("pathEscaped")
-                            ? PercentUnescaped(file["pathEscaped"].get<std::string>())
-                            : file.at("path").get<std::string>());
+        files.push_back(NameIn(file, "path"));
     }
     return files;
 }
@@ -120,7 +118,8 @@ std::vector<std::string> JobRun::CommandOf(const Job& job,
         }
         command.insert(command.end(), {"-o", job.output.string(), job.scene});
     } else {
-        command.insert(command.end(), {"--list", job.scene});
+        // So that options which exclude it are refused here, once for all animations.
+        command.insert(command.end(), {"--list", "--all-animations", job.scene});
     }
     return command;
 }

@@ -50,6 +50,7 @@ struct Job {
     std::vector<std::string> arguments{};    // options of this export alone, as --name=value
     std::filesystem::path output;            // the export file, absolute; its directory is made
     std::optional<std::string> animation{};  // one of all of the scene's: its name
+    std::string part{};                      // the same for people: "animation Walk"; or empty
     std::optional<JobResult> known{};        // what comes of it, where it is not to be tried
 };
 

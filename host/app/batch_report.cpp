@@ -36,7 +36,39 @@ std::string Details(const JobResult& result) {
     return details + (result.error.empty() ? "" : ": " + result.error);
 }
 
+Json EntryOf(const Job& job, const JobResult& result, bool isDryRun) {
+    Json entry = PlaceOf(job);
+    entry.update({{"status", NameOf(result.status)},
+                  {"exitStatus", result.exitStatus},
+                  {"seconds", result.seconds},
+                  {"memory", result.memory},
+                  {"warningCount", result.warningCount},
+                  {"warnings", result.warnings}});
+    if (job.animation) {
+        entry["animation"] = Text(*job.animation);
+    }
+    if (!result.error.empty()) {
+        entry["error"] = Text(result.error);
+    }
+    if (!result.why.empty()) {
+        entry["why"] = Text(result.why);
+    }
+    if (isDryRun) {
+        entry["wouldWrite"] = result.wouldWrite;
+        entry["losses"] = result.losses;
+    }
+    return entry;
+}
+
 }  // namespace
+
+Json PlaceOf(const Job& job) {
+    Json place = {{"name", Text(job.name)}, {"scene", Text(job.scene)}};
+    AddEscaped(place, "scene", job.scene);
+    place["output"] = Text(job.output.string());
+    AddEscaped(place, "output", job.output.string());
+    return place;
+}
 
 std::size_t Totals::All() const {
     std::size_t all = 0;
@@ -156,31 +188,7 @@ Json BatchReport::ToJson() const {
         json["counts"][NameOf(kind)] = totals_.Of(kind);
     }
     for (std::size_t i = 0; i < run_.Jobs().size(); ++i) {
-        const Job& job = run_.Jobs()[i];
-        const JobResult& result = run_.Result(i);
-        Json entry = {{"name", Text(job.name)},
-                      {"scene", Text(job.scene)},
-                      {"output", Text(job.output.string())},
-                      {"status", NameOf(result.status)},
-                      {"exitStatus", result.exitStatus},
-                      {"seconds", result.seconds},
-                      {"memory", result.memory},
-                      {"warningCount", result.warningCount},
-                      {"warnings", result.warnings}};
-        if (job.animation) {
-            entry["animation"] = Text(*job.animation);
-        }
-        if (!result.error.empty()) {
-            entry["error"] = Text(result.error);
-        }
-        if (!result.why.empty()) {
-            entry["why"] = Text(result.why);
-        }
-        if (options_.dryRun) {
-            entry["wouldWrite"] = result.wouldWrite;
-            entry["losses"] = result.losses;
-        }
-        json["exports"].push_back(std::move(entry));
+        json["exports"].push_back(EntryOf(run_.Jobs()[i], run_.Result(i), options_.dryRun));
     }
     return json;
 }

@@ -35,6 +35,9 @@ class Totals {
     std::size_t warnings_ = 0;
 };
 
+// How an export is named in JSON: name, scene and output.
+Json PlaceOf(const Job& job);
+
 class BatchReport {
   public:
     BatchReport(const Options& options, const JobRun& run, Console& console, bool showsProgress);

@@ -287,7 +287,7 @@ void SceneFinder::AddList(std::istream& list, const std::string& name, const fs:
             Refuse(name, "line " + std::to_string(number) +
                              ": control characters in it, expected a scene's name");
         }
-        files.push_back(fs::path(line).is_absolute() ? fs::path(line) : directory / line);
+        files.push_back((directory / line).lexically_normal());
         const fs::path file = Absolute(files.back().string());
         ofAll = files.size() == 1 ? file.parent_path() : Common(ofAll, file.parent_path());
         areInside = areInside && IsInside(file, own);

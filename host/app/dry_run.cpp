@@ -102,7 +102,7 @@ void DryRun::Measure() {
 
 std::string WouldWriteLine(const Json& file) {
     const Json& former = file.at("replaces");
-    return "would write " + file.at("path").get<std::string>() + ": " +
+    return "would write " + NameIn(file, "path") + ": " +
            kta::Counted(file.at("bytes").get<std::size_t>(), "byte") +
            (former.is_null()
                 ? ""
@@ -138,6 +138,7 @@ Json DryRun::WouldWrite() const {
         list.push_back({{"path", Text(file.target.string())},
                         {"bytes", *file.bytes},
                         {"replaces", file.former ? Json(*file.former) : Json()}});
+        AddEscaped(list.back(), "path", file.target.string());
     }
     return list;
 }

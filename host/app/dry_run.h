@@ -43,7 +43,7 @@ class DryRun {
 
     // Lines for people; the first losses, or all of them.
     std::vector<std::string> Lines(bool namesAll) const;
-    Json WouldWrite() const;  // a list: path, bytes, replaces
+    Json WouldWrite() const;  // a list: path, bytes, replaces; pathEscaped, see AddEscaped
     Json Losses() const;      // as in a receipt
 
   private:

@@ -1,5 +1,6 @@
 #include "host/app/json_parts.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdio>
@@ -44,6 +45,32 @@ std::string PercentUnescaped(std::string_view escaped) {
         }
     }
     return name;
+}
+
+namespace {
+
+constexpr const char* kEscaped = "Escaped";
+
+}  // namespace
+
+void AddEscaped(Json& object, const std::string& member, const std::string& name) {
+    if (!IsUtf8(name)) {
+        object[member + kEscaped] = PercentEscaped(name);
+    }
+}
+
+void AddEscaped(Json& object, const std::string& member, const std::vector<std::string>& names) {
+    if (!std::ranges::all_of(names, IsUtf8)) {
+        for (const std::string& name : names) {
+            object[member + kEscaped].push_back(PercentEscaped(name));
+        }
+    }
+}
+
+std::string NameIn(const Json& object, const std::string& member) {
+    const auto escaped = object.find(member + kEscaped);
+    return escaped != object.end() ? PercentUnescaped(escaped->get<std::string>())
+                                   : object.at(member).get<std::string>();
 }
 
 Json SettingOf(const ExporterOption& option, const ExportOptions& values) {

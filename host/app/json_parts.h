@@ -26,6 +26,14 @@ bool IsUtf8(const std::string& text);
 std::string PercentEscaped(std::string_view name);
 std::string PercentUnescaped(std::string_view escaped);
 
+// Beside the name, or the list of names, that the object has as `member`: the same escaped, as
+// `member`Escaped, where one of them is no UTF-8.
+void AddEscaped(Json& object, const std::string& member, const std::string& name);
+void AddEscaped(Json& object, const std::string& member, const std::vector<std::string>& names);
+
+// The very bytes of that name.
+std::string NameIn(const Json& object, const std::string& member);
+
 // The value that the option has.
 Json SettingOf(const ExporterOption& option, const ExportOptions& values);
 

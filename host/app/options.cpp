@@ -106,7 +106,6 @@ std::string FaultOfAllAnimations(const Options& options) {
     // A batch asks for one after the other.
     const bool isDryRun = options.dryRun && !options.clip && options.batch.items.empty();
     const std::pair<bool, const char*> others[] = {{options.animation.has_value(), "--animation"},
-                                                   {options.list, "--list"},
                                                    {options.bisect, "--bisect"},
                                                    {options.about, "--about"},
                                                    {options.saveScene.has_value(), "--save-scene"},

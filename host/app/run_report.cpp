@@ -42,9 +42,7 @@ FileReport ReportOf(const fs::path& place, const ExportFiles& files,
 
 Json JsonOf(const FileReport& file) {
     Json json = {{"path", Text(file.path.string())}, {"kind", file.kind}, {"bytes", file.bytes}};
-    if (!IsUtf8(file.path.string())) {
-        json["pathEscaped"] = PercentEscaped(file.path.string());
-    }
+    AddEscaped(json, "path", file.path.string());
     if (file.kind == kta::KindName(kFileKindActor) || file.kind == kta::KindName(kFileKindMotion)) {
         json["chunks"] = ChunksOf(file.chunks);
     }
@@ -165,6 +163,48 @@ void AddNotices(const std::vector<Notice>& notices, int status, Json& json) {
     json["warnings"] = std::move(warnings);
 }
 
+void AddWhatWasMade(const RunReport& report, Json& json) {
+    if (report.dryRun) {
+        json["dryRun"] = true;
+        json["wouldWrite"] = report.dryRun->WouldWrite();
+        json["losses"] = report.dryRun->Losses();
+    }
+    if (report.savedScene) {
+        json["savedScene"] = Text(*report.savedScene);
+    }
+    if (report.savedPreset) {
+        json["savedPreset"] = Text(*report.savedPreset);
+    }
+    if (report.listed) {
+        AddList(*report.listed, json);
+    }
+    if (report.exported) {
+        AddExport(*report.exported, json);
+    }
+    if (!report.origins.is_null()) {
+        json["optionOrigins"] = report.origins;
+    }
+    if (!report.exports.empty()) {
+        json["exports"] = report.exports;
+    }
+}
+
+// What was found wrong, and what it took.
+void AddFigures(const RunReport& report, Json& json) {
+    if (!report.issues.empty()) {
+        json["issues"] = IssuesOf(report.issues);
+    }
+    if (report.calls) {
+        for (const auto& [name, count] : NamedCounts(*report.calls)) {
+            json["calls"][name] = count;
+        }
+    }
+    json["seconds"] = {{"reading", report.readingSeconds},
+                       {"exporting", report.exportingSeconds},
+                       {"checking", report.checkingSeconds},
+                       {"all", report.sinceStart.Seconds()}};
+}
+
 }  // namespace
 
 Json JsonOf(const SceneUnit& unit) {
@@ -197,60 +237,23 @@ ExportReport ReportOf(const ExportFiles& files, ExportOutcome outcome) {
 
 Json ObjectOf(const RunReport& report, int status, const std::vector<Notice>& notices) {
     Json json = {{"program", "hdo-export"}, {"version", HDO_VERSION}};
-    if (!report.batch) {
-        json["scene"] = Text(report.scene);
-    }
-    json["status"] = status;
     if (report.batch) {
+        json["status"] = status;
         AddNotices(notices, status, json);
         json.update(*report.batch);
         json["seconds"] = report.sinceStart.Seconds();
         return json;
     }
+    json["scene"] = Text(report.scene);
+    AddEscaped(json, "scene", report.scene);
+    json["status"] = status;
     for (const std::string& file : report.inputs) {
         json["inputs"].push_back(Text(file));
     }
-    if (!std::ranges::all_of(report.inputs, IsUtf8)) {
-        for (const std::string& file : report.inputs) {
-            json["inputsEscaped"].push_back(PercentEscaped(file));
-        }
-    }
+    AddEscaped(json, "inputs", report.inputs);
     AddNotices(notices, status, json);
-    if (report.dryRun) {
-        json["dryRun"] = true;
-        json["wouldWrite"] = report.dryRun->WouldWrite();
-        json["losses"] = report.dryRun->Losses();
-    }
-    if (report.savedScene) {
-        json["savedScene"] = Text(*report.savedScene);
-    }
-    if (report.savedPreset) {
-        json["savedPreset"] = Text(*report.savedPreset);
-    }
-    if (report.listed) {
-        AddList(*report.listed, json);
-    }
-    if (report.exported) {
-        AddExport(*report.exported, json);
-    }
-    if (!report.origins.is_null()) {
-        json["optionOrigins"] = report.origins;
-    }
-    if (!report.exports.empty()) {
-        json["exports"] = report.exports;
-    }
-    if (!report.issues.empty()) {
-        json["issues"] = IssuesOf(report.issues);
-    }
-    if (report.calls) {
-        for (const auto& [name, count] : NamedCounts(*report.calls)) {
-            json["calls"][name] = count;
-        }
-    }
-    json["seconds"] = {{"reading", report.readingSeconds},
-                       {"exporting", report.exportingSeconds},
-                       {"checking", report.checkingSeconds},
-                       {"all", report.sinceStart.Seconds()}};
+    AddWhatWasMade(report, json);
+    AddFigures(report, json);
     return json;
 }
 

@@ -149,6 +149,13 @@ def check_outputs(root, program):
     expect("which does it", (room.path / "ply/a.hdo").exists(), True)
     shutil.rmtree(room.path / "ply")
     expect("nothing was begun", room.files(), {})
+    room.write("file", "")
+    for option in ("--output", "--textures"):
+        for directory in ("file", "file/deep/er"):
+            expect(f"{option}: a file where a directory is to be",
+                   room.refusal(option, directory, "--batch", "in/sub"),
+                   f"hdo-export: {option}: {room.path}/file is no directory, expected one for the "
+                   "files of all scenes\n")
     room.write("in/b.hdo.glb", "glTF")
     expect_in("a scene that an export would replace",
               room.refusal("--batch", "in/b.hdo.glb", "in/sub/b.obj", "-o", "in"),
@@ -300,6 +307,27 @@ def check_names(root, program):
     _, statuses = room.report("--batch", ".")
     expect("a file that it made goes", list(statuses.values()), ["exported"])
 
+    room.write("plain.obj", OBJ.format("x"))
+    beside = f"{room.path}/caf%E9%20%2541"
+    whole, _ = room.report("--batch", ".", "--dry-run", "--force")
+    strange, plain = whole["exports"]
+    expect("the bytes of its name stand in the JSON", strange["sceneEscaped"],
+           "caf%E9%20%2541.obj")
+    expect("and of its export", strange["outputEscaped"], f"{beside}.hdo")
+    expect("and of all files", {file["pathEscaped"] for file in strange["wouldWrite"]},
+           {f"{beside}{ending}" for ending in (".hdo", ".hdo.glb", ".hdo.log", ".hdotemp1",
+                                               ".hdotemp2")})
+    expect("a plain name stands there once", [name for entry in [plain, *plain["wouldWrite"]]
+                                              for name in entry if "Escaped" in name], [])
+    expect("a list's too", json.loads("\n".join(room.lines("--json", "--list", "--batch", ".")))
+           ["scenesEscaped"], [f"{beside}.obj", f"{room.path}/plain.obj"])
+    told = json.loads("\n".join(room.lines("--json", "--dry-run", name)))
+    expect("and one scene's", (told["sceneEscaped"], told["wouldWrite"][0]["pathEscaped"]),
+           ("caf%E9%20%2541.obj", f"{beside}.hdo"))
+    expect("lines have the bytes themselves", [
+        line.partition(": ")[0] for line in room.lines("--dry-run", "--force", "--batch", ".")
+        if "plain" not in line][1], f"would write {room.path}/{name[:-4]}.hdo")
+
     room = Room(root, "lines", program)
     room.write("two\nlines.obj", OBJ.format("x"))
     room.write("back\\slash.obj", OBJ.format("x"))
@@ -366,6 +394,11 @@ def check_surroundings(root, program):
     expect("a scene that is not there fails", failed.returncode, 1)
     expect_in("it is named", failed.stderr, "x.obj: failed")
     expect("no directory is made for it", (room.path / "nowhere").exists(), False)
+    room.write("sub/list.txt", "./../a.obj\n./b.obj\n")
+    room.write("sub/b.obj", OBJ.format("b"))
+    _, statuses = room.report("--batch", "sub/list.txt")
+    expect("names of lists have no dots", statuses,
+           {"a.obj": "exported", "sub/b.obj": "exported"})
     ignoring = subprocess.run(["env", "--ignore-signal=CHLD", program, "-q", "--batch", "a.obj"],
                               cwd=room.path, timeout=DEADLINE, check=False)
     expect("where ended processes are not waited for", ignoring.returncode, 0)

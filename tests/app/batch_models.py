@@ -78,6 +78,35 @@ def check_animations(root, program):
                                                  if file.name.startswith(".")], [])
 
 
+def check_list_of_animations(root, program):
+    """--list names the exports that the batch would do, and writes nothing."""
+    room = Room(root, "listed", program)
+    write_model(room, "in/robot.gltf", animated(["Walk", "a\nb", None]))
+    room.write("in/still.obj", OBJ.format("still"))
+    room.write("in/bad.obj", "")
+    words = ["--all-animations", "--batch", "in", "-o", "out"]
+    before = standing(room)
+    run = room.run("--list", *words)
+    names = ["bad.obj", "robot.gltf: animation Walk", "robot.gltf: animation a\\x0ab",
+             "robot.gltf: animation 2", "still.obj"]
+    expect("a line for each", run.stdout.splitlines(), [f"{room.path}/in/{name}" for name in names])
+    expect("a scene that cannot be read is told", (run.returncode, run.stderr),
+           (1, "hdo-export: in/bad.obj: failed: exit status 2: an empty file, expected a scene\n"))
+    told = json.loads("\n".join(room.lines("--json", "--list", *words, status=1)))
+    expect("the scenes", (told["count"], told["scenes"]),
+           (3, [f"{room.path}/in/{name}" for name in ("bad.obj", "robot.gltf", "still.obj")]))
+    expect("scenes are counted", room.lines("--count", *words), ["3"])
+    expect("nothing is written", standing(room), before)
+    whole, _ = room.report(*words, status=1)
+    expect("the batch does these", [
+        {name: entry.get(name) for name in ("name", "scene", "output", "animation", "error")}
+        for entry in whole["exports"]], [
+        {name: entry.get(name) for name in ("name", "scene", "output", "animation", "error")}
+        for entry in told["exports"]])
+    (room.path / "in/bad.obj").unlink()
+    expect("once all can be read", len(room.lines("--list", *words)), 4)
+
+
 def check_places_of_animations(root, program):
     """An animation's export takes no other scene's place, and none that a scene's options name."""
     room = Room(root, "places", program)
@@ -88,10 +117,17 @@ def check_places_of_animations(root, program):
            {"a-b.obj": "exported", "a.gltf: animation b": "failed",
             "a.gltf: animation c": "exported"})
     expect_in("why", whole["exports"][1]["error"], "a-b.hdo as that of a-b.obj is, ")
+    told = room.run("--list", "--all-animations", "--batch", ".")
+    expect("--list tells it", (told.returncode, told.stderr),
+           (1, f"hdo-export: a.gltf: animation b: failed: {whole['exports'][1]['error']}\n"))
     room.write("a.hdo.json", '{"animation": "c"}')
     whole, _ = room.report("--all-animations", "--batch", "a.gltf", status=1)
-    expect_in("options of the scene that exclude it", whole["exports"][0]["error"],
-              "--all-animations: excludes --animation of a.hdo.json")
+    expect("options of the scene that exclude it, once", [
+        (entry["name"], entry["error"]) for entry in whole["exports"]],
+        [("a.gltf", "exit status 2: --all-animations: excludes --animation of a.hdo.json "
+                    "(--no-sidecar leaves it out)")])
+    _, statuses = room.report("--all-animations", "--no-sidecar", "--batch", "a.gltf")
+    expect("which can be left out", list(statuses.values()), 2 * ["exported"])
     expect_in("of the command line", room.refusal("--all-animations", "--animation", "b",
                                                   "--batch", "."), "excludes --animation")
 
@@ -198,7 +234,7 @@ def main():
     program = str(pathlib.Path(sys.argv[1]).resolve())
     with tempfile.TemporaryDirectory() as directory:
         root = pathlib.Path(directory).resolve()
-        for check in (check_animations, check_places_of_animations, check_warnings, check_textures,
+        for check in (check_animations, check_list_of_animations, check_places_of_animations, check_warnings, check_textures,
                       check_dry_run):
             check(root, program)
 

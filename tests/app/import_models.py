@@ -208,10 +208,11 @@ def check_failing_animation(place):
         ["robot.gltf", "out/in.png"] + [f"out/{name.replace('robot', f'r-{clip}')}"
                                         for clip in ["Walk", "Jump"] for name in EXPORT]))
     for options, text in [(["--animation", "1"], "--all-animations: excludes --animation"),
-                          (["--list"], "--all-animations: excludes --list"),
                           (["--save-scene", "a"], "--all-animations: excludes --save-scene")]:
         run = place.export("robot.gltf", "--all-animations", *options, status=2)
         same("refusal", run.stderr, f"hdo-export: {text}\n")
+    same("--list beside it", place.export("robot.gltf", "--all-animations", "--list").stdout,
+         place.export("robot.gltf", "--list").stdout)
     place.write("robot.hdo.json", b'{"animation": "Run"}')
     run = place.export("robot.gltf", "--all-animations", status=2)
     same("refusal of what the scene's options say", "robot.hdo.json" in run.stderr, True)
