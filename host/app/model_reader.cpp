@@ -119,10 +119,10 @@ void Write(std::string_view bytes) {
     }
 }
 
-// What went wrong within a result cannot be told any more.
+// Within a result the status alone can tell what went wrong.
 void Refuse(const Job& job, const std::string& reason) {
     if (job.hasBegun) {
-        std::_Exit(EXIT_FAILURE);
+        std::_Exit(reason == import::kNoMemory ? import::kReaderLacksMemory : EXIT_FAILURE);
     }
     Write(kRefusal + reason);
 }
@@ -205,10 +205,11 @@ class Answer {
         std::ifstream stream(file_, std::ios::binary);
         stream.seekg(begin_);
         if (stream.get() == kResult) {
-            return import::DecodeScene([&stream](std::span<char> room) {
+            const auto get = [&stream](std::span<char> room) {
                 stream.read(room.data(), static_cast<std::streamsize>(room.size()));
                 return static_cast<std::size_t>(stream.gcount());
-            });
+            };
+            return import::DecodeScene(get, limits.memory);
         }
         const std::string refusal{std::istreambuf_iterator<char>(stream), {}};
         throw ImportError(refusal == import::kNoMemory ? NoMemoryWithin(limits) : refusal);
@@ -223,7 +224,8 @@ class Answer {
 
 std::string HowItEnded(const ProcessEnd& end, const ReaderLimits& limits) {
     using How = ProcessEnd::How;
-    if (end.how == How::ranOutOfMemory) {
+    if (end.how == How::ranOutOfMemory ||
+        (end.how == How::exited && end.number == import::kReaderLacksMemory)) {
         return NoMemoryWithin(limits);
     }
     if (end.how == How::crashed) {

@@ -524,13 +524,13 @@ ImportedScene ImportWithAssimp(const std::string& given, const ImportChoices& ch
                                const ReportPercent& report) {
     const std::string path = PathWithoutDots(given);
     CheckSourceFile(path);
+    const ReaderLimits limits = LimitsFor(SourceSize(path));
     ImportedScene imported;
     RunInReaderProcess(
         [&](const ReportPercent& reportFromThere, const PutResult& put) {
             ReadAndPut(path, choices, reportFromThere, put);
         },
-        LimitsFor(SourceSize(path)), report,
-        [&imported](const GetResult& get) { imported = DecodeScene(get); });
+        limits, report, [&](const GetResult& get) { imported = DecodeScene(get, limits.memory); });
     return imported;
 }
 #endif

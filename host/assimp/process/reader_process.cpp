@@ -16,6 +16,7 @@
 #include <cstdlib>
 #include <exception>
 #include <fstream>
+#include <limits>
 #include <new>
 #include <system_error>
 #include <utility>
@@ -36,8 +37,9 @@ constexpr char kProgress = 'P';
 
 class FileDescriptor {
   public:
-    explicit FileDescriptor(int number) : number_(number) {}
+    FileDescriptor() = default;
     ~FileDescriptor() { Close(); }
+    void Take(int number) { number_ = number; }
     FileDescriptor(const FileDescriptor&) = delete;
     FileDescriptor& operator=(const FileDescriptor&) = delete;
 
@@ -49,7 +51,7 @@ class FileDescriptor {
     int Number() const { return number_; }
 
   private:
-    int number_;
+    int number_ = -1;
 };
 
 // ---------------------------------------------------------------- in the child
@@ -78,10 +80,10 @@ struct Job {
     }
 };
 
-// What went wrong within a result cannot be told any more.
+// Within a result the status alone can tell what went wrong.
 void Refuse(const Job& job, const std::string& reason) {
     if (job.hasBegun) {
-        _exit(EXIT_FAILURE);
+        _exit(reason == kNoMemory ? kReaderLacksMemory : EXIT_FAILURE);
     }
     WriteAll(job.output, kRefusal + reason);
 }
@@ -236,6 +238,9 @@ int WaitFor(pid_t child) {
 }
 
 std::string HowItEnded(int status, const ReaderLimits& limits) {
+    if (WIFEXITED(status) && WEXITSTATUS(status) == kReaderLacksMemory) {
+        return NoMemoryWithin(limits);
+    }
     if (!WIFSIGNALED(status)) {
         return "cannot be read: the reader gave up with status " +
                std::to_string(WEXITSTATUS(status));
@@ -247,16 +252,15 @@ std::string HowItEnded(int status, const ReaderLimits& limits) {
            ")";
 }
 
-}  // namespace
-
-void RunInReaderProcess(const Work& work, const ReaderLimits& limits, const ReportPercent& report,
-                        const std::function<void(const GetResult&)>& take) {
+// Starts the child, whose answer comes from `input`; its number.
+pid_t StartChild(const Work& work, const ReaderLimits& limits, FileDescriptor& input) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) {
         FailWith(errno);
     }
-    FileDescriptor input(ends[0]);
-    FileDescriptor output(ends[1]);
+    FileDescriptor output;
+    input.Take(ends[0]);
+    output.Take(ends[1]);
     constexpr int kRoom = 1 << 20;  // the most for users without privileges
     fcntl(output.Number(), F_SETPIPE_SZ, kRoom);
     const pid_t child = fork();
@@ -267,40 +271,56 @@ void RunInReaderProcess(const Work& work, const ReaderLimits& limits, const Repo
         input.Close();
         BeTheChild(output.Number(), work, limits);
     }
-    output.Close();
-    Answer answer(input.Number(), report);
-    std::exception_ptr failure;
+    return child;
+}
+
+struct Received {
     char kind = Answer::kNothing;
-    std::string refusal;
+    std::string refusal;         // where it is one
+    std::exception_ptr failure;  // of taking it
+};
+
+Received Receive(Answer& answer, const std::function<void(const GetResult&)>& take) {
+    Received received;
     try {
-        kind = answer.Begin();
-        if (kind == kResult) {
+        received.kind = answer.Begin();
+        if (received.kind == kResult) {
             take([&answer](std::span<char> room) { return answer.Read(room); });
         } else {
-            refusal = answer.ReadToEnd();
+            received.refusal = answer.ReadToEnd();
         }
     } catch (...) {
-        failure = std::current_exception();
+        received.failure = std::current_exception();
     }
-    if (failure && !answer.IsAtEnd()) {
+    return received;
+}
+
+}  // namespace
+
+void RunInReaderProcess(const Work& work, const ReaderLimits& limits, const ReportPercent& report,
+                        const std::function<void(const GetResult&)>& take) {
+    FileDescriptor input;
+    const pid_t child = StartChild(work, limits, input);
+    Answer answer(input.Number(), report);
+    const Received received = Receive(answer, take);
+    if (received.failure && !answer.IsAtEnd()) {
         kill(child, SIGKILL);
         WaitFor(child);
-        std::rethrow_exception(failure);
+        std::rethrow_exception(received.failure);
     }
     // A child that writes more than it announced would wait for a reader.
     input.Close();
     const int status = WaitFor(child);
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != EXIT_SUCCESS || kind == Answer::kNothing) {
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != EXIT_SUCCESS ||
+        received.kind == Answer::kNothing) {
         throw ImportError(HowItEnded(status, limits));
     }
-    if (kind == kRefusal && refusal == kNoMemory) {
-        throw ImportError(NoMemoryWithin(limits));
+    if (received.kind == kRefusal) {
+        throw ImportError(received.refusal == kNoMemory ? NoMemoryWithin(limits)
+                                                        : received.refusal);
     }
-    if (kind == kRefusal) {
-        throw ImportError(refusal);
-    }
-    if (failure) {
-        std::rethrow_exception(failure);
+    if (received.failure) {
+        std::rethrow_exception(received.failure);
     }
 }
 

@@ -22,6 +22,9 @@ struct ReaderLimits {
 // What a reader says that had to stop for want of memory; the message tells the limit behind it.
 inline constexpr char kNoMemory[] = "cannot be read: not enough memory";
 
+// The exit status of a reader that has too little memory when its result has begun.
+constexpr int kReaderLacksMemory = 98;
+
 // The limits for a reader of this many bytes: what no sound file comes near and damaged ones ask
 // for. CPU time is 45 s and 30 s more for each 100 MB, memory 512 MiB and 400 times the bytes.
 inline ReaderLimits LimitsFor(std::uint64_t bytes) {

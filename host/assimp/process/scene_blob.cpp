@@ -5,8 +5,12 @@
 #include <cstring>
 #include <map>
 #include <memory>
+#include <new>
 #include <optional>
 #include <span>
+#include <stdexcept>
+#include <string>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 #include <variant>
@@ -66,6 +70,30 @@ namespace {
 // Whether a type's bytes are all that there is to it.
 template <typename T>
 constexpr bool kIsPlain = std::is_trivially_copyable_v<T> && !std::is_pointer_v<T>;
+
+template <typename T>
+constexpr bool kIsOptional = false;
+template <typename T>
+constexpr bool kIsOptional<std::optional<T>> = true;
+
+// The bytes that a value of the type takes at least, by which a list's length is bounded before
+// there is room made for it.
+template <typename T>
+constexpr std::size_t LeastSize() {
+    if constexpr (kIsPlain<T>) {
+        return sizeof(T);
+    } else if constexpr (scene::Structure<T>) {
+        return std::apply(
+            [](const auto&... field) {
+                return (LeastSize<std::remove_cvref_t<decltype(field.Of(std::declval<T&>()))>>() +
+                        ...);
+            },
+            scene::kFields<T>);
+    } else {
+        // Of a list its length, of a variant its kind, of an object its number.
+        return kIsOptional<T> ? sizeof(bool) : sizeof(std::size_t);
+    }
+}
 
 // Small things are gathered; what is as large goes by itself, both ways.
 constexpr std::size_t kGathered = std::size_t{1} << 16;
@@ -164,10 +192,15 @@ class Encoder {
 class Decoder {
   public:
     // The bytes begin with their number.
-    explicit Decoder(const GetResult& get) : get_(get), room_(kGathered) {
+    Decoder(const GetResult& get, std::uint64_t most) : get_(get), room_(kGathered) {
         std::size_t size = 0;
         left_ = sizeof size;
         Fill(&size, sizeof size);
+        if (size > most) {
+            throw ImportError("the scene came through damaged: it announces " +
+                              std::to_string(size) + " bytes, expected at most " +
+                              std::to_string(most));
+        }
         left_ = size;
     }
 
@@ -183,7 +216,7 @@ class Decoder {
             list.resize(Size(sizeof(T)));
             Fill(list.data(), list.size() * sizeof(T));
         } else {
-            list.resize(Size(1));
+            list.resize(Size(LeastSize<T>()));
             for (T& item : list) {
                 Get(item);
             }
@@ -192,7 +225,7 @@ class Decoder {
 
     template <typename K, typename V>
     void Get(std::map<K, V>& map) {
-        for (std::size_t left = Size(1); left > 0; --left) {
+        for (std::size_t left = Size(LeastSize<K>() + LeastSize<V>()); left > 0; --left) {
             K key;
             Get(key);
             Get(map[key]);
@@ -333,9 +366,16 @@ std::string EncodeScene(const ImportedScene& scene) {
     return all;
 }
 
-ImportedScene DecodeScene(const GetResult& get) {
+ImportedScene DecodeScene(const GetResult& get, std::uint64_t most) {
+    const auto lackMemory = [] { throw ImportError(std::string(kNoMemory) + " for its scene"); };
     ImportedScene scene;
-    Decoder(get).Get(scene);
+    try {
+        Decoder(get, most).Get(scene);
+    } catch (const std::bad_alloc&) {
+        lackMemory();
+    } catch (const std::length_error&) {
+        lackMemory();
+    }
     return scene;
 }
 

@@ -2,6 +2,8 @@
 // for files, the layout is that of this build.
 #pragma once
 
+#include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 
@@ -14,8 +16,10 @@ namespace maxhost::import {
 void EncodeScene(const ImportedScene& scene, const PutResult& put);
 std::string EncodeScene(const ImportedScene& scene);
 
-// Objects that were shared are shared again. Throws ImportError where the bytes were cut off.
-ImportedScene DecodeScene(const GetResult& get);
+// Objects that were shared are shared again. Throws ImportError where the bytes were cut off, where
+// they announce more than `most` of them, and where the scene needs more memory than there is.
+ImportedScene DecodeScene(const GetResult& get,
+                          std::uint64_t most = std::numeric_limits<std::uint64_t>::max());
 ImportedScene DecodeScene(std::string_view bytes);
 
 }  // namespace maxhost::import

@@ -121,6 +121,9 @@ TEST(ReaderProcess, WhatEndsWithinItsResultIsTold) {
               "cannot be read: the reader crashed on it (signal 11)");
     EXPECT_EQ(failureOf([] { throw std::runtime_error("too late"); }),
               "cannot be read: the reader gave up with status 1");
+    EXPECT_EQ(failureOf([] { throw std::bad_alloc(); }),
+              "cannot be read: not enough memory, the reader may take 512 MiB, the limit for its "
+              "size (512 MiB and 400 times its bytes)");
     EXPECT_EQ(failureOf([] {}), "cut off");
 }
 
