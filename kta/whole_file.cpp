@@ -5,7 +5,6 @@
 #include <chrono>
 #include <ctime>
 #include <fstream>
-#include <iterator>
 #include <random>
 #include <string>
 #include <string_view>
@@ -178,11 +177,19 @@ std::optional<std::string> ReadWholeFile(const fs::path& file) {
     if (!in) {
         return std::nullopt;
     }
-    try {
-        return std::string{std::istreambuf_iterator<char>(in), {}};
-    } catch (const std::ios_base::failure&) {  // a directory, or a disk's fault
-        return std::nullopt;
+    // A pipe has no size, and a file may grow meanwhile.
+    constexpr std::size_t kLeastPart = 1 << 16;
+    std::error_code ignored;
+    const std::uintmax_t size = fs::file_size(file, ignored);
+    std::string bytes;
+    for (std::size_t part = ignored ? kLeastPart : size + 1; in; part = kLeastPart) {
+        const std::size_t begin = bytes.size();
+        bytes.resize(begin + part);
+        in.read(bytes.data() + begin, static_cast<std::streamsize>(part));
+        bytes.resize(begin + static_cast<std::size_t>(in.gcount()));
     }
+    return in.bad() ? std::nullopt
+                    : std::optional(std::move(bytes));  // a directory, a disk's fault
 }
 
 PrivateDirectory::PrivateDirectory(const fs::path& parent) : owner_(-1) {

@@ -19,6 +19,7 @@
 #include "host/assimp/imported_scene.h"
 #include "host/assimp/text.h"
 #include "host/file_name.h"
+#include "kta/whole_file.h"
 
 namespace maxhost::import {
 namespace {
@@ -101,9 +102,7 @@ std::string FromUtf16(std::string_view bytes, Utf16 coding) {
 }
 
 std::string ReadUtf16(const std::string& path, Utf16 coding) {
-    std::ifstream file(path, std::ios::binary);
-    const std::string bytes{std::istreambuf_iterator<char>(file), {}};
-    return FromUtf16(bytes, coding);
+    return FromUtf16(kta::ReadWholeFile(path).value_or(""), coding);
 }
 
 // Control characters but for those of layout, the bell, a backspace, DOS's end of file and the

@@ -4,11 +4,12 @@
 #include <cstdint>
 #include <cstring>
 #include <fstream>
-#include <limits>
 #include <string_view>
 #include <system_error>
 #include <unordered_set>
 #include <utility>
+
+#include "kta/whole_file.h"
 
 namespace maxhost::import {
 namespace {
@@ -41,7 +42,7 @@ std::string ReadPart(const std::filesystem::path& path, std::uint64_t offset, st
 }
 
 std::string ReadBytes(const std::filesystem::path& path) {
-    return ReadPart(path, 0, std::numeric_limits<std::uint64_t>::max());
+    return kta::ReadWholeFile(path).value_or("");
 }
 
 // The JSON text of a file. A binary one holds it behind its header: magic, version and length, then
