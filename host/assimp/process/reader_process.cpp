@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -129,18 +130,24 @@ void LimitResource(decltype(RLIMIT_CPU) resource, rlim_t limit) {
     setrlimit(resource, &now);
 }
 
-// The memory that this process has mapped already, in bytes.
-std::uint64_t MappedMemory() {
+// The memory that this process has mapped and in use already, in bytes.
+std::uint64_t UsedMemory() {
     std::uint64_t pages = 0;
     std::ifstream("/proc/self/statm") >> pages;
-    return pages * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+    const std::uint64_t mapped = pages * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+#ifdef __GLIBC__
+    const std::uint64_t free = mallinfo2().fordblks;
+    return mapped - std::min(mapped, free);
+#else
+    return mapped;
+#endif
 }
 
 void SetLimits(const ReaderLimits& limits) {
     LimitResource(RLIMIT_CORE, 0);
     LimitResource(RLIMIT_CPU, limits.cpuSeconds);
     // Relative to what there is: a sanitizer's shadow alone takes more than any memory.
-    LimitResource(RLIMIT_AS, MappedMemory() + limits.memory + kReaderStack);
+    LimitResource(RLIMIT_AS, UsedMemory() + limits.memory + kReaderStack);
 }
 
 // The process lives for one scene alone: what was freed is used again rather than given back to the
