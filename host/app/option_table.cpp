@@ -268,7 +268,8 @@ void AddBatch(CLI::App& app, Options& options) {
                  "line (- is a list on standard input), those in a directory and below, those that "
                  "a quoted pattern matches (** for any directories), in any mixture. -o then names "
                  "a directory, in which subdirectories are kept (default: beside each scene); "
-                 "--list lists the scenes; --json reports each")
+                 "--list lists the scenes, or with --all-animations the export of each animation; "
+                 "--json reports each")
         ->allow_extra_args(true)
         ->expected(1, INT_MAX);
     whole("-j,--jobs", "N", batch.jobs, "as many exports at once (default: the number of cores)");
