@@ -5,6 +5,7 @@
 #include <fstream>
 #include <string_view>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 #include "host/app/dry_run.h"
@@ -231,9 +232,35 @@ std::vector<std::string> ExportFiles::WriteErrors() const {
     return lines;
 }
 
+// The greatest size where it cannot be told.
+ExportFiles::Stamp ExportFiles::StampOf(const fs::path& file) {
+    std::error_code ignored;
+    const std::uintmax_t size = fs::file_size(file, ignored);
+    return {size, fs::last_write_time(file, ignored)};
+}
+
+void ExportFiles::ReadAhead() {
+    const OutputFile& file = files_.front();
+    if (std::thread::hardware_concurrency() < 2) {
+        return;
+    }
+    try {
+        const auto read = [path = file.made.string(), kind = file.kind] {
+            return kta::ReadFile(path, kind);
+        };
+        ahead_.emplace(Ahead{StampOf(file.made), std::async(std::launch::async, read)});
+    } catch (const std::exception&) {
+        // There is no thread for it. It is read in its turn.
+    }
+}
+
 void ExportFiles::Verify() {
     for (OutputFile& file : files_) {
-        file.reading = kta::ReadFile(file.made.string(), file.kind);
+        const bool isRead =
+            &file == &files_.front() && ahead_ && ahead_->stamp == StampOf(file.made);
+        file.reading =
+            isRead ? ahead_->reading.get() : kta::ReadFile(file.made.string(), file.kind);
+        ahead_.reset();
         file.faults = kta::FaultLines(file.path.string(), file.reading);
     }
 }

@@ -1,7 +1,9 @@
 // The files that an export makes, and whether they are whole.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <future>
 #include <optional>
 #include <string>
 #include <vector>
@@ -54,6 +56,10 @@ class ExportFiles {
     // Makes the private directory. Throws std::filesystem::filesystem_error.
     void Prepare();
 
+    // To be called when the exporter has closed the first file: reads it beside what the exporter
+    // does next, for Verify(), where there is a second processor.
+    void ReadAhead();
+
     // The rest is for afterwards.
 
     // The exporter's current directory, where it writes its log, and an empty directory for
@@ -81,7 +87,7 @@ class ExportFiles {
     // when it does not.
     std::vector<std::string> WriteErrors() const;
 
-    // Reads both files.
+    // Reads both files; not the first one again where it is as ReadAhead() found it.
     void Verify();
     const std::vector<OutputFile>& Files() const { return files_; }  // actor, motion
     // Checks both files, which were verified and are without faults, and how they agree.
@@ -113,6 +119,18 @@ class ExportFiles {
     std::filesystem::path At(const std::filesystem::path& place) const;
 
   private:
+    struct Stamp {
+        std::uintmax_t size = 0;
+        std::filesystem::file_time_type time;
+
+        bool operator==(const Stamp&) const = default;
+    };
+    struct Ahead {
+        Stamp stamp;  // before it was read
+        std::future<kta::Reading> reading;
+    };
+
+    static Stamp StampOf(const std::filesystem::path& file);
     std::filesystem::path MadeDirectory() const;
     std::vector<Replacement> Replacements() const;
 
@@ -125,6 +143,7 @@ class ExportFiles {
     std::vector<OutputFile> files_;
     TextureFiles textures_;
     std::optional<kta::PrivateDirectory> room_;
+    std::optional<Ahead> ahead_;  // stands behind the room, which it reads in
     std::optional<std::vector<Replacement>> placed_;
 };
 

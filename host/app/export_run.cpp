@@ -412,6 +412,9 @@ int ExportRun::Run(PlugInRun run, ExportOutcome outcome) {
     const fs::file_time_type before =
         isCopied ? CopySettings(savedSettings, run.configDirectory) : fs::file_time_type::min();
     readsAlone_ = TakeReadingFromConverter(PlugInDirectories(options_));
+    if (readsAlone_) {  // another converter may do with the files what it likes
+        run.onSecondFile = [this] { files_.ReadAhead(); };
+    }
     const int result = RunPlugIn(run, options_, files_, user_, console_, audit_.times, report_);
     report_.hasExported = true;
     if (isCopied && TimeOf(SettingsFile(run.configDirectory)) != before && CanSave(savedSettings)) {

@@ -31,6 +31,7 @@ void PrepareHeap() {
     constexpr int kNever = std::numeric_limits<int>::max();
     constexpr int kRoom = 512 << 20;  // of addresses; memory comes with its use
     constexpr int kLater = 16 << 20;
+    mallopt(M_ARENA_MAX, 1);  // threads use the same heap
     mallopt(M_MMAP_THRESHOLD, kNever);
     mallopt(M_TRIM_THRESHOLD, kNever);
     mallopt(M_TOP_PAD, kRoom);

@@ -4,7 +4,9 @@
 #include <max.h>
 #include <maxapi.h>
 
+#include <functional>
 #include <optional>
+#include <string>
 #include <system_error>
 
 #include "host/app/audit.h"
@@ -84,14 +86,51 @@ class DebugTexts {
 
 // ---------------------------------------------------------------- the run
 
+// Tells when the exporter begins its second file, and passes all on to the bar.
+class PassObserver : public ProgressObserver {
+  public:
+    // `bar` may be null.
+    PassObserver(ProgressObserver* bar, const std::function<void()>& onSecondFile)
+        : bar_(bar), onSecondFile_(onSecondFile) {}
+
+    void OnStart(const std::string& title) override {
+        if (++files_ == 2) {
+            onSecondFile_();
+        }
+        if (bar_) {
+            bar_->OnStart(title);
+        }
+    }
+    void OnUpdate(int percent) override {
+        if (bar_) {
+            bar_->OnUpdate(percent);
+        }
+    }
+    void OnWork(double share) override {
+        if (bar_) {
+            bar_->OnWork(share);
+        }
+    }
+    void OnEnd() override {
+        if (bar_) {
+            bar_->OnEnd();
+        }
+    }
+
+  private:
+    ProgressObserver* bar_;
+    const std::function<void()>& onSecondFile_;
+    int files_ = 0;
+};
+
 // The user, the progress bar and the debugger, in place while one export runs.
 class RunningExport {
   public:
-    RunningExport(const Options& options, DialogUser& user, ProgressObserver& bar, Console& console,
-                  StageTimes& times, bool showsProgress)
+    RunningExport(const Options& options, DialogUser& user, ProgressObserver& observer,
+                  Console& console, StageTimes& times)
         : console_(CopiesTexts(options) ? &console : nullptr), times_(times) {
         Host& host = Host::Instance();
-        host.SetProgressObserver(showsProgress ? &bar : nullptr);
+        host.SetProgressObserver(&observer);
         host.CancelAtUpdate(options.cancelAfter);
         if (!options.showDialog) {
             win32::SetUser(&user);
@@ -139,7 +178,8 @@ int RunPlugIn(const PlugInRun& run, const Options& options, const ExportFiles& f
     Host& host = Host::Instance();
     host.SetDir(APP_PLUGCFG_DIR, run.configDirectory.string());
     ExportProgress bar(console);
-    const RunningExport running(options, user, bar, console, times, run.showsProgress);
+    PassObserver observer(run.showsProgress ? &bar : nullptr, run.onSecondFile);
+    const RunningExport running(options, user, observer, console, times);
     const WorkingDirectory directory(files.WorkingDirectory());
     const CallCounts before = CountedCalls();
     const Stopwatch watch;

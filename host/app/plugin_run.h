@@ -5,6 +5,7 @@
 #include <max.h>
 
 #include <filesystem>
+#include <functional>
 #include <vector>
 
 #include "host/app/dialog_user.h"
@@ -22,6 +23,7 @@ struct PlugInRun {
     DWORD exportOptions = 0;
     std::filesystem::path configDirectory;
     bool showsProgress = false;
+    std::function<void()> onSecondFile = [] {};  // when the exporter begins it
 };
 
 // Lets the plug-in export the open scene to the files, which are prepared; `times` gets the log's

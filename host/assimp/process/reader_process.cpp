@@ -150,25 +150,12 @@ void SetLimits(const ReaderLimits& limits) {
     LimitResource(RLIMIT_AS, UsedMemory() + limits.memory + kReaderStack);
 }
 
-// The process lives for one scene alone: what was freed is used again rather than given back to the
-// system and fetched anew, and its thread has what the whole process has.
-void KeepFreedMemory() {
-#ifdef __GLIBC__
-    constexpr int kNever = std::numeric_limits<int>::max();
-    mallopt(M_ARENA_MAX, 1);
-    mallopt(M_MMAP_THRESHOLD, kNever);
-    mallopt(M_TRIM_THRESHOLD, kNever);
-    mallopt(M_TOP_PAD, 16 << 20);
-#endif
-}
-
 [[noreturn]] void BeTheChild(int output, const Work& work, const ReaderLimits& limits) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     const int nowhere = open("/dev/null", O_WRONLY);
     dup2(nowhere, STDOUT_FILENO);
     dup2(nowhere, STDERR_FILENO);
     SetLimits(limits);
-    KeepFreedMemory();
     Job job{work, output};
     RunWithDeepStack(job);
     // Past every destructor and buffer that this process has a copy of.

@@ -195,6 +195,30 @@ TEST_F(ExportFilesTest, GoodFilesHaveNoFaults) {
     }
 }
 
+TEST_F(ExportFilesTest, AFileThatWasReadAheadCountsWhereItIsTheSame) {
+    ExportFiles files(Export());
+    files.Prepare();
+    Write(files.Files()[0].made, support::FileHeader(true));
+    files.ReadAhead();
+    Write(files.Files()[1].made, support::FileHeader(false));
+    files.Verify();
+    EXPECT_TRUE(files.Files()[0].reading.file);
+    EXPECT_EQ(files.Files()[0].faults, std::vector<std::string>());
+}
+
+TEST_F(ExportFilesTest, AFileThatChangesAfterItWasReadAheadIsReadAgain) {
+    ExportFiles files(Export());
+    files.Prepare();
+    Write(files.Files()[0].made, support::FileHeader(true));
+    files.ReadAhead();
+    Write(files.Files()[0].made, support::FileHeader(true).substr(0, 6));
+    Write(files.Files()[1].made, support::FileHeader(false));
+    files.Verify();
+    EXPECT_FALSE(files.Files()[0].reading.file);
+    ASSERT_EQ(files.Files()[0].faults.size(), 1u);
+    EXPECT_EQ(files.Files()[0].faults[0].find(First() + ": offset "), 0u);
+}
+
 TEST_F(ExportFilesTest, BrokenAndMissingFilesAreFaults) {
     ExportFiles files(Export());
     files.Prepare();
