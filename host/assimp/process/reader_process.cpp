@@ -17,7 +17,6 @@
 #include <cstdlib>
 #include <exception>
 #include <fstream>
-#include <limits>
 #include <new>
 #include <system_error>
 #include <utility>
