@@ -253,6 +253,9 @@ Quaternion Between(const Quaternion& a, Quaternion b, double s) {
     if (cosine > kNearlyOne) {
         return Unit((1 - s) * a + s * b);
     }
+    if (s == 0) {
+        return a + 0.0 * b;  // to the bit what follows
+    }
     const double angle = std::acos(cosine);
     const double sine = std::sin(angle);
     return std::sin((1 - s) * angle) / sine * a + std::sin(s * angle) / sine * b;

@@ -107,9 +107,16 @@ std::string ReadUtf16(const std::string& path, Utf16 coding) {
 
 // Control characters but for those of layout, the bell, a backspace, DOS's end of file and the
 // escapes of ISO 2022.
+constexpr std::array<bool, 256> kIsNoText = [] {
+    std::array<bool, 256> isNone{};
+    for (unsigned byte = 0; byte < 0x20; ++byte) {
+        isNone[byte] = !(byte >= 0x07 && byte <= 0x0d) && byte != 0x1a && byte != 0x1b;
+    }
+    return isNone;
+}();
+
 bool IsNoText(char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    return byte < 0x20 && !(byte >= 0x07 && byte <= 0x0d) && byte != 0x1a && byte != 0x1b;
+    return kIsNoText[static_cast<unsigned char>(c)];
 }
 
 // Looks at a part of a text that begins at `offset`.

@@ -30,8 +30,12 @@ class VectorMotion final : public Motion {
     explicit VectorMotion(std::function<Vector(double)> at) : at_(std::move(at)) {}
 
     Sample At(double time, const Vector&) const override { return {time, at_(time), {}}; }
+    Sample Again(const Sample& sample, const Vector&) const override { return sample; }
     double Error(const Vector& value, const Sample& sample) const override {
         return (value - sample.value).Length();
+    }
+    double ErrorAt(const Vector& value, double time) const override {
+        return (value - at_(time)).Length();
     }
 
   private:
@@ -44,14 +48,23 @@ class RotationMotion final : public Motion {
         : at_(std::move(at)), poleAngle_(poleAngle) {}
 
     Sample At(double time, const Vector& near) const override {
-        const Quaternion rotation = at_(time);
-        return {time, EulerNear(rotation, near, poleAngle_), rotation};
+        return Near(time, at_(time), near);
+    }
+    Sample Again(const Sample& sample, const Vector& near) const override {
+        return Near(sample.time, sample.rotation, near);
     }
     double Error(const Vector& value, const Sample& sample) const override {
         return AngleBetween(RotationOfEuler(value), sample.rotation);
     }
+    double ErrorAt(const Vector& value, double time) const override {
+        return AngleBetween(RotationOfEuler(value), at_(time));
+    }
 
   private:
+    Sample Near(double time, const Quaternion& rotation, const Vector& near) const {
+        return {time, EulerNear(rotation, near, poleAngle_), rotation};
+    }
+
     std::function<Quaternion(double)> at_;
     double poleAngle_;
 };
@@ -154,7 +167,9 @@ class TrackMaker {
         for (const CurveKey<Quaternion>& key : curve.keys) {
             times.push_back(key.time);
         }
-        const RotationMotion motion([&curve](double time) { return curve.At(time); }, PoleAngle());
+        std::size_t behind = 0;  // times mostly ascend
+        const RotationMotion motion(
+            [&curve, &behind](double time) { return curve.At(time, behind); }, PoleAngle());
         return TrackOf(motion, times, tolerances_.angle, curve.interpolation,
                        curve.IsConstant(kStill * tolerances_.angle));
     }

@@ -55,9 +55,12 @@ bool IsStill(const Channel& channel, double stillness) {
            channel.scale.IsConstant(kStillScale * size);
 }
 
+// Both lists stay in order.
 template <typename T>
 void AddTimes(const Curve<T>& curve, std::vector<double>& once, std::vector<double>& jumps) {
     const std::vector<CurveKey<T>>& keys = curve.keys;
+    const auto oldTimes = static_cast<std::ptrdiff_t>(once.size());
+    const auto oldJumps = static_cast<std::ptrdiff_t>(jumps.size());
     for (std::size_t i = 0; i < keys.size(); ++i) {
         once.push_back(keys[i].time);
         const bool isJump = i > 0 && (curve.interpolation == Interpolation::step ||
@@ -66,10 +69,11 @@ void AddTimes(const Curve<T>& curve, std::vector<double>& once, std::vector<doub
             jumps.push_back(keys[i].time);
         }
     }
+    std::inplace_merge(once.begin(), once.begin() + oldTimes, once.end());
+    std::inplace_merge(jumps.begin(), jumps.begin() + oldJumps, jumps.end());
 }
 
-void SortOnce(std::vector<double>& times) {
-    std::sort(times.begin(), times.end());
+void KeepOnce(std::vector<double>& times) {
     times.erase(std::unique(times.begin(), times.end()), times.end());
 }
 
@@ -100,9 +104,23 @@ double GreatestFactor(const Matrix4& m) {
 
 template <typename T>
 T Curve<T>::At(double time) const {
-    const auto after =
-        std::upper_bound(keys.begin(), keys.end(), time,
-                         [](double t, const CurveKey<T>& key) { return t < key.time; });
+    std::size_t behind = 0;
+    return At(time, behind);
+}
+
+template <typename T>
+T Curve<T>::At(double time, std::size_t& behind) const {
+    const auto isFirstBehind = [&](std::size_t i) {
+        return i > 0 && i <= keys.size() && keys[i - 1].time <= time &&
+               (i == keys.size() || time < keys[i].time);
+    };
+    if (!isFirstBehind(behind) && !isFirstBehind(++behind)) {
+        const auto found =
+            std::upper_bound(keys.begin(), keys.end(), time,
+                             [](double t, const CurveKey<T>& key) { return t < key.time; });
+        behind = static_cast<std::size_t>(found - keys.begin());
+    }
+    const auto after = keys.begin() + static_cast<std::ptrdiff_t>(behind);
     if (after == keys.begin() || after == keys.end()) {
         return OnCurve((after == keys.begin() ? keys.front() : keys.back()).value);
     }
@@ -224,8 +242,8 @@ std::vector<double> AnimatedChain::Times() const {
         AddTimes(channel.rotation, times, jumps);
         AddTimes(channel.scale, times, jumps);
     }
-    SortOnce(times);
-    SortOnce(jumps);
+    KeepOnce(times);
+    KeepOnce(jumps);
     if (CommonInterpolation() != Interpolation::step) {
         std::vector<double> all;
         std::merge(times.begin(), times.end(), jumps.begin(), jumps.end(), std::back_inserter(all));

@@ -4,6 +4,7 @@
 
 #include <assimp/scene.h>
 
+#include <cstddef>
 #include <optional>
 #include <unordered_map>
 #include <vector>
@@ -35,6 +36,9 @@ struct Curve {
     Interpolation interpolation = Interpolation::linear;
 
     T At(double time) const;  // there must be a key
+    // The same; `behind` is a guess at the position of the first key behind the time, and becomes
+    // that.
+    T At(double time, std::size_t& behind) const;
     // Whether the value is the same, to `tolerance` in each component, at all times.
     bool IsConstant(double tolerance) const;
 };

@@ -92,17 +92,19 @@ class Fitter {
         if (knot.isMoved || rules_.interpolation == Interpolation::step) {
             return own;
         }
-        const Point there = PointAt(knot.tick, knot.tick, own.sample.value);
+        const auto errorAt = [&](double t) {
+            return t == time ? motion_.Error(own.sample.value, own.sample)
+                             : motion_.ErrorAt(own.sample.value, t);
+        };
         // The key moves the curve on both of its sides by as much as its time is off.
-        const Motion::Sample beyond = motion_.At(2 * time - knot.tick, own.sample.value);
-        if (std::max(motion_.Error(own.sample.value, there.sample),
-                     motion_.Error(own.sample.value, beyond)) <=
+        if (std::max(errorAt(knot.tick), errorAt(2 * time - knot.tick)) <=
             kShareOfTolerance * rules_.tolerance) {
             return own;
         }
         const int seen = SeenTick(time);
         const bool hasRoom = seen < next && (keys_.empty() || seen > keys_.back().time);
-        return hasRoom ? PointAt(seen, seen, own.sample.value) : there;
+        const int tick = hasRoom ? seen : knot.tick;
+        return PointAt(tick, tick, own.sample.value);
     }
 
     // The frame or half a frame less than a tick from the time, else the nearest tick.
@@ -138,7 +140,7 @@ class Fitter {
             }
         }
         const Vector near = span_.back().sample.value;
-        span_.push_back({motion_.At(to.sample.time, near), to.tick, false});
+        span_.push_back({motion_.Again(to.sample, near), to.tick, false});
     }
 
     // ---- keys

@@ -22,8 +22,12 @@ class Motion {
     virtual ~Motion() = default;
     // Of the values that stand for the same pose the one nearest to `near`.
     virtual Sample At(double time, const Vector& near) const = 0;
+    // The same for the time of a sample.
+    virtual Sample Again(const Sample& sample, const Vector& near) const = 0;
     // How far the pose of `value` is from that of the sample, in the unit of the tolerance.
     virtual double Error(const Vector& value, const Sample& sample) const = 0;
+    // The same for the pose at a time.
+    virtual double ErrorAt(const Vector& value, double time) const = 0;
 };
 
 // A key of three curves that share their times. Tangents are in value per tick and as the scene
