@@ -103,11 +103,10 @@ std::string PngOf(const aiTexture& texture) {
         return {};
     }
     const std::size_t count = std::size_t{texture.mWidth} * texture.mHeight;
-    std::vector<std::uint8_t> rgba(4 * count);
+    std::vector<std::array<std::uint8_t, 4>> rgba(count);
     for (std::size_t i = 0; i < count; ++i) {
         const aiTexel& texel = texture.pcData[i];
-        const std::array<std::uint8_t, 4> channels = {texel.r, texel.g, texel.b, texel.a};
-        std::ranges::copy(channels, rgba.begin() + static_cast<std::ptrdiff_t>(4 * i));
+        rgba[i] = {texel.r, texel.g, texel.b, texel.a};
     }
     std::string png;
     const int width = static_cast<int>(texture.mWidth);
