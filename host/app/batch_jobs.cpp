@@ -73,7 +73,7 @@ void TakeEnd(const ProcessEnd& end, const ProcessLimits& limits, JobResult& resu
             break;
         case ProcessEnd::How::crashed:
             result.status = JobStatus::crashed;
-            result.error = "crashed, signal " + std::to_string(end.number);
+            result.error = "crashed, " + CauseOfCrash(end);
             break;
         default:
             result.status = JobStatus::interrupted;

@@ -10,6 +10,7 @@
 // Behind windows.h, which it needs.
 #include <psapi.h>
 
+#include <cstdio>
 #include <memory>
 #include <mutex>
 #include <type_traits>
@@ -101,8 +102,9 @@ std::string AsArgument(const std::string& word) {
 
 OpenHandle Open(const fs::path& file, DWORD access, DWORD disposition) {
     SECURITY_ATTRIBUTES inherited{sizeof(inherited), nullptr, TRUE};
-    const HANDLE handle = CreateFileW(file.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                      &inherited, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
+    constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const HANDLE handle = CreateFileW(file.c_str(), access, kShare, &inherited, disposition,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr);
     return OpenHandle(handle == INVALID_HANDLE_VALUE ? nullptr : handle);
 }
 
@@ -135,8 +137,10 @@ OpenHandle Start(const std::vector<std::string>& command, const fs::path& out,
     start.hStdError = errors.get();
     PROCESS_INFORMATION process{};
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);  // the process inherits it
-    if (!CreateProcessA(command[0].c_str(), line.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED,
-                        nullptr, nullptr, &start, &process)) {
+    // Not in the console's group: Ctrl-C is for this process, which ends its own itself.
+    constexpr DWORD kHow = CREATE_SUSPENDED | CREATE_NEW_PROCESS_GROUP;
+    if (!CreateProcessA(command[0].c_str(), line.data(), nullptr, nullptr, TRUE, kHow, nullptr,
+                        nullptr, &start, &process)) {
         throw std::system_error(static_cast<int>(GetLastError()), std::system_category());
     }
     AssignProcessToJobObject(job, process.hProcess);
@@ -156,6 +160,12 @@ std::uint64_t MemoryOf(HANDLE process) {
 }
 
 }  // namespace
+
+std::string CauseOfCrash(const ProcessEnd& end) {
+    char number[16];
+    std::snprintf(number, sizeof(number), "0x%08x", static_cast<unsigned>(end.number));
+    return std::string("exception ") + number;
+}
 
 ProcessEnd RunProcess(const std::vector<std::string>& command, const fs::path& out,
                       const fs::path& error, const ProcessLimits& limits,
@@ -239,6 +249,10 @@ bool EndsWithin(std::chrono::milliseconds time, pid_t process, int handle, int& 
 }
 
 }  // namespace
+
+std::string CauseOfCrash(const ProcessEnd& end) {
+    return "signal " + std::to_string(end.number);
+}
 
 ProcessEnd RunProcess(const std::vector<std::string>& command, const fs::path& out,
                       const fs::path& error, const ProcessLimits& limits,

@@ -24,6 +24,9 @@ struct ProcessEnd {
     std::uint64_t memory = 0;
 };
 
+// What a program that crashed ended by: "signal 11", on Windows "exception 0xc0000005".
+std::string CauseOfCrash(const ProcessEnd& end);
+
 // Runs a program to its end: command[0] is its file, which is not searched for. It reads from an
 // empty input; its output goes to the two files. It is ended, by force, when it passes a limit,
 // when `stop` (which may be null) becomes true, and when this process ends, however that comes.

@@ -4,6 +4,7 @@
 #include <io.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cstdint>
@@ -11,9 +12,7 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
-#include <fstream>
 #include <future>
-#include <iterator>
 #include <new>
 #include <span>
 #include <string_view>
@@ -107,7 +106,7 @@ void LimitTime(unsigned cpuSeconds) {
     }).detach();
 }
 
-struct Job {
+struct ReaderJob {
     std::string path;
     ImportChoices choices{};
     bool hasBegun = false;  // to put its result
@@ -120,15 +119,15 @@ void Write(std::string_view bytes) {
 }
 
 // Within a result the status alone can tell what went wrong.
-void Refuse(const Job& job, const std::string& reason) {
+void Refuse(const ReaderJob& job, const std::string& reason) {
     if (job.hasBegun) {
         std::_Exit(reason == import::kNoMemory ? import::kReaderLacksMemory : EXIT_FAILURE);
     }
     Write(kRefusal + reason);
 }
 
-DWORD WINAPI RunJob(void* argument) {
-    Job& job = *static_cast<Job*>(argument);
+DWORD WINAPI RunReaderJob(void* argument) {
+    ReaderJob& job = *static_cast<ReaderJob*>(argument);
     const auto report = [](int percent) {
         const char bytes[] = {kProgress, static_cast<char>(percent)};
         Write({bytes, sizeof(bytes)});
@@ -152,7 +151,7 @@ DWORD WINAPI RunJob(void* argument) {
 
 // ---------------------------------------------------------------- in the one that waits
 
-// A file that is gone with this object.
+// A file that is gone with this object, and with this process, however that ends.
 class TemporaryFile {
   public:
     TemporaryFile() {
@@ -160,65 +159,93 @@ class TemporaryFile {
         wchar_t name[MAX_PATH + 1];
         if (GetTempPathW(MAX_PATH, directory) == 0 ||
             GetTempFileNameW(directory, L"hdo", 0, name) == 0) {
-            throw ImportError("no process to read it: no temporary file for what it reads");
+            Fail();
         }
         path_ = name;
+        constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+        constexpr DWORD kKind = FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE;
+        handle_ = CreateFileW(name, GENERIC_READ | DELETE, kShare, nullptr, OPEN_EXISTING, kKind,
+                              nullptr);
+        if (handle_ == INVALID_HANDLE_VALUE) {
+            std::error_code ignored;
+            fs::remove(path_, ignored);
+            Fail();
+        }
     }
-    ~TemporaryFile() {
-        std::error_code ignored;
-        fs::remove(path_, ignored);
-    }
+    ~TemporaryFile() { CloseHandle(handle_); }
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
     const fs::path& Path() const { return path_; }
 
+    // Fills the beginning of `room` with what stands from `begin` on; returns how many bytes.
+    std::size_t Read(std::uint64_t begin, std::span<char> room) const {
+        OVERLAPPED place{};
+        place.Offset = static_cast<DWORD>(begin);
+        place.OffsetHigh = static_cast<DWORD>(begin >> 32);
+        constexpr std::size_t kAtOnce = 1 << 30;
+        const DWORD size = static_cast<DWORD>(std::min(room.size(), kAtOnce));
+        DWORD count = 0;
+        return ReadFile(handle_, room.data(), size, &count, &place) ? count : 0;
+    }
+
   private:
+    [[noreturn]] static void Fail() {
+        throw ImportError("no process to read it: no temporary file for what it reads");
+    }
+
     fs::path path_;
+    HANDLE handle_;
 };
 
-// What the reader writes to `file`, which is there.
+// What the reader writes to the file, as it comes.
 class Answer {
   public:
-    Answer(const fs::path& file, const ReportPercent& report) : file_(file), report_(report) {}
+    Answer(const TemporaryFile& file, const ReportPercent& report) : file_(file), report_(report) {}
 
-    // Reports what came since the last time; where nothing did, the last report once more. True
+    // Reads the reports that came since the last time; where none did, the last one once more. True
     // when what follows is no report.
     bool HasBegun() {
-        std::ifstream stream(file_, std::ios::binary);
-        stream.seekg(begin_);
-        const std::streamoff former = begin_;
+        const std::uint64_t former = begin_;
         char bytes[2];
-        while (stream.get(bytes[0]) && bytes[0] == kProgress && stream.get(bytes[1])) {
+        std::size_t count = 0;
+        while ((count = file_.Read(begin_, bytes)) == sizeof(bytes) && bytes[0] == kProgress) {
             percent_ = bytes[1];
             report_(percent_);
-            begin_ += 2;
+            begin_ += sizeof(bytes);
         }
         if (begin_ == former) {
             report_(percent_);
         }
-        return stream && bytes[0] != kProgress;
+        return count > 0 && bytes[0] != kProgress;
     }
 
     // When all of it is there, and has begun.
-    ImportedScene Take(const ReaderLimits& limits) const {
-        std::ifstream stream(file_, std::ios::binary);
-        stream.seekg(begin_);
-        if (stream.get() == kResult) {
-            const auto get = [&stream](std::span<char> room) {
-                stream.read(room.data(), static_cast<std::streamsize>(room.size()));
-                return static_cast<std::size_t>(stream.gcount());
-            };
+    ImportedScene Take(const ReaderLimits& limits) {
+        char kind = 0;
+        Read({&kind, 1});
+        if (kind == kResult) {
+            const auto get = [this](std::span<char> room) { return Read(room); };
             return import::DecodeScene(get, limits.memory);
         }
-        const std::string refusal{std::istreambuf_iterator<char>(stream), {}};
+        std::string refusal;
+        char bytes[1 << 10];
+        while (const std::size_t count = Read(bytes)) {
+            refusal.append(bytes, count);
+        }
         throw ImportError(refusal == import::kNoMemory ? NoMemoryWithin(limits) : refusal);
     }
 
   private:
-    const fs::path& file_;
+    std::size_t Read(std::span<char> room) {
+        const std::size_t count = file_.Read(begin_, room);
+        begin_ += count;
+        return count;
+    }
+
+    const TemporaryFile& file_;
     const ReportPercent& report_;
-    std::streamoff begin_ = 0;  // of what is no report, so far
+    std::uint64_t begin_ = 0;  // of what was not read yet
     int percent_ = 0;
 };
 
@@ -229,9 +256,7 @@ std::string HowItEnded(const ProcessEnd& end, const ReaderLimits& limits) {
         return NoMemoryWithin(limits);
     }
     if (end.how == How::crashed) {
-        char number[16];
-        std::snprintf(number, sizeof(number), "0x%08x", static_cast<unsigned>(end.number));
-        return std::string("cannot be read: the reader crashed on it (exception ") + number + ")";
+        return "cannot be read: the reader crashed on it (" + CauseOfCrash(end) + ")";
     }
     if (end.number == kOutOfTime) {
         return NoTimeWithin(limits);
@@ -248,7 +273,7 @@ ImportedScene ReadModelInProcess(const std::string& given, const ImportChoices& 
     const ReaderLimits limits = import::LimitsFor(import::SourceSize(path));
     const std::vector<std::string> command = CommandFor(path, choices);
     const TemporaryFile output;
-    Answer answer(output.Path(), report);
+    Answer answer(output, report);
     ProcessEnd end;
     try {
         ProcessLimits ends;
@@ -274,7 +299,7 @@ std::optional<int> ServeAsModelReader(const std::vector<std::string>& arguments)
     if (arguments.size() != kArguments || arguments[0] != kAsReader) {
         return std::nullopt;
     }
-    Job job{arguments[1]};
+    ReaderJob job{arguments[1]};
     Take(arguments[2], job.choices.animation);
     Take(arguments[3], job.choices.frameRate);
     Take(arguments[4], job.choices.up);
@@ -283,8 +308,9 @@ std::optional<int> ServeAsModelReader(const std::vector<std::string>& arguments)
     LimitTime(import::LimitsFor(import::SourceSize(job.path)).cpuSeconds);
     _setmode(_fileno(stdout), _O_BINARY);
     // Readers recurse through hierarchies.
-    const HANDLE thread = CreateThread(nullptr, static_cast<SIZE_T>(import::kReaderStack), RunJob,
-                                       &job, STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
+    const HANDLE thread =
+        CreateThread(nullptr, static_cast<SIZE_T>(import::kReaderStack), RunReaderJob, &job,
+                     STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
     if (thread == nullptr) {
         return EXIT_FAILURE;
     }

@@ -171,8 +171,9 @@ TrialResult Trial::ResultOf(const ProcessEnd& end, double seconds) const {
                         (Made() / "").string()),
                 "hdo-export: ");
     if (end.how == ProcessEnd::How::crashed || end.number != kExitDone) {
-        result.shown = (end.how == ProcessEnd::How::crashed ? "crashes, signal " : "exit status ") +
-                       std::to_string(end.number);
+        result.shown = end.how == ProcessEnd::How::crashed
+                           ? "crashes, " + CauseOfCrash(end)
+                           : "exit status " + std::to_string(end.number);
         result.kind = result.shown + Pattern(message);
         result.shown += message.empty() ? "" : ": " + message;
         result.isRefused = end.how == ProcessEnd::How::exited &&
