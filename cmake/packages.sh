@@ -95,5 +95,5 @@ build_packages=(cmake ninja-build g++ binutils-mingw-w64-x86-64
     libstb-dev libutfcpp-dev libgcrypt20-dev libjs-three)
 test_packages=("${build_packages[@]}" libgtest-dev libgmock-dev assimp-testmodels python3
     python3-jsonschema python3-markdown-it python3-mdit-py-plugins
-    g++-mingw-w64-x86-64-posix libz-mingw-w64-dev libgcrypt-mingw-w64-dev
+    g++-mingw-w64-x86-64-posix lld libz-mingw-w64-dev libgcrypt-mingw-w64-dev
     googletest dpkg-dev man-db mandoc wine64 fonts-wine xvfb make git parallel pkg-config chromium)

@@ -215,13 +215,13 @@ std::vector<NodeToExport> NodesToExport(const Options& options, const ExportOpti
         const bool isFootprint = transform != nullptr && transform->ClassID() == footprint;
         const bool isHidden = node->IsHidden(0, FALSE) && !inForce.exportHidden;
         using enum scene::LossCode;
-        const std::optional<scene::LossCode> whyNot = options.selectedOnly && !node->Selected()
-                                                          ? std::optional(nodeNotSelected)
-                                                      : isFootprint ? std::optional(nodeFootprint)
-                                                      : isHidden    ? std::optional(nodeHidden)
-                                                      : isCancelled ? std::optional(nodeCancelled)
-                                                                    : std::nullopt;
-        nodes.push_back({node->GetName(), whyNot ? &scene::KindOf(*whyNot) : nullptr});
+        const scene::LossKind* const whyNot = options.selectedOnly && !node->Selected()
+                                                  ? &scene::KindOf(nodeNotSelected)
+                                              : isFootprint ? &scene::KindOf(nodeFootprint)
+                                              : isHidden    ? &scene::KindOf(nodeHidden)
+                                              : isCancelled ? &scene::KindOf(nodeCancelled)
+                                                            : nullptr;
+        nodes.push_back({node->GetName(), whyNot});
     }
     return nodes;
 }

@@ -18,11 +18,11 @@
 
 namespace {
 
-HWND g_seenWindow = nullptr;
+HWND g_startedWindow = nullptr;
 DLGPROC g_procedure = nullptr;
 
 INT_PTR CALLBACK NotingProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    g_seenWindow = window;
+    g_startedWindow = window;
     return g_procedure(window, message, wParam, lParam);
 }
 
@@ -55,7 +55,7 @@ class DialogResources : public testing::Test {
         g_procedure = procedure;
         RECT rect = {};
         support::PlayedUser user;
-        user.acts = [&](win32::Dialog&) { EXPECT_TRUE(GetWindowRect(g_seenWindow, &rect)); };
+        user.acts = [&](win32::Dialog&) { EXPECT_TRUE(GetWindowRect(g_startedWindow, &rect)); };
         DialogBoxParamA(plugIn_.get(), MAKEINTRESOURCEA(number), &owner, NotingProcedure,
                         parameter);
         EXPECT_EQ(user.titles.size(), 1u);
