@@ -161,7 +161,6 @@ class CornerComparison {
     CornerComparison(const ComparedScene& compared, const kta::ActorMesh& mesh,
                      const scene::Mesh& own, Deviation& result)
         : mesh_(mesh),
-          own_(own),
           node_(compared.NodeOf(mesh)),
           sdkMesh_(compared.SdkNode(node_)),
           channels_(ChannelsOf(own)),
@@ -262,7 +261,6 @@ class CornerComparison {
     }
 
     const kta::ActorMesh& mesh_;
-    const scene::Mesh& own_;
     const int node_;
     const SdkMesh sdkMesh_;
     const std::vector<const scene::MapChannel*> channels_;
