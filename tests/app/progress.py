@@ -56,8 +56,8 @@ def expect_moves(what, percentages, least):
     print(f"{what}: {len(percentages)} steps to {percentages[-1]}%")
 
 
-def check_time_left(program, scene, directory):
-    """Of an export on a terminal that takes its time: it is stopped for some seconds on its way."""
+def shown_of_a_stopped_export(program, scene, directory):
+    """What a terminal shows of an export that stops for some seconds on its way, and its status."""
     process, terminal = pty.fork()
     if process == 0:
         os.chdir(directory)
@@ -75,9 +75,17 @@ def check_time_left(program, scene, directory):
             os.kill(process, signal.SIGCONT)
     os.close(terminal)
     status = os.waitstatus_to_exitcode(os.waitpid(process, 0)[1])
-    plain = re.sub(r"\x1b\[[0-9;]*m", "", shown)
-    told = [tuple(map(int, found)) for found in
-            re.findall(r"\] +(\d+)% Exporting object\.\.\., (\d+) s, (\d+) s left", plain)]
+    return re.sub(r"\x1b\[[0-9;]*m", "", shown), status
+
+
+def check_time_left(program, scene, directory):
+    # On a busy machine an export may be through before it is stopped.
+    for _ in range(6):
+        plain, status = shown_of_a_stopped_export(program, scene, directory)
+        told = [tuple(map(int, found)) for found in
+                re.findall(r"\] +(\d+)% Exporting object\.\.\., (\d+) s, (\d+) s left", plain)]
+        if status != 0 or told:
+            break
     if status != 0 or not told:
         sys.exit(f"{scene}: exit status {status}, no time left in {plain!r}")
     for percent, seconds, left in told:
