@@ -1,5 +1,6 @@
 #include "kta/whole_file.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -172,7 +173,7 @@ void ClearOrphans(const fs::path& parent) {
 
 }  // namespace
 
-std::optional<std::string> ReadWholeFile(const fs::path& file) {
+std::optional<std::string> ReadWholeFile(const fs::path& file, std::size_t most) {
     std::ifstream in(file, std::ios::binary);
     if (!in) {
         return std::nullopt;
@@ -182,8 +183,10 @@ std::optional<std::string> ReadWholeFile(const fs::path& file) {
     std::error_code ignored;
     const std::uintmax_t size = fs::file_size(file, ignored);
     std::string bytes;
-    for (std::size_t part = ignored ? kLeastPart : size + 1; in; part = kLeastPart) {
+    for (std::uintmax_t next = ignored ? kLeastPart : size + 1; in && bytes.size() < most;
+         next = kLeastPart) {
         const std::size_t begin = bytes.size();
+        const auto part = static_cast<std::size_t>(std::min<std::uintmax_t>(next, most - begin));
         bytes.resize(begin + part);
         in.read(bytes.data() + begin, static_cast<std::streamsize>(part));
         bytes.resize(begin + static_cast<std::size_t>(in.gcount()));

@@ -2,17 +2,21 @@
 // a finished one or stays.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <limits>
 #include <optional>
 #include <ostream>
 #include <string>
 
 namespace kta {
 
-// The file's bytes; nothing where it cannot be read.
-std::optional<std::string> ReadWholeFile(const std::filesystem::path& file);
+// The file's bytes, of a longer one `most`; nothing where it cannot be read.
+std::optional<std::string> ReadWholeFile(
+    const std::filesystem::path& file,
+    std::size_t most = static_cast<std::size_t>(std::numeric_limits<std::streamsize>::max()));
 
 // A new directory of a name that nothing else has, taken away with all it holds at the object's
 // end. What is made in it comes to its place whole, by renaming, since both are on one file system.

@@ -6,9 +6,10 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <fstream>
 #include <limits>
 #include <map>
+#include <optional>
+#include <ostream>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -254,7 +255,7 @@ PresetFile SettingsOf(const std::string& bytes, Origin origin) {
 
 // ---------------------------------------------------------------- files
 
-std::string Contents(const std::string& path) {
+std::string Contents(const std::string& path, Origin origin) {
     const auto refuse = [&](const char* reason) { throw Failure(kExitRefused, path, reason); };
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
@@ -264,17 +265,17 @@ std::string Contents(const std::string& path) {
     if (fs::is_directory(status)) {
         refuse("is a directory, expected a file of options");
     }
-    std::ifstream file(fs::path(path), std::ios::binary);
-    if (!file) {
+    if (origin == Origin::sidecar && !fs::is_regular_file(status)) {
+        refuse("is not a regular file, expected a file of options");
+    }
+    std::optional<std::string> bytes = kta::ReadWholeFile(path, kMostBytes + 1);
+    if (!bytes) {
         refuse("cannot be opened for reading");
     }
-    std::string bytes(kMostBytes + 1, '\0');
-    file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    bytes.resize(static_cast<std::size_t>(file.gcount()));
-    if (bytes.size() > kMostBytes) {
+    if (bytes->size() > kMostBytes) {
         refuse("has more than 1 MiB, expected a file of options");
     }
-    return bytes;
+    return *std::move(bytes);
 }
 
 bool IsSettingsFile(const std::string& path, const std::string& bytes) {
@@ -297,7 +298,7 @@ bool HasUnshown(const ExportOptions& settings) {
 
 PresetFile ReadPreset(const std::string& path, Origin origin) {
     constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
-    const std::string bytes = Contents(path);
+    const std::string bytes = Contents(path, origin);
     try {
         if (IsSettingsFile(path, bytes)) {
             if (bytes.size() != sizeof(ExportOptions)) {

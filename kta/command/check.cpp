@@ -193,7 +193,12 @@ Status StatusOf(const std::vector<CheckedFiles>& checks, bool strict) {
 // False, after a complaint, where rules or codes are none.
 bool ReadChoices(const CheckArguments& arguments, CheckOptions& options) {
     if (!arguments.rulesFile.empty()) {
-        const std::optional<std::string> text = ReadWholeFile(arguments.rulesFile);
+        constexpr std::size_t kMostBytes = 1 << 20;
+        const std::optional<std::string> text = ReadWholeFile(arguments.rulesFile, kMostBytes + 1);
+        if (text && text->size() > kMostBytes) {
+            Complain(arguments.rulesFile + ": has more than 1 MiB, expected a file of rules");
+            return false;
+        }
         if (!text) {
             std::error_code ignored;
             Complain(arguments.rulesFile + (fs::is_directory(arguments.rulesFile, ignored)
@@ -284,7 +289,6 @@ void AddChoices(CLI::App& check, CheckArguments& arguments) {
     AddList(check, "--ignore", arguments.ignored,
             "Leave out what has this code, as in weight-sum (repeatable)", CLI::Validator())
         ->type_name("CODE,...")
-        ->allow_extra_args(false)
         ->option_text("CODE,...");
     check.add_option("--rules", arguments.rulesFile, "A studio's rules, a JSON file")
         ->type_name("FILE");

@@ -109,6 +109,7 @@ CLI::Option* AddList(CLI::App& app, const std::string& name, std::vector<std::st
                 }
             },
             description)
+        ->allow_extra_args(false)
         ->check(CLI::Validator(fault, ""));
 }
 

@@ -382,14 +382,12 @@ std::vector<CLI::Option*> AddSeries(CLI::App& preview, PreviewOptions& options) 
                                  "view, expected front, right, back, left, top, bottom, AZIMUTH or "
                                  "AZIMUTH:ELEVATION")),
                    ViewNames())
-            ->type_name("VIEW,...")
-            ->allow_extra_args(false),
+            ->type_name("VIEW,..."),
         AddList(preview, "--time", options.times,
                 "The pose at that time of the motion, in seconds (0.5) or in frames of --fps "
                 "(12f); several stand on one sheet",
                 Wants(ParseTime, "time, expected seconds as in 0.5 or frames as in 12f"))
-            ->type_name("TIME,...")
-            ->allow_extra_args(false),
+            ->type_name("TIME,..."),
         preview
             .add_option("--sheet", options.sheet,
                         "Columns and rows of pictures; without lists of views or times they show "

@@ -117,6 +117,9 @@ class Checks(unittest.TestCase):
             status, output, errors = kta("--rules", rules, *self.files("good"))
             self.assertEqual((status, output), (2, ""))
             self.assertTrue(errors.startswith(f"kta: {rules}: {reason}"), errors)
+        rules.write_text(" " * (1024 * 1024 + 1))
+        self.assertEqual(kta("--rules", rules, *self.files("good")),
+                         (2, "", f"kta: {rules}: has more than 1 MiB, expected a file of rules\n"))
         self.assertEqual(kta("--rules", "/no/such", *self.files("good")),
                          (2, "", "kta: /no/such: cannot be read\n"))
         self.assertEqual(kta("--rules", self.fixtures, *self.files("good")),

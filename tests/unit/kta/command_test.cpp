@@ -162,6 +162,13 @@ TEST(CommandTest, DumpAsTextAndJson) {
     EXPECT_EQ(dump.at("chunks").at(0).at("nodeName"), "Box01");
 }
 
+TEST(CommandTest, AListOfAnOptionIsOneWord) {
+    const std::string path = Save("listed", ActorFile({{.name = "Box01"}}));
+    const Result result = Kta("dump --chunks node " + InQuotes(path) + " --no-arrays");
+    EXPECT_EQ(result.errors, "");
+    EXPECT_NE(result.output.find("\"Box01\""), std::string::npos);
+}
+
 TEST(CommandTest, FaultyFile) {
     const std::string path = Save("faulty", std::string("KTA \1\1\7"));
     for (const std::string command : {"info ", "dump ", "info --json ", "dump --json "}) {
