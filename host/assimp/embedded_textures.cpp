@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <iterator>
 #include <limits>
+#include <new>
 #include <optional>
 #include <set>
 #include <string_view>
@@ -114,6 +115,9 @@ std::string PngOf(const aiTexture& texture) {
     stbi_write_force_png_filter = kUp;
     stbi_write_png_to_func(Append, &png, width, static_cast<int>(texture.mHeight), 4, rgba.data(),
                            4 * width);
+    if (png.empty()) {
+        throw std::bad_alloc();
+    }
     return png;
 }
 
@@ -179,8 +183,10 @@ FileName NameFor(const aiTexture& texture, std::string_view bytes, const std::st
 // The library counts the bytes of all rows, each with one before its texels, in an int.
 bool FitsPng(unsigned width, unsigned height) {
     constexpr unsigned kMostTexels = 65535;  // in a row or column
+    // What cannot be compressed becomes longer by less than a thousandth.
+    constexpr std::int64_t kMostBytes = std::numeric_limits<int>::max() / 1001LL * 1000;
     return width <= kMostTexels && height <= kMostTexels &&
-           (4 * std::int64_t{width} + 1) * height <= std::numeric_limits<int>::max();
+           (4 * std::int64_t{width} + 1) * height <= kMostBytes;
 }
 
 // Readers of glTF refer to them by number alone, others by the name as well, or by that of a file

@@ -184,6 +184,13 @@ class CountedStream : public Assimp::IOStream {
     const std::function<void(std::size_t)> report_;
 };
 
+// Opening a pipe waits for somebody who writes to it, and a device may have no end.
+bool IsPipeOrDevice(const char* path) {
+    std::error_code ignored;
+    const fs::file_status status = fs::status(path, ignored);
+    return fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status);
+}
+
 }  // namespace
 
 std::string PathWithoutDots(const std::string& path) {
@@ -240,11 +247,14 @@ void SourceFiles::Note(const char* path) const {
 
 bool SourceFiles::Exists(const char* path) const {
     Note(path);
-    return DefaultIOSystem::Exists(path);
+    return !IsPipeOrDevice(path) && DefaultIOSystem::Exists(path);
 }
 
 Assimp::IOStream* SourceFiles::Open(const char* path, const char* mode) {
     Note(path);
+    if (IsPipeOrDevice(path)) {
+        return nullptr;
+    }
     const Utf16 coding = CodingOfFile(path);
     if (coding == Utf16::none) {
         Assimp::IOStream* const stream = DefaultIOSystem::Open(path, mode);

@@ -74,14 +74,15 @@ TEST(EmbeddedTextures, PicturesWithoutTexelsAndBeyondAnySizeAreLeftOut) {
     EXPECT_TRUE(TexturesOf("a.png", 65535, 65535, {{}}).empty());
 }
 
-// A row has a byte before its texels, and 2147483647 bytes can be counted.
+// A row has a byte before its texels. 2147483647 bytes can be counted, and 1001 may become of 1000.
 TEST(EmbeddedTextures, PngFilesHaveAsManyTexelsAsCanBeCounted) {
     using maxhost::import::FitsPng;
     EXPECT_TRUE(FitsPng(1, 65535));
-    EXPECT_TRUE(FitsPng(65535, 8192));  // 2147459072
-    EXPECT_FALSE(FitsPng(65535, 8193));
-    EXPECT_TRUE(FitsPng(8191, 65535));   // 2147254275
-    EXPECT_FALSE(FitsPng(8192, 65535));  // 2147450880 and 65535: the rows' first bytes count
+    EXPECT_TRUE(FitsPng(65535, 8183));  // 2145099803 of at most 2145338000
+    EXPECT_FALSE(FitsPng(65535, 8184));
+    EXPECT_TRUE(FitsPng(8183, 65535));   // 2145157155
+    EXPECT_TRUE(FitsPng(65534, 8184));   // 2145329208
+    EXPECT_FALSE(FitsPng(8184, 65534));  // 2145321024 and 65534: the rows' first bytes count
     EXPECT_FALSE(FitsPng(65536, 1));
     EXPECT_FALSE(FitsPng(1u << 31, 1u << 31));
 }
