@@ -296,4 +296,19 @@ ProcessEnd RunProcess(const std::vector<std::string>& command, const fs::path& o
 }
 #endif
 
+bool MemoryIsRationed() {
+#ifdef _WIN32
+    return false;
+#else
+    const auto isLimited = [](auto resource) {
+        rlimit limit{};
+        return getrlimit(resource, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY;
+    };
+    int overcommit = 0;
+    std::ifstream("/proc/sys/vm/overcommit_memory") >> overcommit;
+    constexpr int kNone = 2;
+    return isLimited(RLIMIT_AS) || isLimited(RLIMIT_DATA) || overcommit == kNone;
+#endif
+}
+
 }  // namespace maxhost::app

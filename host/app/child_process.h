@@ -36,4 +36,8 @@ ProcessEnd RunProcess(const std::vector<std::string>& command, const std::filesy
                       const std::filesystem::path& error, const ProcessLimits& limits,
                       const std::atomic<bool>* stop = nullptr);
 
+// Whether this process is given a limited amount of memory or of addresses, or the system promises
+// no more memory than it has (vm.overcommit_memory 2). Windows: always false.
+bool MemoryIsRationed();
+
 }  // namespace maxhost::app

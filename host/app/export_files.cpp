@@ -8,6 +8,7 @@
 #include <thread>
 #include <utility>
 
+#include "host/app/child_process.h"
 #include "host/app/dry_run.h"
 #include "host/app/texture_record.h"
 #include "kta/glb.h"
@@ -241,7 +242,7 @@ ExportFiles::Stamp ExportFiles::StampOf(const fs::path& file) {
 
 void ExportFiles::ReadAhead() {
     const OutputFile& file = files_.front();
-    if (std::thread::hardware_concurrency() < 2) {
+    if (std::thread::hardware_concurrency() < 2 || MemoryIsRationed()) {
         return;
     }
     try {
@@ -258,8 +259,13 @@ void ExportFiles::Verify() {
     for (OutputFile& file : files_) {
         const bool isRead =
             &file == &files_.front() && ahead_ && ahead_->stamp == StampOf(file.made);
-        file.reading =
-            isRead ? ahead_->reading.get() : kta::ReadFile(file.made.string(), file.kind);
+        if (isRead) {
+            file.reading = ahead_->reading.get();
+        }
+        // What could not be read while the motion file was made may be readable now.
+        if (!isRead || !file.reading.inputError.empty()) {
+            file.reading = kta::ReadFile(file.made.string(), file.kind);
+        }
         ahead_.reset();
         file.faults = kta::FaultLines(file.path.string(), file.reading);
     }

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "host/app/child_process.h"
 #include "host/app/run.h"
 #include "kta/terminal.h"
 
@@ -28,6 +29,9 @@ namespace {
 // large pages where the system has any.
 void PrepareHeap() {
 #ifdef __GLIBC__
+    if (maxhost::app::MemoryIsRationed()) {
+        return;
+    }
     constexpr int kNever = std::numeric_limits<int>::max();
     constexpr int kRoom = 512 << 20;  // of addresses; memory comes with its use
     constexpr int kLater = 16 << 20;

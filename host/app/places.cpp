@@ -81,7 +81,7 @@ kta::PrivateDirectory TemporaryRoom() {
     const char* const named = std::getenv(kVariable);
     fs::path directory = named != nullptr ? named : "";
     try {
-        directory = fs::temp_directory_path();
+        directory = fs::absolute(fs::temp_directory_path());
         return kta::PrivateDirectory(directory);
     } catch (const fs::filesystem_error& error) {
         throw Failure(kExitRefused, directory.string(),

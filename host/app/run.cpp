@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <exception>
 #include <memory>
+#include <new>
 #include <system_error>
 
 #include "host/app/all_animations.h"
@@ -208,6 +209,9 @@ int LoadAndExport(const Options& options, Console& console, RunReport& report, b
                        options.showDialog);
         status = ExportScene(options, Load(options, console, isTerminal, report), files, interrupts,
                              console, report, ShowsProgress(options, isTerminal));
+    } catch (const std::bad_alloc&) {
+        console.Report(SceneName(options.scene), "needs more memory than there is");
+        status = kExitRefused;
     } catch (...) {
         status = ReportException(console);
     }
