@@ -33,11 +33,12 @@ void RequireDirectory(const char* option, const std::optional<std::string>& give
     }
     fs::path there = Absolute(*given);
     std::error_code ignored;
-    fs::file_status status = fs::status(there, ignored);
-    while (status.type() == fs::file_type::not_found && there.has_relative_path()) {
+    // A link that leads nowhere is there, too.
+    while (fs::symlink_status(there, ignored).type() == fs::file_type::not_found &&
+           there.has_relative_path()) {
         there = there.parent_path();
-        status = fs::status(there, ignored);
     }
+    const fs::file_status status = fs::status(there, ignored);
     if (fs::status_known(status) && !fs::is_directory(status)) {
         throw Failure(
             kExitRefused, option,

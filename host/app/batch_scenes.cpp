@@ -319,7 +319,8 @@ void SceneFinder::AddItem(const std::string& item) {
         if (!list) {
             Refuse(item, "cannot be opened for reading");
         }
-        return AddList(list, item, path.parent_path());
+        // One that a pipe brings stands in no folder.
+        return AddList(list, item, fs::is_regular_file(status) ? path.parent_path() : fs::path());
     } else if (HasWildcards(item)) {
         AddPattern(item);
     } else {

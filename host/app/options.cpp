@@ -286,13 +286,20 @@ void AddWords(const GivenOption& given, std::vector<std::string>& words) {
 CommandLine WithFiles(CommandLine own, std::vector<std::string> arguments, std::size_t columns) {
     std::vector<std::vector<GivenOption>> layers;
     std::optional<ExportOptions> settings;
+    std::error_code error;
     if (own.options->preset) {
+        const std::filesystem::file_status status =
+            std::filesystem::status(*own.options->preset, error);
+        if (!own.options->batch.items.empty() && std::filesystem::is_other(status)) {
+            throw Failure(kExitRefused, *own.options->preset,
+                          "is not a regular file, expected a preset that each scene's export can "
+                          "read");
+        }
         PresetFile preset = ReadPreset(*own.options->preset, Origin::preset);
         layers.push_back(std::move(preset.options));
         settings = preset.settings;
     }
     const std::string sidecar = SidecarPlace(*own.options).string();
-    std::error_code error;
     const bool hasSidecar = own.options->sidecar && !own.options->about && !sidecar.empty() &&
                             std::filesystem::exists(sidecar, error);
     if (hasSidecar) {

@@ -64,6 +64,7 @@ void AddExport(const ExportReport& exported, Json& json) {
     if (!exported.outcome.preview.empty()) {
         Json& preview = json["preview"] = {{"path", Text(exported.outcome.preview.string())},
                                            {"problems", Json::array()}};
+        AddEscaped(preview, "path", exported.outcome.preview.string());
         for (const std::string& problem : exported.outcome.previewProblems) {
             preview["problems"].push_back(Text(problem));
         }

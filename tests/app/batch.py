@@ -111,6 +111,9 @@ def check_finding(root, program):
     found = room.lines("--batch", "-", "--list", stdin="b.obj\n#no\ndeep/ü.ply\n")
     expect("a list on standard input", [os.path.relpath(line, room.path) for line in found],
            ["b.obj", "deep/ü.ply"])
+    found = subprocess.run(["bash", "-c", '"$0" --list --batch <(echo deep/ü.ply)', program],
+                           cwd=room.path, capture_output=True, text=True, timeout=DEADLINE)
+    expect("a list that a pipe brings", found.stdout, f"{room.path}/deep/ü.ply\n")
     expect_in("nothing found", room.refusal("--batch", "lists/*"), "no scene matches")
     expect_in("no such file", room.refusal("--batch", "none"), "hdo-export: none: no such file")
     expect_in("an empty list", room.refusal("--batch", "-", stdin="# none\n"), "no scene in the")
@@ -156,6 +159,12 @@ def check_outputs(root, program):
                    room.refusal(option, directory, "--batch", "in/sub"),
                    f"hdo-export: {option}: {room.path}/file is no directory, expected one for the "
                    "files of all scenes\n")
+    (room.path / "link").symlink_to("nowhere")
+    for directory in ("link", "link/deep"):
+        expect("a link that leads nowhere where a directory is to be",
+               room.refusal("-o", directory, "--batch", "in/sub"),
+               f"hdo-export: --output: {room.path}/link is no directory, expected one for the "
+               "files of all scenes\n")
     room.write("in/b.hdo.glb", "glTF")
     expect_in("a scene that an export would replace",
               room.refusal("--batch", "in/b.hdo.glb", "in/sub/b.obj", "-o", "in"),
@@ -295,6 +304,8 @@ def check_names(root, program):
               str(room.path / "caf%E9.mtl"))
     expect_in("of files too", [file["pathEscaped"] for file in told["files"]],
               str(room.path / "caf%E9%20%2541.hdotemp1"))
+    expect("of the preview", told["preview"]["pathEscaped"],
+           str(room.path / "caf%E9%20%2541.hdo.glb"))
     for expected in ("exported", "unchanged"):
         _, statuses = room.report("--batch", ".")
         expect("one that is no UTF-8", list(statuses.values()), [expected])
@@ -333,6 +344,23 @@ def check_names(root, program):
     room.write("back\\slash.obj", OBJ.format("x"))
     expect("a line for each", room.lines("--list", "--batch", "."),
            [str(room.path / "back\\slash.obj"), str(room.path / "two\\x0alines.obj")])
+
+
+def check_pipes(root, program):
+    """Nobody writes to the pipes that stand where files are expected."""
+    room = Room(root, "pipes", program)
+    for name in ("a.obj", "b.obj"):
+        room.write(name, OBJ.format(name[0]))
+    os.mkfifo(room.path / "a.mtl")
+    room.lines("-q", "a.obj")
+    os.mkfifo(room.path / "b.hdo.json")
+    expect("a pipe is no sidecar", room.refusal("b.obj"),
+           "hdo-export: b.hdo.json: is not a regular file, expected a file of options\n")
+    os.mkfifo(room.path / "preset")
+    expect("a pipe is no preset of many scenes",
+           room.refusal("--preset", "preset", "--batch", "a.obj"),
+           "hdo-export: preset: is not a regular file, expected a preset that each scene's export "
+           "can read\n")
 
 
 def check_no_temporary_directory(root, program):
@@ -484,6 +512,7 @@ def main():
         check_terminal(root, program, crashing)
         check_unchanged(root, program, crashing)
         check_names(root, program)
+        check_pipes(root, program)
         check_no_temporary_directory(root, program)
         check_determinism(root, program)
         check_array(root, program)
